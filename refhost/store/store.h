@@ -1,0 +1,69 @@
+// The store: one SQLite file that holds a collection without loss and is pleasant to query by hand.
+//
+// Each table id is an SQL table with the columns qv_seq (the record's place in the whole collection,
+// from 1) and one column a property id, so that
+//     sqlite3 report.sqlite 'select item1,item2 from SENSORINFO'
+// works. What a row cannot say (record name and index, order of properties, display texts, layouts,
+// modules) is in the tables qv_*.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "repository/record.h"
+
+namespace qvhost {
+
+struct TableInfo {
+    std::string id;
+    Layout layout;
+    std::int64_t records = 0;
+    std::string reason;  // why it is empty, for people; empty: it is not, or nobody knows
+};
+
+struct ModuleInfo {
+    std::string name;
+    std::string display;
+    std::vector<TableInfo> tables;
+};
+
+class Store {
+public:
+    enum class Mode { create, update, read };
+
+    // create: a new file (mode 0600), replacing none: throws if it exists. read: never writes, not
+    // even beside the file. Throws std::runtime_error naming the file.
+    Store(const std::string& path, Mode mode);
+    ~Store();
+    Store(Store&&) noexcept;
+
+    // Filling. Changes become durable with commit(), which the caller makes at least every half
+    // second while records come in.
+    void add_module(const std::string& name, const std::string& display);
+    void add_table(const std::string& module, const std::string& id);
+    void set_layout(const std::string& id, const Layout& layout);
+    void set_reason(const std::string& id, const std::string& reason);
+    void add(const Record& record);
+    void commit();
+
+    // Facts about the collection as a whole: "started", "finished", "status", ... (UTF-8 texts).
+    void set_meta(const std::string& key, const std::string& value);
+    std::string meta(const std::string& key) const;  // empty if not set
+
+    // Reading. Modules in the order in which they were added, tables in theirs.
+    std::vector<ModuleInfo> modules() const;
+
+    // Every record in the order in which it was added, or those of one table.
+    void each_record(const std::function<void(const Record&)>& take) const;
+    void each_record(const std::string& table,
+                     const std::function<void(const Record&)>& take) const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace qvhost
