@@ -1,0 +1,109 @@
+#include "capture/lines.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "capture/text.h"
+
+namespace marlox::repository::capture {
+
+namespace {
+
+constexpr std::size_t kBlock = 64 * 1024;
+
+int open_for_reading(const std::string& path) {
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
+// A read error ends the text as the end of the file does: what could be read is kept.
+std::size_t read_some(int fd, char* to, std::size_t size) {
+    for (;;) {
+        const ssize_t n = ::read(fd, to, size);
+        if (n >= 0) return static_cast<std::size_t>(n);
+        if (errno != EINTR) return 0;
+    }
+}
+
+}  // namespace
+
+std::optional<Lines> Lines::open(const std::string& path) {
+    const int fd = open_for_reading(path);
+    if (fd < 0) return std::nullopt;
+    return Lines(fd);
+}
+
+Lines::Lines(std::string_view text) : text_(text), unread_(text), at_end_(true) {}
+
+Lines::Lines(int fd) : fd_(fd), buffer_(kBlock) {}
+
+Lines::Lines(Lines&& other) noexcept
+    : fd_(std::exchange(other.fd_, -1)),
+      buffer_(std::move(other.buffer_)),
+      text_(other.text_),
+      unread_(other.unread_),
+      at_end_(other.at_end_) {}
+
+Lines::~Lines() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+std::optional<std::string_view> Lines::next() {
+    auto window = unread_.substr(0, kLongest);
+    auto end = window.find('\n');
+    if (end == std::string_view::npos && window.size() < kLongest && !at_end_) {
+        refill();
+        window = unread_.substr(0, kLongest);
+        end = window.find('\n');
+    }
+    if (window.empty()) return std::nullopt;
+
+    const auto line = end == std::string_view::npos ? window : window.substr(0, end + 1);
+    unread_.remove_prefix(line.size());
+    return c_text(line);
+}
+
+void Lines::rewind() {
+    if (fd_ < 0) {
+        unread_ = text_;
+        return;
+    }
+    unread_ = {};
+    at_end_ = ::lseek(fd_, 0, SEEK_SET) != 0;
+}
+
+// Moves what is unread to the front and fills the buffer behind it.
+void Lines::refill() {
+    std::size_t filled = unread_.size();
+    if (filled > 0) std::memmove(buffer_.data(), unread_.data(), filled);
+    while (filled < buffer_.size()) {
+        const auto n = read_some(fd_, buffer_.data() + filled, buffer_.size() - filled);
+        if (n == 0) {
+            at_end_ = true;
+            break;
+        }
+        filled += n;
+    }
+    unread_ = {buffer_.data(), filled};
+}
+
+std::optional<std::string> read_bytes(const std::string& path) {
+    const int fd = open_for_reading(path);
+    if (fd < 0) return std::nullopt;
+
+    std::string bytes;
+    for (;;) {
+        const auto size = bytes.size();
+        bytes.resize(size + kBlock);
+        const auto n = read_some(fd, bytes.data() + size, kBlock);
+        bytes.resize(size + n);
+        if (n == 0) break;
+    }
+    ::close(fd);
+    return bytes;
+}
+
+}  // namespace marlox::repository::capture

@@ -1,0 +1,50 @@
+// Reading a capture back, as lines or as one text.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marlox::repository::capture {
+
+// The lines of a capture as a 512-byte line buffer sees them: a line keeps its line end; one that is
+// longer than 511 bytes comes in pieces of 511; what stands behind a NUL in a line is lost. Memory
+// does not grow with the capture.
+class Lines {
+public:
+    static constexpr std::size_t kLongest = 511;
+
+    // Opens a capture file; nothing if it cannot be opened.
+    static std::optional<Lines> open(const std::string& path);
+
+    // Reads a text, which must outlive the lines.
+    explicit Lines(std::string_view text);
+
+    Lines(Lines&& other) noexcept;
+    Lines& operator=(Lines&&) = delete;
+    ~Lines();
+
+    // The next line, or nothing at the end (also where the file cannot be read further). The view
+    // holds until the next call.
+    std::optional<std::string_view> next();
+
+    // Starts again at the first line.
+    void rewind();
+
+private:
+    explicit Lines(int fd);
+    void refill();
+
+    int fd_ = -1;               // -1: all of the text is in `unread_` from the start
+    std::vector<char> buffer_;  // of the file
+    std::string_view text_;     // the text to rewind to, if there is no file
+    std::string_view unread_;
+    bool at_end_ = false;
+};
+
+// All bytes of a capture file; nothing if it cannot be opened.
+std::optional<std::string> read_bytes(const std::string& path);
+
+}  // namespace marlox::repository::capture

@@ -1,0 +1,51 @@
+// Logging as every module does it: a message of level L is built only when the host's threshold is
+// at least L, its text begins with "[repo] ", and it is filed under the source unit of its module.
+#pragma once
+
+#include <ostream>
+#include <source_location>
+
+#include "xmodule.h"
+
+namespace marlox::repository::capture {
+
+inline constexpr unsigned kProgress = 3;  // "Enter ...", "Exit ..." and failures
+inline constexpr unsigned kDetail = 4;    // details and successes
+
+// The first words of a message, and the line that logs it.
+struct Message {
+    // Implicit, so that a call such as log.detail("se:", text) tells its own line.
+    constexpr Message(const char* first_words,
+                      std::source_location at = std::source_location::current())
+        : text(first_words), line(static_cast<int>(at.line())) {}
+
+    const char* text;
+    int line;
+};
+
+class UnitLog {
+public:
+    constexpr explicit UnitLog(const char* unit) : unit_(unit) {}
+
+    template <class... Parts>
+    void write(unsigned level, Message message, const Parts&... parts) const {
+        if (XModule::Log::GetMinLogLevel() < level) return;
+        XModule::Log record(level, unit_, message.line);
+        (record.Stream() << "[repo] " << message.text << ... << parts);
+    }
+
+    template <class... Parts>
+    void progress(Message message, const Parts&... parts) const {
+        write(kProgress, message, parts...);
+    }
+
+    template <class... Parts>
+    void detail(Message message, const Parts&... parts) const {
+        write(kDetail, message, parts...);
+    }
+
+private:
+    const char* unit_;
+};
+
+}  // namespace marlox::repository::capture

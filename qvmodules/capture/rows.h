@@ -1,0 +1,37 @@
+// Parsers of the kind "each line is a row": one property, set anew for every line.
+#pragma once
+
+#include <string_view>
+
+#include "capture/lines.h"
+#include "capture/record.h"
+#include "capture/text.h"
+
+namespace marlox::repository::capture {
+
+struct LineProperty {
+    std::string_view id;
+    std::string_view display;
+};
+
+// Lines as they were read, blank ones included, each with its line end.
+inline void read_lines(Lines& lines, const LineProperty& property, Record record) {
+    while (const auto line = lines.next()) {
+        record.set(property.id, property.display, *line);
+        record.add();
+    }
+}
+
+// Lines without their ends; blank ones give no row. `note` sees each line before it is filed.
+template <class Note>
+void read_split_lines(std::string_view text, const LineProperty& property, Record record,
+                      Note note) {
+    Tokens lines(text, "\n\r");
+    while (const auto line = lines.next()) {
+        note(*line);
+        record.set(property.id, property.display, *line);
+        record.add();
+    }
+}
+
+}  // namespace marlox::repository::capture

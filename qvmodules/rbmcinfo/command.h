@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "capture/command.h"
+#include "rbmcinfo/tools.h"
+
+namespace marlox::repository {
+
+// A command of the BMC module, its places filled in.
+inline std::string bmc_command(std::string_view text) {
+    return capture::expand(text, {current_absolute_path_bmc, linux_x32_x64});
+}
+
+}  // namespace marlox::repository

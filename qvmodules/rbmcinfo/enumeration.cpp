@@ -1,0 +1,129 @@
+#include <span>
+#include <utility>
+
+#include "capture/process.h"
+#include "rbmcinfo/captures.h"
+#include "rbmcinfo/collectors.h"
+#include "rbmcinfo/platform.h"
+#include "rbmcinfo/rbmcinfo.h"
+#include "rbmcinfo/tools.h"
+#include "rbmcinfo/unit.h"
+
+namespace marlox::repository {
+
+namespace {
+
+// One capture, and what is logged behind it. The result is ignored: a capture that failed leaves
+// its table empty.
+struct Step {
+    int (*capture)(RRepository&);
+    const char* debug_line = nullptr;
+};
+
+template <int kind>
+int bmc(RRepository& repo) {
+    return bmc_info(repo, kind);
+}
+
+int sel_in_hex(RRepository&) {
+    return selhex();
+}
+int sensors_with_ids(RRepository&) {
+    return sen_id();
+}
+int nothing(RRepository&) {
+    return 0;
+}
+
+constexpr Step kFull[] = {{bmc<1>},   {bmc<2>},   {bmc<3>},      {bmc<4>},
+                          {bmc<5>},   {bmc<6>},   {sensor_info}, {fru_info},
+                          {sdr_info}, {sel_info}, {sel_in_hex},  {sensors_with_ids}};
+
+// Unlike on the servers with LEDs, SDR comes before FRU.
+constexpr Step kWithoutLeds[] = {{bmc<1>},   {bmc<2>},      {bmc<3>},          {bmc<4>},
+                                 {bmc<5>},   {sensor_info}, {sdr_info},        {fru_info},
+                                 {sel_info}, {sel_in_hex},  {sensors_with_ids}};
+
+// The line on SDR is there although these servers have no SDR capture.
+constexpr Step kReduced[] = {
+    {bmc<1>},
+    {           bmc<2>     },
+    {      bmc<5>,      "Oru Debug after bmc info"},
+    {      sensor_info,      "Oru Debug after sensor info"},
+    {          nothing,      "Oru Debug after sdr info"},
+    {         fru_info,      "Oru Debug after fru info"},
+    {         sel_info,      "Oru Debug after sel info"},
+    {       sel_in_hex,      "Oru Debug after selhex"},
+    { sensors_with_ids,      "Oru Debug after sen_id"},
+};
+
+std::span<const Step> steps_for(int kind) {
+    switch (kind) {
+        case kFullBmc:
+            return kFull;
+        case kBmcWithoutLeds:
+            return kWithoutLeds;
+        default:
+            return kReduced;
+    }
+}
+
+bool start_ipmi_service() {
+    const int status = capture::run("service ipmi start 1>/dev/null 2>&1");
+    const int code = (status >> 8) & 255;
+    if (status == -1) {
+        unit.progress("Failed to start IPMI service, could not be able to get BMC related info");
+    } else if ((status & 127) != 0) {
+        unit.progress("Signal terminal while starting IPMI service,exit status:", code);
+    } else if (code != 0) {
+        unit.progress("Failed to start IPMI service,exit code:", code);
+    } else {
+        unit.detail("Start IPMI service successfully");
+        return true;
+    }
+    return false;
+}
+
+void collect_system_logs() {
+    mingling();
+    cpuinfo();
+    dmesg();
+    dmidecode();
+    interrupts();
+    sos();
+}
+
+void collect(RRepository& repo) {
+    unit.progress("Enter CollectData-BMC related info");
+    if (GetProgramDir(current_absolute_path_bmc) != 0) {
+        unit.progress("Failed to get the Marlox path, exit");
+        return;
+    }
+    unit.detail("value of current_absolute_path_bmc:", current_absolute_path_bmc);
+
+    const int kind = check_bmc();
+    if (kind == kUnreadableProduct) return;
+    make_tools_executable(current_absolute_path_bmc);
+    collect_system_logs();
+    if (check_linux_bit() != 0 || kind == kNoBmc) return;
+
+    if (!start_ipmi_service()) return;
+    if (check_ipmi_devintf() != 1) capture::run("modprobe ipmi_devintf 1>/dev/null 2>&1");
+    for (const Step& step : steps_for(kind)) {
+        step.capture(repo);
+        if (step.debug_line) unit.progress(step.debug_line);
+    }
+    capture::run("service ipmi stop 1>/dev/null 2>&1");
+    unit.progress("Exit CollectData-BMC related info");
+}
+
+}  // namespace
+
+void RBMCInfo::EnumBMCInstances(RRepository& repo) {
+    unit.progress("Enter EnumBMCInstances");
+    XModule::GetLogDir(fullpath, sizeof fullpath);
+    if (!std::exchange(collected, true)) collect(repo);
+    unit.progress("Exit EnumBMCInstances");
+}
+
+}  // namespace marlox::repository

@@ -1,0 +1,102 @@
+#include "rbmcinfo/tools.h"
+
+#include <unistd.h>
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "capture/command.h"
+#include "capture/process.h"
+#include "capture/text.h"
+#include "rbmcinfo/unit.h"
+
+char current_absolute_path[256] = {};
+
+namespace marlox::repository {
+
+char current_absolute_path_bmc[256] = {};
+char current_absolute_path2[256] = {};
+int abs_path = 0;
+int abs_path2 = 0;
+char fullpath[256] = {};
+int linux_x32_x64 = 64;
+
+int check_system_call(int status, const char* name) {
+    if (status == -1) {
+        unit.progress("Failed to get ", name, " info");
+        return 1;
+    }
+    const int code = (status >> 8) & 255;
+    if ((status & 127) != 0) {
+        unit.progress("Signal terminal while getting ", name, " info,exit status:", code);
+        return 1;
+    }
+    if (code == 0) {
+        unit.detail("Get ", name, " info successfully");
+        return 0;
+    }
+    const std::string_view what = name;
+    if (what == "selftest") return 0;
+    if (what == "FRU" && code == 1) return 0;
+    unit.progress("Failed to get ", name, " info,exit code:", code);
+    return 1;
+}
+
+int GetProgramDir(char* buffer) {
+    constexpr ssize_t size = 256;
+    const ssize_t length = ::readlink("/proc/self/exe", buffer, size);
+    if (length < 0 || length >= size) {
+        std::puts("Failed to get current absolute path");
+        return -1;
+    }
+    // The byte behind the link text, which readlink() does not write: zero in a fresh buffer.
+    if (buffer[length] == '/') {
+        if (length + 1 < size) buffer[length + 1] = '\0';
+        return 0;
+    }
+    for (ssize_t i = length - 1; i >= 0; --i) {
+        if (buffer[i] != '/') continue;
+        buffer[i + 1] = '\0';
+        break;
+    }
+    return 0;
+}
+
+int check_linux_bit() {
+    const auto platform = capture::output_of("uname -i");
+    if (!platform) {
+        unit.progress("Fail to get the Linux OS structure");
+        return 1;
+    }
+    linux_x32_x64 = capture::contains(capture::first_line(*platform, 9), "64") ? 64 : 32;
+    return 0;
+}
+
+char* strupr(char* text) {
+    for (char* c = text; *c; ++c) {
+        const auto letter = static_cast<unsigned char>(*c);
+        if (std::islower(letter)) *c = static_cast<char>(std::toupper(letter));
+    }
+    return text;
+}
+
+void StrReplace(char* text, char* from, char* to) {
+    const std::size_t from_length = std::strlen(from);
+    const std::size_t to_length = std::strlen(to);
+    if (from_length == 0) return;
+    for (char* match = std::strstr(text, from); match; match = std::strstr(match, from)) {
+        const std::string remainder = match + from_length;
+        std::memcpy(match, to, to_length);
+        match += to_length;
+        std::memcpy(match, remainder.c_str(), remainder.size() + 1);
+    }
+}
+
+void make_tools_executable(const char* program_dir) {
+    capture::run(capture::expand("chmod 544 '{P}qv_tools'/*", {program_dir}));
+}
+
+}  // namespace marlox::repository

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "capture/log.h"
+
+namespace marlox::repository::sample1 {
+
+inline constexpr capture::UnitLog unit{"qvmodules/rsamplemodule1"};
+
+}  // namespace marlox::repository::sample1

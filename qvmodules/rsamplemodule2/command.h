@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "capture/command.h"
+#include "rbmcinfo/tools.h"
+
+namespace marlox::repository::sample2 {
+
+// A command of this module, its places filled in.
+inline std::string tool_command(std::string_view text, int controller = 0) {
+    return capture::expand(text, {current_absolute_path2, linux_x32_x64, controller});
+}
+
+}  // namespace marlox::repository::sample2

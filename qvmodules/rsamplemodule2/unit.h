@@ -1,0 +1,9 @@
+#pragma once
+
+#include "capture/log.h"
+
+namespace marlox::repository::sample2 {
+
+inline constexpr capture::UnitLog unit{"qvmodules/rsamplemodule2"};
+
+}  // namespace marlox::repository::sample2
