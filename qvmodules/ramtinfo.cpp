@@ -17,12 +17,8 @@ const std::string RAMTInfo::AMTLOG = "AMTLOG";
 RAMTInfo::RAMTInfo() = default;
 RAMTInfo::~RAMTInfo() = default;
 
-std::string RAMTInfo::GetName() {
-    return "AMT_Info";
-}
-std::string RAMTInfo::GetDisplay() {
-    return "AMT Log";
-}
+std::string RAMTInfo::GetName() { return "AMT_Info"; }
+std::string RAMTInfo::GetDisplay() { return "AMT Log"; }
 
 void RAMTInfo::InitCallbacks() {
     capture::register_tables<RAMTInfo>(this, &RAMTInfo::EnumAMTInstances,

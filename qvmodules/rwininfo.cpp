@@ -20,12 +20,8 @@ const std::string RWINInfo::NETSTATINFO = "NETSTATINFO";
 RWINInfo::RWINInfo() = default;
 RWINInfo::~RWINInfo() = default;
 
-std::string RWINInfo::GetName() {
-    return "Windows_Related_Info";
-}
-std::string RWINInfo::GetDisplay() {
-    return "Windows related information";
-}
+std::string RWINInfo::GetName() { return "Windows_Related_Info"; }
+std::string RWINInfo::GetDisplay() { return "Windows related information"; }
 
 void RWINInfo::InitCallbacks() {
     capture::register_tables<RWINInfo>(this, &RWINInfo::EnumWINInstances,

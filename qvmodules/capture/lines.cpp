@@ -15,9 +15,7 @@ namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
 
-int open_for_reading(const std::string& path) {
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-}
+int open_for_reading(const std::string& path) { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }
 
 // A read error ends the text as the end of the file does: what could be read is kept.
 std::size_t read_some(int fd, char* to, std::size_t size) {

@@ -6,9 +6,7 @@
 
 namespace marlox::repository::capture {
 
-std::string_view c_text(std::string_view bytes) {
-    return bytes.substr(0, bytes.find('\0'));
-}
+std::string_view c_text(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
 
 std::string_view first_line(std::string_view text, std::size_t most) {
     const auto end = text.find('\n');

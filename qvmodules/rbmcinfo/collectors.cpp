@@ -18,9 +18,7 @@ constexpr const char* kRedHat = "/etc/redhat-release";
 constexpr const char* kNxbr = "/etc/NXBR-release";
 
 // What access() says of the file: 0 if it exists.
-int missing(const char* file) {
-    return ::access(file, F_OK);
-}
+int missing(const char* file) { return ::access(file, F_OK); }
 
 // Takes the archive under the name that the distribution's tool gave it.
 int pack_and_fetch(const char* pack, const char* fetch) {
@@ -30,25 +28,15 @@ int pack_and_fetch(const char* pack, const char* fetch) {
 
 }  // namespace
 
-int mingling() {
-    return run(expand("cat /proc/cmdline >'{L}cmdline.log'", {}));
-}
+int mingling() { return run(expand("cat /proc/cmdline >'{L}cmdline.log'", {})); }
 
-int cpuinfo() {
-    return run(expand("cat /proc/cpuinfo >'{L}cpuinfo.log'", {}));
-}
+int cpuinfo() { return run(expand("cat /proc/cpuinfo >'{L}cpuinfo.log'", {})); }
 
-int dmesg() {
-    return run(expand("dmesg >'{L}dmesg.log'", {}));
-}
+int dmesg() { return run(expand("dmesg >'{L}dmesg.log'", {})); }
 
-int dmidecode() {
-    return run(expand("dmidecode >'{L}dmidecode.log'", {}));
-}
+int dmidecode() { return run(expand("dmidecode >'{L}dmidecode.log'", {})); }
 
-int interrupts() {
-    return run(expand("cat /proc/interrupts >'{L}interrupts.log'", {}));
-}
+int interrupts() { return run(expand("cat /proc/interrupts >'{L}interrupts.log'", {})); }
 
 int sos() {
     if (missing(kRedHat) == 0) {

@@ -17,54 +17,68 @@ namespace {
 // its table empty.
 struct Step {
     int (*capture)(RRepository&);
-    const char* debug_line = nullptr;
+    const char* debug_line;
 };
+
+constexpr const char* silent = nullptr;
 
 template <int kind>
 int bmc(RRepository& repo) {
     return bmc_info(repo, kind);
 }
 
-int sel_in_hex(RRepository&) {
-    return selhex();
-}
-int sensors_with_ids(RRepository&) {
-    return sen_id();
-}
-int nothing(RRepository&) {
-    return 0;
-}
+int sel_in_hex(RRepository&) { return selhex(); }
+int sensors_with_ids(RRepository&) { return sen_id(); }
+int no_capture(RRepository&) { return 0; }
 
-constexpr Step kFull[] = {{bmc<1>},   {bmc<2>},   {bmc<3>},      {bmc<4>},
-                          {bmc<5>},   {bmc<6>},   {sensor_info}, {fru_info},
-                          {sdr_info}, {sel_info}, {sel_in_hex},  {sensors_with_ids}};
+constexpr Step kFull[] = {
+    {bmc<1>,           silent},
+    {bmc<2>,           silent},
+    {bmc<3>,           silent},
+    {bmc<4>,           silent},
+    {bmc<5>,           silent},
+    {bmc<6>,           silent},
+    {sensor_info,      silent},
+    {fru_info,         silent},
+    {sdr_info,         silent},
+    {sel_info,         silent},
+    {sel_in_hex,       silent},
+    {sensors_with_ids, silent},
+};
 
 // Unlike on the servers with LEDs, SDR comes before FRU.
-constexpr Step kWithoutLeds[] = {{bmc<1>},   {bmc<2>},      {bmc<3>},          {bmc<4>},
-                                 {bmc<5>},   {sensor_info}, {sdr_info},        {fru_info},
-                                 {sel_info}, {sel_in_hex},  {sensors_with_ids}};
+constexpr Step kWithoutLeds[] = {
+    {bmc<1>,           silent},
+    {bmc<2>,           silent},
+    {bmc<3>,           silent},
+    {bmc<4>,           silent},
+    {bmc<5>,           silent},
+    {sensor_info,      silent},
+    {sdr_info,         silent},
+    {fru_info,         silent},
+    {sel_info,         silent},
+    {sel_in_hex,       silent},
+    {sensors_with_ids, silent},
+};
 
 // The line on SDR is there although these servers have no SDR capture.
 constexpr Step kReduced[] = {
-    {bmc<1>},
-    {           bmc<2>     },
-    {      bmc<5>,      "Oru Debug after bmc info"},
-    {      sensor_info,      "Oru Debug after sensor info"},
-    {          nothing,      "Oru Debug after sdr info"},
-    {         fru_info,      "Oru Debug after fru info"},
-    {         sel_info,      "Oru Debug after sel info"},
-    {       sel_in_hex,      "Oru Debug after selhex"},
-    { sensors_with_ids,      "Oru Debug after sen_id"},
+    {bmc<1>,           silent                       },
+    {bmc<2>,           silent                       },
+    {bmc<5>,           "Oru Debug after bmc info"   },
+    {sensor_info,      "Oru Debug after sensor info"},
+    {no_capture,       "Oru Debug after sdr info"   },
+    {fru_info,         "Oru Debug after fru info"   },
+    {sel_info,         "Oru Debug after sel info"   },
+    {sel_in_hex,       "Oru Debug after selhex"     },
+    {sensors_with_ids, "Oru Debug after sen_id"     },
 };
 
 std::span<const Step> steps_for(int kind) {
     switch (kind) {
-        case kFullBmc:
-            return kFull;
-        case kBmcWithoutLeds:
-            return kWithoutLeds;
-        default:
-            return kReduced;
+        case kFullBmc: return kFull;
+        case kBmcWithoutLeds: return kWithoutLeds;
+        default: return kReduced;
     }
 }
 

@@ -1,6 +1,5 @@
 #include "rbmcinfo/platform.h"
 
-#include <initializer_list>
 #include <string>
 
 #include "capture/process.h"
@@ -12,21 +11,38 @@ namespace marlox::repository {
 
 namespace {
 
-struct Family {
-    std::initializer_list<const char*> codes;  // a product name that holds one of these
+struct Code {
+    const char* text;
     int kind;
     const char* message;
 };
 
+constexpr const char* kGrantley = "Grantley 4R1T or KV900, has BMC, return 5";
+constexpr const char* kFjord = "fjord(kn100), has BMC(no led), return 7";
+constexpr const char* kLowAndAmd =
+    "KL010 or KL020 or KP220E or AMD KM801 or AMD KM802, has BMC, return 9";
+constexpr const char* kIvb = "IVB 4R1T, has BMC, return 11";
+
 // Tested in this order, anywhere in the upper-cased name. A KP220E therefore is a KP220; its own
-// entry is out of reach for every name that holds the code.
-constexpr Family kFamilies[] = {
-    {{"KP120", "KP220", "KP320", "KP420", "KW120", "KV900"},
-     kFullBmc,                                                                "Grantley 4R1T or KV900, has BMC, return 5"                            },
-    {{"KN100"},                                              kBmcWithoutLeds, "fjord(kn100), has BMC(no led), return 7"                              },
-    {{"KL010", "KL020", "KP220E", "KM801", "KM802"},
-     kReducedBmc,                                                             "KL010 or KL020 or KP220E or AMD KM801 or AMD KM802, has BMC, return 9"},
-    {{"KP010", "KP110", "KP210", "KP310", "KW110"},          kReducedBmcIvb,  "IVB 4R1T, has BMC, return 11"                                         },
+// row is out of reach for every name that holds the code.
+constexpr Code kCodes[] = {
+    {"KP120",  kFullBmc,        kGrantley },
+    {"KP220",  kFullBmc,        kGrantley },
+    {"KP320",  kFullBmc,        kGrantley },
+    {"KP420",  kFullBmc,        kGrantley },
+    {"KW120",  kFullBmc,        kGrantley },
+    {"KV900",  kFullBmc,        kGrantley },
+    {"KN100",  kBmcWithoutLeds, kFjord    },
+    {"KL010",  kReducedBmc,     kLowAndAmd},
+    {"KL020",  kReducedBmc,     kLowAndAmd},
+    {"KP220E", kReducedBmc,     kLowAndAmd},
+    {"KM801",  kReducedBmc,     kLowAndAmd},
+    {"KM802",  kReducedBmc,     kLowAndAmd},
+    {"KP010",  kReducedBmcIvb,  kIvb      },
+    {"KP110",  kReducedBmcIvb,  kIvb      },
+    {"KP210",  kReducedBmcIvb,  kIvb      },
+    {"KP310",  kReducedBmcIvb,  kIvb      },
+    {"KW110",  kReducedBmcIvb,  kIvb      },
 };
 
 }  // namespace
@@ -49,12 +65,10 @@ int check_bmc() {
         return kBmcWithoutLeds;
     }
     strupr(name.data());
-    for (const Family& family : kFamilies) {
-        for (const char* code : family.codes) {
-            if (!capture::contains(name, code)) continue;
-            unit.progress(family.message);
-            return family.kind;
-        }
+    for (const Code& code : kCodes) {
+        if (!capture::contains(name, code.text)) continue;
+        unit.progress(code.message);
+        return code.kind;
     }
     unit.progress("No BMC, return 4");
     return kNoBmc;

@@ -35,12 +35,8 @@ int run_by_size(const BySize& command) {
 
 }  // namespace
 
-int sen_id() {
-    return run_by_size(kSensors);
-}
+int sen_id() { return run_by_size(kSensors); }
 
-int selhex() {
-    return run_by_size(kSelHex);
-}
+int selhex() { return run_by_size(kSelHex); }
 
 }  // namespace marlox::repository

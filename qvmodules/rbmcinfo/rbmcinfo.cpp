@@ -19,12 +19,8 @@ const std::string RBMCInfo::SELINFO = "SELINFO";
 RBMCInfo::RBMCInfo() = default;
 RBMCInfo::~RBMCInfo() = default;
 
-std::string RBMCInfo::GetName() {
-    return "BMC_Info";
-}
-std::string RBMCInfo::GetDisplay() {
-    return "BMC information";
-}
+std::string RBMCInfo::GetName() { return "BMC_Info"; }
+std::string RBMCInfo::GetDisplay() { return "BMC information"; }
 
 void RBMCInfo::InitCallbacks() {
     capture::register_tables<RBMCInfo>(this, &RBMCInfo::EnumBMCInstances,

@@ -21,12 +21,8 @@ const std::string RSampleModule1::T_PMCLINK_TABLE = "PMCLINK";
 RSampleModule1::RSampleModule1() = default;
 RSampleModule1::~RSampleModule1() = default;
 
-std::string RSampleModule1::GetName() {
-    return "sampleModule1";
-}
-std::string RSampleModule1::GetDisplay() {
-    return "Sample Module 1";
-}
+std::string RSampleModule1::GetName() { return "sampleModule1"; }
+std::string RSampleModule1::GetDisplay() { return "Sample Module 1"; }
 
 void RSampleModule1::InitCallbacks() {
     capture::register_tables<RSampleModule1>(

@@ -26,12 +26,8 @@ const std::string RSampleModule2::T_LSILINK_TABLE4 = "LSILINK";
 RSampleModule2::RSampleModule2() = default;
 RSampleModule2::~RSampleModule2() = default;
 
-std::string RSampleModule2::GetName() {
-    return "sampleModule2";
-}
-std::string RSampleModule2::GetDisplay() {
-    return "Sample Module 2";
-}
+std::string RSampleModule2::GetName() { return "sampleModule2"; }
+std::string RSampleModule2::GetDisplay() { return "Sample Module 2"; }
 
 void RSampleModule2::InitCallbacks() {
     capture::register_tables<RSampleModule2>(
