@@ -4,7 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,7 +78,8 @@ std::optional<int> try_reap(pid_t pid, int flags) {
 std::optional<int> reap(pid_t pid, const Deadline& deadline) {
     if (!deadline) return try_reap(pid, 0);
 
-    const int handle = ::pidfd_open(pid, 0);
+    // glibc 2.36 declares pidfd_open() without C linkage.
+    const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (handle >= 0) {
         const bool ended = wait_readable(handle, deadline);
         ::close(handle);
