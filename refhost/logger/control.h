@@ -16,6 +16,10 @@ struct LogSettings {
 // Throws std::system_error when the log file cannot be opened.
 void open_log(const LogSettings& settings);
 
+// Why a record could not be written; empty: all were. A full disk must not stop a collection, so
+// the log itself never throws.
+std::string log_failure();
+
 // Backslash, line ends, tabs and other control bytes as \\ \n \r \t \xNN, so that a text is one
 // line and can be told from any other text.
 std::string escape_log_text(std::string_view text);

@@ -1,0 +1,215 @@
+#include "journal/codec.h"
+
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+namespace qvhost::journal {
+
+namespace {
+
+// The kinds are the places of the alternatives in the variants.
+template <class T>
+void put_number(T number, std::string& bytes) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+std::uint32_t size_of(std::size_t size) {
+    if (size > std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("a journal entry of more than 4 GiB");
+    return static_cast<std::uint32_t>(size);
+}
+
+void put(const std::string& text, std::string& bytes) {
+    put_number(size_of(text.size()), bytes);
+    bytes += text;
+}
+
+void put(const Layout& layout, std::string& bytes) {
+    put_number(static_cast<std::uint8_t>(layout.index()), bytes);
+    if (const auto* columns = std::get_if<ColumnLayout>(&layout)) {
+        put_number(size_of(columns->headers.size()), bytes);
+        for (const auto& header : columns->headers) put(header, bytes);
+        put_number(columns->width, bytes);
+        put_number(columns->count, bytes);
+    } else if (const auto* rows = std::get_if<RowLayout>(&layout)) {
+        put_number(size_of(rows->headers.size()), bytes);
+        for (const auto& header : rows->headers) put(header, bytes);
+        put_number(size_of(rows->widths.size()), bytes);
+        for (const auto width : rows->widths) put_number(width, bytes);
+        put_number(rows->flag, bytes);
+    }
+}
+
+void put(const ModuleEntry& entry, std::string& bytes) {
+    put(entry.name, bytes);
+    put(entry.display, bytes);
+}
+
+void put(const TableStartEntry& entry, std::string& bytes) {
+    put(entry.module, bytes);
+    put(entry.table, bytes);
+}
+
+void put(const Record& record, std::string& bytes) {
+    put(record.table, bytes);
+    put(record.name, bytes);
+    put_number(record.index, bytes);
+    put_number(size_of(record.properties.size()), bytes);
+    for (const auto& [id, display, value] : record.properties) {
+        put(id, bytes);
+        put(display, bytes);
+        put_number(static_cast<std::uint8_t>(value.index()), bytes);
+        if (const auto* text = std::get_if<std::string>(&value)) {
+            put(*text, bytes);
+        } else {
+            put_number(std::get<int>(value), bytes);
+        }
+    }
+}
+
+void put(const TableEndEntry& entry, std::string& bytes) {
+    put(entry.module, bytes);
+    put(entry.table, bytes);
+    put(entry.layout, bytes);
+    put(entry.error, bytes);
+}
+
+void put(const EndEntry& entry, std::string& bytes) { put(entry.error, bytes); }
+
+class Fields {
+public:
+    explicit Fields(std::string_view bytes) : rest_(bytes) {}
+
+    template <class T>
+    T number() {
+        T value;
+        std::memcpy(&value, take(sizeof value).data(), sizeof value);
+        return value;
+    }
+
+    std::string text() { return std::string(take(number<std::uint32_t>())); }
+
+    // A count of fields of at least `least` bytes each, which must have room in what is left.
+    std::size_t count(std::size_t least) {
+        const auto n = number<std::uint32_t>();
+        if (n > rest_.size() / least) damaged();
+        return n;
+    }
+
+    void expect_end() const {
+        if (!rest_.empty()) damaged();
+    }
+
+    [[noreturn]] static void damaged() {
+        throw std::runtime_error("a damaged entry in the journal");
+    }
+
+private:
+    std::string_view take(std::size_t size) {
+        if (size > rest_.size()) damaged();
+        const auto bytes = rest_.substr(0, size);
+        rest_.remove_prefix(size);
+        return bytes;
+    }
+
+    std::string_view rest_;
+};
+
+std::vector<std::string> get_texts(Fields& fields) {
+    std::vector<std::string> texts(fields.count(sizeof(std::uint32_t)));
+    for (auto& text : texts) text = fields.text();
+    return texts;
+}
+
+Layout get_layout(Fields& fields) {
+    switch (fields.number<std::uint8_t>()) {
+        case 0: return {};
+        case 1: {
+            ColumnLayout layout;
+            layout.headers = get_texts(fields);
+            layout.width = fields.number<unsigned>();
+            layout.count = fields.number<unsigned>();
+            return layout;
+        }
+        case 2: {
+            RowLayout layout;
+            layout.headers = get_texts(fields);
+            layout.widths.resize(fields.count(sizeof(unsigned)));
+            for (auto& width : layout.widths) width = fields.number<unsigned>();
+            layout.flag = fields.number<std::uint8_t>() != 0;
+            return layout;
+        }
+        default: Fields::damaged();
+    }
+}
+
+Record get_record(Fields& fields) {
+    constexpr std::size_t kLeastProperty = 2 * sizeof(std::uint32_t) + 1 + sizeof(int);
+    Record record;
+    record.table = fields.text();
+    record.name = fields.text();
+    record.index = fields.number<int>();
+    record.properties.resize(fields.count(kLeastProperty));
+    for (auto& property : record.properties) {
+        property.id = fields.text();
+        property.display = fields.text();
+        switch (fields.number<std::uint8_t>()) {
+            case 0: property.value = fields.text(); break;
+            case 1: property.value = fields.number<int>(); break;
+            default: Fields::damaged();
+        }
+    }
+    return record;
+}
+
+JournalEntry get_entry(Fields& fields) {
+    switch (fields.number<std::uint8_t>()) {
+        case 0: {
+            ModuleEntry entry;
+            entry.name = fields.text();
+            entry.display = fields.text();
+            return entry;
+        }
+        case 1: {
+            TableStartEntry entry;
+            entry.module = fields.text();
+            entry.table = fields.text();
+            return entry;
+        }
+        case 2: return get_record(fields);
+        case 3: {
+            TableEndEntry entry;
+            entry.module = fields.text();
+            entry.table = fields.text();
+            entry.layout = get_layout(fields);
+            entry.error = fields.text();
+            return entry;
+        }
+        case 4: return EndEntry{fields.text()};
+        default: Fields::damaged();
+    }
+}
+
+}  // namespace
+
+void encode(const JournalEntry& entry, std::string& bytes) {
+    const auto start = bytes.size();
+    put_number(std::uint32_t{0}, bytes);
+    put_number(static_cast<std::uint8_t>(entry.index()), bytes);
+    std::visit([&](const auto& fields) { put(fields, bytes); }, entry);
+    const auto size = size_of(bytes.size() - start - kHeadSize);
+    std::memcpy(bytes.data() + start, &size, sizeof size);
+}
+
+JournalEntry decode(std::string_view body) {
+    Fields fields(body);
+    auto entry = get_entry(fields);
+    fields.expect_end();
+    return entry;
+}
+
+}  // namespace qvhost::journal
