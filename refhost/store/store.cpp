@@ -1,0 +1,574 @@
+#include "store/store.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "store/names.h"
+#include "store/schema.h"
+
+namespace qvhost {
+
+namespace {
+
+using SQLite::Statement;
+using store::identifier;
+
+constexpr std::size_t kMostColumns = 1900;  // of one SQL table; SQLite allows 2000
+
+struct Table {
+    std::int64_t key = 0;
+    std::string id;
+    std::int64_t module = 0;  // 0: of no module
+    std::string sql_name;
+    Layout layout;
+    std::string reason;
+    store::NameSet names;
+    std::map<std::string, std::string> columns;  // property id -> column
+};
+
+// The properties of alike records, and the statements that write and read their values.
+struct Shape {
+    std::int64_t key = 0;
+    std::vector<Property> properties;  // without values
+    std::vector<bool> extra;           // of each: its value is in qv_extra
+    std::unique_ptr<Statement> insert;
+};
+
+struct Run {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+    Table* table = nullptr;
+    std::string name;
+    int index = -1;
+    Shape* shape = nullptr;
+};
+
+bool same_shape(const Shape& shape, const Record& record) {
+    if (shape.properties.size() != record.properties.size()) return false;
+    for (std::size_t i = 0; i < shape.properties.size(); ++i) {
+        if (shape.properties[i].id != record.properties[i].id ||
+            shape.properties[i].display != record.properties[i].display)
+            return false;
+    }
+    return true;
+}
+
+void bind(Statement& statement, int place, const std::variant<std::string, int>& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        statement.bindNoCopy(place, *text);
+    } else {
+        statement.bind(place, std::get<int>(value));
+    }
+}
+
+std::variant<std::string, int> value_of(const SQLite::Column& column) {
+    if (column.isInteger()) return column.getInt();
+    return column.getString();
+}
+
+// Everything that goes wrong in here is told with the file's name.
+template <class Work>
+auto told_with(const std::string& path, Work work) {
+    try {
+        return work();
+    } catch (const SQLite::Exception& error) {
+        throw std::runtime_error(path + ": " + error.what());
+    }
+}
+
+int open_flags(Store::Mode mode) {
+    return mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+}
+
+void create_private(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) throw std::runtime_error(path + ": cannot create it: " + std::strerror(errno));
+    ::close(fd);
+}
+
+void check_readable(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) throw std::runtime_error(path + ": " + std::strerror(errno));
+    ::close(fd);
+}
+
+}  // namespace
+
+struct Store::Impl {
+    Impl(const std::string& file, Mode open_mode)
+        : path(file), mode(open_mode), db(file, open_flags(open_mode)) {
+        if (mode == Mode::create) {
+            // Power may fail; but what is lost then is in the raw captures. Against the death of
+            // the process no waiting for the disk is needed.
+            db.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
+            db.exec("PRAGMA application_id=" + std::to_string(store::kApplicationId));
+            db.exec("PRAGMA user_version=" + std::to_string(store::kVersion));
+            db.exec(store::kSchema);
+            return;
+        }
+        if (db.execAndGet("PRAGMA application_id").getInt() != store::kApplicationId)
+            throw std::runtime_error(path + ": not a store of qvhost");
+        if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
+            throw std::runtime_error(path + ": a store of another version of qvhost");
+        if (mode == Mode::update) db.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
+        load();
+    }
+
+    ~Impl() {
+        if (mode == Mode::read) return;
+        try {
+            commit();
+            shapes.clear();  // their statements
+            // One file, which can be read where nothing can be written.
+            db.exec("PRAGMA journal_mode=DELETE");
+        } catch (const std::exception&) {
+            // The store stays as of its last commit, with its log beside it.
+        }
+    }
+
+    void load() {
+        for (Statement q(db,
+                         "SELECT tab, id, module, sql_name, layout, width, count, flag, reason "
+                         "FROM qv_table ORDER BY tab");
+             q.executeStep();) {
+            auto& table = *tables.emplace_back(std::make_unique<Table>());
+            table.key = q.getColumn(0).getInt64();
+            table.id = q.getColumn(1).getString();
+            table.module = q.getColumn(2).getInt64();
+            table.sql_name = q.getColumn(3).getString();
+            table.reason = q.getColumn(8).getString();
+            if (!q.getColumn(4).isNull()) {
+                table.layout = q.getColumn(4).getString() == "columns"
+                                   ? Layout(ColumnLayout{
+                                         {}, q.getColumn(5).getUInt(), q.getColumn(6).getUInt()})
+                                   : Layout(RowLayout{{}, {}, q.getColumn(7).getInt() != 0});
+            }
+            table_names.claim(table.sql_name);
+            table.names.claim("qv_seq");
+        }
+        for (Statement q(db, "SELECT tab, id, width FROM qv_header ORDER BY tab, position");
+             q.executeStep();) {
+            auto& layout = table_by_key(q.getColumn(0).getInt64()).layout;
+            if (auto* columns = std::get_if<ColumnLayout>(&layout)) {
+                columns->headers.push_back(q.getColumn(1).getString());
+            } else if (auto* rows = std::get_if<RowLayout>(&layout)) {
+                if (!q.getColumn(1).isNull()) rows->headers.push_back(q.getColumn(1).getString());
+                if (!q.getColumn(2).isNull()) rows->widths.push_back(q.getColumn(2).getUInt());
+            }
+        }
+        for (Statement q(db, "SELECT tab, id, sql_name FROM qv_column"); q.executeStep();) {
+            auto& table = table_by_key(q.getColumn(0).getInt64());
+            table.columns[q.getColumn(1).getString()] = q.getColumn(2).getString();
+            table.names.claim(q.getColumn(2).getString());
+        }
+        next_seq = db.execAndGet("SELECT ifnull(max(last_seq), 0) + 1 FROM qv_run").getInt64();
+        next_shape = db.execAndGet("SELECT ifnull(max(shape), 0) + 1 FROM qv_shape").getInt64();
+    }
+
+    Table& table_by_key(std::int64_t key) {
+        for (auto& table : tables) {
+            if (table->key == key) return *table;
+        }
+        throw std::runtime_error(path + ": the store names a table that it does not have");
+    }
+
+    Table* find_table(const std::string& id) {
+        for (auto& table : tables) {
+            if (table->id == id) return table.get();
+        }
+        return nullptr;
+    }
+
+    void begin() {
+        if (mode == Mode::read) throw std::logic_error(path + ": the store is only read");
+        if (!transaction) transaction.emplace(db);
+    }
+
+    void commit() {
+        if (!transaction) return;
+        save_run();
+        transaction->commit();
+        transaction.reset();
+    }
+
+    Table& add_table(std::int64_t module, const std::string& id) {
+        begin();
+        auto& table = *tables.emplace_back(std::make_unique<Table>());
+        table.key = static_cast<std::int64_t>(tables.size());
+        table.id = id;
+        table.module = module;
+        table.sql_name = table_names.claim(id);
+        table.names.claim("qv_seq");
+        Statement insert(db, "INSERT INTO qv_table(tab, id, module, sql_name) VALUES(?,?,?,?)");
+        insert.bind(1, table.key);
+        insert.bind(2, id);
+        insert.bind(3, module);
+        insert.bind(4, table.sql_name);
+        insert.exec();
+        db.exec("CREATE TABLE " + identifier(table.sql_name) + "(qv_seq INTEGER PRIMARY KEY)");
+        return table;
+    }
+
+    // Gives the property a column of its table, if there is room for one.
+    bool has_column(Table& table, const std::string& id) {
+        if (table.columns.contains(id)) return true;
+        if (table.columns.size() >= kMostColumns) return false;
+        const auto name = table.names.claim(id);
+        db.exec("ALTER TABLE " + identifier(table.sql_name) + " ADD COLUMN " + identifier(name));
+        Statement insert(db, "INSERT INTO qv_column VALUES(?,?,?)");
+        insert.bind(1, table.key);
+        insert.bind(2, id);
+        insert.bind(3, name);
+        insert.exec();
+        table.columns[id] = name;
+        return true;
+    }
+
+    void set_layout(Table& table, const Layout& layout) {
+        begin();
+        table.layout = layout;
+        const auto* columns = std::get_if<ColumnLayout>(&layout);
+        const auto* rows = std::get_if<RowLayout>(&layout);
+
+        Statement update(db, "UPDATE qv_table SET layout=?, width=?, count=?, flag=? WHERE tab=?");
+        if (columns) {
+            update.bind(1, "columns");
+            update.bind(2, columns->width);
+            update.bind(3, columns->count);
+        } else if (rows) {
+            update.bind(1, "rows");
+            update.bind(4, rows->flag ? 1 : 0);
+        }
+        update.bind(5, table.key);
+        update.exec();
+
+        Statement forget(db, "DELETE FROM qv_header WHERE tab=?");
+        forget.bind(1, table.key);
+        forget.exec();
+        const auto& headers = columns ? columns->headers : rows ? rows->headers : no_headers;
+        const std::size_t widths = rows ? rows->widths.size() : 0;
+        Statement insert(db, "INSERT INTO qv_header VALUES(?,?,?,?)");
+        for (std::size_t i = 0; i < std::max(headers.size(), widths); ++i) {
+            insert.reset();
+            insert.clearBindings();
+            insert.bind(1, table.key);
+            insert.bind(2, static_cast<std::int64_t>(i));
+            if (i < headers.size()) insert.bind(3, headers[i]);
+            if (i < widths) insert.bind(4, rows->widths[i]);
+            insert.exec();
+            if (i < headers.size()) has_column(table, headers[i]);
+        }
+    }
+
+    Shape& shape_of(Table& table, const Record& record) {
+        if (run.table == &table && run.shape && same_shape(*run.shape, record)) return *run.shape;
+        auto& known = shapes[&table];
+        for (auto& shape : known) {
+            if (same_shape(*shape, record)) return *shape;
+        }
+        return *known.emplace_back(new_shape(table, record));
+    }
+
+    std::unique_ptr<Shape> new_shape(Table& table, const Record& record) {
+        auto shape = std::make_unique<Shape>();
+        shape->key = next_shape++;
+        std::string columns = "qv_seq";
+        std::string places = "?";
+        std::map<std::string, int> seen;
+        Statement insert(db, "INSERT INTO qv_shape VALUES(?,?,?,?)");
+        for (const auto& property : record.properties) {
+            const bool extra = seen[property.id]++ > 0 || !has_column(table, property.id);
+            insert.reset();
+            insert.bind(1, shape->key);
+            insert.bind(2, static_cast<std::int64_t>(shape->properties.size()));
+            insert.bind(3, property.id);
+            insert.bind(4, property.display);
+            insert.exec();
+            shape->properties.push_back({property.id, property.display, {}});
+            shape->extra.push_back(extra);
+            if (extra) continue;
+            columns += "," + identifier(table.columns.at(property.id));
+            places += ",?";
+        }
+        shape->insert =
+            std::make_unique<Statement>(db, "INSERT INTO " + identifier(table.sql_name) + "(" +
+                                                columns + ") VALUES(" + places + ")");
+        return shape;
+    }
+
+    void add(const Record& record) {
+        begin();
+        Table* table =
+            run.table && run.table->id == record.table ? run.table : find_table(record.table);
+        if (!table) table = &add_table(0, record.table);
+        Shape& shape = shape_of(*table, record);
+        const auto seq = next_seq++;
+
+        auto& insert = *shape.insert;
+        insert.reset();
+        insert.bind(1, seq);
+        int place = 2;
+        for (std::size_t i = 0; i < record.properties.size(); ++i) {
+            if (shape.extra[i]) {
+                add_extra(seq, i, record.properties[i].value);
+            } else {
+                bind(insert, place++, record.properties[i].value);
+            }
+        }
+        insert.exec();
+
+        if (run.table == table && run.shape == &shape && run.name == record.name &&
+            run.index == record.index) {
+            run.last = seq;
+        } else {
+            save_run();
+            run = {seq, seq, table, record.name, record.index, &shape};
+        }
+    }
+
+    void add_extra(std::int64_t seq, std::size_t position,
+                   const std::variant<std::string, int>& value) {
+        Statement insert(db, "INSERT INTO qv_extra VALUES(?,?,?)");
+        insert.bind(1, seq);
+        insert.bind(2, static_cast<std::int64_t>(position));
+        bind(insert, 3, value);
+        insert.exec();
+    }
+
+    void save_run() {
+        if (!run.table) return;
+        Statement save(db, "INSERT OR REPLACE INTO qv_run VALUES(?,?,?,?,?,?)");
+        save.bind(1, run.first);
+        save.bind(2, run.last);
+        save.bind(3, run.table->key);
+        save.bind(4, run.name);
+        save.bind(5, run.index);
+        save.bind(6, run.shape->key);
+        save.exec();
+    }
+
+    std::vector<Property> read_shape(std::int64_t key) {
+        std::vector<Property> properties;
+        Statement q(db, "SELECT id, display FROM qv_shape WHERE shape=? ORDER BY position");
+        q.bind(1, key);
+        while (q.executeStep())
+            properties.push_back({q.getColumn(0).getString(), q.getColumn(1).getString(), {}});
+        return properties;
+    }
+
+    // The rows of one shape of one table between two sequence numbers.
+    struct Reader {
+        std::vector<Property> properties;
+        std::vector<int> column;  // of each property in the statement; -1: in qv_extra
+        std::unique_ptr<Statement> rows;
+    };
+
+    Reader reader_for(const Table& table, std::int64_t shape) {
+        Reader reader{read_shape(shape), {}, nullptr};
+        std::string columns = "qv_seq";
+        int next = 1;
+        std::map<std::string, int> seen;
+        for (const auto& property : reader.properties) {
+            const auto known = table.columns.find(property.id);
+            if (known == table.columns.end() || seen[property.id]++ > 0) {
+                reader.column.push_back(-1);
+                continue;
+            }
+            columns += "," + identifier(known->second);
+            reader.column.push_back(next++);
+        }
+        reader.rows = std::make_unique<Statement>(
+            db, "SELECT " + columns + " FROM " + identifier(table.sql_name) +
+                    " WHERE qv_seq BETWEEN ? AND ? ORDER BY qv_seq");
+        return reader;
+    }
+
+    void each_record(const Table* only, const std::function<void(const Record&)>& take) {
+        // A transaction that fills the store has its last run in memory.
+        if (transaction) save_run();
+        std::map<std::int64_t, Reader> readers;
+        Statement extra(db, "SELECT value FROM qv_extra WHERE qv_seq=? AND position=?");
+        Statement runs(db,
+                       "SELECT first_seq, last_seq, tab, name, record_index, shape FROM qv_run "
+                       "WHERE ?1 IS NULL OR tab=?1 ORDER BY first_seq");
+        if (only) runs.bind(1, only->key);
+        Record record;
+        while (runs.executeStep()) {
+            const auto& table = table_by_key(runs.getColumn(2).getInt64());
+            const auto shape = runs.getColumn(5).getInt64();
+            auto known = readers.find(shape);
+            if (known == readers.end())
+                known = readers.emplace(shape, reader_for(table, shape)).first;
+            auto& reader = known->second;
+
+            record.table = table.id;
+            record.name = runs.getColumn(3).getString();
+            record.index = runs.getColumn(4).getInt();
+            record.properties = reader.properties;
+            auto& rows = *reader.rows;
+            rows.reset();
+            rows.bind(1, runs.getColumn(0).getInt64());
+            rows.bind(2, runs.getColumn(1).getInt64());
+            while (rows.executeStep()) {
+                for (std::size_t i = 0; i < record.properties.size(); ++i) {
+                    auto& value = record.properties[i].value;
+                    if (reader.column[i] >= 0) {
+                        value = value_of(rows.getColumn(reader.column[i]));
+                        continue;
+                    }
+                    extra.reset();
+                    extra.bind(1, rows.getColumn(0).getInt64());
+                    extra.bind(2, static_cast<std::int64_t>(i));
+                    if (extra.executeStep()) value = value_of(extra.getColumn(0));
+                }
+                take(record);
+            }
+        }
+    }
+
+    std::string path;
+    Mode mode;
+    SQLite::Database db;
+    std::optional<SQLite::Transaction> transaction;
+    std::vector<std::unique_ptr<Table>> tables;
+    store::NameSet table_names;
+    std::map<const Table*, std::vector<std::unique_ptr<Shape>>> shapes;
+    Run run;
+    std::int64_t next_seq = 1;
+    std::int64_t next_shape = 1;
+    const std::vector<std::string> no_headers;
+};
+
+Store::Store(const std::string& path, Mode mode) {
+    if (mode == Mode::create) {
+        create_private(path);
+    } else {
+        check_readable(path);
+    }
+    impl_ = told_with(path, [&] { return std::make_unique<Impl>(path, mode); });
+}
+
+Store::~Store() = default;
+Store::Store(Store&&) noexcept = default;
+
+void Store::add_module(const std::string& name, const std::string& display) {
+    told_with(impl_->path, [&] {
+        impl_->begin();
+        Statement insert(impl_->db, "INSERT OR IGNORE INTO qv_module(name, display) VALUES(?,?)");
+        insert.bind(1, name);
+        insert.bind(2, display);
+        insert.exec();
+    });
+}
+
+void Store::add_table(const std::string& module, const std::string& id) {
+    told_with(impl_->path, [&] {
+        Statement q(impl_->db, "SELECT module FROM qv_module WHERE name=?");
+        q.bind(1, module);
+        const std::int64_t key = q.executeStep() ? q.getColumn(0).getInt64() : 0;
+        auto* table = impl_->find_table(id);
+        if (!table) {
+            impl_->add_table(key, id);
+            return;
+        }
+        // A record of it came before, from a module that did not say the table is its own.
+        if (table->module != 0) return;
+        impl_->begin();
+        table->module = key;
+        Statement update(impl_->db, "UPDATE qv_table SET module=? WHERE tab=?");
+        update.bind(1, key);
+        update.bind(2, table->key);
+        update.exec();
+    });
+}
+
+void Store::set_layout(const std::string& id, const Layout& layout) {
+    told_with(impl_->path, [&] {
+        auto* table = impl_->find_table(id);
+        impl_->set_layout(table ? *table : impl_->add_table(0, id), layout);
+    });
+}
+
+void Store::set_reason(const std::string& id, const std::string& reason) {
+    told_with(impl_->path, [&] {
+        auto* table = impl_->find_table(id);
+        if (!table) return;
+        impl_->begin();
+        table->reason = reason;
+        Statement update(impl_->db, "UPDATE qv_table SET reason=? WHERE tab=?");
+        update.bind(1, reason);
+        update.bind(2, table->key);
+        update.exec();
+    });
+}
+
+void Store::add(const Record& record) {
+    told_with(impl_->path, [&] { impl_->add(record); });
+}
+
+void Store::commit() {
+    told_with(impl_->path, [&] { impl_->commit(); });
+}
+
+void Store::set_meta(const std::string& key, const std::string& value) {
+    told_with(impl_->path, [&] {
+        impl_->begin();
+        Statement insert(impl_->db, "INSERT OR REPLACE INTO qv_meta VALUES(?,?)");
+        insert.bind(1, key);
+        insert.bind(2, value);
+        insert.exec();
+    });
+}
+
+std::string Store::meta(const std::string& key) const {
+    return told_with(impl_->path, [&] {
+        Statement q(impl_->db, "SELECT value FROM qv_meta WHERE key=?");
+        q.bind(1, key);
+        return q.executeStep() ? q.getColumn(0).getString() : std::string();
+    });
+}
+
+std::vector<ModuleInfo> Store::modules() const {
+    return told_with(impl_->path, [&] {
+        std::vector<ModuleInfo> modules;
+        std::map<std::int64_t, std::size_t> place;
+        for (Statement q(impl_->db, "SELECT module, name, display FROM qv_module ORDER BY module");
+             q.executeStep();) {
+            place[q.getColumn(0).getInt64()] = modules.size();
+            modules.push_back({q.getColumn(1).getString(), q.getColumn(2).getString(), {}});
+        }
+        for (const auto& table : impl_->tables) {
+            if (!place.contains(table->module)) {
+                place[table->module] = modules.size();
+                modules.emplace_back();
+            }
+            const auto records =
+                impl_->db.execAndGet("SELECT count(*) FROM " + identifier(table->sql_name))
+                    .getInt64();
+            modules[place[table->module]].tables.push_back(
+                {table->id, table->layout, records, table->reason});
+        }
+        return modules;
+    });
+}
+
+void Store::each_record(const std::function<void(const Record&)>& take) const {
+    told_with(impl_->path, [&] { impl_->each_record(nullptr, take); });
+}
+
+void Store::each_record(const std::string& table,
+                        const std::function<void(const Record&)>& take) const {
+    told_with(impl_->path, [&] {
+        if (const auto* known = impl_->find_table(table)) impl_->each_record(known, take);
+    });
+}
+
+}  // namespace qvhost
