@@ -8,6 +8,7 @@
 #include <cstring>
 #include <map>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -557,6 +558,23 @@ std::vector<ModuleInfo> Store::modules() const {
                 {table->id, table->layout, records, table->reason});
         }
         return modules;
+    });
+}
+
+std::vector<PropertyInfo> Store::properties(const std::string& table) const {
+    return told_with(impl_->path, [&] {
+        std::vector<PropertyInfo> properties;
+        std::set<std::string> seen;
+        Statement q(impl_->db,
+                    "SELECT s.id, s.display FROM qv_shape s WHERE s.shape IN "
+                    "(SELECT shape FROM qv_run WHERE tab = (SELECT tab FROM qv_table WHERE id=?)) "
+                    "ORDER BY s.shape, s.position");
+        q.bind(1, table);
+        while (q.executeStep()) {
+            const auto id = q.getColumn(0).getString();
+            if (seen.insert(id).second) properties.push_back({id, q.getColumn(1).getString()});
+        }
+        return properties;
     });
 }
 

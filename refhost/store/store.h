@@ -24,6 +24,11 @@ struct TableInfo {
     std::string reason;  // why it is empty, for people; empty: it is not, or nobody knows
 };
 
+struct PropertyInfo {
+    std::string id;
+    std::string display;
+};
+
 struct ModuleInfo {
     std::string name;
     std::string display;
@@ -55,6 +60,9 @@ public:
 
     // Reading. Modules in the order in which they were added, tables in theirs.
     std::vector<ModuleInfo> modules() const;
+
+    // The properties that records of the table have, each id once with the label it had first.
+    std::vector<PropertyInfo> properties(const std::string& table) const;
 
     // Every record in the order in which it was added, or those of one table.
     void each_record(const std::function<void(const Record&)>& take) const;

@@ -1,0 +1,113 @@
+#include "report/report_json.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace qvhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+std::string text_of(const ordered_json& json) {
+    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+ordered_json layout_of(const Layout& layout) {
+    if (const auto* columns = std::get_if<ColumnLayout>(&layout)) {
+        return {
+            {"kind",    "columns"       },
+            {"headers", columns->headers},
+            {"width",   columns->width  },
+            {"count",   columns->count  }
+        };
+    }
+    if (const auto* rows = std::get_if<RowLayout>(&layout)) {
+        return {
+            {"kind",    "rows"       },
+            {"headers", rows->headers},
+            {"widths",  rows->widths },
+            {"flag",    rows->flag   }
+        };
+    }
+    return nullptr;
+}
+
+ordered_json record_of(const Record& record) {
+    auto properties = ordered_json::array();
+    for (const auto& [id, display, value] : record.properties) {
+        ordered_json property{
+            {"id",      id     },
+            {"display", display}
+        };
+        std::visit([&](const auto& plain) { property["value"] = plain; }, value);
+        properties.push_back(std::move(property));
+    }
+    return {
+        {"table",      record.table         },
+        {"name",       record.name          },
+        {"index",      record.index         },
+        {"properties", std::move(properties)}
+    };
+}
+
+}  // namespace
+
+void write_report_json(const Store& store, std::ostream& out) {
+    out << "{\"modules\":[";
+    const char* module_separator = "\n";
+    for (const auto& module : store.modules()) {
+        out << module_separator << "{\"name\":" << text_of(module.name)
+            << ",\"display\":" << text_of(module.display) << ",\"tables\":[";
+        module_separator = ",\n";
+        const char* table_separator = "\n";
+        for (const auto& table : module.tables) {
+            out << table_separator
+                << text_of({
+                       {"id",     table.id               },
+                       {"layout", layout_of(table.layout)}
+            });
+            table_separator = ",\n";
+        }
+        out << "]}";
+    }
+    out << "],\n\"records\":[";
+    const char* separator = "\n";
+    store.each_record([&](const Record& record) {
+        out << separator << text_of(record_of(record));
+        separator = ",\n";
+    });
+    out << "\n]}\n";
+}
+
+void write_report_json(const Store& store, const std::string& path) {
+    const auto fail = [&](const char* what) {
+        const int error = errno;
+        throw std::runtime_error(path + ": " + what + ": " + std::strerror(error));
+    };
+    const auto unfinished = path + ".new";
+    ::unlink(unfinished.c_str());
+    const int fd = ::open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) fail("cannot create it");
+    ::close(fd);
+
+    std::ofstream out(unfinished, std::ios::binary);
+    write_report_json(store, out);
+    out.close();
+    if (!out) {
+        const int error = errno;
+        ::unlink(unfinished.c_str());
+        errno = error;
+        fail("cannot write it");
+    }
+    if (std::rename(unfinished.c_str(), path.c_str()) != 0) fail("cannot put it in its place");
+}
+
+}  // namespace qvhost

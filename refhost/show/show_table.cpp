@@ -1,0 +1,124 @@
+#include "show/show_table.h"
+
+#include <algorithm>
+#include <ostream>
+#include <vector>
+
+#include "show/text_table.h"
+#include "show/visible.h"
+
+namespace qvhost {
+
+namespace {
+
+struct Header {
+    std::string id;
+    std::string label;
+    unsigned width = 0;
+};
+
+const std::vector<std::string>& header_ids(const Layout& layout) {
+    static const std::vector<std::string> none;
+    if (const auto* columns = std::get_if<ColumnLayout>(&layout)) return columns->headers;
+    if (const auto* rows = std::get_if<RowLayout>(&layout)) return rows->headers;
+    return none;
+}
+
+// The layout's headers and behind them what else the records hold.
+std::vector<Header> headers_of(const Store& store, const TableInfo& table) {
+    const auto properties = store.properties(table.id);
+    const auto* rows = std::get_if<RowLayout>(&table.layout);
+    constexpr unsigned kUnasked = 10;
+
+    std::vector<Header> headers;
+    for (const auto& id : header_ids(table.layout)) {
+        const auto known = std::find_if(properties.begin(), properties.end(),
+                                        [&](const PropertyInfo& p) { return p.id == id; });
+        const auto place = headers.size();
+        const unsigned width = rows && place < rows->widths.size() ? rows->widths[place] : kUnasked;
+        headers.push_back({id, known == properties.end() ? id : known->display, width});
+    }
+    for (const auto& property : properties) {
+        const bool asked = std::any_of(headers.begin(), headers.end(),
+                                       [&](const Header& h) { return h.id == property.id; });
+        if (!asked) headers.push_back({property.id, property.display, kUnasked});
+    }
+    return headers;
+}
+
+std::string value_text(const Record& record, const std::string& id) {
+    for (const auto& property : record.properties) {
+        if (property.id != id) continue;
+        if (const auto* text = std::get_if<std::string>(&property.value)) return *text;
+        return std::to_string(std::get<int>(property.value));
+    }
+    return "";
+}
+
+void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
+               const std::vector<Header>& headers, const TerminalStyle& style) {
+    std::vector<TextColumn> columns;
+    for (const auto& header : headers) columns.push_back({header.label, header.width});
+    const TextTable text(columns, style);
+    text.print_header(out);
+    store.each_record(table.id, [&](const Record& record) {
+        std::vector<std::string> cells;
+        for (const auto& header : headers) cells.push_back(value_text(record, header.id));
+        text.print_row(out, cells);
+    });
+}
+
+void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
+                  const ColumnLayout& layout, const std::vector<Header>& headers,
+                  const TerminalStyle& style) {
+    const std::size_t beside = std::max(1u, layout.count);
+    const unsigned label_share = std::clamp(layout.width, 10u, 60u);
+    std::vector<TextColumn> columns{
+        {"", label_share}
+    };
+    for (std::size_t i = 0; i < beside; ++i)
+        columns.push_back({"", (100 - label_share) / static_cast<unsigned>(beside)});
+    const TextTable text(columns, style);
+
+    std::vector<std::vector<std::string>> values;  // of up to `beside` records, by header
+    bool first_group = true;
+    const auto print_group = [&] {
+        if (values.empty()) return;
+        if (!first_group) out << '\n';
+        first_group = false;
+        for (std::size_t i = 0; i < headers.size(); ++i) {
+            std::vector<std::string> cells{headers[i].label};
+            for (const auto& record : values) cells.push_back(record[i]);
+            text.print_row(out, cells);
+        }
+        values.clear();
+    };
+    store.each_record(table.id, [&](const Record& record) {
+        auto& cells = values.emplace_back();
+        for (const auto& header : headers) cells.push_back(value_text(record, header.id));
+        if (values.size() == beside) print_group();
+    });
+    print_group();
+}
+
+}  // namespace
+
+void show_table(std::ostream& out, const Store& store, const ModuleInfo& module,
+                const TableInfo& table, const TerminalStyle& style) {
+    const auto count =
+        std::to_string(table.records) + (table.records == 1 ? " record" : " records");
+    auto title = visible(table.id) + " (" + visible(module.display) + "), " +
+                 (table.records == 0 ? "no records" : count);
+    if (table.records == 0 && !table.reason.empty()) title += ": " + visible(table.reason);
+    for (const auto& line : wrapped(title, style.width)) out << bold(line, style) << '\n';
+    if (table.records == 0) return;
+
+    const auto headers = headers_of(store, table);
+    if (const auto* columns = std::get_if<ColumnLayout>(&table.layout)) {
+        show_columns(out, store, table, *columns, headers, style);
+    } else {
+        show_rows(out, store, table, headers, style);
+    }
+}
+
+}  // namespace qvhost
