@@ -28,16 +28,19 @@ void put(const std::string& text, std::string& bytes) {
     bytes += text;
 }
 
+void put(const std::vector<std::string>& texts, std::string& bytes) {
+    put_number(size_of(texts.size()), bytes);
+    for (const auto& text : texts) put(text, bytes);
+}
+
 void put(const Layout& layout, std::string& bytes) {
     put_number(static_cast<std::uint8_t>(layout.index()), bytes);
     if (const auto* columns = std::get_if<ColumnLayout>(&layout)) {
-        put_number(size_of(columns->headers.size()), bytes);
-        for (const auto& header : columns->headers) put(header, bytes);
+        put(columns->headers, bytes);
         put_number(columns->width, bytes);
         put_number(columns->count, bytes);
     } else if (const auto* rows = std::get_if<RowLayout>(&layout)) {
-        put_number(size_of(rows->headers.size()), bytes);
-        for (const auto& header : rows->headers) put(header, bytes);
+        put(rows->headers, bytes);
         put_number(size_of(rows->widths.size()), bytes);
         for (const auto width : rows->widths) put_number(width, bytes);
         put_number(rows->flag, bytes);
@@ -47,6 +50,7 @@ void put(const Layout& layout, std::string& bytes) {
 void put(const ModuleEntry& entry, std::string& bytes) {
     put(entry.name, bytes);
     put(entry.display, bytes);
+    put(entry.tables, bytes);
 }
 
 void put(const TableStartEntry& entry, std::string& bytes) {
@@ -172,6 +176,7 @@ JournalEntry get_entry(Fields& fields) {
             ModuleEntry entry;
             entry.name = fields.text();
             entry.display = fields.text();
+            entry.tables = get_texts(fields);
             return entry;
         }
         case 1: {

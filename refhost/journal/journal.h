@@ -7,14 +7,16 @@
 #include <functional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "repository/record.h"
 
 namespace qvhost {
 
-struct ModuleEntry {  // a module is about to be asked for its tables
+struct ModuleEntry {  // a module that is going to be asked
     std::string name;
     std::string display;
+    std::vector<std::string> tables = {};  // for these, in this order
     bool operator==(const ModuleEntry&) const = default;
 };
 struct TableStartEntry {  // a table's enumerate callback is about to be called
