@@ -1,0 +1,45 @@
+#include "qvhost/ambient.h"
+
+#include <cstdlib>
+
+namespace qvhost {
+
+namespace {
+
+// Packing the logs of a whole system takes longer than any other tool.
+constexpr unsigned kArchivePatience = 6;
+
+std::string with_system_directories(std::string path) {
+    for (const char* directory : {"/usr/sbin", "/usr/bin", "/sbin", "/bin"}) {
+        if ((":" + path + ":").find(":" + std::string(directory) + ":") != std::string::npos)
+            continue;
+        if (!path.empty()) path += ':';
+        path += directory;
+    }
+    return path;
+}
+
+}  // namespace
+
+std::filesystem::path program_file() { return std::filesystem::read_symlink("/proc/self/exe"); }
+
+std::filesystem::path installed_plugin() {
+    return program_file().parent_path().parent_path() / "lib" / "librepository_qvmodule.so";
+}
+
+void set_tool_environment(const std::string& search_path, unsigned tool_timeout) {
+    const char* users = std::getenv("PATH");
+    const auto path =
+        search_path.empty() ? with_system_directories(users ? users : "") : search_path;
+    ::setenv("PATH", path.c_str(), 1);
+
+    for (const char* variable : {"LANG", "LANGUAGE", "LC_COLLATE", "LC_CTYPE", "LC_MESSAGES",
+                                 "LC_MONETARY", "LC_NUMERIC", "LC_TIME", "COLUMNS"})
+        ::unsetenv(variable);
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+
+    ::setenv("QV_TOOL_TIMEOUT", std::to_string(tool_timeout).c_str(), 1);
+    ::setenv("QV_ARCHIVE_TIMEOUT", std::to_string(tool_timeout * kArchivePatience).c_str(), 1);
+}
+
+}  // namespace qvhost

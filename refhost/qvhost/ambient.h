@@ -1,0 +1,19 @@
+// What surrounds the program: where it lies, and the environment that tools get.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace qvhost {
+
+// The running program's file. Throws std::system_error if the system does not tell.
+std::filesystem::path program_file();
+
+// The plug-in that was installed with the program.
+std::filesystem::path installed_plugin();
+
+// Sets what the tools of a collection find in their environment: a search path that has the
+// system's directories, one locale, so that they print what parsers know, and their time limits.
+void set_tool_environment(const std::string& search_path, unsigned tool_timeout);
+
+}  // namespace qvhost

@@ -1,0 +1,110 @@
+#include "qvhost/collect.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <iostream>
+#include <stdexcept>
+
+#include "qvhost/ambient.h"
+#include "qvhost/fill.h"
+#include "qvhost/log_dir.h"
+#include "qvhost/progress.h"
+#include "qvhost/reasons.h"
+#include "qvhost/summary.h"
+#include "qvhost/supervise.h"
+#include "report/report_json.h"
+#include "show/visible.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// "2026-11-21T01:20:40Z"
+std::string utc_now() {
+    const auto now = std::time(nullptr);
+    std::tm parts{};
+    ::gmtime_r(&now, &parts);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text;
+}
+
+void warn(const std::string& text) { std::cerr << "qvhost: " << visible(text) << '\n'; }
+
+void warn_if_others_can_read(const fs::path& directory) {
+    struct stat info {};
+    if (::stat(directory.c_str(), &info) != 0 || (info.st_mode & 077) == 0) return;
+    warn(directory.string() +
+         " is open to others; what is collected holds serial numbers, "
+         "addresses and logs");
+}
+
+void explain_empty_tables(Store& store, const LogDir& dir, const Stage& stage,
+                          fs::file_time_type started) {
+    const Evidence evidence(dir, stage.program.parent_path() / "qv_tools", started);
+    for (const auto& module : store.modules()) {
+        for (const auto& table : module.tables) {
+            if (table.records == 0 && table.reason.empty())
+                store.set_reason(table.id, evidence.why_empty(table.id));
+        }
+    }
+}
+
+void remove_if_empty(const fs::path& file) {
+    std::error_code ignored;
+    if (fs::file_size(file, ignored) == 0) fs::remove(file, ignored);
+}
+
+}  // namespace
+
+int collect(CollectOptions options, const Stage& stage) {
+    options.log_dir = make_log_dir(options.log_dir);
+    options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
+    const LogDir dir(options.log_dir);
+    warn_if_others_can_read(dir.path());
+    const DirLock lock(dir.path());
+    if (const auto found = make_room_for_report(dir); !found.empty()) warn("found " + found);
+
+    // A second's grace: file systems keep times more coarsely than clocks.
+    const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
+    std::string problem;
+    {
+        Store store(dir.store(), Store::Mode::create);
+        store.set_meta("started", utc_now());
+        store.set_meta("status", "running");
+        store.set_meta("qvhost", QV_VERSION);
+        store.set_meta("tool_timeout", std::to_string(options.tool_timeout));
+        store.commit();
+
+        JournalReader journal(dir.journal());
+        Filler filler(journal, store);
+        Progress progress(dir.path(), options.quiet);
+        problem = supervise(options, stage, filler, progress);
+
+        explain_empty_tables(store, dir, stage, started);
+        store.set_meta("finished", utc_now());
+        store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
+        store.commit();
+        write_report_json(store, dir.json());
+    }
+    fs::remove(dir.journal());
+    remove_if_empty(dir.console());
+
+    const Store store(dir.store(), Store::Mode::read);
+    print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
+    std::cout.flush();
+    if (!problem.empty()) warn("the collection is incomplete: " + problem);
+    if (!std::cout) throw std::runtime_error("cannot write to standard output");
+    return problem.empty() ? 0 : 1;
+}
+
+int collect_here(const CollectOptions& options) {
+    return collect(options, {program_file(), "", false});
+}
+
+}  // namespace qvhost

@@ -1,0 +1,43 @@
+// From the journal into the store.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "journal/journal.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+// Where a collection stands, as its journal tells.
+struct Standing {
+    std::string module;               // the one being asked, as people know it
+    std::string table;                // the one being collected; empty: none
+    std::vector<std::string> errors;  // what callbacks threw
+    std::optional<EndEntry> end;
+    std::size_t records = 0;
+};
+
+class Filler {
+public:
+    // The first `known` records of the journal are in the store already.
+    Filler(JournalReader& journal, Store& store, std::size_t known = 0)
+        : journal_(journal), store_(store), known_(known) {}
+
+    // Takes what is new in the journal. Commits when the last commit is half a second ago.
+    void take_new();
+
+    const Standing& standing() const { return standing_; }
+
+private:
+    void take(JournalEntry&& entry);
+
+    JournalReader& journal_;
+    Store& store_;
+    std::size_t known_;
+    Standing standing_;
+    std::chrono::steady_clock::time_point committed_ = std::chrono::steady_clock::now();
+};
+
+}  // namespace qvhost

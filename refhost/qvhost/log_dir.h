@@ -1,0 +1,50 @@
+// The log directory: the unit that people pass around.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace qvhost {
+
+// The files of a collection in it.
+class LogDir {
+public:
+    explicit LogDir(std::filesystem::path path) : path_(std::move(path)) {}
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path report() const { return path_ / "report"; }
+    std::filesystem::path store() const { return report() / "report.sqlite"; }
+    std::filesystem::path json() const { return report() / "report.json"; }
+    std::filesystem::path journal() const { return report() / "collection.journal"; }
+    std::filesystem::path log() const { return path_ / "qvhost.log"; }
+    std::filesystem::path console() const { return path_ / "console.txt"; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Holds the directory for one collection at a time.
+class DirLock {
+public:
+    // Throws std::runtime_error if another process holds it.
+    explicit DirLock(const std::filesystem::path& directory);
+    ~DirLock();
+    DirLock(const DirLock&) = delete;
+    DirLock& operator=(const DirLock&) = delete;
+
+    // Whether another process holds the directory now.
+    static bool is_held(const std::filesystem::path& directory);
+
+private:
+    int fd_;
+};
+
+// Makes the directory (mode 0700) where there is none. An absolute path without "." and "..".
+// Throws std::runtime_error if it cannot be one.
+std::filesystem::path make_log_dir(const std::filesystem::path& path);
+
+// Makes room for a new report. An earlier one moves aside, with its log, and what was found is told
+// for people; empty: nothing was there. The lock must be held.
+std::string make_room_for_report(const LogDir& dir);
+
+}  // namespace qvhost

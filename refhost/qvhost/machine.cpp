@@ -1,0 +1,111 @@
+#include "qvhost/machine.h"
+
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using nlohmann::json;
+
+class Reader {
+public:
+    explicit Reader(const fs::path& directory)
+        : directory_(fs::absolute(directory)), file_(directory_ / "machine.json") {}
+
+    Machine read() const {
+        std::ifstream in(file_);
+        if (!in) fail("cannot be read");
+        json root;
+        try {
+            root = json::parse(in);
+        } catch (const json::parse_error& error) {
+            fail(error.what());
+        }
+        if (!root.is_object()) fail("is not an object");
+
+        Machine machine;
+        machine.description = text(root, "description");
+        machine.uname = text(root, "uname");
+        const auto commands = root.value("commands", json::array());
+        if (!commands.is_array()) fail("\"commands\" is not an array");
+        for (const auto& entry : commands) machine.commands.push_back(command(entry));
+        return machine;
+    }
+
+private:
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw std::runtime_error(file_.string() + ": " + reason);
+    }
+
+    std::string text(const json& object, const char* key) const {
+        if (!object.contains(key)) return "";
+        if (!object[key].is_string()) fail("\"" + std::string(key) + "\" is not a text");
+        return object[key];
+    }
+
+    int number(const json& object, const char* key, int most) const {
+        if (!object.contains(key)) return 0;
+        const auto& value = object[key];
+        if (!value.is_number_integer() || value < 0 || value > most)
+            fail("\"" + std::string(key) + "\" is not a number from 0 to " + std::to_string(most));
+        return value;
+    }
+
+    // A file of the machine: beside machine.json, never outside.
+    fs::path file_beside(const std::string& name) const {
+        const auto path = directory_ / name;
+        if (!is_inside(name)) fail("\"" + name + "\" does not lie beside it");
+        if (!fs::is_regular_file(path)) fail("there is no file \"" + name + "\"");
+        return path;
+    }
+
+    static bool is_inside(const fs::path& name) {
+        return !name.empty() && name.is_relative() &&
+               std::none_of(name.begin(), name.end(),
+                            [](const auto& part) { return part == ".."; });
+    }
+
+    RecordedCommand command(const json& entry) const {
+        if (!entry.is_object()) fail("a command is not an object");
+        RecordedCommand command;
+        command.tool = text(entry, "tool");
+        if (command.tool.empty() || command.tool.find('/') != std::string::npos)
+            fail("a command has no tool, or one with a directory");
+        if (entry.contains("args")) command.arguments = text(entry, "args");
+        if (const auto name = text(entry, "stdout"); !name.empty())
+            command.stdout_file = file_beside(name);
+        const auto errors = text(entry, "stderr");
+        if (is_inside(errors) && fs::is_regular_file(directory_ / errors)) {
+            command.stderr_file = directory_ / errors;
+        } else {
+            command.stderr_text = errors;
+        }
+        command.exit_code = number(entry, "exit", 255);
+        command.signal = number(entry, "signal", 64);
+        command.seconds = static_cast<unsigned>(number(entry, "seconds", 86400));
+        const auto files = entry.value("files", json::object());
+        if (!files.is_object()) fail("\"files\" is not an object");
+        for (const auto& [written, source] : files.items()) {
+            if (!is_inside(written))
+                fail("\"" + written + "\" does not lie in the current directory");
+            if (!source.is_string()) fail("\"" + written + "\" names no file");
+            command.files[written] = file_beside(source);
+        }
+        return command;
+    }
+
+    fs::path directory_;
+    fs::path file_;
+};
+
+}  // namespace
+
+Machine read_machine(const fs::path& directory) { return Reader(directory).read(); }
+
+}  // namespace qvhost

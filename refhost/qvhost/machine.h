@@ -1,0 +1,34 @@
+// A recorded server: a directory with machine.json and the captures it names.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qvhost {
+
+// A command that the server's tools were asked, and what they did.
+struct RecordedCommand {
+    std::string tool;                      // without directory and build
+    std::optional<std::string> arguments;  // joined by blanks; nothing: any
+    std::filesystem::path stdout_file;     // absolute; empty: nothing was printed
+    std::filesystem::path stderr_file;
+    std::string stderr_text;  // where there is no file
+    int exit_code = 0;
+    int signal = 0;                                      // that killed it; 0: none
+    unsigned seconds = 0;                                // that it took
+    std::map<std::string, std::filesystem::path> files;  // written in the current directory
+};
+
+struct Machine {
+    std::string description;
+    std::string uname;  // the hardware platform
+    std::vector<RecordedCommand> commands;
+};
+
+// Throws std::runtime_error naming the file and what is wrong with it.
+Machine read_machine(const std::filesystem::path& directory);
+
+}  // namespace qvhost
