@@ -25,11 +25,10 @@ void Filler::take(JournalEntry&& entry) {
     std::visit(Overloaded{[&](const ModuleEntry& module) {
                               standing_.module = module.display;
                               store_.add_module(module.name, module.display);
+                              for (const auto& table : module.tables)
+                                  store_.add_table(module.name, table);
                           },
-                          [&](const TableStartEntry& start) {
-                              standing_.table = start.table;
-                              store_.add_table(start.module, start.table);
-                          },
+                          [&](const TableStartEntry& start) { standing_.table = start.table; },
                           [&](const Record& record) {
                               if (++standing_.records > known_) store_.add(record);
                           },
