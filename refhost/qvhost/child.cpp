@@ -1,16 +1,24 @@
 #include "qvhost/child.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <exception>
-#include <string>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
 
 #include "journal/journal.h"
 #include "logger/control.h"
+#include "qvhost/ambient.h"
 #include "qvhost/log_dir.h"
 #include "qvhost/plugin.h"
+#include "qvhost/processes.h"
 #include "repository/sink.h"
 
 namespace qvhost {
@@ -18,107 +26,201 @@ namespace qvhost {
 namespace {
 
 using marlox::repository::RInstancesWrapper;
+using marlox::repository::RModule;
 using marlox::repository::RRepository;
 
-// A journal that could not be written: nothing that is collected from here on would be kept.
-struct JournalFailure {
-    std::string reason;
-};
-
-class Journal : public RRepository::Impl {
+class JournalSink : public RRepository::Impl {
 public:
-    explicit Journal(const std::string& path) : writer_(path) {}
+    explicit JournalSink(JournalWriter& journal) : journal_(journal) {}
 
-    void append(const JournalEntry& entry) {
+    void add(const Record& record) override {
         try {
-            writer_.append(entry);
+            journal_.append(record);
         } catch (const std::exception& error) {
-            failure_ = error.what();
+            if (failure_.empty()) failure_ = error.what();
             throw;
         }
     }
-    void add(const Record& record) override { append(record); }
 
-    // Modules may swallow what add() throws.
-    void check() const {
-        if (!failure_.empty()) throw JournalFailure{failure_};
-    }
+    // Why a record could not be kept, also if the module swallowed the exception; empty: all were.
+    const std::string& failure() const { return failure_; }
 
 private:
-    JournalWriter writer_;
+    JournalWriter& journal_;
     std::string failure_;
 };
 
-// What the callback threw, as text; empty: nothing.
-template <class Callback, class Argument>
-std::string error_of(const Callback& callback, Argument& argument) {
-    if (!callback) return "";
+// What tools say on the terminal instead of into their captures goes into a file.
+void redirect_standard_streams(const LogDir& dir) {
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int console =
+        ::open(dir.console().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
+    if (nothing < 0 || console < 0)
+        throw std::system_error(errno, std::generic_category(), dir.console().string());
+    ::dup2(nothing, STDIN_FILENO);
+    ::dup2(console, STDOUT_FILENO);
+    ::dup2(console, STDERR_FILENO);
+}
+
+void end_with_parent(int lifeline) {
+    std::thread([lifeline] {
+        char byte = 0;
+        while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
+        }
+        kill_descendants();
+        ::_exit(1);
+    }).detach();
+}
+
+template <class Call>
+std::string what_it_throws(Call call) {
     try {
-        callback(argument);
+        call();
         return "";
     } catch (const std::exception& error) {
-        const std::string what = error.what();
-        return what.empty() ? "an exception without a text" : what;
+        return *error.what() ? error.what() : "an exception without words";
     } catch (...) {
-        return "something that is no std::exception";
+        return "an exception of an unknown kind";
     }
 }
 
-void ask(const ModulePlan& module, const std::string& table, Journal& journal) {
-    journal.append(TableStartEntry{module.name, table});
-    const auto& callbacks = module.module->callbacks.at(table);
-    RRepository repository(journal);
-    auto error = error_of(callbacks.enumerate, repository);
-    journal.check();
+bool wanted(const std::vector<std::string>& names, const std::string& name) {
+    return names.empty() || std::find(names.begin(), names.end(), name) != names.end();
+}
 
-    RInstancesWrapper::Impl wrapping;
-    RInstancesWrapper wrapper(wrapping);
-    const auto wrap_error = error_of(callbacks.wrap, wrapper);
+// Names that the user gave and no module knows are told before anything runs.
+void check_names(const Plugin& plugin, const CollectOptions& options) {
+    std::vector<std::string> modules;
+    std::vector<std::string> tables;
+    for (const auto& module : plugin.modules()) {
+        modules.push_back(module->GetName());
+        for (const auto& [table, callbacks] : module->callbacks) tables.push_back(table);
+    }
+    const auto check = [](const char* kind, const std::vector<std::string>& known,
+                          const std::vector<std::string>& asked) {
+        for (const auto& name : asked) {
+            if (wanted(known, name)) continue;
+            std::string text = std::string("there is no ") + kind + " \"" + name + "\"; there are:";
+            for (const auto& one : known) text += " " + one;
+            throw std::runtime_error(text);
+        }
+    };
+    check("module", modules, options.modules);
+    check("table", tables, options.tables);
+}
+
+void collect_table(RModule& module, const std::string& table, RRepository& repository,
+                   JournalWriter& journal) {
+    const auto& callbacks = module.callbacks.at(table);
+    journal.append(TableStartEntry{module.GetName(), table});
+    RInstancesWrapper::Impl layout;
+    RInstancesWrapper wrapper(layout);
+    auto error = what_it_throws([&] { callbacks.enumerate(repository); });
+    const auto wrap_error = what_it_throws([&] { callbacks.wrap(wrapper); });
     if (error.empty()) error = wrap_error;
-    journal.append(TableEndEntry{module.name, table, wrapping.layout, error});
+    journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
 }
 
-void collect_all(const CollectOptions& options, const LogDir& dir, Journal& journal) {
-    open_log({dir.path, dir.log(), options.log_level});
-    const auto modules = load_modules(options.plugin);
-    const auto plans = plan(modules, options);
-    for (const auto& module : plans)
-        journal.append(ModuleEntry{module.name, module.display, module.tables});
-    for (const auto& module : plans) {
-        for (const auto& table : module.tables) ask(module, table, journal);
+// Operations that the plug-in exports and none of its modules calls.
+struct Operation {
+    const char* name;
+    const char* symbol;
+    bool takes_repository;
+};
+
+constexpr Operation kOperations[] = {
+    {"pmc",  "_ZN6marlox10repository8pmc_infoERNS0_11RRepositoryE",      true },
+    {"fru0", "_ZN6marlox10repository12fru_info_amdERNS0_11RRepositoryE", true },
+    {"bios", "_ZN6marlox10repository17get_bios_settingsEv",              false},
+};
+
+void call_also(const Plugin& plugin, const std::string& name, RRepository& repository) {
+    for (const auto& operation : kOperations) {
+        if (name != operation.name) continue;
+        void* const address = plugin.operation(operation.symbol);
+        if (!address) throw std::runtime_error("the plug-in has no operation for --also " + name);
+        // What they return is in the log as well, in words.
+        if (operation.takes_repository) {
+            reinterpret_cast<void (*)(RRepository&)>(address)(repository);
+        } else {
+            reinterpret_cast<int (*)()>(address)();
+        }
     }
 }
 
-void complain(const std::string& what) {
-    const auto line = what + '\n';
-    // Nobody to tell if this fails too.
-    if (::write(kComplaintFd, line.data(), line.size()) < 0) return;
+// Why the collection is not what was asked for; empty: it is.
+std::string collect(const CollectOptions& options, JournalWriter& journal) {
+    const Plugin plugin(options.plugin);
+    for (const auto& module : plugin.modules()) module->InitCallbacks();
+    check_names(plugin, options);
+
+    JournalSink sink(journal);
+    RRepository repository(sink);
+    for (const auto& module : plugin.modules()) {
+        if (!wanted(options.modules, module->GetName())) continue;
+        std::vector<std::string> tables;
+        for (const auto& [table, callbacks] : module->callbacks) {
+            if (wanted(options.tables, table)) tables.push_back(table);
+        }
+        if (tables.empty()) continue;
+        journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
+        for (const auto& table : tables) collect_table(*module, table, repository, journal);
+    }
+
+    std::vector<std::string> errors;
+    for (const auto& name : options.also)
+        errors.push_back(what_it_throws([&] { call_also(plugin, name, repository); }));
+    errors.push_back(sink.failure());
+    if (!log_failure().empty()) errors.push_back("the log could not be written: " + log_failure());
+
+    std::string text;
+    for (const auto& error : errors) {
+        if (!error.empty()) text += (text.empty() ? "" : "; ") + error;
+    }
+    return text;
 }
 
 }  // namespace
 
-int collect_in_child(const CollectOptions& options) {
-    ::fcntl(kComplaintFd, F_SETFD, FD_CLOEXEC);
-    const LogDir dir{options.log_dir};
+std::vector<std::string> child_arguments(const CollectOptions& options, const Stage& stage,
+                                         int lifeline) {
+    std::vector<std::string> arguments{kChildCommand,
+                                       "--log-dir=" + options.log_dir.string(),
+                                       "--log-level=" + std::to_string(options.log_level),
+                                       "--tool-timeout=" + std::to_string(options.tool_timeout),
+                                       "--plugin=" + options.plugin.string(),
+                                       "--search-path=" + stage.search_path,
+                                       "--lifeline=" + std::to_string(lifeline)};
+    for (const auto& name : options.modules) arguments.push_back("--module=" + name);
+    for (const auto& name : options.tables) arguments.push_back("--table=" + name);
+    for (const auto& name : options.also) arguments.push_back("--also=" + name);
+    return arguments;
+}
+
+int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
+    // A terminal's Ctrl-C is the parent's business.
+    ::setpgid(0, 0);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    ::umask(077);
+    ::signal(SIGPIPE, SIG_DFL);
+
+    const LogDir dir(options.log_dir);
+    JournalWriter journal(dir.journal());
+    std::string error;
     try {
-        Journal journal(dir.journal());
-        std::string failure;
-        try {
-            collect_all(options, dir, journal);
-        } catch (const std::exception& error) {
-            failure = error.what();
-        }
-        journal.check();
-        journal.append(EndEntry{failure});
-        if (const auto reason = log_failure(); !reason.empty())
-            complain(dir.log() + " is not complete: " + reason);
-        return 0;
-    } catch (const JournalFailure& failure) {
-        complain(failure.reason);
-    } catch (const std::exception& error) {
-        complain(error.what());
+        end_with_parent(lifeline);
+        redirect_standard_streams(dir);
+        set_tool_environment(stage.search_path, options.tool_timeout);
+        std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
+        open_log({.log_dir = (options.log_dir / "").string(),
+                  .log_file = dir.log(),
+                  .min_level = options.log_level});
+        error = collect(options, journal);
+    } catch (const std::exception& problem) {
+        error = problem.what();
     }
-    return 1;
+    journal.append(EndEntry{error});
+    return error.empty() ? 0 : 1;
 }
 
 }  // namespace qvhost

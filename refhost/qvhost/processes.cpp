@@ -1,83 +1,73 @@
 #include "qvhost/processes.h"
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <optional>
-#include <set>
-#include <sstream>
+#include <map>
 #include <string>
-#include <system_error>
+#include <string_view>
 #include <thread>
 
 namespace qvhost {
 
 namespace {
 
-// /proc/PID/stat: "17 (a name) S 1 17 17 0 ...": pid, name, state, parent, group, session. The name
-// can hold anything, also ")".
-std::optional<Process> read_process(const std::string& name) {
-    Process process;
-    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process.pid);
-    if (error != std::errc() || end != name.data() + name.size()) return std::nullopt;
-
-    std::ifstream file("/proc/" + name + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    const auto behind_name = text.rfind(')');
-    if (behind_name == std::string::npos) return std::nullopt;  // it has ended
-    std::istringstream fields(text.substr(behind_name + 1));
-    pid_t group = 0;
-    fields >> process.state >> process.parent >> group >> process.session;
-    return process;
+pid_t number(std::string_view text) {
+    pid_t value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
 }
 
-bool alive(const Process& process) { return process.state != 'Z' && process.state != 'X'; }
+// proc(5), /proc/PID/stat: "PID (NAME) STATE PPID ...", where the name may hold anything.
+pid_t parent_of(pid_t pid) {
+    char text[512];
+    const auto path = "/proc/" + std::to_string(pid) + "/stat";
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return 0;
+    const ssize_t size = ::read(fd, text, sizeof text);
+    ::close(fd);
+    if (size <= 0) return 0;
+    const std::string_view stat(text, static_cast<std::size_t>(size));
+    const auto name_end = stat.rfind(')');
+    constexpr std::size_t kStateAndBlanks = 4;
+    if (name_end == std::string_view::npos || name_end + kStateAndBlanks > stat.size()) return 0;
+    return number(stat.substr(name_end + kStateAndBlanks));
+}
 
 }  // namespace
 
-std::vector<Process> processes() {
-    std::vector<Process> all;
-    std::error_code error;
-    for (std::filesystem::directory_iterator i("/proc", error), end; !error && i != end;
-         i.increment(error)) {
-        if (const auto process = read_process(i->path().filename().string()))
-            all.push_back(*process);
-    }
-    return all;
-}
-
-std::vector<Process> descendants(pid_t root, const std::vector<Process>& all) {
-    std::set<pid_t> family{root};
-    std::vector<Process> found;
-    for (bool grew = true; grew;) {
-        grew = false;
-        for (const auto& process : all) {
-            if (!family.contains(process.parent) || !family.insert(process.pid).second) continue;
-            found.push_back(process);
-            grew = true;
+std::vector<pid_t> descendants() {
+    std::multimap<pid_t, pid_t> children;
+    if (DIR* proc = ::opendir("/proc")) {
+        while (const dirent* entry = ::readdir(proc)) {
+            if (const pid_t pid = number(entry->d_name)) children.emplace(parent_of(pid), pid);
         }
+        ::closedir(proc);
     }
+    std::vector<pid_t> found{::getpid()};
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const auto [begin, end] = children.equal_range(found[i]);
+        for (auto child = begin; child != end; ++child) found.push_back(child->second);
+    }
+    found.erase(found.begin());
     return found;
 }
 
-std::vector<Process> kill_all(const std::function<std::vector<Process>()>& find) {
+std::vector<pid_t> kill_descendants() {
     using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::seconds(5);
+    const auto patience = Clock::now() + std::chrono::seconds(2);
     for (;;) {
-        auto found = find();
-        std::erase_if(found, [](const Process& process) { return !alive(process); });
-        for (const auto& process : found) ::kill(process.pid, SIGKILL);
         while (::waitpid(-1, nullptr, WNOHANG) > 0) {
         }
-        if (found.empty() || Clock::now() > deadline) return found;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        auto left = descendants();
+        if (left.empty() || Clock::now() > patience) return left;
+        for (const pid_t pid : left) ::kill(pid, SIGKILL);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }
 

@@ -1,28 +1,17 @@
-// The processes of a collection, found in /proc, and their end.
 #pragma once
 
 #include <sys/types.h>
 
-#include <functional>
 #include <vector>
 
 namespace qvhost {
 
-struct Process {
-    pid_t pid = 0;
-    pid_t parent = 0;
-    pid_t session = 0;
-    char state = '?';
-};
+// The processes that descend from this one now, children of children included.
+std::vector<pid_t> descendants();
 
-std::vector<Process> processes();
-
-// Those of `all` that `root` started, and that these started; not `root` itself.
-std::vector<Process> descendants(pid_t root, const std::vector<Process>& all);
-
-// Kills what `find` finds, again and again until it finds nothing that is alive, and reaps what of
-// it is this process's own. What is still there after five seconds hangs inside the kernel and is
-// returned.
-std::vector<Process> kill_all(const std::function<std::vector<Process>()>& find);
+// Kills them, and those they start meanwhile, and waits until they are gone. This process must adopt
+// orphans (PR_SET_CHILD_SUBREAPER). Returns those that could not be killed within two seconds: they
+// hang inside the kernel.
+std::vector<pid_t> kill_descendants();
 
 }  // namespace qvhost
