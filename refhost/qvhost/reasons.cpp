@@ -57,6 +57,11 @@ constexpr Stop kBmcStops[] = {
     {"Failed to start IPMI service, could not",     "the IPMI service could not be started"     },
 };
 
+// Why there is no capture.
+std::string not_asked(const std::string& table) {
+    return table == "SAS2IRLOG" ? "no SAS2308 controller" : "not asked for on this server";
+}
+
 std::string tool_failed(const std::string& tool, const std::string& code) {
     if (code == "127") return tool + " is not installed (exit code 127)";
     if (code == "126") return tool + " cannot be run (exit code 126)";
@@ -115,7 +120,7 @@ std::string Evidence::from_capture(const Source& source) const {
     std::error_code error;
     const auto written = fs::last_write_time(capture, error);
     const std::string tool = source.tool;
-    if (error || written < started_) return "not asked for on this server";
+    if (error || written < started_) return not_asked(source.table);
     const bool installed = !source.in_qv_tools || is_installed(tool);
     if (fs::file_size(capture, error) == 0)
         return installed ? tool + " printed nothing" : tool + " is not in qv_tools";

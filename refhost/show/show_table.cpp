@@ -55,6 +55,13 @@ std::string value_text(const Record& record, const std::string& id) {
     return "";
 }
 
+// Tools pad their columns with blanks; here the columns are ours.
+std::string trimmed(const std::string& text) {
+    const auto begin = text.find_first_not_of(" \t\r\n");
+    if (begin == std::string::npos) return "";
+    return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
+}
+
 void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
                const std::vector<Header>& headers, const TerminalStyle& style) {
     std::vector<TextColumn> columns;
@@ -64,6 +71,8 @@ void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
     store.each_record(table.id, [&](const Record& record) {
         std::vector<std::string> cells;
         for (const auto& header : headers) cells.push_back(value_text(record, header.id));
+        // A table of whole lines keeps their indentation.
+        if (cells.size() > 1) std::transform(cells.begin(), cells.end(), cells.begin(), trimmed);
         text.print_row(out, cells);
     });
 }
@@ -72,7 +81,11 @@ void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
                   const ColumnLayout& layout, const std::vector<Header>& headers,
                   const TerminalStyle& style) {
     const std::size_t beside = std::max(1u, layout.count);
-    const unsigned label_share = std::clamp(layout.width, 10u, 60u);
+    // Of a hundred. The layouts ask for as little as 10, but labels should not be cut into syllables.
+    std::size_t longest = 0;
+    for (const auto& header : headers) longest = std::max(longest, display_width(header.label));
+    const auto for_labels = static_cast<unsigned>(100 * (longest + 1) / std::max(1u, style.width));
+    const unsigned label_share = std::clamp(std::max(layout.width, for_labels), 10u, 40u);
     std::vector<TextColumn> columns{
         {"", label_share}
     };
@@ -95,7 +108,7 @@ void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
     };
     store.each_record(table.id, [&](const Record& record) {
         auto& cells = values.emplace_back();
-        for (const auto& header : headers) cells.push_back(value_text(record, header.id));
+        for (const auto& header : headers) cells.push_back(trimmed(value_text(record, header.id)));
         if (values.size() == beside) print_group();
     });
     print_group();

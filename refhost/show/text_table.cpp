@@ -11,12 +11,14 @@ namespace qvhost {
 
 namespace {
 
-constexpr std::size_t kGap = 2;    // between columns
 constexpr std::size_t kLeast = 5;  // a narrower column cannot be read
+
+// The blanks between columns: one is enough for the eye where there are many.
+std::size_t gap_for(std::size_t columns) { return columns > 6 ? 1 : 2; }
 
 // The columns' widths; nothing if there is no room.
 std::vector<std::size_t> share_out(const std::vector<TextColumn>& columns, std::size_t width) {
-    const std::size_t gaps = columns.empty() ? 0 : kGap * (columns.size() - 1);
+    const std::size_t gaps = columns.empty() ? 0 : gap_for(columns.size()) * (columns.size() - 1);
     if (columns.empty() || width < gaps + kLeast * columns.size()) return {};
 
     const std::size_t room = width - gaps;
@@ -78,7 +80,7 @@ void TextTable::print_row(std::ostream& out, const std::vector<std::string>& cel
                 line.append(start - end_before, ' ').append(lines[i][row]);
                 end_before = start + display_width(lines[i][row]);
             }
-            start += widths_[i] + kGap;
+            start += widths_[i] + gap_for(columns_.size());
         }
         out << line << '\n';
     }
@@ -96,7 +98,7 @@ std::vector<TextColumn> columns_for(const std::vector<std::string>& titles,
                 widest = std::max(widest, display_width(line));
         }
         columns.push_back({titles[i], static_cast<unsigned>(widest)});
-        total += widest + (i > 0 ? kGap : 0);
+        total += widest + (i > 0 ? gap_for(titles.size()) : 0);
     }
     // The last column takes what is left or gives what is missing.
     if (!columns.empty()) {
