@@ -3,7 +3,6 @@
 #pragma once
 
 #include <ostream>
-#include <source_location>
 
 #include "xmodule.h"
 
@@ -15,9 +14,9 @@ inline constexpr unsigned kDetail = 4;    // details and successes
 // The first words of a message, and the line that logs it.
 struct Message {
     // Implicit, so that a call such as log.detail("se:", text) tells its own line.
-    constexpr Message(const char* first_words,
-                      std::source_location at = std::source_location::current())
-        : text(first_words), line(static_cast<int>(at.line())) {}
+    // (clang 14 has no std::source_location.)
+    constexpr Message(const char* first_words, int calling_line = __builtin_LINE())
+        : text(first_words), line(calling_line) {}
 
     const char* text;
     int line;
@@ -31,7 +30,7 @@ public:
     void write(unsigned level, Message message, const Parts&... parts) const {
         if (XModule::Log::GetMinLogLevel() < level) return;
         XModule::Log record(level, unit_, message.line);
-        (record.Stream() << "[repo] " << message.text << ... << parts);
+        ((record.Stream() << "[repo] " << message.text) << ... << parts);
     }
 
     template <class... Parts>

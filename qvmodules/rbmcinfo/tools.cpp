@@ -84,15 +84,16 @@ char* strupr(char* text) {
 }
 
 void StrReplace(char* text, char* from, char* to) {
-    const std::size_t from_length = std::strlen(from);
-    const std::size_t to_length = std::strlen(to);
-    if (from_length == 0) return;
-    for (char* match = std::strstr(text, from); match; match = std::strstr(match, from)) {
-        const std::string remainder = match + from_length;
-        std::memcpy(match, to, to_length);
-        match += to_length;
-        std::memcpy(match, remainder.c_str(), remainder.size() + 1);
+    const std::string_view wanted = from;
+    if (wanted.empty()) return;
+    std::string replaced;
+    std::string_view rest = text;
+    for (auto at = rest.find(wanted); at != std::string_view::npos; at = rest.find(wanted)) {
+        replaced.append(rest.substr(0, at)).append(to);
+        rest.remove_prefix(at + wanted.size());
     }
+    replaced.append(rest);
+    std::memcpy(text, replaced.c_str(), replaced.size() + 1);
 }
 
 void make_tools_executable(const char* program_dir) {

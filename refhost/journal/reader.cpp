@@ -18,7 +18,7 @@ JournalReader::~JournalReader() {
 }
 
 std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take) {
-    constexpr std::size_t kBlock = 256 * 1024;
+    constexpr std::size_t kBlock = 262144;
     if (fd_ < 0) {
         fd_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
         if (fd_ < 0 && errno == ENOENT) return 0;

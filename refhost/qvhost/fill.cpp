@@ -10,6 +10,8 @@ template <class... Takers>
 struct Overloaded : Takers... {
     using Takers::operator()...;
 };
+template <class... Takers>
+Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 
 }  // namespace
 

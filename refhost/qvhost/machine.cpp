@@ -59,7 +59,7 @@ private:
 
     // A file of the machine: beside machine.json, never outside.
     fs::path file_beside(const std::string& name) const {
-        const auto path = directory_ / name;
+        auto path = directory_ / name;
         if (!is_inside(name)) fail("\"" + name + "\" does not lie beside it");
         if (!fs::is_regular_file(path)) fail("there is no file \"" + name + "\"");
         return path;

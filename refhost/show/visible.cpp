@@ -99,8 +99,9 @@ std::string visible(std::string_view text) {
     while (!text.empty()) {
         const auto character = first_character(text);
         const auto code = static_cast<unsigned>(character.code);
+        const unsigned byte = static_cast<unsigned char>(text.front());
         if (!character.valid) {
-            out += escape('x', static_cast<unsigned char>(text[0]), 2);
+            out += escape('x', byte, 2);
         } else if (code == '\n') {
             out += '\n';
         } else if (code == '\t') {
