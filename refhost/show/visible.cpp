@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cuchar>
 #include <cwchar>
 
 namespace qvhost {
@@ -25,7 +26,7 @@ private:
 };
 
 struct Character {
-    wchar_t code = 0;
+    char32_t code = 0;
     std::size_t size = 1;  // in bytes
     bool valid = true;
 };
@@ -33,7 +34,7 @@ struct Character {
 Character first_character(std::string_view text) {
     Character character;
     std::mbstate_t state{};
-    const std::size_t n = std::mbrtowc(&character.code, text.data(), text.size(), &state);
+    const std::size_t n = std::mbrtoc32(&character.code, text.data(), text.size(), &state);
     if (n == static_cast<std::size_t>(-1) || n == static_cast<std::size_t>(-2)) {
         character.valid = false;
     } else if (n > 0) {
@@ -42,12 +43,12 @@ Character first_character(std::string_view text) {
     return character;
 }
 
-bool turns_direction(wchar_t c) {
+bool turns_direction(char32_t c) {
     return c == 0x061c || c == 0x200e || c == 0x200f || (c >= 0x202a && c <= 0x202e) ||
            (c >= 0x2066 && c <= 0x2069);
 }
 
-bool is_control(wchar_t c) { return c < 0x20 || (c >= 0x7f && c <= 0x9f); }
+bool is_control(char32_t c) { return c < 0x20 || (c >= 0x7f && c <= 0x9f); }
 
 // "\\x9b" or "\\u202e"
 std::string escape(char kind, unsigned code, int digits) {
@@ -57,7 +58,7 @@ std::string escape(char kind, unsigned code, int digits) {
 }
 
 std::size_t width_of(const Character& character) {
-    const int width = character.valid ? ::wcwidth(character.code) : 1;
+    const int width = character.valid ? ::wcwidth(static_cast<wchar_t>(character.code)) : 1;
     return width < 0 ? 1 : static_cast<std::size_t>(width);
 }
 
@@ -98,7 +99,7 @@ std::string visible(std::string_view text) {
     std::string out;
     while (!text.empty()) {
         const auto character = first_character(text);
-        const auto code = static_cast<unsigned>(character.code);
+        const unsigned code = character.code;
         const unsigned byte = static_cast<unsigned char>(text.front());
         if (!character.valid) {
             out += escape('x', byte, 2);
