@@ -189,8 +189,9 @@ std::vector<std::string> child_arguments(const CollectOptions& options, const St
                                        "--log-level=" + std::to_string(options.log_level),
                                        "--tool-timeout=" + std::to_string(options.tool_timeout),
                                        "--plugin=" + options.plugin.string(),
-                                       "--search-path=" + stage.search_path,
                                        "--lifeline=" + std::to_string(lifeline)};
+    // An option with nothing behind its "=" would take the next argument for its value.
+    if (!stage.search_path.empty()) arguments.push_back("--search-path=" + stage.search_path);
     for (const auto& name : options.modules) arguments.push_back("--module=" + name);
     for (const auto& name : options.tables) arguments.push_back("--table=" + name);
     for (const auto& name : options.also) arguments.push_back("--also=" + name);

@@ -19,20 +19,29 @@ using qvhost::CollectOptions;
 constexpr int kCouldNot = 1;
 constexpr int kUsage = 2;
 
+std::string not_empty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
+void add_plugin_option(CLI::App& command, CollectOptions& options) {
+    command.add_option("--plugin", options.plugin, "Another plug-in than the installed one")
+        ->type_name("FILE")
+        ->check(not_empty);
+}
+
 void add_collect_options(CLI::App& command, CollectOptions& options) {
     command.add_option("--log-dir", options.log_dir, "Where captures, log and report go")
         ->required()
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(not_empty);
     command.add_option("--log-level", options.log_level, "2 silences the modules, 4 tells details")
         ->check(CLI::Range(0u, 4u))
         ->type_name("N")
         ->capture_default_str();
     command.add_option("--module", options.modules, "Only this module (more than one: repeat)")
         ->type_name("NAME")
-        ->expected(1);
+        ->allow_extra_args(false);
     command.add_option("--table", options.tables, "Only this table (more than one: repeat)")
         ->type_name("ID")
-        ->expected(1);
+        ->allow_extra_args(false);
     command.add_option("--tool-timeout", options.tool_timeout, "Kill a tool after so many seconds")
         ->check(CLI::Range(1u, 86400u))
         ->type_name("SECONDS")
@@ -44,8 +53,7 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
         ->delimiter(',')
         ->check(CLI::IsMember({"pmc", "fru0", "bios"}))
         ->type_name("NAME,...");
-    command.add_option("--plugin", options.plugin, "Another plug-in than the installed one")
-        ->type_name("FILE");
+    add_plugin_option(command, options);
     command.add_flag("--quiet", options.quiet, "No progress");
 }
 
@@ -64,8 +72,7 @@ int run(int argc, char** argv) {
     add_collect_options(*replay, options);
 
     auto* tables = app.add_subcommand("tables", "List modules, tables and layouts");
-    tables->add_option("--plugin", options.plugin, "Another plug-in than the installed one")
-        ->type_name("FILE");
+    add_plugin_option(*tables, options);
 
     std::filesystem::path report;
     std::vector<std::string> ids;
