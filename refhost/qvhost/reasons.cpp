@@ -1,6 +1,8 @@
 #include "qvhost/reasons.h"
 
 #include <algorithm>
+#include <charconv>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -57,6 +59,18 @@ constexpr Stop kBmcStops[] = {
     {"Failed to start IPMI service, could not",     "the IPMI service could not be started"     },
 };
 
+// Whether an IPMI tool speaks of an error in the first part of its answer.
+bool holds_error(const fs::path& capture) {
+    std::ifstream file(capture, std::ios::binary);
+    std::string text(65536, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    for (const char* sign : {"Error", "Bad response", "Cannot open an IPMI driver"}) {
+        if (text.find(sign) != std::string::npos) return true;
+    }
+    return false;
+}
+
 // Why there is no capture.
 std::string not_asked(const std::string& table) {
     return table == "SAS2IRLOG" ? "no SAS2308 controller" : "not asked for on this server";
@@ -65,6 +79,11 @@ std::string not_asked(const std::string& table) {
 std::string tool_failed(const std::string& tool, const std::string& code) {
     if (code == "127") return tool + " is not installed (exit code 127)";
     if (code == "126") return tool + " cannot be run (exit code 126)";
+    // A shell tells of a signal by 128 and the signal's number.
+    int number = 0;
+    std::from_chars(code.data(), code.data() + code.size(), number);
+    if (number > 128 && number <= 128 + SIGTERM)
+        return tool + " was killed by signal " + std::to_string(number - 128);
     return tool + " failed with code " + code;
 }
 
@@ -124,6 +143,7 @@ std::string Evidence::from_capture(const Source& source) const {
     const bool installed = !source.in_qv_tools || is_installed(tool);
     if (fs::file_size(capture, error) == 0)
         return installed ? tool + " printed nothing" : tool + " is not in qv_tools";
+    if (holds_error(capture)) return tool + " answered with an error, see " + source.capture;
     return "nothing to report in " + std::string(source.capture);
 }
 
