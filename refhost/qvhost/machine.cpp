@@ -32,8 +32,9 @@ public:
         Machine machine;
         machine.description = text(root, "description");
         machine.uname = text(root, "uname");
-        const auto commands = root.value("commands", json::array());
-        if (!commands.is_array()) fail("\"commands\" is not an array");
+        if (!root.contains("commands") || !root["commands"].is_array())
+            fail("\"commands\" is not an array");
+        const auto& commands = root["commands"];
         for (const auto& entry : commands) machine.commands.push_back(command(entry));
         return machine;
     }
@@ -75,8 +76,9 @@ private:
         if (!entry.is_object()) fail("a command is not an object");
         RecordedCommand command;
         command.tool = text(entry, "tool");
-        if (command.tool.empty() || command.tool.find('/') != std::string::npos)
-            fail("a command has no tool, or one with a directory");
+        if (command.tool.empty() || command.tool.starts_with('.') ||
+            command.tool.find('/') != std::string::npos)
+            fail("a command has no \"tool\", or one that is no plain name");
         if (entry.contains("args")) command.arguments = text(entry, "args");
         if (const auto name = text(entry, "stdout"); !name.empty())
             command.stdout_file = file_beside(name);
