@@ -1,5 +1,9 @@
 // The command line of qvhost.
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -57,6 +61,15 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
     command.add_flag("--quiet", options.quiet, "No progress");
 }
 
+// Of a standard stream that is closed, a file of ours would get the number, and what is meant for
+// the stream. In its place there is one that cannot be written; errors alone are dropped.
+void hold_standard_streams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Gathers what a Linux server knows about itself into one report.", "qvhost");
     app.set_version_flag("--version", std::string("qvhost ") + QV_VERSION);
@@ -90,7 +103,8 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
+        app.exit(wanted);
+        return 0;
     } catch (const CLI::ParseError& error) {
         app.exit(error);
         return kUsage;
@@ -104,8 +118,6 @@ int run(int argc, char** argv) {
     } else if (*show) {
         qvhost::show_report(report, ids);
     }
-    std::cout.flush();
-    if (!std::cout) throw std::runtime_error("cannot write to standard output");
     return 0;
 }
 
@@ -114,10 +126,16 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     // A reader that goes away is an error of writing, not the end of a collection.
     std::signal(SIGPIPE, SIG_IGN);
+    hold_standard_streams();
+    // All that is written is private: captures hold serial numbers, addresses and logs.
+    ::umask(077);
     try {
-        return run(argc, argv);
+        const int status = run(argc, argv);
+        std::cout.flush();
+        if (!std::cout) throw std::runtime_error("cannot write to standard output");
+        return status;
     } catch (const std::exception& error) {
-        std::cerr << "qvhost: " << qvhost::visible(error.what()) << '\n';
+        std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
         return kCouldNot;
     }
 }

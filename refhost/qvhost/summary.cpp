@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "show/text_table.h"
+#include "show/visible.h"
 
 namespace qvhost {
 
@@ -21,7 +22,10 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
     const TextTable text(columns_for({"Module", "Table", "Records", "Note"}, rows, style), style);
     text.print_header(out);
     for (const auto& row : rows) text.print_row(out, row);
-    out << "\nReport: " << dir.json().string() << '\n';
+    out << '\n';
+    if (const auto status = store.meta("status"); status != "complete")
+        out << "The collection is " << one_line(status) << '\n';
+    out << "Report: " << one_line(dir.json().string()) << '\n';
 }
 
 }  // namespace qvhost

@@ -119,6 +119,18 @@ std::string visible(std::string_view text) {
     return out;
 }
 
+std::string one_line(std::string_view text) {
+    std::string line;
+    for (const char c : visible(text)) {
+        if (c == '\n') {
+            line += "\\x0a";
+        } else {
+            line += c;
+        }
+    }
+    return line;
+}
+
 std::size_t display_width(std::string_view text) {
     const Utf8 locale;
     std::size_t width = 0;
