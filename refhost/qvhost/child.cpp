@@ -1,17 +1,20 @@
 #include "qvhost/child.h"
 
 #include <fcntl.h>
+#include <pthread.h>
+#include <semaphore.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <exception>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "journal/journal.h"
 #include "logger/control.h"
@@ -62,11 +65,35 @@ void redirect_standard_streams(const LogDir& dir) {
     ::dup2(console, STDERR_FILENO);
 }
 
+sem_t held;
+
+// Where the collecting thread stays once the parent is gone.
+void hold(int) {
+    ::sem_post(&held);
+    for (;;) ::pause();
+}
+
+// Stops the thread that runs the modules: it would take a killed tool for a failed one and start the
+// next.
+void hold_thread(pthread_t thread) {
+    ::pthread_kill(thread, SIGRTMIN);
+    timespec patience{};
+    ::clock_gettime(CLOCK_REALTIME, &patience);
+    patience.tv_sec += 1;
+    while (::sem_timedwait(&held, &patience) != 0 && errno == EINTR) {
+    }
+}
+
 void end_with_parent(int lifeline) {
-    std::thread([lifeline] {
+    ::sem_init(&held, 0, 0);
+    struct sigaction action = {};
+    action.sa_handler = hold;
+    ::sigaction(SIGRTMIN, &action, nullptr);
+    std::thread([lifeline, collecting = ::pthread_self()] {
         char byte = 0;
         while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
         }
+        hold_thread(collecting);
         kill_descendants();
         ::_exit(1);
     }).detach();
@@ -107,6 +134,24 @@ void check_names(const Plugin& plugin, const CollectOptions& options) {
     };
     check("module", modules, options.modules);
     check("table", tables, options.tables);
+}
+
+struct Chosen {
+    RModule* module;
+    std::vector<std::string> tables;
+};
+
+std::vector<Chosen> choose(const Plugin& plugin, const CollectOptions& options) {
+    std::vector<Chosen> chosen;
+    for (const auto& module : plugin.modules()) {
+        if (!wanted(options.modules, module->GetName())) continue;
+        std::vector<std::string> tables;
+        for (const auto& [table, callbacks] : module->callbacks) {
+            if (wanted(options.tables, table)) tables.push_back(table);
+        }
+        if (!tables.empty()) chosen.push_back({module.get(), std::move(tables)});
+    }
+    return chosen;
 }
 
 void collect_table(RModule& module, const std::string& table, RRepository& repository,
@@ -156,14 +201,11 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
 
     JournalSink sink(journal);
     RRepository repository(sink);
-    for (const auto& module : plugin.modules()) {
-        if (!wanted(options.modules, module->GetName())) continue;
-        std::vector<std::string> tables;
-        for (const auto& [table, callbacks] : module->callbacks) {
-            if (wanted(options.tables, table)) tables.push_back(table);
-        }
-        if (tables.empty()) continue;
+    const auto chosen = choose(plugin, options);
+    // All of them first: a collection that is cut off can tell what it did not reach.
+    for (const auto& [module, tables] : chosen)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
+    for (const auto& [module, tables] : chosen) {
         for (const auto& table : tables) collect_table(*module, table, repository, journal);
     }
 
@@ -202,7 +244,6 @@ int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
     // A terminal's Ctrl-C is the parent's business.
     ::setpgid(0, 0);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    ::umask(077);
     ::signal(SIGPIPE, SIG_DFL);
 
     const LogDir dir(options.log_dir);

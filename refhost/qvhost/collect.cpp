@@ -6,7 +6,6 @@
 #include <chrono>
 #include <ctime>
 #include <iostream>
-#include <stdexcept>
 
 #include "qvhost/ambient.h"
 #include "qvhost/fill.h"
@@ -34,7 +33,7 @@ std::string utc_now() {
     return text;
 }
 
-void warn(const std::string& text) { std::cerr << "qvhost: " << visible(text) << '\n'; }
+void warn(const std::string& text) { std::cerr << "qvhost: " << one_line(text) << '\n'; }
 
 void warn_if_others_can_read(const fs::path& directory) {
     struct stat info {};
@@ -86,6 +85,7 @@ int collect(CollectOptions options, const Stage& stage) {
         Progress progress(dir.path(), options.quiet);
         problem = supervise(options, stage, filler, progress);
 
+        filler.explain_unreached();
         explain_empty_tables(store, dir, stage, started);
         store.set_meta("finished", utc_now());
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
@@ -97,9 +97,7 @@ int collect(CollectOptions options, const Stage& stage) {
 
     const Store store(dir.store(), Store::Mode::read);
     print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
-    std::cout.flush();
     if (!problem.empty()) warn("the collection is incomplete: " + problem);
-    if (!std::cout) throw std::runtime_error("cannot write to standard output");
     return problem.empty() ? 0 : 1;
 }
 

@@ -23,14 +23,29 @@ void Filler::take_new() {
     committed_ = now;
 }
 
+void Filler::explain_unreached() {
+    for (const auto& module : store_.modules()) {
+        for (const auto& table : module.tables) {
+            if (table.records == 0 && !standing_.reached.contains(table.id))
+                store_.set_reason(table.id, "the collection ended before");
+        }
+    }
+}
+
 void Filler::take(JournalEntry&& entry) {
     std::visit(Overloaded{[&](const ModuleEntry& module) {
-                              standing_.module = module.display;
+                              titles_[module.name] = module.display;
                               store_.add_module(module.name, module.display);
                               for (const auto& table : module.tables)
                                   store_.add_table(module.name, table);
                           },
-                          [&](const TableStartEntry& start) { standing_.table = start.table; },
+                          [&](const TableStartEntry& start) {
+                              if (start.module != module_)
+                                  standing_.modules.push_back(titles_[start.module]);
+                              module_ = start.module;
+                              standing_.table = start.table;
+                              standing_.reached.insert(start.table);
+                          },
                           [&](const Record& record) {
                               if (++standing_.records > known_) store_.add(record);
                           },

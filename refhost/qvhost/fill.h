@@ -2,8 +2,11 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "journal/journal.h"
 #include "store/store.h"
@@ -12,9 +15,10 @@ namespace qvhost {
 
 // Where a collection stands, as its journal tells.
 struct Standing {
-    std::string module;               // the one being asked, as people know it
-    std::string table;                // the one being collected; empty: none
-    std::vector<std::string> errors;  // what callbacks threw
+    std::vector<std::string> modules;  // those that were asked so far, as people know them
+    std::set<std::string> reached;     // tables
+    std::string table;                 // the one being collected; empty: none
+    std::vector<std::string> errors;   // what callbacks threw
     std::optional<EndEntry> end;
     std::size_t records = 0;
 };
@@ -28,6 +32,9 @@ public:
     // Takes what is new in the journal. Commits when the last commit is half a second ago.
     void take_new();
 
+    // Gives the tables that were not reached that reason for being empty.
+    void explain_unreached();
+
     const Standing& standing() const { return standing_; }
 
 private:
@@ -36,6 +43,8 @@ private:
     JournalReader& journal_;
     Store& store_;
     std::size_t known_;
+    std::map<std::string, std::string> titles_;  // of modules
+    std::string module_;
     Standing standing_;
     std::chrono::steady_clock::time_point committed_ = std::chrono::steady_clock::now();
 };

@@ -21,15 +21,6 @@ std::string elapsed(std::chrono::steady_clock::duration duration) {
     return text;
 }
 
-// Names of files are captured text too.
-std::string one_line(const std::string& text) {
-    auto line = visible(text);
-    for (char& c : line) {
-        if (c == '\n') c = ' ';
-    }
-    return line;
-}
-
 bool is_ours(const std::string& name) {
     return name == "qvhost.log" || name == "console.txt" || name == "report";
 }
@@ -49,8 +40,9 @@ Progress::~Progress() {
     if (watch_ >= 0) ::close(watch_);
 }
 
-std::string Progress::newest_capture() {
-    std::string newest;
+// In the order in which they were written to, each once in a row.
+std::vector<std::string> Progress::new_captures() {
+    std::vector<std::string> captures{capture_};
     alignas(inotify_event) char buffer[4096];
     ssize_t size = 0;
     while (watch_ >= 0 && (size = ::read(watch_, buffer, sizeof buffer)) > 0) {
@@ -58,32 +50,35 @@ std::string Progress::newest_capture() {
             inotify_event event{};
             std::memcpy(&event, buffer + at, sizeof event);
             const std::string name = event.len > 0 ? buffer + at + sizeof event : "";
-            if (!name.empty() && !is_ours(name)) newest = name;
+            if (!name.empty() && !is_ours(name) && name != captures.back())
+                captures.push_back(name);
             at += static_cast<ssize_t>(sizeof event + event.len);
         }
     }
-    return newest;
+    captures.erase(captures.begin());
+    return captures;
 }
 
 void Progress::update(const Standing& standing) {
     if (quiet_) return;
-    const auto capture = newest_capture();
-    const bool module_changed = standing.module != module_;
-    const bool capture_changed = !capture.empty() && capture != capture_;
-    module_ = standing.module;
-    table_ = standing.table;
-    if (module_changed && !capture_changed) capture_.clear();
-    if (capture_changed) capture_ = capture;
-    if (module_changed || capture_changed) capture_start_ = Clock::now();
-
-    if (terminal_) {
-        show_line();
-        return;
+    const auto captures = new_captures();
+    const auto& modules = standing.modules;
+    if (!terminal_) {
+        const auto time = elapsed(Clock::now() - start_);
+        for (auto i = modules_; i < modules.size(); ++i)
+            std::fprintf(stderr, "%s  %s\n", time.c_str(), one_line(modules[i]).c_str());
+        for (const auto& capture : captures)
+            std::fprintf(stderr, "%s    %s\n", time.c_str(), one_line(capture).c_str());
     }
-    const auto time = elapsed(Clock::now() - start_);
-    if (module_changed) std::fprintf(stderr, "%s  %s\n", time.c_str(), one_line(module_).c_str());
-    if (capture_changed)
-        std::fprintf(stderr, "%s    %s\n", time.c_str(), one_line(capture_).c_str());
+
+    const bool module_changed = modules.size() != modules_;
+    if (module_changed) module_ = modules.back();
+    modules_ = modules.size();
+    table_ = standing.table;
+    if (module_changed) capture_.clear();
+    if (!captures.empty()) capture_ = captures.back();
+    if (module_changed || !captures.empty()) capture_start_ = Clock::now();
+    if (terminal_) show_line();
 }
 
 void Progress::show_line() {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "qvhost/fill.h"
 
@@ -29,12 +30,13 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::string newest_capture();
+    std::vector<std::string> new_captures();
     void show_line();
 
     bool quiet_;
     bool terminal_;
     int watch_ = -1;
+    std::size_t modules_ = 0;  // how many have begun
     std::string module_;
     std::string table_;
     std::string capture_;

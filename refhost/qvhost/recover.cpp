@@ -1,11 +1,15 @@
 #include "qvhost/recover.h"
 
 #include <filesystem>
+#include <stdexcept>
+#include <system_error>
 
 #include "qvhost/fill.h"
 #include "report/report_json.h"
 
 namespace qvhost {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -17,26 +21,58 @@ std::size_t records_in(const Store& store) {
     return records;
 }
 
+// The store as it was left. One that is damaged is made anew: the journal has everything.
+Store open_store(const LogDir& dir) {
+    if (fs::exists(dir.store())) {
+        try {
+            return {dir.store(), Store::Mode::update};
+        } catch (const std::runtime_error&) {
+            for (const char* part : {"", "-wal", "-shm", "-journal"})
+                fs::remove(dir.store().string() + part);
+        }
+    }
+    return {dir.store(), Store::Mode::create};
+}
+
+// Takes what can be read of the journal. Returns what is wrong with it.
+std::string take_journal(Filler& filler) {
+    try {
+        filler.take_new();
+        return "";
+    } catch (const std::system_error&) {
+        throw;  // the journal may be whole and can be read another time
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
 }  // namespace
 
 std::string recover(const LogDir& dir) {
-    if (!std::filesystem::exists(dir.journal())) return "";
-    const bool has_store = std::filesystem::exists(dir.store());
+    if (!fs::exists(dir.journal())) return "";
     std::string found;
+    bool damaged = false;
     {
-        Store store(dir.store(), has_store ? Store::Mode::update : Store::Mode::create);
+        auto store = open_store(dir);
         JournalReader journal(dir.journal());
         Filler filler(journal, store, records_in(store));
-        filler.take_new();
+        const auto damage = take_journal(filler);
         const auto& standing = filler.standing();
         found = "a collection that was broken off";
         if (!standing.table.empty()) found += " while it collected " + standing.table;
-        found += ", with " + std::to_string(standing.records) + " records";
+        found += ", with " + std::to_string(records_in(store)) + " records";
+        damaged = !damage.empty();
+        if (damaged) found += "; " + damage;
+        filler.explain_unreached();
         store.set_meta("status", "incomplete: " + found);
         store.commit();
         write_report_json(store, dir.json());
     }
-    std::filesystem::remove(dir.journal());
+    if (damaged) {
+        fs::rename(dir.journal(), dir.journal().string() + ".damaged");
+    } else {
+        fs::remove(dir.journal());
+    }
     return found;
 }
 
