@@ -1,0 +1,263 @@
+// A collection that goes well, from the plug-in's callbacks to the report.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <regex>
+
+#include "program.h"
+#include "report.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::ordered_json;
+
+using Collect = ProductTest;
+
+TEST_F(Collect, EveryRecordIsInTheReportAsItWasAdded) {
+    const auto outcome = run(collect("calm", {"--table", "VALUES", "--table", "EMPTY"}));
+    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    const auto expected = ordered_json::parse(R"({
+        "modules": [
+            {"name": "zeta", "display": "Module zeta", "tables": [
+                {"id": "VALUES", "layout":
+                    {"kind": "rows", "headers": ["value"], "widths": [100], "flag": false}}]},
+            {"name": "alpha", "display": "Module alpha", "tables": [
+                {"id": "EMPTY", "layout":
+                    {"kind": "rows", "headers": ["value"], "widths": [100], "flag": false}}]}],
+        "records": [
+            {"table": "VALUES", "name": "first", "index": -1, "properties": [
+                {"id": "text", "display": "Text", "value": " with blanks and an end\n"},
+                {"id": "number", "display": "Number", "value": -7}]},
+            {"table": "VALUES", "name": "first", "index": -1, "properties": [
+                {"id": "text", "display": "Another label", "value": "a\u0000b"},
+                {"id": "number", "display": "Number", "value": -7},
+                {"id": "bytes", "display": "Bytes", "value": "\uFFFD\u001b[31m<b>'"}]},
+            {"table": "VALUES", "name": "empty", "index": 3, "properties": []}]})");
+    EXPECT_EQ(report_json(log_dir()), expected);
+}
+
+TEST_F(Collect, CallbacksAreCalledInOrder) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const std::vector<std::string> expected{
+        "init zeta",
+        "init alpha",  // as AddModules gave them
+        "enumerate SURROUNDINGS",
+        "wrap SURROUNDINGS",  // tables as their map is
+        "enumerate VALUES",
+        "wrap VALUES",
+        "enumerate ANOTHER",
+        "wrap ANOTHER",
+        "enumerate EMPTY",
+        "wrap EMPTY",
+    };
+    EXPECT_EQ(log_texts(log_dir()), expected);
+}
+
+struct Filter {
+    std::vector<std::string> options;
+    std::vector<std::string> enumerated;
+};
+
+TEST_F(Collect, FiltersChooseWhatIsAsked) {
+    const std::vector<Filter> filters = {
+        {{"--module", "alpha"},                                         {"ANOTHER", "EMPTY"}                          },
+        {{"--module", "alpha", "--module", "zeta"},                     {"SURROUNDINGS", "VALUES", "ANOTHER", "EMPTY"}},
+        {{"--table", "VALUES"},                                         {"VALUES"}                                    },
+        {{"--table", "EMPTY", "--table", "VALUES"},                     {"VALUES", "EMPTY"}                           },
+        {{"--table", "EMPTY", "--table", "VALUES", "--module", "zeta"}, {"VALUES"}                                    },
+    };
+    for (const auto& [options, expected] : filters) {
+        fs::remove_all(log_dir());
+        ASSERT_EQ(run(collect("calm", options)).exit, 0);
+        std::vector<std::string> enumerated;
+        for (const auto& text : log_texts(log_dir())) {
+            if (text.starts_with("enumerate ")) enumerated.push_back(text.substr(10));
+        }
+        EXPECT_EQ(enumerated, expected);
+    }
+}
+
+TEST_F(Collect, NamesThatNoModuleHasAreRefusedWithThoseThatThereAre) {
+    const auto module = run(collect("calm", {"--module", "gamma"}));
+    EXPECT_EQ(module.exit, 1);
+    EXPECT_NE(module.err.find("there is no module \"gamma\"; there are: zeta alpha"),
+              std::string::npos)
+        << module.err;
+    const auto table = run(collect("calm", {"--table", "VALUES", "--table", "values"}));
+    EXPECT_EQ(table.exit, 1);
+    EXPECT_NE(table.err.find("there is no table \"values\"; there are: SURROUNDINGS VALUES "
+                             "ANOTHER EMPTY"),
+              std::string::npos)
+        << table.err;
+}
+
+TEST_F(Collect, ToolsFindAKnownEnvironment) {
+    const Invocation invocation{
+        .arguments = collect("calm", {"--table",               "SURROUNDINGS", "--tool-timeout", "7"}
+           ),
+        .environment = { {"PATH", "/opt/tools:/usr/bin"},
+                                      {"LANG", "tr_TR.UTF-8"},
+                                      {"LANGUAGE", "tr"},
+                                      {"QV_TOOL_TIMEOUT", "1"},
+                                      {"QV_TEST_OWN", "kept"}}
+    };
+    ASSERT_EQ(run(invocation).exit, 0);
+    const auto report = report_json(log_dir());
+    std::map<std::string, ordered_json> found;
+    for (const auto& property : report["records"][0]["properties"])
+        found[property["id"]] = property["value"];
+
+    const auto path = found["PATH"].get<std::string>();
+    EXPECT_TRUE(path.starts_with("/opt/tools:/usr/bin:")) << path;
+    for (const char* directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
+        EXPECT_NE((":" + path + ":").find(":" + std::string(directory) + ":"), std::string::npos);
+    found.erase("PATH");
+
+    const std::map<std::string, ordered_json> expected = {
+        {"LC_ALL",             "C.UTF-8"                                  },
+        {"LANG",               "(unset)"                                  },
+        {"LANGUAGE",           "(unset)"                                  },
+        {"LC_TIME",            "(unset)"                                  },
+        {"QV_TOOL_TIMEOUT",    "7"                                        },
+        {"QV_ARCHIVE_TIMEOUT", "42"                                       },
+        {"QV_TEST_OWN",        "kept"                                     },
+        {"log_dir",            log_dir().string() + "/"                   },
+        {"directory",          log_dir().string()                         },
+        {"program_dir",        fs::path(QV_PROGRAM).parent_path().string()},
+        {"umask",              077                                        },
+        {"input",              -1                                         },
+    };
+    EXPECT_EQ(found, expected);
+}
+
+TEST_F(Collect, WhatToolsSayPastTheirCapturesIsInAFile) {
+    const auto outcome = run(collect("calm"));
+    EXPECT_EQ(read_file(log_dir() / "console.txt"),
+              "a word on standard output\na tool's complaint\n");
+    EXPECT_EQ(outcome.out.find("a word"), std::string::npos);
+
+    fs::remove_all(log_dir());
+    ASSERT_EQ(run(collect("calm", {"--table", "EMPTY"})).exit, 0);
+    EXPECT_FALSE(fs::exists(log_dir() / "console.txt")) << "nothing was said";
+}
+
+TEST_F(Collect, TheReportIsPrivateWhateverTheUmask) {
+    for (const mode_t mask : {0u, 022u, 077u, 0777u}) {
+        fs::remove_all(log_dir());
+        Invocation invocation{.arguments = collect("calm")};
+        invocation.mask = mask;
+        ASSERT_EQ(run(invocation).exit, 0);
+        std::map<std::string, mode_t> modes;
+        const auto note = [&](const fs::path& path) {
+            struct stat info {};
+            ASSERT_EQ(::stat(path.c_str(), &info), 0);
+            modes[path.lexically_relative(dir())] = info.st_mode & 07777;
+        };
+        note(log_dir());
+        for (const auto& entry : fs::recursive_directory_iterator(log_dir())) note(entry.path());
+        const std::map<std::string, mode_t> expected = {
+            {"log",                      0700},
+            {"log/capture.txt",          0600},
+            {"log/console.txt",          0600},
+            {"log/qvhost.log",           0600},
+            {"log/report",               0700},
+            {"log/report/report.json",   0600},
+            {"log/report/report.sqlite", 0600},
+        };
+        EXPECT_EQ(modes, expected) << "umask " << mask;
+    }
+}
+
+TEST_F(Collect, TheLogLevelChangesTheLogAndNothingElse) {
+    ordered_json reports[3];
+    std::size_t lines[3];
+    for (const unsigned level : {2u, 3u, 4u}) {
+        fs::remove_all(log_dir());
+        ASSERT_EQ(run(collect("calm", {"--log-level", std::to_string(level)})).exit, 0);
+        reports[level - 2] = report_json(log_dir());
+        lines[level - 2] = lines_of(read_file(log_dir() / "qvhost.log")).size();
+    }
+    EXPECT_EQ(lines[0], 0u);
+    EXPECT_EQ(lines[1], 10u);
+    EXPECT_EQ(lines[2], 10u);
+    EXPECT_EQ(reports[0], reports[1]);
+    EXPECT_EQ(reports[1], reports[2]);
+}
+
+// Which capture belongs to which module is told only as exactly as the program looks.
+TEST_F(Collect, ProgressInAPipeIsALineForEachModuleAndCapture) {
+    const auto outcome = run(collect("calm"));
+    std::vector<std::string> modules;
+    std::vector<std::string> captures;
+    for (const auto& line : lines_of(outcome.err)) {
+        const auto text = std::regex_replace(line, std::regex("^[0-9]+:[0-9]{2}  "), "");
+        (text.starts_with("  ") ? captures : modules).push_back(text);
+    }
+    EXPECT_EQ(modules, (std::vector<std::string>{"Module zeta", "Module alpha"}));
+    EXPECT_EQ(captures, (std::vector<std::string>{"  capture.txt"}));
+}
+
+TEST_F(Collect, ProgressOnATerminalFitsAndIsCleared) {
+    const auto outcome = run(Invocation{.arguments = collect("calm"), .terminal = true});
+    EXPECT_EQ(outcome.exit, 0);
+    EXPECT_TRUE(outcome.err.ends_with("\r\033[K")) << outcome.err;
+    const std::regex line("\r([^\r\033]*)\033\\[K");
+    int drawn = 0;
+    for (std::sregex_iterator i(outcome.err.begin(), outcome.err.end(), line), end; i != end; ++i) {
+        EXPECT_LT((*i)[1].str().size(), 40u);
+        ++drawn;
+    }
+    EXPECT_GE(drawn, 2);
+    EXPECT_EQ(std::regex_replace(outcome.err, line, ""), "") << "and nothing else is shown";
+}
+
+TEST_F(Collect, QuietMeansNothingButErrors) {
+    const auto quiet = run(collect("calm", {"--quiet"}));
+    EXPECT_EQ(quiet.exit, 0);
+    EXPECT_EQ(quiet.err, "");
+    EXPECT_NE(quiet.out, "");
+    EXPECT_NE(run(collect("calm", {"--quiet", "--table", "X"})).err, "");
+}
+
+TEST_F(Collect, TheSummaryCountsEveryTableAndNamesTheReport) {
+    const auto outcome = run(collect("calm"));
+    const std::string expected =
+        "Module        Table         Records  Note\n"
+        "------------  ------------  -------  "
+        "-------------------------------------------\n"
+        "Module zeta   SURROUNDINGS  1\n"
+        "              VALUES        3\n"
+        "Module alpha  ANOTHER       1\n"
+        "              EMPTY         0        nothing to report\n"
+        "\nReport: " +
+        (log_dir() / "report" / "report.json").string() + "\n";
+    EXPECT_EQ(outcome.out, expected);
+    EXPECT_EQ(outcome.out.find('\033'), std::string::npos);
+}
+
+TEST_F(Collect, PluginsThatAreNoneAreRefused) {
+    const auto missing = run(collect("missing"));
+    EXPECT_EQ(missing.exit, 1);
+    EXPECT_NE(missing.err.find("missing.so"), std::string::npos) << missing.err;
+    const auto none = run(collect("none"));
+    EXPECT_EQ(none.exit, 1);
+    EXPECT_NE(none.err.find("AddModules"), std::string::npos) << none.err;
+}
+
+TEST_F(Collect, APluginIsFoundFromWhereTheUserStands) {
+    Invocation invocation{
+        .arguments = {"collect", "--log-dir", "log", "--plugin", "./calm.so"},
+          .directory = dir()
+    };
+    fs::copy_file(plugin("calm"), dir() / "calm.so");
+    const auto outcome = run(invocation);
+    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_TRUE(fs::exists(log_dir() / "report" / "report.json"));
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,240 @@
+// Collections that end early. What was filed is in the report, the store is whole, no process is
+// left, and the exit status is 1.
+#include <csignal>
+
+#include "program.h"
+#include "report.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Crash : public ProductTest {
+protected:
+    Invocation with_fault(const std::string& fault,
+                          const std::vector<std::string>& more = {}) const {
+        return Invocation{.arguments = collect("faults", more),
+                          .environment = {{"QV_TEST_FAULT", fault}}};
+    }
+
+    // Starts a collection that gets as far as the fault and stays there.
+    pid_t start_hanging() {
+        const pid_t pid = start(with_fault("hang"));
+        wait_until("the tools hang", [&] {
+            return read_file(log_dir() / "qvhost.log").find("enumerate M_FAULT") !=
+                       std::string::npos &&
+                   family().size() >= 6;  // the program, its child, two shells, two sleeps
+        });
+        return pid;
+    }
+
+    // The collecting process: the program's child.
+    pid_t child_of(pid_t parent) const {
+        for (const pid_t pid : family()) {
+            const auto status = read_file("/proc/" + std::to_string(pid) + "/status");
+            if (status.find("\nPPid:\t" + std::to_string(parent) + "\n") != std::string::npos)
+                return pid;
+        }
+        return 0;
+    }
+
+    void expect_all_filed(const fs::path& store) const {
+        EXPECT_EQ(counts(store), (std::map<std::string, int>{
+                                     {"A_BEFORE", 1000},
+                                     {"M_FAULT",  2   },
+                                     {"Z_AFTER",  0   }
+        }));
+        std::vector<std::string> expected;
+        for (int i = 0; i < 1000; ++i) expected.push_back(std::to_string(i));
+        EXPECT_EQ(values(store, "A_BEFORE"), expected);
+    }
+
+    void expect_nothing_left() const {
+        wait_until("no process is left", [&] { return family().empty(); });
+    }
+};
+
+struct Fault {
+    const char* name;
+    const char* told;  // what the message says of it
+};
+
+TEST_F(Crash, AModuleThatTakesTheProcessAlongLosesNothing) {
+    for (const auto& [name, told] : {
+             Fault{"crash", "Segmentation fault"},
+             Fault{"kill",  "Killed"            },
+             Fault{"exit",  "code 0"            }
+    }) {
+        SCOPED_TRACE(name);
+        fs::remove_all(log_dir());
+        const auto outcome = run(with_fault(name));
+        EXPECT_EQ(outcome.exit, 1);
+        EXPECT_NE(outcome.err.find(told), std::string::npos) << outcome.err;
+        EXPECT_NE(outcome.err.find("M_FAULT"), std::string::npos) << outcome.err;
+        expect_all_filed(store_in(log_dir()));
+        EXPECT_EQ(report_json(log_dir())["records"].size(), 1002u);
+        EXPECT_TRUE(meta(store_in(log_dir()), "status").starts_with("incomplete"));
+        EXPECT_EQ(reasons(store_in(log_dir())).at("Z_AFTER"), "the collection ended before");
+        EXPECT_FALSE(fs::exists(log_dir() / "report" / "collection.journal"));
+        expect_nothing_left();
+    }
+}
+
+TEST_F(Crash, TheSummaryTellsThatItIsIncomplete) {
+    const auto outcome = run(with_fault("crash"));
+    EXPECT_NE(outcome.out.find("incomplete"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("report.json"), std::string::npos) << outcome.out;
+}
+
+TEST_F(Crash, APluginThatCrashesWhenItIsLoadedEndsWith1) {
+    const auto outcome = run(with_fault("load"));
+    EXPECT_EQ(outcome.exit, 1);
+    EXPECT_NE(outcome.err.find("Segmentation fault"), std::string::npos) << outcome.err;
+}
+
+TEST_F(Crash, AnExceptionEndsItsTableOnly) {
+    for (const auto& [name, told] : {
+             Fault{"throw",     "no\nluck"    },
+             Fault{"throw_int", "unknown kind"}
+    }) {
+        SCOPED_TRACE(name);
+        fs::remove_all(log_dir());
+        const auto outcome = run(with_fault(name));
+        EXPECT_EQ(outcome.exit, 1);
+        EXPECT_NE(outcome.err.find("M_FAULT"), std::string::npos) << outcome.err;
+        EXPECT_EQ(counts(store_in(log_dir())),
+                  (std::map<std::string, int>{
+                      {"A_BEFORE", 1000},
+                      {"M_FAULT",  2   },
+                      {"Z_AFTER",  3   }
+        }));
+        EXPECT_NE(meta(store_in(log_dir()), "status").find(told), std::string::npos);
+    }
+}
+
+TEST_F(Crash, ASignalToEndStopsEverythingAndKeepsWhatThereIs) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        fs::remove_all(log_dir());
+        const pid_t pid = start_hanging();
+        ::kill(pid, signal);
+        const auto outcome = finish(pid);
+        EXPECT_EQ(outcome.exit, 1);
+        EXPECT_NE(outcome.err.find("incomplete"), std::string::npos) << outcome.err;
+        EXPECT_EQ(family(), std::vector<pid_t>()) << "left when the program has ended";
+        expect_all_filed(store_in(log_dir()));
+        EXPECT_EQ(report_json(log_dir())["records"].size(), 1002u);
+    }
+}
+
+TEST_F(Crash, AModuleThatNeverStopsFilingCanBeStopped) {
+    const pid_t pid = start(with_fault("flood"));
+    wait_until("records come", [&] {
+        std::error_code error;
+        return fs::file_size(log_dir() / "report" / "collection.journal", error) > 1'000'000 &&
+               !error;
+    });
+    ::kill(pid, SIGINT);
+    EXPECT_EQ(finish(pid).exit, 1);
+    EXPECT_EQ(family(), std::vector<pid_t>());
+    const auto filed = values(store_in(log_dir()), "M_FAULT");
+    ASSERT_GT(filed.size(), 1000u);
+    for (std::size_t i = 0; i < filed.size(); ++i) ASSERT_EQ(filed[i], std::to_string(i));
+}
+
+TEST_F(Crash, AKilledChildIsTold) {
+    const pid_t pid = start_hanging();
+    ::kill(child_of(pid), SIGKILL);
+    const auto outcome = finish(pid);
+    EXPECT_EQ(outcome.exit, 1);
+    EXPECT_NE(outcome.err.find("Killed"), std::string::npos) << outcome.err;
+    EXPECT_EQ(family(), std::vector<pid_t>());
+    expect_all_filed(store_in(log_dir()));
+}
+
+TEST_F(Crash, AKilledProgramLeavesNoProcessAndTheNextRunFindsItsRecords) {
+    const pid_t pid = start_hanging();
+    ::kill(pid, SIGKILL);
+    EXPECT_EQ(finish(pid).signal, SIGKILL);
+    expect_nothing_left();
+    ASSERT_TRUE(fs::exists(log_dir() / "report" / "collection.journal"));
+
+    const auto next = run(collect("calm", {"--table", "VALUES"}));
+    EXPECT_EQ(next.exit, 0) << next.err;
+    EXPECT_NE(next.err.find("M_FAULT"), std::string::npos) << "what was found: " << next.err;
+    for (const auto& entry : fs::directory_iterator(log_dir())) {
+        if (!entry.path().filename().string().starts_with("report-")) continue;
+        expect_all_filed(entry.path() / "report.sqlite");
+        EXPECT_TRUE(fs::exists(entry.path() / "report.json"));
+        EXPECT_FALSE(fs::exists(entry.path() / "collection.journal"));
+    }
+    EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{
+                                               {"VALUES", 3}
+    }));
+}
+
+TEST_F(Crash, BothKilledAtOnceAndShowFinishesTheReport) {
+    const pid_t pid = start_hanging();
+    const pid_t child = child_of(pid);
+    ::kill(child, SIGSTOP);  // so that neither sees the other go
+    ::kill(pid, SIGKILL);
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(finish(pid).signal, SIGKILL);
+    for (const pid_t left : family()) ::kill(left, SIGKILL);
+
+    const auto shown = run({"show", log_dir(), "M_FAULT"});
+    EXPECT_EQ(shown.exit, 0) << shown.err;
+    EXPECT_NE(shown.err.find("M_FAULT"), std::string::npos) << shown.err;
+    expect_all_filed(store_in(log_dir()));
+    EXPECT_EQ(reasons(store_in(log_dir())).at("Z_AFTER"), "the collection ended before");
+    EXPECT_EQ(report_json(log_dir())["records"].size(), 1002u);
+    EXPECT_FALSE(fs::exists(log_dir() / "report" / "collection.journal"));
+}
+
+// Power that fails can leave anything; what can be read is kept.
+TEST_F(Crash, ADamagedStoreIsMadeAnewFromTheJournal) {
+    const pid_t pid = start_hanging();
+    ::kill(pid, SIGKILL);
+    finish(pid);
+    expect_nothing_left();
+    write_file(store_in(log_dir()), std::string(5000, 'x'));
+    EXPECT_EQ(run({"show", log_dir()}).exit, 0);
+    expect_all_filed(store_in(log_dir()));
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+}
+
+TEST_F(Crash, ADamagedJournalIsKeptBesideWhatCouldBeRead) {
+    const pid_t pid = start_hanging();
+    ::kill(pid, SIGKILL);
+    finish(pid);
+    expect_nothing_left();
+    const auto journal = log_dir() / "report" / "collection.journal";
+    const auto whole = read_file(journal);
+    const std::string no_entry{1, 0, 0, 0, 99};
+    write_file(journal, whole + no_entry);
+    const auto shown = run({"show", log_dir()});
+    EXPECT_EQ(shown.exit, 0) << shown.err;
+    EXPECT_NE(shown.err.find("damaged"), std::string::npos) << shown.err;
+    expect_all_filed(store_in(log_dir()));
+    EXPECT_FALSE(fs::exists(journal));
+    EXPECT_EQ(read_file(journal.string() + ".damaged"), whole + no_entry);
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+}
+
+// The last entry was being written: it is not there, all before it are.
+TEST_F(Crash, HalfAnEntryAtTheEndIsNone) {
+    const pid_t pid = start_hanging();
+    ::kill(pid, SIGKILL);
+    finish(pid);
+    expect_nothing_left();
+    const auto journal = log_dir() / "report" / "collection.journal";
+    write_file(journal, read_file(journal) + std::string{9, 0, 0, 0, 2, 0});
+    EXPECT_EQ(run({"show", log_dir()}).exit, 0);
+    expect_all_filed(store_in(log_dir()));
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,34 @@
+// What a collection left, for comparison.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// report.json of a log directory, its keys in their order.
+nlohmann::ordered_json report_json(const std::filesystem::path& log_dir);
+
+// Record counts by table, as the store has them; a store that does not pass SQLite's own check
+// fails the test.
+std::map<std::string, int> counts(const std::filesystem::path& store);
+
+// Why tables are empty, as the store has it.
+std::map<std::string, std::string> reasons(const std::filesystem::path& store);
+
+// The values of the property "value" of a table's records, in order.
+std::vector<std::string> values(const std::filesystem::path& store, const std::string& table);
+
+std::string meta(const std::filesystem::path& store, const std::string& key);
+
+inline std::filesystem::path store_in(const std::filesystem::path& log_dir) {
+    return log_dir / "report" / "report.sqlite";
+}
+
+// The texts of the log, without time, level and place.
+std::vector<std::string> log_texts(const std::filesystem::path& log_dir);
+
+}  // namespace test

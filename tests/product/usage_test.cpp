@@ -1,0 +1,117 @@
+// The command line: exit statuses, and what goes to standard output and what to standard error.
+#include <sstream>
+
+#include "program.h"
+
+namespace test {
+
+namespace {
+
+using Usage = ProductTest;
+
+// "DIR" stands for the log directory and "NOTHING" for an empty argument.
+std::vector<std::string> arguments_of(const std::string& line, const std::string& log_dir) {
+    std::istringstream words(line);
+    std::vector<std::string> arguments;
+    for (std::string word; words >> word;)
+        arguments.push_back(word == "DIR" ? log_dir : word == "NOTHING" ? "" : word);
+    return arguments;
+}
+
+TEST_F(Usage, WrongCommandLinesEndWith2) {
+    for (const char* line : {
+             "",
+             "observe",
+             "collect",
+             "collect --log-dir",
+             "collect --log-dir NOTHING",
+             "collect --log-dir DIR --log-level 5",
+             "collect --log-dir DIR --log-level -1",
+             "collect --log-dir DIR --log-level three",
+             "collect --log-dir DIR --tool-timeout 0",
+             "collect --log-dir DIR --tool-timeout 1.5",
+             "collect --log-dir DIR --tool-timeout 99999999999",
+             "collect --log-dir DIR --plugin NOTHING",
+             "collect --log-dir DIR --unknown",
+             "collect --log-dir DIR surplus",
+             "replay --log-dir DIR",
+             "show",
+         }) {
+        SCOPED_TRACE(line);
+        const auto outcome = run(arguments_of(line, log_dir()));
+        EXPECT_EQ(outcome.exit, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_NE(outcome.err, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(log_dir()));
+}
+
+TEST_F(Usage, HelpAndVersionAreResults) {
+    const auto version = run({"--version"});
+    EXPECT_EQ(version.exit, 0);
+    EXPECT_EQ(version.out, "qvhost " QV_VERSION "\n");
+    EXPECT_EQ(version.err, "");
+
+    for (const std::vector<std::string>& arguments : {
+             std::vector<std::string>{"--help" },
+             { "collect", "--help"},
+             { "replay", "--help"}
+    }) {
+        const auto help = run(arguments);
+        EXPECT_EQ(help.exit, 0);
+        EXPECT_NE(help.out, "");
+        EXPECT_EQ(help.out.find("collecting-child"), std::string::npos) << "it is hidden";
+        EXPECT_EQ(help.err, "");
+    }
+}
+
+TEST_F(Usage, OptionsCanBeRepeated) {
+    const auto outcome = run(collect("calm", {"--table", "ANOTHER", "--table", "EMPTY", "--module",
+                                              "alpha", "--module", "zeta"}));
+    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+}
+
+TEST_F(Usage, OptionsBeforeTheMachineDoNotSwallowIt) {
+    const auto outcome =
+        run({"replay", "--module", "alpha", dir() / "machine", "--log-dir", log_dir()});
+    EXPECT_EQ(outcome.exit, 1) << "the machine is what is missing, not the argument";
+    EXPECT_NE(outcome.err.find("machine.json"), std::string::npos) << outcome.err;
+}
+
+// Every sub-command that prints, into a full disk and into nothing.
+TEST_F(Usage, OutputThatCannotBeWrittenEndsWith1) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto tables = "tables --plugin " + plugin("calm").string();
+    const auto collecting =
+        "collect --log-dir " + (dir() / "other").string() + " --plugin " + plugin("calm").string();
+    for (const auto& line : {std::string("--version"), std::string("--help"), tables,
+                             "show " + log_dir().string(), collecting}) {
+        const auto arguments = arguments_of(line, log_dir());
+        SCOPED_TRACE(arguments[0]);
+        const auto full = run(Invocation{.arguments = arguments, .out_file = "/dev/full"});
+        EXPECT_EQ(full.exit, 1);
+        EXPECT_NE(full.err.find("standard output"), std::string::npos) << full.err;
+        const auto closed = run(Invocation{.arguments = arguments, .closed = {1}});
+        EXPECT_EQ(closed.exit, 1);
+    }
+}
+
+// With none of the three, files of the program's own must not get their numbers.
+TEST_F(Usage, CollectsWithoutStandardStreams) {
+    for (const auto& closed : {
+             std::set<int>{0 },
+             {                               2},
+             {                               0, 2},
+             { 0,  1, 2}
+    }) {
+        std::filesystem::remove_all(log_dir());
+        const auto outcome = run(Invocation{.arguments = collect("calm"), .closed = closed});
+        EXPECT_EQ(outcome.exit, closed.contains(1) ? 1 : 0) << outcome.err;
+        EXPECT_TRUE(std::filesystem::exists(log_dir() / "report" / "report.json"));
+        EXPECT_FALSE(std::filesystem::exists(log_dir() / "report" / "collection.journal"));
+    }
+}
+
+}  // namespace
+
+}  // namespace test
