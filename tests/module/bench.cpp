@@ -98,10 +98,7 @@ Bench::Bench() {
 
     fakehost::reset();
     fake_system = {};
-    fake_system.exists = {
-        {"/etc/redhat-release", false},
-        {"/etc/NXBR-release",   false}
-    };
+    fake_system.exists = {{"/etc/redhat-release", false}, {"/etc/NXBR-release", false}};
     use_program_dir("prog");
     use_log_dir("log");
 

@@ -41,11 +41,8 @@ protected:
     }
 
     void expect_all_filed(const fs::path& store) const {
-        EXPECT_EQ(counts(store), (std::map<std::string, int>{
-                                     {"A_BEFORE", 1000},
-                                     {"M_FAULT",  2   },
-                                     {"Z_AFTER",  0   }
-        }));
+        EXPECT_EQ(counts(store),
+                  (std::map<std::string, int>{{"A_BEFORE", 1000}, {"M_FAULT", 2}, {"Z_AFTER", 0}}));
         std::vector<std::string> expected;
         for (int i = 0; i < 1000; ++i) expected.push_back(std::to_string(i));
         EXPECT_EQ(values(store, "A_BEFORE"), expected);
@@ -62,11 +59,8 @@ struct Fault {
 };
 
 TEST_F(Crash, AModuleThatTakesTheProcessAlongLosesNothing) {
-    for (const auto& [name, told] : {
-             Fault{"crash", "Segmentation fault"},
-             Fault{"kill",  "Killed"            },
-             Fault{"exit",  "code 0"            }
-    }) {
+    for (const auto& [name, told] :
+         {Fault{"crash", "Segmentation fault"}, Fault{"kill", "Killed"}, Fault{"exit", "code 0"}}) {
         SCOPED_TRACE(name);
         fs::remove_all(log_dir());
         const auto outcome = run(with_fault(name));
@@ -95,21 +89,15 @@ TEST_F(Crash, APluginThatCrashesWhenItIsLoadedEndsWith1) {
 }
 
 TEST_F(Crash, AnExceptionEndsItsTableOnly) {
-    for (const auto& [name, told] : {
-             Fault{"throw",     "no\nluck"    },
-             Fault{"throw_int", "unknown kind"}
-    }) {
+    for (const auto& [name, told] :
+         {Fault{"throw", "no\nluck"}, Fault{"throw_int", "unknown kind"}}) {
         SCOPED_TRACE(name);
         fs::remove_all(log_dir());
         const auto outcome = run(with_fault(name));
         EXPECT_EQ(outcome.exit, 1);
         EXPECT_NE(outcome.err.find("M_FAULT"), std::string::npos) << outcome.err;
         EXPECT_EQ(counts(store_in(log_dir())),
-                  (std::map<std::string, int>{
-                      {"A_BEFORE", 1000},
-                      {"M_FAULT",  2   },
-                      {"Z_AFTER",  3   }
-        }));
+                  (std::map<std::string, int>{{"A_BEFORE", 1000}, {"M_FAULT", 2}, {"Z_AFTER", 3}}));
         EXPECT_NE(meta(store_in(log_dir()), "status").find(told), std::string::npos);
     }
 }
@@ -170,9 +158,7 @@ TEST_F(Crash, AKilledProgramLeavesNoProcessAndTheNextRunFindsItsRecords) {
         EXPECT_TRUE(fs::exists(entry.path() / "report.json"));
         EXPECT_FALSE(fs::exists(entry.path() / "collection.journal"));
     }
-    EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{
-                                               {"VALUES", 3}
-    }));
+    EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{{"VALUES", 3}}));
 }
 
 TEST_F(Crash, BothKilledAtOnceAndShowFinishesTheReport) {

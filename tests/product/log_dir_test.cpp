@@ -74,9 +74,7 @@ TEST_F(LogDirectory, AnEarlierReportMovesAside) {
     ASSERT_EQ(earlier.size(), 1u);
     EXPECT_NE(second.err.find(earlier[0].string()), std::string::npos) << second.err;
     EXPECT_EQ(counts(earlier[0] / "report.sqlite").at("ANOTHER"), 1);
-    EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{
-                                               {"VALUES", 3}
-    }));
+    EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{{"VALUES", 3}}));
     EXPECT_EQ(log_texts(log_dir()).size(), 4u) << "the log is of the second run alone";
 
     ASSERT_EQ(run(collect("calm")).exit, 0);

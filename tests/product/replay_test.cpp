@@ -30,20 +30,14 @@ protected:
 
     void record(const json& commands) const {
         write_file(machine() / "machine.json",
-                   json{
-                       {"description", ""      },
-                       {"uname",       "x86_64"},
-                       {"commands",    commands}
-        }
-                       .dump());
+                   json{{"description", ""}, {"uname", "x86_64"}, {"commands", commands}}.dump());
     }
 
     Invocation replay(const std::string& commands, const fs::path& log_dir) const {
         fs::create_directories(temporary());
         return Invocation{
-            .arguments = {"replay", machine(),  "--log-dir", log_dir, "--plugin", plugin("asks")},
-            .environment = {{"QV_TEST_COMMANDS", commands}, {"TMPDIR", temporary().string()}}
-        };
+            .arguments = {"replay", machine(), "--log-dir", log_dir, "--plugin", plugin("asks")},
+            .environment = {{"QV_TEST_COMMANDS", commands}, {"TMPDIR", temporary().string()}}};
     }
 
     // What came of each command line.
@@ -71,19 +65,13 @@ TEST_F(Replay, ArgumentsAreComparedExactly) {
     write_file(machine() / "one.txt", "one\n");
     write_file(machine() / "two's.txt", "two\n");
     record({
-        {{"tool", "lspci"}, {"args", "-v a"}, {"stdout", "one.txt"}   },
-        {{"tool", "lspci"}, {"args", ""},     {"stdout", "two's.txt"} },
-        {{"tool", "lspci"}, {"args", "*"},    {"stdout", "one.txt"},    {"exit", 4}},
-        {{"tool", "ipmitool"},                 {"stdout", "one.txt"},              {"exit", 3}},
+        {{"tool", "lspci"}, {"args", "-v a"}, {"stdout", "one.txt"}},
+        {{"tool", "lspci"}, {"args", ""}, {"stdout", "two's.txt"}},
+        {{"tool", "lspci"}, {"args", "*"}, {"stdout", "one.txt"}, {"exit", 4}},
+        {{"tool", "ipmitool"}, {"stdout", "one.txt"}, {"exit", 3}},
     });
     const std::vector<Answer> expected{
-        {"one\n", 0  },
-        {"two\n", 0  },
-        {"one\n", 4  },
-        {"",      127},
-        {"",      127},
-        {"one\n", 3  },
-        {"one\n", 3  },
+        {"one\n", 0}, {"two\n", 0}, {"one\n", 4}, {"", 127}, {"", 127}, {"one\n", 3}, {"one\n", 3},
     };
     EXPECT_EQ(ask({"lspci -v a", "lspci", "lspci '*'", "lspci -v", "lspci -v a b", "ipmitool",
                    "ipmitool sdr elist"}),
@@ -95,12 +83,12 @@ TEST_F(Replay, AnswersAreWhatWasRecorded) {
     write_file(machine() / "bytes", bytes);
     write_file(machine() / "complaint.txt", "from a file\n");
     record({
-        {{"tool", "storcli"}, {"args", "bytes"}, {"stdout", "bytes"}           },
-        {{"tool", "storcli"}, {"args", "text"},  {"stderr", "it's %s \\n$HOME"}, {"exit", 1}},
-        {{"tool", "storcli"},                   {"args", "file"},                  {"stderr", "complaint.txt"}             },
-        {{"tool", "storcli"},                   {"args", "killed"},                  {"stdout", "complaint.txt"},{"signal", 9}},
-        {{"tool", "storcli"},      {"args", "crash"},                       {"signal", 11}                                    },
-        {{"tool", "storcli"},     {"args", "it's \"$x\""},{"exit", 5}},
+        {{"tool", "storcli"}, {"args", "bytes"}, {"stdout", "bytes"}},
+        {{"tool", "storcli"}, {"args", "text"}, {"stderr", "it's %s \\n$HOME"}, {"exit", 1}},
+        {{"tool", "storcli"}, {"args", "file"}, {"stderr", "complaint.txt"}},
+        {{"tool", "storcli"}, {"args", "killed"}, {"stdout", "complaint.txt"}, {"signal", 9}},
+        {{"tool", "storcli"}, {"args", "crash"}, {"signal", 11}},
+        {{"tool", "storcli"}, {"args", "it's \"$x\""}, {"exit", 5}},
     });
     const auto answers =
         ask({"exec {TOOLS}/storcli_x64 bytes | od -An -c | wc -l", "{TOOLS}/storcli_x64 text 2>&1",
@@ -108,13 +96,13 @@ TEST_F(Replay, AnswersAreWhatWasRecorded) {
              "exec {TOOLS}/storcli_x64 crash", "{TOOLS}/storcli_x64 \"it's\" '\"$x\"'",
              "{TOOLS}/storcli_x64 bytes >{LOG}/copy"});
     const std::vector<Answer> expected{
-        {"0\n",              0 }, // od is not among the harmless tools
-        {"it's %s \\n$HOME", 1 },
-        {"from a file\n",    0 },
-        {"from a file\n",    -1, SIGKILL},
-        {"",                  -1,                   SIGSEGV},
-        {"",           5},
-        {"",       0              },
+        {"0\n", 0},  // od is not among the harmless tools
+        {"it's %s \\n$HOME", 1},
+        {"from a file\n", 0},
+        {"from a file\n", -1, SIGKILL},
+        {"", -1, SIGSEGV},
+        {"", 5},
+        {"", 0},
     };
     EXPECT_EQ(answers, expected);
     EXPECT_EQ(read_file(log_dir() / "copy"), bytes);
@@ -122,10 +110,8 @@ TEST_F(Replay, AnswersAreWhatWasRecorded) {
 
 TEST_F(Replay, FilesAreLeftInTheCurrentDirectory) {
     write_file(machine() / "upload.bin", "uploaded");
-    record({
-        {{"tool", "sas2ircu"},
-         {"files", {{"logir.log", "upload.bin"}, {"a/b c/d", "upload.bin"}}}}
-    });
+    record({{{"tool", "sas2ircu"},
+             {"files", {{"logir.log", "upload.bin"}, {"a/b c/d", "upload.bin"}}}}});
     EXPECT_EQ(ask({"{TOOLS}/sas2ircu 0 logir upload"}), std::vector<Answer>{{}});
     EXPECT_EQ(read_file(log_dir() / "logir.log"), "uploaded");
     EXPECT_EQ(read_file(log_dir() / "a/b c/d"), "uploaded");
@@ -135,14 +121,9 @@ TEST_F(Replay, TheLogDirectoryInArgumentsIsAnyDirectory) {
     for (const std::string name : {"it's", "a $(b) `c`", "two\nlines", "plain", "*"}) {
         SCOPED_TRACE(name);
         fs::remove_all(dir() / name);
-        record({
-            {{"tool", "cp"}, {"args", "-rf /var/x {LOG}"}, {"exit", 42}}
-        });
+        record({{{"tool", "cp"}, {"args", "-rf /var/x {LOG}"}, {"exit", 42}}});
         const auto answers = ask({"cp -rf /var/x {LOG}", "cp -rf /var/x /tmp"}, dir() / name);
-        EXPECT_EQ(answers, (std::vector<Answer>{
-                               {"", 42 },
-                               {"", 127}
-        }));
+        EXPECT_EQ(answers, (std::vector<Answer>{{"", 42}, {"", 127}}));
     }
 }
 
@@ -164,13 +145,9 @@ TEST_F(Replay, UnameIsTheMachines) {
 
 TEST_F(Replay, FiltersOfCommandLinesWork) {
     write_file(machine() / "modules.txt", "Module\nipmi_si 1\nipmi_devintf 2\nipmi_x:y 3\n");
-    record({
-        {{"tool", "lsmod"}, {"args", ""}, {"stdout", "modules.txt"}}
-    });
-    EXPECT_EQ(ask({
-                  "lsmod|grep ipmi|wc -l", "lsmod|grep ipmi_x|awk -F: '{print $2}'",
-                  "chmod 544 {TOOLS}/* 2>/dev/null"
-    }),
+    record({{{"tool", "lsmod"}, {"args", ""}, {"stdout", "modules.txt"}}});
+    EXPECT_EQ(ask({"lsmod|grep ipmi|wc -l", "lsmod|grep ipmi_x|awk -F: '{print $2}'",
+                   "chmod 544 {TOOLS}/* 2>/dev/null"}),
               (std::vector<Answer>{
                   {"3\n"}, {"y 3\n"}, {"", 1}  // there is no tool to change
               }));
@@ -180,10 +157,7 @@ TEST_F(Replay, EveryBuildOfAVendorsToolIsThere) {
     json commands = json::array();
     for (const char* tool : {"storcli", "arcconf", "SAS2IR_linux", "eventslog_convert", "ipmiutil",
                              "SCELNX", "sas2ircu"})
-        commands.push_back({
-            {"tool", tool},
-            {"exit", 1   }
-        });
+        commands.push_back({{"tool", tool}, {"exit", 1}});
     record(commands);
     std::vector<std::string> asked;
     for (const char* build :
@@ -195,9 +169,7 @@ TEST_F(Replay, EveryBuildOfAVendorsToolIsThere) {
 }
 
 TEST_F(Replay, ATakenTimeIsTakenAndEndsWithTheRun) {
-    record({
-        {{"tool", "lspci"}, {"seconds", 1000}}
-    });
+    record({{{"tool", "lspci"}, {"seconds", 1000}}});
     const pid_t pid = start(replay("lspci", log_dir()));
     wait_until("the stand-in sleeps", [&] {
         for (const pid_t one : family()) {
@@ -212,9 +184,7 @@ TEST_F(Replay, ATakenTimeIsTakenAndEndsWithTheRun) {
 }
 
 TEST_F(Replay, AKilledReplayLeavesNothingBehind) {
-    record({
-        {{"tool", "lspci"}, {"seconds", 1000}}
-    });
+    record({{{"tool", "lspci"}, {"seconds", 1000}}});
     const pid_t pid = start(replay("lspci", log_dir()));
     wait_until("the stand-in sleeps", [&] { return family().size() >= 4; });
     ::kill(pid, SIGKILL);

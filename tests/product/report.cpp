@@ -56,4 +56,27 @@ std::vector<std::string> log_texts(const fs::path& log_dir) {
     return texts;
 }
 
+std::string condensed(const std::string& report_json) {
+    const auto report = nlohmann::ordered_json::parse(report_json);
+    std::string text;
+    for (const auto& module : report.at("modules")) {
+        text += module.at("name").dump() + " " + module.at("display").dump() + "\n";
+        for (const auto& table : module.at("tables")) text += "    " + table.dump() + "\n";
+    }
+    std::string heading;
+    for (const auto& record : report.at("records")) {
+        std::string of_this = "\n" + record.at("table").get<std::string>() + " " +
+                              record.at("name").dump() + " " + record.at("index").dump() + ":";
+        auto values = nlohmann::ordered_json::array();
+        for (const auto& property : record.at("properties")) {
+            of_this += " " + property.at("id").dump() + "=" + property.at("display").dump();
+            values.push_back(property.at("value"));
+        }
+        if (of_this != heading) text += of_this + "\n";
+        heading = of_this;
+        text += values.dump() + "\n";
+    }
+    return text;
+}
+
 }  // namespace test

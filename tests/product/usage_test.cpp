@@ -52,11 +52,8 @@ TEST_F(Usage, HelpAndVersionAreResults) {
     EXPECT_EQ(version.out, "qvhost " QV_VERSION "\n");
     EXPECT_EQ(version.err, "");
 
-    for (const std::vector<std::string>& arguments : {
-             std::vector<std::string>{"--help" },
-             { "collect", "--help"},
-             { "replay", "--help"}
-    }) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {"collect", "--help"}, {"replay", "--help"}}) {
         const auto help = run(arguments);
         EXPECT_EQ(help.exit, 0);
         EXPECT_NE(help.out, "");
@@ -98,12 +95,7 @@ TEST_F(Usage, OutputThatCannotBeWrittenEndsWith1) {
 
 // With none of the three, files of the program's own must not get their numbers.
 TEST_F(Usage, CollectsWithoutStandardStreams) {
-    for (const auto& closed : {
-             std::set<int>{0 },
-             {                               2},
-             {                               0, 2},
-             { 0,  1, 2}
-    }) {
+    for (const auto& closed : {std::set<int>{0}, {2}, {0, 2}, {0, 1, 2}}) {
         std::filesystem::remove_all(log_dir());
         const auto outcome = run(Invocation{.arguments = collect("calm"), .closed = closed});
         EXPECT_EQ(outcome.exit, closed.contains(1) ? 1 : 0) << outcome.err;

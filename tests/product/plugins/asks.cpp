@@ -57,8 +57,6 @@ void ask_all(RRepository& repository) {
 
 int AddModules(Modules& modules) {
     modules.push_back(boost::make_shared<TestModule>(
-        "asks", std::vector<std::pair<std::string, TestModule::Enumerate>>{
-                    {"ANSWERS", ask_all}
-    }));
+        "asks", std::vector<std::pair<std::string, TestModule::Enumerate>>{{"ANSWERS", ask_all}}));
     return 0;
 }

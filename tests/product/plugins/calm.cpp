@@ -57,13 +57,10 @@ void surroundings(RRepository& repository) {
 int AddModules(Modules& modules) {
     modules.push_back(boost::make_shared<TestModule>(
         "zeta", std::vector<std::pair<std::string, TestModule::Enumerate>>{
-                    {"VALUES",       values      },
-                    {"SURROUNDINGS", surroundings}
-    }));
+                    {"VALUES", values}, {"SURROUNDINGS", surroundings}}));
     modules.push_back(boost::make_shared<TestModule>(
         "alpha", std::vector<std::pair<std::string, TestModule::Enumerate>>{
-                     {"EMPTY",   [](RRepository&) {}                            },
-                     {"ANOTHER", [](RRepository& r) { file(r, "ANOTHER", "1"); }}
-    }));
+                     {"EMPTY", [](RRepository&) {}},
+                     {"ANOTHER", [](RRepository& r) { file(r, "ANOTHER", "1"); }}}));
     return 0;
 }

@@ -44,11 +44,7 @@ Tables tables_for(const std::string& fault) {
         };
     };
     const auto with = [&](TestModule::Enumerate faulty) {
-        return Tables{
-            {"A_BEFORE", before           },
-            {"M_FAULT",  std::move(faulty)},
-            {"Z_AFTER",  after            }
-        };
+        return Tables{{"A_BEFORE", before}, {"M_FAULT", std::move(faulty)}, {"Z_AFTER", after}};
     };
     if (fault == "crash") return with(filing([] { die(SIGSEGV); }));
     if (fault == "kill") return with(filing([] { die(SIGKILL); }));
