@@ -20,8 +20,8 @@ constexpr capture::UnitLog unit{"qvmodules/example"};
 //     Model name:              Example CPU @ 2.40GHz
 constexpr auto kCpu = std::to_array<capture::Key>({
     {"Architecture:", "Architecture", "Architecture"},
-    {"Model name:", "ModelName", "Model name"},
-    {"Socket(s):", "Sockets", "Socket(s)"},
+    {"Model name:",   "ModelName",    "Model name"  },
+    {"Socket(s):",    "Sockets",      "Socket(s)"   },
 });
 static_assert(capture::well_formed(kCpu, "Sockets"));
 

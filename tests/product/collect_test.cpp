@@ -62,11 +62,11 @@ struct Filter {
 
 TEST_F(Collect, FiltersChooseWhatIsAsked) {
     const std::vector<Filter> filters = {
-        {{"--module", "alpha"},                                         {"ANOTHER", "EMPTY"}                          },
-        {{"--module", "alpha", "--module", "zeta"},                     {"SURROUNDINGS", "VALUES", "ANOTHER", "EMPTY"}},
-        {{"--table", "VALUES"},                                         {"VALUES"}                                    },
-        {{"--table", "EMPTY", "--table", "VALUES"},                     {"VALUES", "EMPTY"}                           },
-        {{"--table", "EMPTY", "--table", "VALUES", "--module", "zeta"}, {"VALUES"}                                    },
+        {{"--module", "alpha"}, {"ANOTHER", "EMPTY"}},
+        {{"--module", "alpha", "--module", "zeta"}, {"SURROUNDINGS", "VALUES", "ANOTHER", "EMPTY"}},
+        {{"--table", "VALUES"}, {"VALUES"}},
+        {{"--table", "EMPTY", "--table", "VALUES"}, {"VALUES", "EMPTY"}},
+        {{"--table", "EMPTY", "--table", "VALUES", "--module", "zeta"}, {"VALUES"}},
     };
     for (const auto& [options, expected] : filters) {
         fs::remove_all(log_dir());
@@ -95,14 +95,12 @@ TEST_F(Collect, NamesThatNoModuleHasAreRefusedWithThoseThatThereAre) {
 
 TEST_F(Collect, ToolsFindAKnownEnvironment) {
     const Invocation invocation{
-        .arguments = collect("calm", {"--table",               "SURROUNDINGS", "--tool-timeout", "7"}
-           ),
-        .environment = { {"PATH", "/opt/tools:/usr/bin"},
-                                      {"LANG", "tr_TR.UTF-8"},
-                                      {"LANGUAGE", "tr"},
-                                      {"QV_TOOL_TIMEOUT", "1"},
-                                      {"QV_TEST_OWN", "kept"}}
-    };
+        .arguments = collect("calm", {"--table", "SURROUNDINGS", "--tool-timeout", "7"}),
+        .environment = {{"PATH", "/opt/tools:/usr/bin"},
+                        {"LANG", "tr_TR.UTF-8"},
+                        {"LANGUAGE", "tr"},
+                        {"QV_TOOL_TIMEOUT", "1"},
+                        {"QV_TEST_OWN", "kept"}}};
     ASSERT_EQ(run(invocation).exit, 0);
     const auto report = report_json(log_dir());
     std::map<std::string, ordered_json> found;
@@ -116,18 +114,18 @@ TEST_F(Collect, ToolsFindAKnownEnvironment) {
     found.erase("PATH");
 
     const std::map<std::string, ordered_json> expected = {
-        {"LC_ALL",             "C.UTF-8"                                  },
-        {"LANG",               "(unset)"                                  },
-        {"LANGUAGE",           "(unset)"                                  },
-        {"LC_TIME",            "(unset)"                                  },
-        {"QV_TOOL_TIMEOUT",    "7"                                        },
-        {"QV_ARCHIVE_TIMEOUT", "42"                                       },
-        {"QV_TEST_OWN",        "kept"                                     },
-        {"log_dir",            log_dir().string() + "/"                   },
-        {"directory",          log_dir().string()                         },
-        {"program_dir",        fs::path(QV_PROGRAM).parent_path().string()},
-        {"umask",              077                                        },
-        {"input",              -1                                         },
+        {"LC_ALL", "C.UTF-8"},
+        {"LANG", "(unset)"},
+        {"LANGUAGE", "(unset)"},
+        {"LC_TIME", "(unset)"},
+        {"QV_TOOL_TIMEOUT", "7"},
+        {"QV_ARCHIVE_TIMEOUT", "42"},
+        {"QV_TEST_OWN", "kept"},
+        {"log_dir", log_dir().string() + "/"},
+        {"directory", log_dir().string()},
+        {"program_dir", fs::path(QV_PROGRAM).parent_path().string()},
+        {"umask", 077},
+        {"input", -1},
     };
     EXPECT_EQ(found, expected);
 }
@@ -158,12 +156,12 @@ TEST_F(Collect, TheReportIsPrivateWhateverTheUmask) {
         note(log_dir());
         for (const auto& entry : fs::recursive_directory_iterator(log_dir())) note(entry.path());
         const std::map<std::string, mode_t> expected = {
-            {"log",                      0700},
-            {"log/capture.txt",          0600},
-            {"log/console.txt",          0600},
-            {"log/qvhost.log",           0600},
-            {"log/report",               0700},
-            {"log/report/report.json",   0600},
+            {"log", 0700},
+            {"log/capture.txt", 0600},
+            {"log/console.txt", 0600},
+            {"log/qvhost.log", 0600},
+            {"log/report", 0700},
+            {"log/report/report.json", 0600},
             {"log/report/report.sqlite", 0600},
         };
         EXPECT_EQ(modes, expected) << "umask " << mask;
@@ -251,10 +249,8 @@ TEST_F(Collect, PluginsThatAreNoneAreRefused) {
 }
 
 TEST_F(Collect, APluginIsFoundFromWhereTheUserStands) {
-    Invocation invocation{
-        .arguments = {"collect", "--log-dir", "log", "--plugin", "./calm.so"},
-          .directory = dir()
-    };
+    Invocation invocation{.arguments = {"collect", "--log-dir", "log", "--plugin", "./calm.so"},
+                          .directory = dir()};
     fs::copy_file(plugin("calm"), dir() / "calm.so");
     const auto outcome = run(invocation);
     EXPECT_EQ(outcome.exit, 0) << outcome.err;
