@@ -206,7 +206,11 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
     for (const auto& [module, tables] : chosen)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
     for (const auto& [module, tables] : chosen) {
-        for (const auto& table : tables) collect_table(*module, table, repository, journal);
+        for (const auto& table : tables) {
+            collect_table(*module, table, repository, journal);
+            // A full disk: what the tools would tell from here on could not be kept.
+            if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
+        }
     }
 
     std::vector<std::string> errors;
