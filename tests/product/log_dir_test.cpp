@@ -24,7 +24,7 @@ TEST_F(LogDirectory, AnyNameWillDo) {
         EXPECT_EQ(counts(store_in(log_dir)).at("VALUES"), 3) << name;
         EXPECT_EQ(read_file(log_dir / "capture.txt"), "") << name;
         EXPECT_TRUE(fs::exists(log_dir / "capture.txt")) << name;
-        EXPECT_EQ(outcome.out.find("\xff"), std::string::npos) << "raw bytes on the terminal";
+        EXPECT_EQ(outcome.out.find('\xff'), std::string::npos) << "raw bytes on the terminal";
         EXPECT_EQ(lines_of(outcome.out).size(), 8u) << name << " stays in its line";
     }
 }

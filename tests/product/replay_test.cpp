@@ -79,7 +79,7 @@ TEST_F(Replay, ArgumentsAreComparedExactly) {
 }
 
 TEST_F(Replay, AnswersAreWhatWasRecorded) {
-    const std::string bytes("no end \\n %s\0\xff'$x`y`", 21);
+    const std::string bytes("no end \\n %s\0\xff'$x`y`", 20);
     write_file(machine() / "bytes", bytes);
     write_file(machine() / "complaint.txt", "from a file\n");
     record({
