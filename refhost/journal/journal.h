@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <string>
 #include <variant>
 #include <vector>
@@ -65,10 +66,12 @@ public:
     JournalReader(const JournalReader&) = delete;
     JournalReader& operator=(const JournalReader&) = delete;
 
-    // Hands over every entry that is complete by now and has not been handed over before; returns
-    // how many. Half an entry at the end of the file waits for the rest. Memory does not grow with
-    // the file. Throws std::runtime_error on an entry that cannot be one.
-    std::size_t read(const std::function<void(JournalEntry&&)>& take);
+    // Hands over every entry that is complete by now and has not been handed over before, or those
+    // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
+    // there is none yet. Half an entry at the end of the file waits for the rest. Memory does not
+    // grow with the file. Throws std::runtime_error on an entry that cannot be one.
+    std::size_t read(const std::function<void(JournalEntry&&)>& take,
+                     std::size_t most = std::numeric_limits<std::size_t>::max());
 
 private:
     std::string path_;

@@ -17,7 +17,7 @@ JournalReader::~JournalReader() {
     if (fd_ >= 0) ::close(fd_);
 }
 
-std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take) {
+std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take, std::size_t most) {
     constexpr std::size_t kBlock = 262144;
     if (fd_ < 0) {
         fd_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
@@ -27,7 +27,9 @@ std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take)
     }
 
     std::size_t entries = 0;
+    std::size_t bytes = 0;
     for (;;) {
+        if (entries > 0 && bytes >= most) return entries;
         const auto size = pending_.size();
         pending_.resize(size + kBlock);
         ssize_t n = 0;
@@ -37,6 +39,7 @@ std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take)
         pending_.resize(size + static_cast<std::size_t>(n > 0 ? n : 0));
         if (n < 0) throw std::system_error(errno, std::generic_category(), "cannot read " + path_);
         if (n == 0) return entries;
+        bytes += static_cast<std::size_t>(n);
 
         std::string_view rest = pending_;
         while (rest.size() >= journal::kHeadSize) {

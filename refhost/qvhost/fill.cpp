@@ -15,12 +15,17 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 
 }  // namespace
 
-void Filler::take_new() {
-    journal_.read([this](JournalEntry&& entry) { take(std::move(entry)); });
+bool Filler::take_new() {
+    // Between two parts the caller has time for a signal, however fast the journal grows.
+    constexpr std::size_t kPart = 256 * 1024;
+    const auto entries =
+        journal_.read([this](JournalEntry&& entry) { take(std::move(entry)); }, kPart);
     const auto now = std::chrono::steady_clock::now();
-    if (now - committed_ < std::chrono::milliseconds(500)) return;
-    store_.commit();
-    committed_ = now;
+    if (now - committed_ >= std::chrono::milliseconds(500)) {
+        store_.commit();
+        committed_ = now;
+    }
+    return entries > 0;
 }
 
 void Filler::explain_unreached() {

@@ -29,8 +29,9 @@ public:
     Filler(JournalReader& journal, Store& store, std::size_t known = 0)
         : journal_(journal), store_(store), known_(known) {}
 
-    // Takes what is new in the journal. Commits when the last commit is half a second ago.
-    void take_new();
+    // Takes what is new in the journal, a part of it if that is much. Commits when the last commit is
+    // half a second ago. False: there was nothing new.
+    bool take_new();
 
     // Gives the tables that were not reached that reason for being empty.
     void explain_unreached();

@@ -37,7 +37,8 @@ Store open_store(const LogDir& dir) {
 // Takes what can be read of the journal. Returns what is wrong with it.
 std::string take_journal(Filler& filler) {
     try {
-        filler.take_new();
+        while (filler.take_new()) {
+        }
         return "";
     } catch (const std::system_error&) {
         throw;  // the journal may be whole and can be read another time

@@ -145,16 +145,17 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
 
     int signal = 0;
     std::optional<int> status;
+    bool more = false;
     while (!status && signal == 0) {
         pollfd waiting[] = {
             {handle.get(),     POLLIN, 0},
             {signals.fd(),     POLLIN, 0},
             {progress.watch(), POLLIN, 0}
         };
-        ::poll(waiting, 3, 100);
+        ::poll(waiting, 3, more ? 0 : 100);
         signal = signals.arrived();
         status = ended(child);
-        filler.take_new();
+        more = filler.take_new();
         progress.update(filler.standing());
     }
 
@@ -166,7 +167,9 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
             std::fprintf(stderr, "qvhost: process %d cannot be killed and is left behind\n", pid);
         }
     }
-    filler.take_new();
+    while (filler.take_new()) {
+        if (signals.arrived() != 0) signals.let_through();
+    }
     progress.clear();
     if (signal != 0)
         return std::string("ended by ") + ::strsignal(signal) + place(filler.standing());
