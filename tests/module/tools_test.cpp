@@ -1,0 +1,175 @@
+#include "rbmcinfo/tools.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "bench.h"
+
+using namespace marlox::repository;
+
+namespace {
+
+class Tools : public Bench {};
+
+TEST_F(Tools, StatusIsJudgedByItsBytes) {
+    struct Case {
+        int status;
+        const char* name;
+        int result;
+        const char* log;
+    };
+    const Case cases[] = {
+        {-1, "SEL", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get SEL info\n"},
+        {0, "MC", 0, "log 4 qvmodules/rbmcinfo: [repo] Get MC info successfully\n"},
+        {9, "MC", 1,
+         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:0\n"},
+        {0x0509, "MC", 1,
+         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:5\n"},
+        // Stopped counts as not ended; the core-dump bit alone does not.
+        {0x137f, "MC", 1,
+         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:19\n"},
+        {0x80, "MC", 0, "log 4 qvmodules/rbmcinfo: [repo] Get MC info successfully\n"},
+        {0x0100, "selftest", 0, ""},
+        {0x7f00, "selftest", 0, ""},
+        {0x0100, "FRU", 0, ""},
+        {0x0200, "FRU", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get FRU info,exit code:2\n"},
+        {0x0100, "SEL", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get SEL info,exit code:1\n"},
+        {0x0100, "fru", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get fru info,exit code:1\n"},
+        {0x0100, "Selftest", 1,
+         "log 3 qvmodules/rbmcinfo: [repo] Failed to get Selftest info,exit code:1\n"},
+        {9, "selftest", 1,
+         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting selftest info,exit "
+         "status:0\n"},
+    };
+    for (const auto& [status, name, result, log] : cases) {
+        EXPECT_EQ(check_system_call(status, name), result) << std::hex << status << " " << name;
+        EXPECT_EQ(noted(), log) << std::hex << status << " " << name;
+    }
+}
+
+TEST_F(Tools, NothingIsLoggedBelowTheThreshold) {
+    fakehost::min_log_level = 3;
+    EXPECT_EQ(check_system_call(0, "MC"), 0);
+    EXPECT_EQ(noted(), "");
+    fakehost::min_log_level = 2;
+    EXPECT_EQ(check_system_call(9, "MC"), 1);
+    EXPECT_EQ(noted(), "");
+}
+
+TEST_F(Tools, ProgramDirectoryIsTheLinksDirectory) {
+    char buffer[256] = {};
+    fake_system.exe_link = "/usr/local/x/host";
+    EXPECT_EQ(GetProgramDir(buffer), 0);
+    EXPECT_STREQ(buffer, "/usr/local/x/");
+    EXPECT_EQ(GetProgramDir(buffer), 0);  // the same into a used buffer
+    EXPECT_STREQ(buffer, "/usr/local/x/");
+}
+
+TEST_F(Tools, ProgramPathsOf255BytesWork) {
+    char buffer[256] = {};
+    fake_system.exe_link = "/" + std::string(250, 'd') + "/abc";
+    ASSERT_EQ(fake_system.exe_link.size(), 255u);
+    EXPECT_EQ(GetProgramDir(buffer), 0);
+    EXPECT_EQ(std::string(buffer), "/" + std::string(250, 'd') + "/");
+}
+
+TEST_F(Tools, LongerPathsAndErrorsArePrinted) {
+    char buffer[256] = {};
+    fake_system.exe_link = "/" + std::string(251, 'd') + "/abc";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(GetProgramDir(buffer), -1);
+    fake_system.exe_link_error = EACCES;
+    EXPECT_EQ(GetProgramDir(buffer), -1);
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Failed to get current absolute path\nFailed to get current absolute path\n");
+    EXPECT_EQ(noted(), "");
+}
+
+// The byte behind the link text decides first; readlink() does not write it.
+TEST_F(Tools, AUsedBufferWithASlashBehindTheTextKeepsThePath) {
+    char buffer[257];
+    std::memset(buffer, '/', sizeof buffer);
+    fake_system.exe_link = "/usr/local/x/host";
+    EXPECT_EQ(GetProgramDir(buffer), 0);
+    EXPECT_STREQ(buffer, "/usr/local/x/host/");
+
+    std::memset(buffer, '/', sizeof buffer);
+    fake_system.exe_link = "/" + std::string(254, 'p');
+    EXPECT_EQ(GetProgramDir(buffer), 0);
+    EXPECT_EQ(buffer[256], '/') << "nothing is written behind the 256 bytes";
+}
+
+TEST_F(Tools, WordSizeComesFromUname) {
+    struct Case {
+        const char* answer;
+        int bits;
+    };
+    const Case cases[] = {
+        {"x86_64\n", 64},
+        {"i386\n", 32},
+        {"unknown\n", 32},
+        {"", 32},
+        {"aarch64\n", 64},
+        {"1234567 64\n", 32},
+        {"1234567 6", 32},
+        {"12345 64\n", 64},
+        {"\nx86_64\n", 32},
+        {"1234567"
+         "64\n",
+         64},
+        {"12345678"
+         "64\n",
+         32},
+    };
+    for (const auto& [answer, bits] : cases) {
+        tool("uname", prints(answer));
+        EXPECT_EQ(check_linux_bit(), 0);
+        EXPECT_EQ(linux_x32_x64, bits) << answer;
+        EXPECT_EQ(noted(), "$ uname -i\n");
+    }
+}
+
+TEST_F(Tools, WordSizeStaysIfItCannotBeAsked) {
+    fake_system.spawn_error = [](std::string_view) { return EAGAIN; };
+    linux_x32_x64 = 32;
+    EXPECT_EQ(check_linux_bit(), 1);
+    EXPECT_EQ(linux_x32_x64, 32);
+    EXPECT_EQ(noted({"log"}),
+              "log 3 qvmodules/rbmcinfo: [repo] Fail to get the Linux OS structure\n");
+}
+
+TEST_F(Tools, UpperCase) {
+    char text[] = "ab-12x";
+    EXPECT_EQ(strupr(text), text);
+    EXPECT_STREQ(text, "AB-12X");
+}
+
+TEST_F(Tools, Replacing) {
+    struct Case {
+        const char* text;
+        const char* from;
+        const char* to;
+        const char* result;
+    };
+    const Case cases[] = {
+        {"one two one", "one", "1", "1 two 1"},
+        {"aaa", "a", "aa", "aaaaaa"},  // what was inserted is not searched
+        {"aaa", "aa", "b", "ba"},
+        {"abc", "", "x", "abc"},
+        {"abc", "x", "y", "abc"},
+        {"", "x", "y", ""},
+    };
+    for (const auto& c : cases) {
+        char text[32] = {};
+        char from[8] = {};
+        char to[8] = {};
+        std::strcpy(text, c.text);
+        std::strcpy(from, c.from);
+        std::strcpy(to, c.to);
+        StrReplace(text, from, to);
+        EXPECT_STREQ(text, c.result);
+    }
+}
+
+}  // namespace
