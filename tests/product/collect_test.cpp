@@ -212,7 +212,7 @@ TEST_F(Collect, ProgressOnATerminalFitsAndIsCleared) {
     ASSERT_GE(shown.size(), 2u);
     EXPECT_NE(shown.front(), "");
     EXPECT_EQ(shown.back(), "");
-    for (const auto& text : shown) EXPECT_LT(text.size(), 40u) << text;
+    for (const auto& text : shown) EXPECT_LT(text.size(), 20u) << text;
 }
 
 TEST_F(Collect, QuietMeansNothingButErrors) {

@@ -77,7 +77,7 @@ pid_t ProductTest::start(const Invocation& invocation) {
     if (invocation.terminal) {
         winsize size{};
         size.ws_row = 24;
-        size.ws_col = 40;
+        size.ws_col = 20;
         if (::openpty(&files.terminal, &terminal, nullptr, nullptr, &size) != 0)
             throw std::runtime_error("no terminal");
     }

@@ -29,7 +29,7 @@ struct Invocation {
     mode_t mask = 022;
     std::string out_file = {};  // standard output, if it is not to be captured
     std::set<int> closed = {};  // standard descriptors that are closed
-    bool terminal = false;      // standard error is a terminal 40 columns wide
+    bool terminal = false;      // standard error is a terminal 20 columns wide
 };
 
 std::filesystem::path plugin(const std::string& name);
