@@ -172,11 +172,11 @@ std::string Bench::noted() { return noted({""}); }
 std::string Bench::noted(const std::vector<std::string>& beginnings) {
     std::string text;
     for (std::string note : fakehost::notes) {
+        replace_all(note, fakehost::escaped(log_dir), "L/");
+        replace_all(note, fakehost::escaped(program_dir), "P/");
         const bool wanted = std::any_of(beginnings.begin(), beginnings.end(),
                                         [&](const auto& word) { return note.starts_with(word); });
         if (!wanted) continue;
-        replace_all(note, log_dir, "L/");
-        replace_all(note, program_dir, "P/");
         text += note + "\n";
     }
     fakehost::notes.clear();

@@ -54,6 +54,7 @@ protected:
     std::string noted(const std::vector<std::string>& beginnings);
 
     marlox::repository::RModule& module(const std::string& name);
+    void forget_modules() { modules_.clear(); }  // the next one asked for is a new object
     void enumerate(const std::string& module_name, const std::string& table);
     void wrap(const std::string& module_name, const std::string& table);
 

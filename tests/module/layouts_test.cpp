@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <iterator>
+
+#include "bench.h"
+#include "ramtinfo.h"
+#include "rbmcinfo/items.h"
+#include "rbmcinfo/rbmcinfo.h"
+#include "rsamplemodule1/rsamplemodule1.h"
+#include "rsamplemodule2/rsamplemodule2.h"
+#include "rwininfo.h"
+
+using namespace marlox::repository;
+
+namespace {
+
+class Layouts : public Bench {};
+
+struct Case {
+    const char* module;
+    const char* table;
+    const char* layout;
+};
+
+const Case kLayouts[] = {
+    {"sampleModule1", "S1TABLE1", "columns: S1T1PRO1 S1T1PRO2 S1T1PRO3 S1T1PRO4 / 30 2"},
+    {"sampleModule1", "S1TABLE2", "columns: S1T2PRO1 S1T2PRO2 S1T2PRO3 S1T2PRO4 / 30 2"},
+    {"sampleModule1", "PELADDTABLE", "columns: peladd1 peladd2 peladd3 peladd4 / 30 1"},
+    {"sampleModule1", "RAIDINFO",
+     "columns: ProductName SerialNumber SASAddress MfgDate SystemTime ControllerTime FWPackageBuild "
+     "BIOSVersion FWVersion DriverName DriverVersion BusNumber DeviceNumber FunctionNumber / 10 1"},
+    {"sampleModule1", "CONTROLLER",
+     "columns: Name Type SupportedRAID Max HWInformation VendorID DeviceID HWRevision / 10 1"},
+    {"sampleModule1", "PMCINFO",
+     "columns: Status Mode description Model SerialNumber WorldWideName Alarm Temperature memory "
+     "priority type speed width period internal external Logical NCQ Statistics Policy Level Rate / "
+     "20 1"},
+    {"sampleModule1", "PMCVER", "columns: BIOS Firmware Driver BootFlash / 10 1"},
+    {"sampleModule1", "PMCLINK", "columns: Link / 10 1"},
+    {"sampleModule2", "S2TABLE1",
+     "rows: item1=20 item2=16 item3=16 item4=16 item5=16 item6=16 / false"},
+    {"sampleModule2", "S2TABLE2", "rows: S2T2PRO1=20 S2T2PRO2=30 S2T2PRO3=30 S2T2PRO4=20 / false"},
+    {"sampleModule2", "EVENTLOG1",
+     "rows: seqNum=4 Time=5 Code=5 Class=4 Locale=4 EventDescription=12 EventData=12 / false"},
+    {"sampleModule2", "EVENTLOG2",
+     "rows: seqNum=4 Time=5 Code=5 Class=4 Locale=4 EventDescription=12 EventData=12 / false"},
+    {"sampleModule2", "EVENTLOG3",
+     "rows: seqNum=4 Time=5 Code=5 Class=4 Locale=4 EventDescription=12 EventData=12 / false"},
+    {"sampleModule2", "EVENTLOG4",
+     "rows: seqNum=4 Time=5 Code=5 Class=4 Locale=4 EventDescription=12 EventData=12 / false"},
+    {"sampleModule2", "EVENTLOG5",
+     "rows: seqNum=4 Time=5 Code=5 Class=4 Locale=4 EventDescription=12 EventData=12 / false"},
+    {"sampleModule2", "FWTERMLOG", "rows: FWTERMLOG=100 / false"},
+    {"sampleModule2", "PDLIST",
+     "rows: ShieldCounter=5 MediaErrorCount=5 OtherErrorCount=5 DriveTemperature=5 PredictiveFail=5 "
+     "SMARTflag=5 SN=5 WWN=5 FirmwareRevision=5 Rawsize=5 Coercedsize=5 NonCoercedsize=5 "
+     "DeviceSpeed=5 LinkSpeed=5 LogicalSectorSize=5 Enclosureposition=5 ConnectedPortNumber=5 "
+     "CommissionedSpare=5 EmergencySpare=5 NeedsEKMAttention=5 / false"},
+    {"sampleModule2", "TINFO",
+     "rows: DG=5 Arr=5 Row=5 EID=5 DID=5 Type=5 State=5 BT=5 Size=5 PDC=5 PI=5 SED=5 DS3=5 FSpace=5 "
+     "/ false"},
+    {"sampleModule2", "VINFO",
+     "rows: DG=5 TYPE=5 State=5 Access=5 Consist=5 Cache=5 sCC=5 Size=5 Name=5 / false"},
+    {"sampleModule2", "PINFO",
+     "rows: EID=5 DID=5 State=5 DG=5 Size=5 Intf=5 Med=5 SED=5 PI=5 SeSz=5 Model=5 Sp=5 / false"},
+    {"sampleModule2", "SAS2IRLOG",
+     "rows: Time=5 LogSequence=5 LogEntryQualifier=5 LogEntryDescription=5 LogEntryValue=5 vfid=5 "
+     "vpid=5 LogCode=5 LogDataDescription=5 LogDataValue=5 LogClass=5 ArgumentType=5 Locale=5 / "
+     "false"},
+    {"sampleModule2", "ENDDEVICEINFO",
+     "rows: ID=5 Type=5 DiskType=5 State=5 Size=5 SystemDisk=5 Usage=5 SerialNumber=5 Model=5 / "
+     "false"},
+    {"sampleModule2", "ARRAY",
+     "rows: Name=5 Size=5 Free=5 NumDisks=5 NumVols=5 WriteCache=5 / false"},
+    {"sampleModule2", "VOLUME",
+     "rows: Name=5 RaidLevel=5 Size=5 StripeSize=5 NumDisks=5 State=5 System=5 Initialized=5 "
+     "CachePolicy=5 / false"},
+    {"sampleModule2", "LSILINK",
+     "rows: index=2 lsishowall=5 pdlist=5 lsieventlog=5 lsifwtermlog=5 / false"},
+    {"BMC_Info", "MCINFO", "columns: MC1 MC2 MC3 MC4 MC5 MC6 MC7 MC8 MC9 / 30 1"},
+    {"BMC_Info", "SELFINFO", "columns: self1 / 30 1"},
+    {"BMC_Info", "VERINFO",
+     "columns: VER1 VER2 VER3 VER4 VER5 VER6 VER7 VER8 VER9 VER10 VER11 VER12 VER13 VER14 VER15 / 30 "
+     "1"},
+    {"BMC_Info", "LANINFO", "columns: LAN1 LAN2 LAN3 LAN4 LAN5 LAN6 / 30 1"},
+    {"BMC_Info", "LEDINFO", "rows: LEDINFO=100 / false"},
+    {"BMC_Info", "PSUINFO", "rows: PSUINFO=100 / false"},
+    {"BMC_Info", "SENSORINFO",
+     "rows: item1=19 item2=9 item3=9 item4=9 item5=9 item6=9 item7=9 item8=9 item9=9 item10=9 / "
+     "false"},
+    {"BMC_Info", "FRUINFO", "rows: FRUINFO=100 / false"},
+    {"BMC_Info", "SDRINFO", "rows: SDRINFO=100 / false"},
+    {"BMC_Info", "SELINFO", "rows: SELINFO=100 / false"},
+    {"AMT_Info", "AMTLOG", "rows: AMTLOG=100 / false"},
+    {"Windows_Related_Info", "ARPINFO", "rows: item1=40 item2=40 item3=20 / false"},
+    {"Windows_Related_Info", "NETSTATINFO", "rows: item1=10 item2=30 item3=30 item4=30 / false"},
+};
+
+TEST_F(Layouts, EveryTableAsItIsDeclared) {
+    for (const auto& [module_name, table, layout] : kLayouts) {
+        wrap(module_name, table);
+        EXPECT_EQ(noted(), std::string(layout) + "\n") << table;
+    }
+}
+
+TEST_F(Layouts, TheseAreAllTables) {
+    std::map<std::string, std::vector<std::string>> expected;
+    for (const auto& [module_name, table, layout] : kLayouts)
+        expected[module_name].push_back(table);
+    for (auto& [module_name, tables] : expected) {
+        std::sort(tables.begin(), tables.end());
+        std::vector<std::string> registered;
+        for (const auto& [table, callbacks] : module(module_name).callbacks)
+            registered.push_back(table);
+        EXPECT_EQ(registered, tables) << module_name;
+    }
+}
+
+TEST_F(Layouts, RegisteringTwiceChangesNothing) {
+    for (const char* name :
+         {"sampleModule1", "sampleModule2", "BMC_Info", "AMT_Info", "Windows_Related_Info"}) {
+        const auto before = module(name).callbacks.size();
+        module(name).InitCallbacks();
+        EXPECT_EQ(module(name).callbacks.size(), before);
+        for (const auto& [table, callbacks] : module(name).callbacks) {
+            EXPECT_FALSE(callbacks.enumerate.empty());
+            EXPECT_FALSE(callbacks.wrap.empty());
+        }
+    }
+    EXPECT_EQ(noted(), "");  // registering neither collects nor logs
+    for (const auto& [module_name, table, layout] : kLayouts) {
+        wrap(module_name, table);
+        EXPECT_EQ(noted(), std::string(layout) + "\n") << table;
+    }
+}
+
+TEST_F(Layouts, ExportedTablesOfIds) {
+    EXPECT_EQ(std::size(leditem), 16u);
+    EXPECT_STREQ(leditem[15], "LED16");
+    EXPECT_STREQ(mcitem[11], "MC12");
+    EXPECT_STREQ(selfitem[0], "self1");
+    EXPECT_STREQ(selfitem[1], "self2");
+    EXPECT_STREQ(veritem[15], "VER16");
+    EXPECT_STREQ(lanitem[11], "LAN12");
+    EXPECT_STREQ(psuitem[25], "PSU26");
+    EXPECT_STREQ(fruitem[0], "FRU1");
+    EXPECT_STREQ(fruitem[159], "FRU160");
+    EXPECT_STREQ(ptn[3], "peladd4");
+}
+
+class Empty : public Bench {};
+
+TEST_F(Empty, AmtLogsItsPairAtEveryCall) {
+    const std::string pair =
+        "log 3 qvmodules/ramtinfo: [repo] Enter EnumAMTInstances\n"
+        "log 3 qvmodules/ramtinfo: [repo] Exit EnumAMTInstances\n";
+    enumerate("AMT_Info", "AMTLOG");
+    EXPECT_EQ(noted(), pair);
+    enumerate("AMT_Info", "AMTLOG");
+    EXPECT_EQ(noted(), pair);
+}
+
+TEST_F(Empty, WindowsLogsItsCollectionOnce) {
+    const std::string unit = "log 3 qvmodules/rwininfo: [repo] ";
+    enumerate("Windows_Related_Info", "ARPINFO");
+    EXPECT_EQ(noted(), unit + "Enter EnumWINInstances\n" + unit +
+                           "Enter CollectData-Windows related info\n" + unit +
+                           "Exit CollectData-Windows related info\n" + unit +
+                           "Exit EnumWINInstances\n");
+    enumerate("Windows_Related_Info", "NETSTATINFO");
+    EXPECT_EQ(noted(), unit + "Enter EnumWINInstances\n" + unit + "Exit EnumWINInstances\n");
+    fakehost::min_log_level = 2;
+    forget_modules();
+    enumerate("Windows_Related_Info", "ARPINFO");
+    EXPECT_EQ(noted(), "");
+}
+
+}  // namespace
