@@ -17,7 +17,7 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 
 bool Filler::take_new() {
     // Between two parts the caller has time for a signal, however fast the journal grows.
-    constexpr std::size_t kPart = 256 * 1024;
+    constexpr std::size_t kPart = 262144;
     const auto entries =
         journal_.read([this](JournalEntry&& entry) { take(std::move(entry)); }, kPart);
     const auto now = std::chrono::steady_clock::now();

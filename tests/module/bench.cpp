@@ -35,7 +35,9 @@ __attribute__((visibility("default"))) int posix_spawn(pid_t* pid, const char* p
     }
     static const auto real =
         reinterpret_cast<decltype(&posix_spawn)>(dlsym(RTLD_NEXT, "posix_spawn"));
-    return real(pid, path, actions, attributes, arguments, environment);
+    const auto& instead = fake_system.program_instead;
+    return real(pid, instead.empty() ? path : instead.c_str(), actions, attributes, arguments,
+                environment);
 }
 
 __attribute__((visibility("default"))) ssize_t readlink(const char* path, char* buffer,
@@ -152,6 +154,12 @@ std::string Bench::prints(const std::string& text, int exit_code) {
     const auto file = root / ("text" + std::to_string(++texts_));
     std::ofstream(file) << text;
     return "/bin/cat " + shell_quoted(file) + "; exit " + std::to_string(exit_code);
+}
+
+std::string Bench::dies_by(int signal) {
+    const auto kill = "kill -" + std::to_string(signal);
+    return "case $(tr '\\0' ' ' </proc/$PPID/cmdline) in 'sh -c '*) " + kill + " $PPID ;; *) " +
+           kill + " $$ ;; esac";
 }
 
 std::string Bench::by_arguments(const std::map<std::string, std::string>& answers) {

@@ -20,6 +20,8 @@ struct System {
     std::string exe_link;                // of /proc/self/exe
     int exe_link_error = 0;              // or the error of reading it
     std::map<std::string, bool> exists;  // what access() says of these files
+    // Started in place of every shell: captures are then what the test has put there.
+    std::string program_instead;
     // The error with which starting a process fails, by command; 0 starts it.
     std::function<int(std::string_view command)> spawn_error;
 };
@@ -37,6 +39,10 @@ protected:
 
     // A script that prints exactly `text` and exits.
     std::string prints(const std::string& text, int exit_code = 0);
+
+    // A script that kills the process that the host waits for: the shell, or itself where the shell
+    // has replaced itself by its last command.
+    static std::string dies_by(int signal);
 
     // A script with an answer for each argument list: `ARGS` -> what it does.
     static std::string by_arguments(const std::map<std::string, std::string>& answers);

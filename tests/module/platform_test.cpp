@@ -35,9 +35,14 @@ TEST_F(Platform, KindComesFromTheProductName) {
         {"kp120", 5, grantley},               // folded
         {"KP220E Rack Server", 5, grantley},  // holds the code of the KP220
         {"KN100", 7, "fjord(kn100), has BMC(no led), return 7"},
+        {"KP220E", 5, grantley},
+        {"xKP120x", 5, grantley},
         {"Converged HX", 7, "Converged, has BMC(no led), return 7"},
         {"Converged KP120", 7, "Converged, has BMC(no led), return 7"},
         {"converged HX", 4, "No BMC, return 4"},  // this one test is not folded
+        {"converged KP120", 5, grantley},
+        {"123456789Converged", 7, "Converged, has BMC(no led), return 7"},
+        {"1234567890Converged", 4, "No BMC, return 4"},
         {"KL010", 9, low},
         {"KL020", 9, low},
         {"KM801", 9, low},
@@ -47,7 +52,11 @@ TEST_F(Platform, KindComesFromTheProductName) {
         {"KP210", 11, "IVB 4R1T, has BMC, return 11"},
         {"KP310", 11, "IVB 4R1T, has BMC, return 11"},
         {"KW110", 11, "IVB 4R1T, has BMC, return 11"},
-        {"KP310 and KP120", 5, grantley},  // the order of the codes decides
+        // The order of the codes decides, not that in the name.
+        {"KP310 and KP120", 5, grantley},
+        {"KP310 and KN100", 7, "fjord(kn100), has BMC(no led), return 7"},
+        {"KL010 and KN100", 7, "fjord(kn100), has BMC(no led), return 7"},
+        {"KP310 and KL020", 9, low},
         {"Other", 4, "No BMC, return 4"},
         {"1234567890123KP120", 5, grantley},  // the code ends at the 19th character
         {"12345678901234KP120", 4, "No BMC, return 4"},
@@ -67,6 +76,19 @@ TEST_F(Platform, OnlyTheFirstNameBetweenTwoColonsCounts) {
     EXPECT_EQ(check_bmc(), 4);
     EXPECT_EQ(noted({"log"}),
               std::string(kLog) + "Product name(20bytes): AB\\n\n" + kLog + "No BMC, return 4\n");
+}
+
+TEST_F(Platform, OnlyTheFirstLineCounts) {
+    tool("dmidecode", prints("Product Name:\nProduct Name: KP120\n"));
+    EXPECT_EQ(check_bmc(), 4);
+    EXPECT_EQ(noted({"log"}),
+              std::string(kLog) + "Product name(20bytes):\\n\n" + kLog + "No BMC, return 4\n");
+}
+
+// What dmidecode says on standard error is searched as well.
+TEST_F(Platform, TheNameMayStandInAWarning) {
+    tool("dmidecode", "echo 'Product Name: KN100' >&2");
+    EXPECT_EQ(check_bmc(), 7);
 }
 
 TEST_F(Platform, NoNameIsNoBmc) {

@@ -4,12 +4,27 @@
 #include <cstring>
 
 #include "bench.h"
+#include "bmc_notes.h"
 
 using namespace marlox::repository;
 
 namespace {
 
 class Tools : public Bench {};
+
+// Noted before any test runs.
+const struct {
+    int word_size = linux_x32_x64;
+    int results = abs_path | abs_path2;
+    std::string paths = std::string(current_absolute_path) + current_absolute_path_bmc +
+                        current_absolute_path2 + fullpath;
+} at_load;
+
+TEST_F(Tools, GlobalsAtLoad) {
+    EXPECT_EQ(at_load.word_size, 64);
+    EXPECT_EQ(at_load.results, 0);
+    EXPECT_EQ(at_load.paths, "");
+}
 
 TEST_F(Tools, StatusIsJudgedByItsBytes) {
     struct Case {
@@ -19,31 +34,31 @@ TEST_F(Tools, StatusIsJudgedByItsBytes) {
         const char* log;
     };
     const Case cases[] = {
-        {-1, "SEL", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get SEL info\n"},
-        {0, "MC", 0, "log 4 qvmodules/rbmcinfo: [repo] Get MC info successfully\n"},
+        {-1, "SEL", 1, "3 Failed to get SEL info\n"},
+        {0, "MC", 0, "4 Get MC info successfully\n"},
         {9, "MC", 1,
-         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:0\n"},
+         "3 Signal terminal while getting MC info,exit status:0\n"},
         {0x0509, "MC", 1,
-         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:5\n"},
+         "3 Signal terminal while getting MC info,exit status:5\n"},
         // Stopped counts as not ended; the core-dump bit alone does not.
         {0x137f, "MC", 1,
-         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting MC info,exit status:19\n"},
-        {0x80, "MC", 0, "log 4 qvmodules/rbmcinfo: [repo] Get MC info successfully\n"},
+         "3 Signal terminal while getting MC info,exit status:19\n"},
+        {0x80, "MC", 0, "4 Get MC info successfully\n"},
         {0x0100, "selftest", 0, ""},
         {0x7f00, "selftest", 0, ""},
         {0x0100, "FRU", 0, ""},
-        {0x0200, "FRU", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get FRU info,exit code:2\n"},
-        {0x0100, "SEL", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get SEL info,exit code:1\n"},
-        {0x0100, "fru", 1, "log 3 qvmodules/rbmcinfo: [repo] Failed to get fru info,exit code:1\n"},
+        {0x0200, "FRU", 1, "3 Failed to get FRU info,exit code:2\n"},
+        {0x0100, "SEL", 1, "3 Failed to get SEL info,exit code:1\n"},
+        {0x0100, "fru", 1, "3 Failed to get fru info,exit code:1\n"},
         {0x0100, "Selftest", 1,
-         "log 3 qvmodules/rbmcinfo: [repo] Failed to get Selftest info,exit code:1\n"},
+         "3 Failed to get Selftest info,exit code:1\n"},
         {9, "selftest", 1,
-         "log 3 qvmodules/rbmcinfo: [repo] Signal terminal while getting selftest info,exit "
+         "3 Signal terminal while getting selftest info,exit "
          "status:0\n"},
     };
     for (const auto& [status, name, result, log] : cases) {
         EXPECT_EQ(check_system_call(status, name), result) << std::hex << status << " " << name;
-        EXPECT_EQ(noted(), log) << std::hex << status << " " << name;
+        EXPECT_EQ(noted(), bmc_notes(log)) << std::hex << status << " " << name;
     }
 }
 
@@ -51,8 +66,10 @@ TEST_F(Tools, NothingIsLoggedBelowTheThreshold) {
     fakehost::min_log_level = 3;
     EXPECT_EQ(check_system_call(0, "MC"), 0);
     EXPECT_EQ(noted(), "");
-    fakehost::min_log_level = 2;
     EXPECT_EQ(check_system_call(9, "MC"), 1);
+    EXPECT_NE(noted(), "");
+    fakehost::min_log_level = 2;
+    for (const int status : {-1, 9, 0x0200}) EXPECT_EQ(check_system_call(status, "FRU"), 1);
     EXPECT_EQ(noted(), "");
 }
 
@@ -86,6 +103,13 @@ TEST_F(Tools, LongerPathsAndErrorsArePrinted) {
     EXPECT_EQ(noted(), "");
 }
 
+TEST_F(Tools, ALinkWithoutASlashStays) {
+    char buffer[256] = {};
+    fake_system.exe_link = "host";
+    EXPECT_EQ(GetProgramDir(buffer), 0);
+    EXPECT_STREQ(buffer, "host");
+}
+
 // The byte behind the link text decides first; readlink() does not write it.
 TEST_F(Tools, AUsedBufferWithASlashBehindTheTextKeepsThePath) {
     char buffer[257];
@@ -102,7 +126,7 @@ TEST_F(Tools, AUsedBufferWithASlashBehindTheTextKeepsThePath) {
 
 TEST_F(Tools, WordSizeComesFromUname) {
     struct Case {
-        const char* answer;
+        std::string answer;
         int bits;
     };
     const Case cases[] = {
@@ -115,6 +139,8 @@ TEST_F(Tools, WordSizeComesFromUname) {
         {"1234567 6", 32},
         {"12345 64\n", 64},
         {"\nx86_64\n", 32},
+        {"i386\nx86_64\n", 32},
+        {std::string("x\0" "64\n", 5), 32},  // the text ends at its first NUL
         {"1234567"
          "64\n",
          64},
@@ -130,19 +156,30 @@ TEST_F(Tools, WordSizeComesFromUname) {
     }
 }
 
+// Nobody waits for the end of an answer that has none.
+TEST_F(Tools, WordSizeFromAnEndlessAnswer) {
+    linux_x32_x64 = 32;
+    tool("uname", "while echo x86_64; do :; done 2>/dev/null");
+    EXPECT_EQ(check_linux_bit(), 0);
+    EXPECT_EQ(linux_x32_x64, 64);
+}
+
 TEST_F(Tools, WordSizeStaysIfItCannotBeAsked) {
     fake_system.spawn_error = [](std::string_view) { return EAGAIN; };
     linux_x32_x64 = 32;
     EXPECT_EQ(check_linux_bit(), 1);
     EXPECT_EQ(linux_x32_x64, 32);
-    EXPECT_EQ(noted({"log"}),
-              "log 3 qvmodules/rbmcinfo: [repo] Fail to get the Linux OS structure\n");
+    EXPECT_EQ(noted(), bmc_notes("$ uname -i\n3 Fail to get the Linux OS structure\n"));
 }
 
 TEST_F(Tools, UpperCase) {
     char text[] = "ab-12x";
     EXPECT_EQ(strupr(text), text);
     EXPECT_STREQ(text, "AB-12X");
+    char nothing[] = "";
+    EXPECT_EQ(strupr(nothing), nothing);
+    char marks[] = "@[`{09 \t";
+    EXPECT_STREQ(strupr(marks), "@[`{09 \t");
 }
 
 TEST_F(Tools, Replacing) {

@@ -78,12 +78,14 @@ TEST_F(Usage, OptionsBeforeTheMachineDoNotSwallowIt) {
 // Every sub-command that prints, into a full disk and into nothing.
 TEST_F(Usage, OutputThatCannotBeWrittenEndsWith1) {
     ASSERT_EQ(run(collect("calm")).exit, 0);
-    const auto tables = "tables --plugin " + plugin("calm").string();
-    const auto collecting =
-        "collect --log-dir " + (dir() / "other").string() + " --plugin " + plugin("calm").string();
-    for (const auto& line : {std::string("--version"), std::string("--help"), tables,
-                             "show " + log_dir().string(), collecting}) {
-        const auto arguments = arguments_of(line, log_dir());
+    const std::vector<std::string> lines[] = {
+        {"--version"},
+        {"--help"},
+        {"tables", "--plugin", plugin("calm")},
+        {"show", log_dir()},
+        {"collect", "--log-dir", dir() / "other", "--plugin", plugin("calm")},
+    };
+    for (const auto& arguments : lines) {
         SCOPED_TRACE(arguments[0]);
         const auto full = run(Invocation{.arguments = arguments, .out_file = "/dev/full"});
         EXPECT_EQ(full.exit, 1);
