@@ -17,12 +17,10 @@ TEST_F(EmptyModules, AmtLogsItsPairAtEveryCall) {
 
 TEST_F(EmptyModules, WindowsLogsItsCollectionOnce) {
     const std::string unit = "log 3 qvmodules/rwininfo: [repo] ";
-    const std::string first = unit + "Enter EnumWINInstances\n" + unit +
-                              "Enter CollectData-Windows related info\n" + unit +
-                              "Exit CollectData-Windows related info\n" + unit +
-                              "Exit EnumWINInstances\n";
-    const std::string later =
-        unit + "Enter EnumWINInstances\n" + unit + "Exit EnumWINInstances\n";
+    const std::string first =
+        unit + "Enter EnumWINInstances\n" + unit + "Enter CollectData-Windows related info\n" +
+        unit + "Exit CollectData-Windows related info\n" + unit + "Exit EnumWINInstances\n";
+    const std::string later = unit + "Enter EnumWINInstances\n" + unit + "Exit EnumWINInstances\n";
     enumerate("Windows_Related_Info", "ARPINFO");
     EXPECT_EQ(noted(), first);
     enumerate("Windows_Related_Info", "NETSTATINFO");

@@ -205,15 +205,15 @@ const Server kServers[] = {
 TEST_F(BmcEnumeration, AllThatHappensByServerAndLogLevel) {
     for (const auto& [name, steps] : kServers) {
         product(name);
-        const auto expected = kEnter + kDetect + "3 Product name(20bytes): " + name + "\\n\n" +
-                              steps + kExit;
+        const auto expected =
+            kEnter + kDetect + "3 Product name(20bytes): " + name + "\\n\n" + steps + kExit;
         for (const unsigned level : {2u, 3u, 4u})
             EXPECT_EQ(collected(level), bmc_notes(expected, level)) << name << " " << level;
     }
 }
 
-const std::string kUntilService = kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" +
-                                  kGrantley + kSystem + kService;
+const std::string kUntilService =
+    kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" + kGrantley + kSystem + kService;
 
 TEST_F(BmcEnumeration, CapturesStayInTheLogDirectory) {
     collected();
@@ -228,7 +228,8 @@ TEST_F(BmcEnumeration, FailedCapturesDoNotEndTheCollection) {
     vendor_tool("ipmiutil_x64_nh", "exit 4");
     collected();
     product("KM801");
-    EXPECT_EQ(collected(3), bmc_notes(kEnter + kDetect + R"(
+    EXPECT_EQ(
+        collected(3), bmc_notes(kEnter + kDetect + R"(
 3 Product name(20bytes): KM801\n
 3 KL010 or KL020 or KP220E or AMD KM801 or AMD KM802, has BMC, return 9
 )" + kSystem + kService + kDriver + R"(
@@ -250,16 +251,16 @@ $ ipmitool fru  1>'L/fruinfo.txt' 2>'L/fruinfo.txt'
 $ 'P/qv_tools/ipmiutil_x64_nh' sel -t 1>'L/selinfo.txt' 2>&1
 3 Failed to get SEL info,exit code:4
 3 Oru Debug after sel info
-)" + kSelInHex + "3 Oru Debug after selhex\n" + kSensorsWithIds +
-                                        "3 Oru Debug after sen_id\n" + kStop + kExit,
-                                    3));
+)" + kSelInHex + "3 Oru Debug after selhex\n" +
+                                    kSensorsWithIds + "3 Oru Debug after sen_id\n" + kStop + kExit,
+                                3));
 }
 
 TEST_F(BmcEnumeration, TheUtilityFollowsTheWordSize) {
     tool("uname", "echo i686");
     vendor_tool("ipmiutil_x32_nh", "exec \"${0%32_nh}64_nh\" \"$@\"");
-    auto expected = kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" + kServers[0].steps +
-                    kExit;
+    auto expected =
+        kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" + kServers[0].steps + kExit;
     for (auto at = expected.find("_x64_nh"); at != std::string::npos; at = expected.find("_x64_nh"))
         expected.replace(at, 4, "_x32");
     EXPECT_EQ(collected(), bmc_notes(expected));
@@ -314,9 +315,9 @@ TEST_F(BmcEnumeration, AnUnknownWordSizeEndsBeforeTheService) {
     fake_system.spawn_error = [](std::string_view command) {
         return command == "uname -i" ? EAGAIN : 0;
     };
-    EXPECT_EQ(collected(), bmc_notes(kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" +
-                                     kGrantley + kSystem +
-                                     "3 Fail to get the Linux OS structure\n" + kExit));
+    EXPECT_EQ(collected(),
+              bmc_notes(kEnter + kDetect + "3 Product name(20bytes): KP120\\n\n" + kGrantley +
+                        kSystem + "3 Fail to get the Linux OS structure\n" + kExit));
 }
 
 TEST_F(BmcEnumeration, AServiceThatDoesNotStartIsNotStopped) {

@@ -36,13 +36,10 @@ TEST_F(Tools, StatusIsJudgedByItsBytes) {
     const Case cases[] = {
         {-1, "SEL", 1, "3 Failed to get SEL info\n"},
         {0, "MC", 0, "4 Get MC info successfully\n"},
-        {9, "MC", 1,
-         "3 Signal terminal while getting MC info,exit status:0\n"},
-        {0x0509, "MC", 1,
-         "3 Signal terminal while getting MC info,exit status:5\n"},
+        {9, "MC", 1, "3 Signal terminal while getting MC info,exit status:0\n"},
+        {0x0509, "MC", 1, "3 Signal terminal while getting MC info,exit status:5\n"},
         // Stopped counts as not ended; the core-dump bit alone does not.
-        {0x137f, "MC", 1,
-         "3 Signal terminal while getting MC info,exit status:19\n"},
+        {0x137f, "MC", 1, "3 Signal terminal while getting MC info,exit status:19\n"},
         {0x80, "MC", 0, "4 Get MC info successfully\n"},
         {0x0100, "selftest", 0, ""},
         {0x7f00, "selftest", 0, ""},
@@ -50,8 +47,7 @@ TEST_F(Tools, StatusIsJudgedByItsBytes) {
         {0x0200, "FRU", 1, "3 Failed to get FRU info,exit code:2\n"},
         {0x0100, "SEL", 1, "3 Failed to get SEL info,exit code:1\n"},
         {0x0100, "fru", 1, "3 Failed to get fru info,exit code:1\n"},
-        {0x0100, "Selftest", 1,
-         "3 Failed to get Selftest info,exit code:1\n"},
+        {0x0100, "Selftest", 1, "3 Failed to get Selftest info,exit code:1\n"},
         {9, "selftest", 1,
          "3 Signal terminal while getting selftest info,exit "
          "status:0\n"},
@@ -140,7 +136,10 @@ TEST_F(Tools, WordSizeComesFromUname) {
         {"12345 64\n", 64},
         {"\nx86_64\n", 32},
         {"i386\nx86_64\n", 32},
-        {std::string("x\0" "64\n", 5), 32},  // the text ends at its first NUL
+        {std::string("x\0"
+                     "64\n",
+                     5),
+         32},  // the text ends at its first NUL
         {"1234567"
          "64\n",
          64},
