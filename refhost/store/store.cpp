@@ -563,6 +563,7 @@ std::vector<ModuleInfo> Store::modules() const {
 
 std::vector<PropertyInfo> Store::properties(const std::string& table) const {
     return told_with(impl_->path, [&] {
+        if (impl_->transaction) impl_->save_run();
         std::vector<PropertyInfo> properties;
         std::set<std::string> seen;
         Statement q(impl_->db,

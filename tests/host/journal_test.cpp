@@ -1,0 +1,151 @@
+#include "journal/journal.h"
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <system_error>
+
+#include "place.h"
+
+using namespace qvhost;
+
+namespace {
+
+class Journal : public test::Place {
+protected:
+    std::string path() const { return dir / "journal"; }
+
+    static std::vector<JournalEntry> read_all(JournalReader& reader) {
+        std::vector<JournalEntry> entries;
+        reader.read([&](JournalEntry&& entry) { entries.push_back(std::move(entry)); });
+        return entries;
+    }
+    std::vector<JournalEntry> read_all() const {
+        JournalReader reader(path());
+        return read_all(reader);
+    }
+};
+
+const std::string kOdd("\0\xff\n'\"", 5);
+
+std::vector<JournalEntry> one_of_each() {
+    return {
+        ModuleEntry{"BMC_Info", "BMC information", {"MCINFO", "SELINFO", ""}},
+        TableStartEntry{"BMC_Info", "MCINFO"},
+        Record{"MCINFO",
+               "MC Information",
+               -1,
+               {{"MC1", "Device", " 32"}, {"n", "", -7}, {"", kOdd, kOdd}}},
+        Record{"", "", 2147483647, {}},
+        TableEndEntry{"BMC_Info", "MCINFO", ColumnLayout{{"MC1", "MC2"}, 30, 1}, ""},
+        TableEndEntry{"BMC_Info", "SELINFO", RowLayout{{"a", "b"}, {19, 9, 4}, true}, "it threw"},
+        TableEndEntry{"", "", Layout{}, ""},
+        EndEntry{""},
+        EndEntry{"no plug-in"},
+    };
+}
+
+TEST_F(Journal, ReadsWhatWasWritten) {
+    {
+        JournalWriter writer(path());
+        for (const auto& entry : one_of_each()) writer.append(entry);
+    }
+    EXPECT_EQ(read_all(), one_of_each());
+    struct stat info {};
+    ASSERT_EQ(::stat(path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0600u);
+}
+
+TEST_F(Journal, IsReadWhileItGrows) {
+    JournalReader reader(path());
+    EXPECT_EQ(read_all(reader), std::vector<JournalEntry>());  // not there yet
+    JournalWriter writer(path());
+    for (const auto& entry : one_of_each()) {
+        writer.append(entry);
+        EXPECT_EQ(read_all(reader), std::vector<JournalEntry>{entry});
+    }
+    EXPECT_EQ(read_all(reader), std::vector<JournalEntry>());
+}
+
+// Cut at every byte, what was whole is read and the rest waits.
+TEST_F(Journal, HalfAnEntryWaitsForTheRest) {
+    {
+        JournalWriter writer(path());
+        for (const auto& entry : one_of_each()) writer.append(entry);
+    }
+    const auto bytes = test::content(path());
+    std::size_t entries = 0;
+    for (std::size_t size = 0; size <= bytes.size(); ++size) {
+        std::ofstream(path(), std::ios::binary) << bytes.substr(0, size);
+        JournalReader reader(path());
+        auto found = read_all(reader);
+        EXPECT_GE(found.size(), entries);
+        entries = found.size();
+        std::ofstream(path(), std::ios::binary | std::ios::app) << bytes.substr(size);
+        for (auto& entry : read_all(reader)) found.push_back(std::move(entry));
+        EXPECT_EQ(found, one_of_each()) << size;
+    }
+    EXPECT_EQ(entries, one_of_each().size());
+}
+
+// Any byte changed: an error or other entries, never a crash or a hang.
+TEST_F(Journal, DamageIsAnErrorAtWorst) {
+    {
+        JournalWriter writer(path());
+        for (const auto& entry : one_of_each()) writer.append(entry);
+    }
+    const auto bytes = test::content(path());
+    std::size_t refused = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        for (const char value : {'\0', '\x01', '\x7f', '\xff'}) {
+            auto damaged = bytes;
+            damaged[i] = value;
+            std::ofstream(path(), std::ios::binary) << damaged;
+            try {
+                read_all();
+            } catch (const std::runtime_error&) {
+                ++refused;
+            }
+        }
+    }
+    EXPECT_GT(refused, 0u);
+}
+
+TEST_F(Journal, CanBeReadInParts) {
+    JournalWriter writer(path());
+    const Record record{"T", "n", -1, {{"a", "b", std::string(1000, 'x')}}};
+    for (int i = 0; i < 5000; ++i) writer.append(record);
+    JournalReader reader(path());
+    std::size_t entries = 0;
+    std::size_t parts = 0;
+    while (const auto n = reader.read([&](JournalEntry&&) {}, 100'000)) {
+        entries += n;
+        ++parts;
+    }
+    EXPECT_EQ(entries, 5000u);
+    EXPECT_GT(parts, 5u);
+}
+
+TEST_F(Journal, AnExistingFileIsNotWrittenOver) {
+    std::ofstream(path()) << "precious";
+    EXPECT_THROW(JournalWriter writer(path()), std::system_error);
+    EXPECT_EQ(test::content(path()), "precious");
+}
+
+// A limit on the file's size stands for a full disk.
+TEST_F(Journal, WhatDoesNotFitIsTakenBackWhole) {
+    JournalWriter writer(path());
+    writer.append(EndEntry{"first"});
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{test::content(path()).size() + 100, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(writer.append(EndEntry{std::string(1000, 'x')}), std::system_error);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    writer.append(EndEntry{"second"});
+    EXPECT_EQ(read_all(), (std::vector<JournalEntry>{EndEntry{"first"}, EndEntry{"second"}}));
+}
+
+}  // namespace

@@ -1,0 +1,73 @@
+#include "report/report_json.h"
+
+#include <sys/stat.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
+
+#include "place.h"
+
+using namespace qvhost;
+
+namespace {
+
+class Report : public test::Place {
+protected:
+    std::string path() const { return dir / "report.sqlite"; }
+};
+
+TEST_F(Report, AsItIsPromised) {
+    {
+        Store store(path(), Store::Mode::create);
+        store.add_module("M", "A \"module\"");
+        for (const char* table : {"ROWS", "COLUMNS", "NONE"}) store.add_table("M", table);
+        store.set_layout("ROWS", RowLayout{{"a", "b"}, {60, 40}, false});
+        store.set_layout("COLUMNS", ColumnLayout{{"a"}, 30, 1});
+        store.add({"ROWS", "name", -1, {{"b", "B", "x\n"}, {"a", "A", 5}}});
+        store.add(
+            {"COLUMNS", "bytes", -1, {{"a", "A", std::string("\0\xff\xc3\xa4</script>", 13)}}});
+        store.commit();
+    }
+    std::ostringstream out;
+    write_report_json(Store(path(), Store::Mode::read), out);
+    EXPECT_EQ(out.str(), R"({"modules":[
+{"name":"M","display":"A \"module\"","tables":[
+{"id":"ROWS","layout":{"kind":"rows","headers":["a","b"],"widths":[60,40],"flag":false}},
+{"id":"COLUMNS","layout":{"kind":"columns","headers":["a"],"width":30,"count":1}},
+{"id":"NONE","layout":null}]}],
+"records":[
+{"table":"ROWS","name":"name","index":-1,"properties":[{"id":"b","display":"B","value":"x\n"},{"id":"a","display":"A","value":5}]},
+{"table":"COLUMNS","name":"bytes","index":-1,"properties":[{"id":"a","display":"A","value":"\u0000)"
+                         "\xef\xbf\xbd\xc3\xa4</script>"
+                         R"("}]}
+]}
+)");
+    EXPECT_TRUE(nlohmann::json::accept(out.str()));
+}
+
+TEST_F(Report, AnEmptyCollection) {
+    { const Store store(path(), Store::Mode::create); }
+    std::ostringstream out;
+    write_report_json(Store(path(), Store::Mode::read), out);
+    EXPECT_EQ(nlohmann::json::parse(out.str()),
+              (nlohmann::json{{"modules", nlohmann::json::array()},
+                              {"records", nlohmann::json::array()}}));
+}
+
+TEST_F(Report, TheFileIsThereWholeOrNotAtAll) {
+    { const Store store(path(), Store::Mode::create); }
+    const Store store(path(), Store::Mode::read);
+    const auto file = dir / "report.json";
+    std::ofstream(file) << "an older one";
+    write_report_json(store, file.string());
+    EXPECT_TRUE(nlohmann::json::accept(test::content(file)));
+    struct stat info {};
+    ASSERT_EQ(::stat(file.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0600u);
+    EXPECT_FALSE(std::filesystem::exists(file.string() + ".new"));
+    EXPECT_THROW(write_report_json(store, (dir / "none" / "report.json").string()),
+                 std::runtime_error);
+}
+
+}  // namespace

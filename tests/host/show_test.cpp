@@ -1,0 +1,155 @@
+#include "show/show_table.h"
+
+#include <sstream>
+
+#include "place.h"
+#include "show/text_table.h"
+#include "show/visible.h"
+
+using namespace qvhost;
+
+namespace {
+
+TEST(Visible, NothingReachesTheTerminalButText) {
+    struct Case {
+        std::string text;
+        std::string visible;
+    };
+    const Case cases[] = {
+        {"", ""},
+        {"plain \xc3\xa4 \xe6\xbc\xa2", "plain \xc3\xa4 \xe6\xbc\xa2"},
+        {"line\n", "line"},
+        {"line\r\n", "line"},
+        {"one\ntwo\n", "one\ntwo"},
+        {"tab\there", "tab    here"},
+        {"\x1b[31mred", "\\x1b[31mred"},
+        {std::string("a\0b", 3), "a\\x00b"},
+        {"back\bspace\x7f", "back\\x08space\\x7f"},
+        {"\xc2\x9b"
+         "31m",
+         "\\u009b31m"},  // the 8-bit escape
+        {"\xe2\x80\xae"
+         "gpj.exe",
+         "\\u202egpj.exe"},  // right-to-left override
+        {"\xff\xfe", "\\xff\\xfe"},
+        {"cut \xe6\xbc", "cut \\xe6\\xbc"},
+        {"a\rb", "a\\x0db"},
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(visible(text), expected);
+    EXPECT_EQ(one_line("a\nb\n"), "a\\x0ab");
+}
+
+TEST(Visible, WidthsAreThoseOfTheTerminal) {
+    EXPECT_EQ(display_width("abc"), 3u);
+    EXPECT_EQ(display_width("\xc3\xa4"), 1u);
+    EXPECT_EQ(display_width("\xe6\xbc\xa2"), 2u);  // a wide character
+    EXPECT_EQ(display_width("e\xcc\x81"), 1u);     // a combining accent
+    EXPECT_EQ(shortened("abcdef", 6), "abcdef");
+    EXPECT_EQ(shortened("abcdefg", 6), "abc...");
+    EXPECT_EQ(shortened("\xe6\xbc\xa2\xe6\xbc\xa2\xe6\xbc\xa2", 5), "\xe6\xbc\xa2...");
+    EXPECT_EQ(shortened("abcdef", 2), "..");
+}
+
+TEST(Visible, Wrapping) {
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(wrapped("", 5), (Lines{""}));
+    EXPECT_EQ(wrapped("one two three", 7), (Lines{"one two", "three"}));
+    EXPECT_EQ(wrapped("abcdefgh", 3), (Lines{"abc", "def", "gh"}));
+    EXPECT_EQ(wrapped("a\n\nb", 9), (Lines{"a", "", "b"}));
+    EXPECT_EQ(wrapped("\xe6\xbc\xa2\xe6\xbc\xa2", 1), (Lines{"\xe6\xbc\xa2", "\xe6\xbc\xa2"}));
+    EXPECT_EQ(wrapped("abc", 0), (Lines{"a", "b", "c"}));
+    // No text is lost, whatever the width.
+    const std::string text = "Corrected memory error \xe6\xbc\xa2 on DIMM_A1, slot 3 of 24";
+    for (std::size_t width = 1; width < 60; ++width) {
+        std::string joined;
+        for (const auto& line : wrapped(text, width)) {
+            EXPECT_LE(display_width(line), std::max<std::size_t>(width, 2));
+            joined += line;
+        }
+        auto without = [](std::string s) {
+            std::erase(s, ' ');
+            return s;
+        };
+        EXPECT_EQ(without(joined), without(text));
+    }
+}
+
+class Show : public test::Place {
+protected:
+    Show() : store(dir / "s", Store::Mode::create) { store.add_module("M", "Module"); }
+    std::string shown(const std::string& table, unsigned width, bool colour = false) {
+        std::ostringstream out;
+        for (const auto& module : store.modules()) {
+            for (const auto& info : module.tables) {
+                if (info.id == table) show_table(out, store, module, info, {width, colour});
+            }
+        }
+        return out.str();
+    }
+    Store store;
+};
+
+TEST_F(Show, AHeaderRowWithSharesOfTheWidth) {
+    store.add_table("M", "T");
+    store.set_layout("T", RowLayout{{"a", "b"}, {75, 25}, false});
+    store.add(
+        {"T",
+         "n",
+         -1,
+         {{"a", "Alpha", " one two three four five \n"}, {"b", "Beta", 7}, {"c", "Also", "x"}}});
+    EXPECT_EQ(shown("T", 40),
+              "T (Module), 1 record\n"
+              "Alpha                    Beta      Also\n"
+              "-----------------------  --------  -----\n"
+              "one two three four five  7         x\n");
+    EXPECT_EQ(shown("T", 10),
+              "T\n(Module),\n1 record\nAlpha: one\ntwo three\nfour five\nBeta: 7\nAlso: x\n\n");
+}
+
+TEST_F(Show, AHeaderColumnWithRecordsBesideEachOther) {
+    store.add_table("M", "T");
+    store.set_layout("T", ColumnLayout{{"a", "b"}, 30, 2});
+    for (const char* value : {"1", "2", "3"}) store.add({"T", "n", -1, {{"a", "Alpha", value}}});
+    EXPECT_EQ(shown("T", 40),
+              "T (Module), 3 records\n"
+              "Alpha       1             2\n"
+              "b\n"
+              "\n"
+              "Alpha       3\n"
+              "b\n");
+}
+
+TEST_F(Show, OneColumnKeepsItsIndentation) {
+    store.add_table("M", "T");
+    store.set_layout("T", RowLayout{{"a"}, {100}, false});
+    store.add({"T", "n", -1, {{"a", "A", "  indented\n"}}});
+    EXPECT_EQ(shown("T", 20), "T (Module), 1 record\nA\n--------------------\n  indented\n");
+}
+
+TEST_F(Show, AnEmptyTableSaysWhy) {
+    store.add_table("M", "T");
+    store.set_reason("T", "the tool is not there");
+    EXPECT_EQ(shown("T", 80), "T (Module), no records: the tool is not there\n");
+    EXPECT_EQ(shown("T", 80, true),
+              "\033[1mT (Module), no records: the tool is not there\033[0m\n");
+}
+
+TEST_F(Show, ATableWithoutALayoutShowsWhatThereIs) {
+    store.add({"T", "n", -1, {{"a", "A", "1"}}});
+    EXPECT_EQ(shown("T", 20), "T (), 1 record\nA\n--------------------\n1\n");
+}
+
+TEST(TextTables, EveryWidthHoldsItsLines) {
+    for (unsigned width = 1; width < 200; ++width) {
+        const TextTable table({{"First", 50}, {"Second", 30}, {"Third", 0}, {"Fourth", 20}},
+                              {width, false});
+        std::ostringstream out;
+        table.print_header(out);
+        table.print_row(out, {"a long cell of words", "\x1b[0m", "x", "y", "surplus"});
+        std::istringstream lines(out.str());
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(display_width(line), width) << width;
+    }
+}
+
+}  // namespace

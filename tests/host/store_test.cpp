@@ -1,0 +1,224 @@
+#include "store/store.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "place.h"
+
+using namespace qvhost;
+
+namespace {
+
+class StoreTest : public test::Place {
+protected:
+    std::string path() const { return dir / "report.sqlite"; }
+
+    static std::vector<Record> records(const Store& store) {
+        std::vector<Record> found;
+        store.each_record([&](const Record& record) { found.push_back(record); });
+        return found;
+    }
+    std::vector<Record> records() const { return records(Store(path(), Store::Mode::read)); }
+
+    void fill(const std::vector<Record>& added) const {
+        Store store(path(), Store::Mode::create);
+        for (const auto& record : added) store.add(record);
+        store.commit();
+    }
+
+    // As somebody would ask by hand.
+    std::string ask(const std::string& sql) const {
+        SQLite::Database db(path());
+        SQLite::Statement query(db, sql);
+        std::string answer;
+        while (query.executeStep()) {
+            for (int i = 0; i < query.getColumnCount(); ++i)
+                answer += (i ? "|" : "") + query.getColumn(i).getString();
+            answer += "\n";
+        }
+        return answer;
+    }
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(dir))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+TEST_F(StoreTest, TablesArePleasantToAsk) {
+    {
+        Store store(path(), Store::Mode::create);
+        store.add_module("M", "Module");
+        store.add_table("M", "SENSORINFO");
+        store.add_table("M", "EMPTY");
+        store.set_layout("EMPTY", RowLayout{{"x", "y"}, {50, 50}, false});
+        store.add(
+            {"SENSORINFO", "Sensor", -1, {{"item1", "Name", "CPU"}, {"item2", "Reading", 41}}});
+        store.add(
+            {"SENSORINFO", "Sensor", -1, {{"item1", "Name", "FAN"}, {"item3", "Unit", "RPM"}}});
+        store.commit();
+    }
+    EXPECT_EQ(ask("select qv_seq, item1, item2, item3, typeof(item2) from SENSORINFO"),
+              "1|CPU|41||integer\n2|FAN||RPM|null\n");
+    EXPECT_EQ(ask("select x, y from EMPTY"), "");
+    EXPECT_EQ(ask("pragma integrity_check"), "ok\n");
+    EXPECT_EQ(files(), std::vector<std::string>{"report.sqlite"});
+    struct stat info {};
+    ASSERT_EQ(::stat(path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0600u);
+}
+
+TEST_F(StoreTest, KeepsModulesTablesLayoutsAndFacts) {
+    {
+        Store store(path(), Store::Mode::create);
+        store.add_module("B", "Second");
+        store.add_module("A", "First");
+        store.add_table("A", "T2");
+        store.add_table("B", "T1");
+        store.set_layout("T1", ColumnLayout{{"a", "b"}, 30, 2});
+        store.set_layout("T2", RowLayout{{"a"}, {1, 2}, true});
+        store.set_reason("T1", "nothing there");
+        store.set_meta("started", "now");
+        store.set_meta("started", "later");
+        store.commit();
+    }
+    const Store store(path(), Store::Mode::read);
+    const auto modules = store.modules();
+    ASSERT_EQ(modules.size(), 2u);
+    EXPECT_EQ(modules[0].name + modules[0].display, "BSecond");
+    ASSERT_EQ(modules[0].tables.size(), 1u);
+    EXPECT_EQ(modules[0].tables[0].id, "T1");
+    EXPECT_EQ(modules[0].tables[0].layout, Layout(ColumnLayout{{"a", "b"}, 30, 2}));
+    EXPECT_EQ(modules[0].tables[0].reason, "nothing there");
+    EXPECT_EQ(modules[1].tables[0].layout, Layout(RowLayout{{"a"}, {1, 2}, true}));
+    EXPECT_EQ(store.meta("started"), "later");
+    EXPECT_EQ(store.meta("unknown"), "");
+}
+
+TEST_F(StoreTest, LosesNothing) {
+    const std::string odd("\0\xff\n'\"; drop table x", 18);
+    const std::vector<Record> all = {
+        {"T", "one", -1, {{"a", "A", ""}, {"b", "B", 0}}},
+        {"T", "one", -1, {{"b", "B", 0}, {"a", "A", ""}}},  // another order
+        {"T", "two", 7, {{"a", "other label", "x"}}},       // another name, index, label
+        {"T", "one", -1, {}},                               // no property
+        {"t", "one", -1, {{"A", "", 1}, {"a", "", 2}, {"qv_seq", "", 3}, {"rowid", "", 4}}},
+        {"", "", -2147483647, {{"", "", odd}}},
+        {"sqlite_master", "qv_run", 0, {{odd, odd, odd}}},
+        {"T", "one", -1, {{"a", "A", "1"}, {"b", "B", "2"}}},  // text stays text
+        {"T", "one", -1, {{"a", "A", 1}, {"b", "B", 2}}},
+        {"T", "one", -1, {{"a", "A", "first"}, {"a", "A", "again"}}},
+    };
+    fill(all);
+    EXPECT_EQ(records(), all);
+    const Store store(path(), Store::Mode::read);
+    std::vector<Record> of_t;
+    store.each_record("T", [&](const Record& record) { of_t.push_back(record); });
+    EXPECT_EQ(of_t.size(), 7u);
+    EXPECT_EQ(of_t[0], all[0]);
+    EXPECT_EQ(of_t[6], all[9]);
+}
+
+TEST_F(StoreTest, MorePropertiesThanSqlHasColumns) {
+    Record wide{"WIDE", "n", -1, {}};
+    for (int i = 0; i < 2500; ++i)
+        wide.properties.push_back({"p" + std::to_string(i), "", "v" + std::to_string(i)});
+    fill({wide, wide});
+    EXPECT_EQ(records(), (std::vector<Record>{wide, wide}));
+}
+
+TEST_F(StoreTest, LosesNothingOfRandomRecords) {
+    std::mt19937_64 random(test::first_random());
+    const auto below = [&](unsigned long n) { return random() % n; };
+    const auto text = [&](unsigned long alphabet) {
+        std::string bytes;
+        for (auto n = below(6); n > 0; --n) bytes += static_cast<char>(below(alphabet));
+        return bytes;
+    };
+    std::vector<Record> all;
+    for (int i = 0; i < 2000; ++i) {
+        Record record{std::string(1, static_cast<char>('A' + below(4))),
+                      text(3),
+                      static_cast<int>(below(3)),
+                      {}};
+        for (auto n = below(6); n > 0; --n) {
+            Property property{"p" + std::to_string(below(8)), text(2), {}};
+            if (below(3)) {
+                property.value = text(256);
+            } else {
+                property.value = static_cast<int>(random());
+            }
+            record.properties.push_back(property);
+        }
+        for (auto n = 1 + below(3); n > 0; --n) all.push_back(record);
+    }
+    fill(all);
+    EXPECT_EQ(records(), all);
+}
+
+TEST_F(StoreTest, CanBeContinued) {
+    const Record record{"T", "n", -1, {{"a", "A", "1"}}};
+    fill({record});
+    {
+        Store store(path(), Store::Mode::update);
+        EXPECT_EQ(records(store).size(), 1u);
+        store.add(record);
+        store.add({"U", "n", -1, {{"b", "B", 2}}});
+        EXPECT_EQ(records(store).size(), 3u);  // also what is not committed yet
+        store.commit();
+    }
+    EXPECT_EQ(records(), (std::vector<Record>{record, record, {"U", "n", -1, {{"b", "B", 2}}}}));
+    EXPECT_EQ(ask("select qv_seq from T"), "1\n2\n");
+}
+
+TEST_F(StoreTest, ReadingWritesNothing) {
+    fill({{"T", "n", -1, {{"a", "A", "1"}}}});
+    std::filesystem::permissions(path(), std::filesystem::perms::owner_read);
+    std::filesystem::permissions(
+        dir, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    const auto before = test::content(path());
+    EXPECT_EQ(records().size(), 1u);
+    EXPECT_EQ(test::content(path()), before);
+    EXPECT_EQ(files(), std::vector<std::string>{"report.sqlite"});
+    Store store(path(), Store::Mode::read);
+    EXPECT_THROW(store.add({"T", "n", -1, {}}), std::exception);
+}
+
+TEST_F(StoreTest, WhatIsNoStoreIsToldByName) {
+    const auto told = [&](Store::Mode mode) -> std::string {
+        try {
+            const Store store(path(), mode);
+            store.modules();
+            return "opened";
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+    };
+    EXPECT_TRUE(told(Store::Mode::read).starts_with(path())) << told(Store::Mode::read);
+    std::ofstream(path()) << "no database at all, but long enough to have a header of its own ....";
+    EXPECT_TRUE(told(Store::Mode::read).starts_with(path()));
+    EXPECT_TRUE(told(Store::Mode::update).starts_with(path()));
+    EXPECT_TRUE(told(Store::Mode::create).starts_with(path()))
+        << "an existing file is not replaced";
+    std::filesystem::remove(path());
+    {
+        SQLite::Database other(path(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        other.exec("create table x(y)");
+    }
+    EXPECT_EQ(told(Store::Mode::read), path() + ": not a store of qvhost");
+}
+
+TEST_F(StoreTest, ATruncatedStoreIsAnError) {
+    std::vector<Record> many(3000, {"T", "n", -1, {{"a", "A", std::string(100, 'x')}}});
+    fill(many);
+    std::filesystem::resize_file(path(), std::filesystem::file_size(path()) / 2);
+    EXPECT_THROW(records(), std::runtime_error);
+}
+
+}  // namespace
