@@ -16,6 +16,8 @@
 #include <string_view>
 #include <thread>
 
+#include "capture/command_log.h"
+
 namespace marlox::repository::capture {
 
 namespace {
@@ -202,9 +204,13 @@ int run(const std::string& command, Patience patience) {
     settings.signals(aside.mask_before(), aside.handled_before());
     if (deadline) settings.own_process_group();
 
+    const LoggedCommand logged(command);
     const pid_t pid = settings.start(command);
-    if (pid < 0) return out_of_resources(-pid) ? -1 : kShellNotFound;
-    return reap_or_kill(pid, deadline);
+    const int status = pid >= 0                 ? reap_or_kill(pid, deadline)
+                       : out_of_resources(-pid) ? -1
+                                                : kShellNotFound;
+    logged.ended(status);
+    return status;
 }
 
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
@@ -216,9 +222,11 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     SpawnSettings settings;
     settings.standard_output(writing);
     if (deadline) settings.own_process_group();
+    const LoggedCommand logged(command);
     const pid_t pid = settings.start(command);
     ::close(writing);
     if (pid < 0) {
+        logged.ended(-1);
         ::close(reading);
         return std::nullopt;
     }
@@ -232,7 +240,7 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
         size += static_cast<std::size_t>(n);
     }
     ::close(reading);
-    reap_or_kill(pid, deadline);
+    logged.ended(reap_or_kill(pid, deadline));
     text.resize(size);
     return text;
 }

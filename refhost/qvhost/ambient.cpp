@@ -27,7 +27,8 @@ std::filesystem::path installed_plugin() {
     return program_file().parent_path().parent_path() / "lib" / "librepository_qvmodule.so";
 }
 
-void set_tool_environment(const std::string& search_path, unsigned tool_timeout) {
+void set_tool_environment(const std::string& search_path, unsigned tool_timeout,
+                          const std::filesystem::path& command_log) {
     const char* users = std::getenv("PATH");
     const auto path =
         search_path.empty() ? with_system_directories(users ? users : "") : search_path;
@@ -40,6 +41,7 @@ void set_tool_environment(const std::string& search_path, unsigned tool_timeout)
 
     ::setenv("QV_TOOL_TIMEOUT", std::to_string(tool_timeout).c_str(), 1);
     ::setenv("QV_ARCHIVE_TIMEOUT", std::to_string(tool_timeout * kArchivePatience).c_str(), 1);
+    ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
 }
 
 }  // namespace qvhost

@@ -13,7 +13,9 @@ std::filesystem::path program_file();
 std::filesystem::path installed_plugin();
 
 // Sets what the tools of a collection find in their environment: a search path that has the
-// system's directories, one locale, so that they print what parsers know, and their time limits.
-void set_tool_environment(const std::string& search_path, unsigned tool_timeout);
+// system's directories, one locale, so that they print what parsers know, and their time limits. What
+// is run is told in `command_log`.
+void set_tool_environment(const std::string& search_path, unsigned tool_timeout,
+                          const std::filesystem::path& command_log);
 
 }  // namespace qvhost

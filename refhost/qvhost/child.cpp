@@ -256,7 +256,7 @@ int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(stage.search_path, options.tool_timeout);
+        set_tool_environment(stage.search_path, options.tool_timeout, dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <ctime>
 #include <iostream>
 
@@ -14,7 +15,7 @@
 #include "qvhost/reasons.h"
 #include "qvhost/summary.h"
 #include "qvhost/supervise.h"
-#include "report/report_json.h"
+#include "qvhost/views.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -30,6 +31,14 @@ std::string utc_now() {
     ::gmtime_r(&now, &parts);
     char text[32];
     std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text;
+}
+
+// "12.345"
+std::string seconds_since(std::chrono::steady_clock::time_point begin) {
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f", passed.count());
     return text;
 }
 
@@ -71,6 +80,7 @@ int collect(CollectOptions options, const Stage& stage) {
 
     // A second's grace: file systems keep times more coarsely than clocks.
     const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
+    const auto begun = std::chrono::steady_clock::now();
     std::string problem;
     {
         Store store(dir.store(), Store::Mode::create);
@@ -88,12 +98,13 @@ int collect(CollectOptions options, const Stage& stage) {
         filler.explain_unreached();
         explain_empty_tables(store, dir, stage, started);
         store.set_meta("finished", utc_now());
+        store.set_meta("seconds", seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
-        store.commit();
-        write_report_json(store, dir.json());
+        remove_if_empty(dir.console());
+        write_views(store, dir);
     }
     fs::remove(dir.journal());
-    remove_if_empty(dir.console());
+    fs::remove(dir.commands());
 
     const Store store(dir.store(), Store::Mode::read);
     print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));

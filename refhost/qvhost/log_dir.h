@@ -14,8 +14,10 @@ public:
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path report() const { return path_ / "report"; }
     std::filesystem::path store() const { return report() / "report.sqlite"; }
+    std::filesystem::path page() const { return report() / "index.html"; }
     std::filesystem::path json() const { return report() / "report.json"; }
     std::filesystem::path journal() const { return report() / "collection.journal"; }
+    std::filesystem::path commands() const { return report() / "commands.log"; }
     std::filesystem::path log() const { return path_ / "qvhost.log"; }
     std::filesystem::path console() const { return path_ / "console.txt"; }
 

@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "qvhost/fill.h"
-#include "report/report_json.h"
+#include "qvhost/views.h"
 
 namespace qvhost {
 
@@ -66,9 +66,9 @@ std::string recover(const LogDir& dir) {
         if (damaged) found += "; " + damage;
         filler.explain_unreached();
         store.set_meta("status", "incomplete: " + found);
-        store.commit();
-        write_report_json(store, dir.json());
+        write_views(store, dir);
     }
+    fs::remove(dir.commands());
     if (damaged) {
         fs::rename(dir.journal(), dir.journal().string() + ".damaged");
     } else {

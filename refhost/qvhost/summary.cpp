@@ -25,7 +25,7 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
     out << '\n';
     if (const auto status = store.meta("status"); status != "complete")
         out << "The collection is " << one_line(status) << '\n';
-    out << "Report: " << one_line(dir.json().string()) << '\n';
+    out << "Report: " << one_line(dir.page().string()) << '\n';
 }
 
 }  // namespace qvhost

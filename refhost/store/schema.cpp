@@ -6,6 +6,12 @@ const char* const kSchema = R"sql(
 -- Facts about the collection as a whole: started, finished, status, ...
 CREATE TABLE qv_meta(key PRIMARY KEY, value) WITHOUT ROWID;
 
+-- The machine in a few lines: product, BMC, kernel, ...; source is the capture that says so.
+CREATE TABLE qv_fact(position INTEGER PRIMARY KEY, label, value, source);
+
+-- The commands that were run, in order. outcome: '' if all went well, else in words.
+CREATE TABLE qv_command(position INTEGER PRIMARY KEY, command, seconds REAL, outcome);
+
 -- The modules, in the order in which the host met them.
 CREATE TABLE qv_module(module INTEGER PRIMARY KEY, name UNIQUE, display);
 

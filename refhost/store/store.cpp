@@ -537,6 +537,60 @@ std::string Store::meta(const std::string& key) const {
     });
 }
 
+void Store::set_facts(const std::vector<Fact>& facts) {
+    told_with(impl_->path, [&] {
+        impl_->begin();
+        impl_->db.exec("DELETE FROM qv_fact");
+        Statement insert(impl_->db, "INSERT INTO qv_fact(label, value, source) VALUES(?,?,?)");
+        for (const auto& fact : facts) {
+            insert.reset();
+            insert.bind(1, fact.label);
+            insert.bind(2, fact.value);
+            insert.bind(3, fact.source);
+            insert.exec();
+        }
+    });
+}
+
+std::vector<Fact> Store::facts() const {
+    return told_with(impl_->path, [&] {
+        std::vector<Fact> facts;
+        for (Statement q(impl_->db, "SELECT label, value, source FROM qv_fact ORDER BY position");
+             q.executeStep();)
+            facts.push_back({q.getColumn(0).getString(), q.getColumn(1).getString(),
+                             q.getColumn(2).getString()});
+        return facts;
+    });
+}
+
+void Store::set_commands(const std::vector<CommandInfo>& commands) {
+    told_with(impl_->path, [&] {
+        impl_->begin();
+        impl_->db.exec("DELETE FROM qv_command");
+        Statement insert(impl_->db,
+                         "INSERT INTO qv_command(command, seconds, outcome) VALUES(?,?,?)");
+        for (const auto& command : commands) {
+            insert.reset();
+            insert.bind(1, command.text);
+            insert.bind(2, command.seconds);
+            insert.bind(3, command.outcome);
+            insert.exec();
+        }
+    });
+}
+
+std::vector<CommandInfo> Store::commands() const {
+    return told_with(impl_->path, [&] {
+        std::vector<CommandInfo> commands;
+        for (Statement q(impl_->db,
+                         "SELECT command, seconds, outcome FROM qv_command ORDER BY position");
+             q.executeStep();)
+            commands.push_back({q.getColumn(0).getString(), q.getColumn(1).getDouble(),
+                                q.getColumn(2).getString()});
+        return commands;
+    });
+}
+
 std::vector<ModuleInfo> Store::modules() const {
     return told_with(impl_->path, [&] {
         std::vector<ModuleInfo> modules;

@@ -35,6 +35,21 @@ struct ModuleInfo {
     std::vector<TableInfo> tables;
 };
 
+// A line about the machine as a whole.
+struct Fact {
+    std::string label;
+    std::string value;
+    std::string source;  // the capture that says so; empty: none
+    bool operator==(const Fact&) const = default;
+};
+
+struct CommandInfo {
+    std::string text;
+    double seconds = 0;
+    std::string outcome;  // for people; empty: all went well
+    bool operator==(const CommandInfo&) const = default;
+};
+
 class Store {
 public:
     enum class Mode { create, update, read };
@@ -57,6 +72,11 @@ public:
     // Facts about the collection as a whole: "started", "finished", "status", ... (UTF-8 texts).
     void set_meta(const std::string& key, const std::string& value);
     std::string meta(const std::string& key) const;  // empty if not set
+
+    void set_facts(const std::vector<Fact>& facts);
+    std::vector<Fact> facts() const;
+    void set_commands(const std::vector<CommandInfo>& commands);
+    std::vector<CommandInfo> commands() const;
 
     // Reading. Modules in the order in which they were added, tables in theirs.
     std::vector<ModuleInfo> modules() const;

@@ -264,7 +264,12 @@ TEST_F(Process, SignalsAreTreatedAsBySystem) {
     fake_system.program_instead = root / "shell";
     std::ofstream(fake_system.program_instead)
         << "#!/usr/bin/perl\n@ARGV = ('/proc/" << ::getpid() << "/status', '/proc/self/status');\n"
-        << "open STDOUT, '>', '" << log_dir << "signals';\nprint grep /^Sig(Blk|Ign)/, <>;\n";
+        << "open STDOUT, '>', '" << log_dir
+        << "signals';\n"
+        // While it starts a process the host blocks everything; then it sleeps.
+        << "for (1 .. 500) {\n  open my $host, '<', $ARGV[0];\n"
+        << "  last if grep /^State:\\s+S/, <$host>;\n  select undef, undef, undef, 0.01;\n}\n"
+        << "print grep /^Sig(Blk|Ign)/, <>;\n";
     std::filesystem::permissions(fake_system.program_instead, std::filesystem::perms::owner_all);
     for (const auto& c : cases) {
         const Handler interrupt(SIGINT, c.handler);

@@ -161,6 +161,17 @@ TEST_F(Collect, TheReportIsPrivateWhateverTheUmask) {
             {"log/console.txt", 0600},
             {"log/qvhost.log", 0600},
             {"log/report", 0700},
+            {"log/report/assets", 0700},
+            {"log/report/assets/page.css", 0600},
+            {"log/report/assets/page.js", 0600},
+            {"log/report/data", 0700},
+            {"log/report/data/1-SURROUNDINGS-1.js", 0600},
+            {"log/report/data/2-VALUES-1.js", 0600},
+            {"log/report/data/3-ANOTHER-1.js", 0600},
+            {"log/report/data/capture-2-console_txt.js", 0600},
+            {"log/report/data/capture-3-qvhost_log.js", 0600},
+            {"log/report/data/overview.js", 0600},
+            {"log/report/index.html", 0600},
             {"log/report/report.json", 0600},
             {"log/report/report.sqlite", 0600},
         };
@@ -234,7 +245,7 @@ TEST_F(Collect, TheSummaryCountsEveryTableAndNamesTheReport) {
         "Module alpha  ANOTHER       1\n"
         "              EMPTY         0        nothing to report\n"
         "\nReport: " +
-        (log_dir() / "report" / "report.json").string() + "\n";
+        (log_dir() / "report" / "index.html").string() + "\n";
     EXPECT_EQ(outcome.out, expected);
     EXPECT_EQ(outcome.out.find('\033'), std::string::npos);
 }

@@ -79,7 +79,7 @@ TEST_F(Crash, AModuleThatTakesTheProcessAlongLosesNothing) {
 TEST_F(Crash, TheSummaryTellsThatItIsIncomplete) {
     const auto outcome = run(with_fault("crash"));
     EXPECT_NE(outcome.out.find("incomplete"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("report.json"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("report/index.html"), std::string::npos) << outcome.out;
 }
 
 TEST_F(Crash, APluginThatCrashesWhenItIsLoadedEndsWith1) {
@@ -156,6 +156,7 @@ TEST_F(Crash, AKilledProgramLeavesNoProcessAndTheNextRunFindsItsRecords) {
         if (!entry.path().filename().string().starts_with("report-")) continue;
         expect_all_filed(entry.path() / "report.sqlite");
         EXPECT_TRUE(fs::exists(entry.path() / "report.json"));
+        EXPECT_TRUE(fs::exists(entry.path() / "index.html"));
         EXPECT_FALSE(fs::exists(entry.path() / "collection.journal"));
     }
     EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{{"VALUES", 3}}));
@@ -176,6 +177,7 @@ TEST_F(Crash, BothKilledAtOnceAndShowFinishesTheReport) {
     expect_all_filed(store_in(log_dir()));
     EXPECT_EQ(reasons(store_in(log_dir())).at("Z_AFTER"), "the collection ended before");
     EXPECT_EQ(report_json(log_dir())["records"].size(), 1002u);
+    EXPECT_TRUE(fs::exists(log_dir() / "report" / "index.html"));
     EXPECT_FALSE(fs::exists(log_dir() / "report" / "collection.journal"));
 }
 

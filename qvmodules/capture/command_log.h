@@ -1,0 +1,22 @@
+// A log of the commands that were run, for hosts that want to tell which command made a capture, how
+// long it took and how it ended. The environment variable QV_COMMAND_LOG names the file (unset: no
+// log); lines are appended to it:
+//     > COMMAND           the command is about to start; "\" and line ends in it are written \\ and \n
+//     < SECONDS STATUS    it has ended: its wait status, -1 if it could not be started
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace marlox::repository::capture {
+
+class LoggedCommand {
+public:
+    explicit LoggedCommand(const std::string& command);
+    void ended(int status) const;
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+}  // namespace marlox::repository::capture

@@ -1,0 +1,81 @@
+#include "page/captures.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace qvhost::page {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* kind_of(const fs::directory_entry& entry) {
+    std::error_code ignored;
+    const auto status = entry.symlink_status(ignored);
+    if (fs::is_directory(status)) return "directory";
+    if (!fs::is_regular_file(status)) return "other";
+    return beginning_of(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
+}
+
+// Whether the command line has the file as a word of its own.
+bool names(const std::string& command, const std::string& file) {
+    for (auto at = command.find(file); at != std::string::npos; at = command.find(file, at + 1)) {
+        const auto end = at + file.size();
+        if (end == command.size() ||
+            std::string_view("' \t;&|)").find(command[end]) != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string beginning_of(const fs::path& file, std::size_t most) {
+    // Neither a link out of the directory nor a pipe that nobody writes to.
+    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (fd < 0) return "";
+    struct stat info {};
+    std::string text;
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        text.resize(std::min(most, static_cast<std::size_t>(info.st_size)));
+        std::size_t size = 0;
+        while (size < text.size()) {
+            const ssize_t n = ::read(fd, text.data() + size, text.size() - size);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) break;
+            size += static_cast<std::size_t>(n);
+        }
+        text.resize(size);
+    }
+    ::close(fd);
+    return text;
+}
+
+std::vector<Capture> captures_in(const fs::path& log_dir,
+                                 const std::vector<CommandInfo>& commands) {
+    std::vector<Capture> captures;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(log_dir, error)) {
+        const auto name = entry.path().filename().string();
+        if (name == "report" || name.starts_with("report-")) continue;
+        Capture capture;
+        capture.name = name;
+        capture.kind = kind_of(entry);
+        std::error_code ignored;
+        if (entry.is_regular_file(ignored)) capture.size = entry.file_size(ignored);
+        for (std::size_t i = 0; i < commands.size(); ++i) {
+            if (names(commands[i].text, entry.path().string())) capture.commands.push_back(i);
+        }
+        captures.push_back(std::move(capture));
+    }
+    std::sort(captures.begin(), captures.end(),
+              [](const Capture& a, const Capture& b) { return a.name < b.name; });
+    return captures;
+}
+
+}  // namespace qvhost::page

@@ -1,0 +1,11 @@
+import type {Capture} from "./data";
+import {viewHash} from "./route";
+import {visible} from "./text";
+
+// A link that shows the capture in this page.
+export function captureLink(capture: Capture): HTMLAnchorElement {
+  const link = document.createElement("a");
+  link.href = viewHash("capture", capture.name);
+  link.textContent = visible(capture.name);
+  return link;
+}

@@ -1,0 +1,184 @@
+// What the report holds. The overview comes with the page; rows and captures lie in files of their
+// own, each a script that calls qv.rows() or qv.capture(), because a page opened from disk may load
+// scripts but not fetch files.
+
+export type Value = string | number | null;
+
+export interface Column {
+  id: string;
+  label: string;
+  asked: boolean;  // whether the layout asks for it
+  width: number;   // a share of the table's width; 0: none given
+}
+
+export interface Table {
+  id: string;
+  module: string;
+  kind: "columns" | "rows" | "";
+  beside: number;  // of a header column: how many records stand side by side
+  columns: Column[];
+  records: number;
+  reason: string;
+  chunk_rows: number;
+  chunks: string[];
+}
+
+export interface Module {
+  name: string;
+  display: string;
+  tables: Table[];
+}
+
+export interface Fact {
+  label: string;
+  value: string;
+  source: string;  // the capture that says so; empty: the program itself
+}
+
+export interface Command {
+  text: string;
+  seconds: number;
+  outcome: string;
+}
+
+export interface Capture {
+  name: string;
+  size: number;
+  kind: "text" | "binary" | "directory" | "other";
+  data: string;   // the file with its text, for this page; empty: none
+  shown: number;  // bytes of it in there
+  commands: number[];
+}
+
+export interface Overview {
+  meta: Record<string, string>;
+  facts: Fact[];
+  modules: Module[];
+  commands: Command[];
+  captures: Capture[];
+}
+
+// The rows of one table, as far as they are loaded: for each chunk, for each column, the values.
+export class Rows {
+  readonly chunks: Value[][][] = [];
+  readonly names: {first: number; name: string; index: number}[] = [];
+  count = 0;
+
+  constructor(readonly table: Table) {}
+
+  cell(row: number, column: number): Value {
+    const chunk = this.chunks[Math.floor(row / this.table.chunk_rows)];
+    return chunk?.[column]?.[row % this.table.chunk_rows] ?? null;
+  }
+
+  record(row: number): Value[] {
+    return this.table.columns.map((_, column) => this.cell(row, column));
+  }
+
+  // The record's own name, as its module gave it.
+  name(row: number): string {
+    let found = "";
+    for (const run of this.names) {
+      if (run.first > row) break;
+      found = run.name;
+    }
+    return found;
+  }
+}
+
+// A reader of values by property id.
+export function valueReader(rows: Rows): (row: number, id: string) => Value {
+  const places = new Map(rows.table.columns.map((column, at) => [column.id, at]));
+  return (row, id) => {
+    const at = places.get(id);
+    return at === undefined ? null : rows.cell(row, at);
+  };
+}
+
+interface Arrived {
+  count: number;
+  names: [number, string, number][];
+  columns: Value[][];
+}
+
+let arrived: Arrived | string | undefined;
+let onOverview: (overview: Overview) => void = () => {};
+
+declare global {
+  interface Window {
+    qv: {
+      overview(json: string): void;
+      rows(json: string): void;
+      capture(json: string): void;
+    };
+  }
+}
+
+window.qv = {
+  overview: json => onOverview(JSON.parse(json) as Overview),
+  rows: json => { arrived = JSON.parse(json) as Arrived; },
+  capture: json => { arrived = JSON.parse(json) as string; },
+};
+
+export function whenOverviewComes(take: (overview: Overview) => void): void {
+  onOverview = take;
+}
+
+// Scripts load one after another, so that what arrives is what was asked for.
+let queue: Promise<unknown> = Promise.resolve();
+
+function load(file: string): Promise<Arrived | string> {
+  const next = queue.then(() => new Promise<Arrived | string>((resolve, reject) => {
+    const script = document.createElement("script");
+    arrived = undefined;
+    script.src = file;
+    script.onload = () => {
+      script.remove();
+      if (arrived === undefined) reject(new Error(`${file} is damaged`));
+      else resolve(arrived);
+      arrived = undefined;
+    };
+    script.onerror = () => {
+      script.remove();
+      reject(new Error(`${file} is missing beside this page`));
+    };
+    document.head.append(script);
+  }));
+  queue = next.catch(() => {});
+  return next;
+}
+
+const loading = new Map<Table, {rows: Rows; all: Promise<Rows>}>();
+
+// Loads a table's rows, once. `progress` is called for each part that arrives.
+export function loadRows(table: Table, progress?: (rows: Rows) => void): Promise<Rows> {
+  const known = loading.get(table);
+  if (known) {
+    if (known.rows.count > 0) progress?.(known.rows);
+    return known.all;
+  }
+  const rows = new Rows(table);
+  const all = (async () => {
+    for (const file of table.chunks) {
+      const part = await load(file) as Arrived;
+      for (const [count, name, index] of part.names) {
+        rows.names.push({first: rows.count, name, index});
+        rows.count += count;
+      }
+      rows.chunks.push(part.columns);
+      progress?.(rows);
+    }
+    return rows;
+  })();
+  loading.set(table, {rows, all});
+  all.catch(() => loading.delete(table));
+  return all;
+}
+
+const captures = new Map<string, Promise<string>>();
+
+export function loadCapture(capture: Capture): Promise<string> {
+  const known = captures.get(capture.data) ?? (load(capture.data) as Promise<string>);
+  captures.set(capture.data, known);
+  return known;
+}

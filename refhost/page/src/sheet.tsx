@@ -1,0 +1,47 @@
+// A header column: the labels down the side, records beside one another.
+import type {Capture, Rows, Value} from "./data";
+import {linkedCapture} from "./link";
+import {viewHash} from "./route";
+import {trimmed, visible} from "./text";
+
+export function Text({value, captures}: {value: Value; captures: Map<string, Capture>}) {
+  const capture = linkedCapture(value, captures);
+  if (capture) return <a href={viewHash("capture", capture.name)}>{visible(capture.name)}</a>;
+  return <bdi class="value">{trimmed(value)}</bdi>;
+}
+
+export function Sheet({rows, columns, order, captures, active}: {
+  rows: Rows; columns: number[]; order: number[]; captures: Map<string, Capture>; active: number;
+}) {
+  return (
+    <div class="scroll" tabIndex={0} role="region" aria-label={`${rows.table.id}, records`}>
+      <table class="sheet">
+        <caption class="unseen">{rows.table.id}</caption>
+        {order.length > 1 && (
+          <thead>
+            <tr>
+              <td />
+              {order.map(row => (
+                <th scope="col" key={row} class={row === active ? "active" : ""}>
+                  {`${visible(rows.name(row))} ${row + 1}`}
+                </th>
+              ))}
+            </tr>
+          </thead>
+        )}
+        <tbody>
+          {columns.map(column => (
+            <tr key={column}>
+              <th scope="row">{visible(rows.table.columns[column]!.label)}</th>
+              {order.map(row => (
+                <td key={row} class={row === active ? "active" : ""}>
+                  <Text value={rows.cell(row, column)} captures={captures} />
+                </td>
+              ))}
+            </tr>
+          ))}
+        </tbody>
+      </table>
+    </div>
+  );
+}

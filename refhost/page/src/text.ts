@@ -1,0 +1,76 @@
+// How values look. Whatever a tool printed is text: nothing here makes markup of it.
+import type {Value} from "./data";
+
+// Control characters, and marks that turn the direction of what follows, would hide or disguise
+// what a value says.
+const HIDDEN = /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/g;
+
+function symbol(character: string): string {
+  const code = character.charCodeAt(0);
+  if (code < 0x20) return String.fromCharCode(0x2400 + code);
+  if (code === 0x7f) return "\u2421";
+  return `[U+${code.toString(16).toUpperCase().padStart(4, "0")}]`;
+}
+
+export function plain(value: Value): string {
+  return value === null ? "" : String(value);
+}
+
+// The text with hidden characters made visible; line ends and tabs stay.
+export function visible(value: Value): string {
+  return plain(value).replace(/\r\n/g, "\n").replace(HIDDEN, symbol);
+}
+
+// Without the blanks and line ends that tools pad values with.
+export function trimmed(value: Value): string {
+  return visible(plain(value).trim());
+}
+
+// One line, for a row of a table.
+export function oneLine(value: Value, keepIndent = false): string {
+  const text = plain(value);
+  const cut = keepIndent ? text.replace(/[\s]+$/, "") : text.trim();
+  return visible(cut).replace(/\n+/g, " \u21b5 ").replace(/\t/g, keepIndent ? "    " : " ");
+}
+
+const NUMBER = /^[+-]?(\d+(\.\d*)?|\.\d+)(e[+-]?\d+)?$/i;
+
+// The number that a value is, whole; NaN for everything else ("na", "31C (87.80 F)").
+export function number(value: Value): number {
+  if (typeof value === "number") return value;
+  const text = plain(value).trim();
+  if (NUMBER.test(text)) return Number(text);
+  if (/^0x[0-9a-f]{1,12}$/i.test(text)) return parseInt(text, 16);
+  return NaN;
+}
+
+export function count(n: number, one: string, many = `${one}s`): string {
+  return `${n.toLocaleString("en")} ${n === 1 ? one : many}`;
+}
+
+export function bytes(n: number): string {
+  if (n < 1024) return `${n} B`;
+  const units = ["KiB", "MiB", "GiB", "TiB"];
+  let size = n;
+  let unit = -1;
+  do {
+    size /= 1024;
+    ++unit;
+  } while (size >= 1024 && unit < units.length - 1);
+  return `${size.toFixed(size < 10 ? 1 : 0)} ${units[unit]}`;
+}
+
+export function seconds(n: number): string {
+  if (n < 0.1) return "< 0.1 s";
+  if (n < 10) return `${n.toFixed(1)} s`;
+  if (n < 120) return `${Math.round(n)} s`;
+  return `${Math.floor(n / 60)} min ${Math.round(n % 60)} s`;
+}
+
+// RFC 4180. A spreadsheet takes some first characters for a formula; an apostrophe makes them text.
+export function csvCell(value: Value): string {
+  let text = plain(value);
+  if (typeof value !== "number" && /^[\s]*[=+\-@\t\r]/.test(text) && Number.isNaN(number(text)))
+    text = `'${text}`;
+  return /[",\r\n]/.test(text) ? `"${text.replace(/"/g, "\"\"")}"` : text;
+}

@@ -1,0 +1,132 @@
+#include "page/write_page.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+#include "page/assets.h"
+#include "page/captures.h"
+#include "page/data_file.h"
+#include "page/new_file.h"
+#include "page/table_data.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+using nlohmann::ordered_json;
+
+namespace page {
+namespace {
+
+constexpr std::size_t kMostOfCapture = 1 << 20;  // bytes that the page itself can show
+
+// Anew: a killed program may have left half a page.
+void make_directory(const fs::path& path) {
+    fs::remove_all(path);
+    if (::mkdir(path.c_str(), 0700) != 0)
+        throw std::runtime_error(path.string() +
+                                 ": cannot make the directory: " + std::strerror(errno));
+}
+
+// A part of a file name, from any text.
+std::string file_stem(std::size_t number, const std::string& text) {
+    std::string stem = std::to_string(number) + "-";
+    for (const char c : text.substr(0, 40)) {
+        const bool plain =
+            (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+        stem += plain ? c : '_';
+    }
+    return stem;
+}
+
+ordered_json write_captures(const std::vector<Capture>& captures, const fs::path& log_dir,
+                            const fs::path& data) {
+    auto all = ordered_json::array();
+    for (const auto& capture : captures) {
+        std::string file;
+        std::size_t shown = 0;
+        if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0) {
+            const auto text = beginning_of(log_dir / capture.name, kMostOfCapture);
+            const auto name = "capture-" + file_stem(all.size() + 1, capture.name) + ".js";
+            write_new_file(data / name, data_script("capture", text));
+            file = "data/" + name;
+            shown = text.size();
+        }
+        all.push_back({{"name", capture.name},
+                       {"size", capture.size},
+                       {"kind", capture.kind},
+                       {"data", file},
+                       {"shown", shown},
+                       {"commands", capture.commands}});
+    }
+    return all;
+}
+
+ordered_json meta_of(const Store& store) {
+    auto meta = ordered_json::object();
+    for (const char* key : {"started", "finished", "seconds", "status", "qvhost", "tool_timeout"})
+        meta[key] = store.meta(key);
+    return meta;
+}
+
+// The grid makes a style sheet while it runs; only one that carries this word is let in.
+std::string with_nonce(std::string_view html) {
+    std::random_device random;
+    const auto nonce = std::to_string(random()) + std::to_string(random());
+    std::string text(html);
+    constexpr std::string_view kPlace = "@NONCE@";
+    for (auto at = text.find(kPlace); at != std::string::npos; at = text.find(kPlace, at))
+        text.replace(at, kPlace.size(), nonce);
+    return text;
+}
+
+}  // namespace
+}  // namespace page
+
+void write_page(const Store& store, const fs::path& report, const fs::path& log_dir) {
+    using namespace page;
+    const auto data = report / "data";
+    const auto assets = report / "assets";
+    fs::remove(report / "index.html");
+    make_directory(data);
+    make_directory(assets);
+    write_new_file(assets / "page.js", script());
+    write_new_file(assets / "page.css", style());
+
+    auto modules = ordered_json::array();
+    std::size_t number = 0;
+    for (const auto& module : store.modules()) {
+        auto tables = ordered_json::array();
+        for (const auto& table : module.tables)
+            tables.push_back(
+                write_table(store, module, table, data, file_stem(++number, table.id)));
+        modules.push_back(
+            {{"name", module.name}, {"display", module.display}, {"tables", std::move(tables)}});
+    }
+
+    auto facts = ordered_json::array();
+    for (const auto& fact : store.facts()) {
+        facts.push_back({{"label", fact.label}, {"value", fact.value}, {"source", fact.source}});
+    }
+    const auto commands = store.commands();
+    auto runs = ordered_json::array();
+    for (const auto& command : commands) {
+        runs.push_back(
+            {{"text", command.text}, {"seconds", command.seconds}, {"outcome", command.outcome}});
+    }
+    const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
+    const ordered_json overview{{"meta", meta_of(store)},
+                                {"facts", std::move(facts)},
+                                {"modules", std::move(modules)},
+                                {"commands", std::move(runs)},
+                                {"captures", write_captures(captures, log_dir, data)}};
+    write_new_file(data / "overview.js", data_script("overview", overview));
+    write_new_file(report / "index.html", with_nonce(html()));
+}
+
+}  // namespace qvhost

@@ -1,0 +1,79 @@
+// For everyone: roles, labels and contrast by axe-core, the keyboard, and zoom.
+import assert from "node:assert/strict";
+import {readFileSync} from "node:fs";
+import {createRequire} from "node:module";
+import {join} from "node:path";
+import {after, before, test} from "node:test";
+import {go, loaded, open, report, samples, start, stop} from "./browser.mjs";
+
+before(start);
+after(stop);
+
+const made = report(join(samples, "x86_64-kp220-megaraid"));
+const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
+const views = ["#/overview", "#/sensors", "#/drives", "#/events", "#/captures", "#/capture/dmidecode.log", "#/search/fan",
+               "#/print", "#SENSORINFO", "#EVENTLOG1@3", "#FWTERMLOG", "#RAIDINFO", "#S1TABLE1", "#ARRAY", "#LSILINK"];
+
+for (const colorScheme of ["light", "dark"]) {
+  for (const [name, viewport] of [["wide", {width: 1280, height: 900}], ["narrow", {width: 390, height: 800}]]) {
+    test(`axe finds nothing wrong, ${colorScheme}, ${name}`, async () => {
+      const page = await open(made, "", {colorScheme, viewport});
+      const found = [];
+      for (const view of views) {
+        await go(page, view);
+        if (!view.startsWith("#/") && view !== "#ARRAY") await loaded(page);
+        await page.waitForTimeout(150);
+        await page.evaluate(axe);
+        const {violations} = await page.evaluate(() => window.axe.run(document, {resultTypes: ["violations"]}));
+        for (const {id, nodes} of violations)
+          found.push(`${view}: ${id}: ${nodes.slice(0, 3).map(node => node.html.slice(0, 160)).join(" | ")}`);
+      }
+      assert.deepEqual(found, []);
+      await page.context().close();
+    });
+  }
+}
+
+test("the keyboard alone reaches content, tables and records", async () => {
+  const page = await open(made, "#SENSORINFO");
+  await loaded(page);
+  await page.keyboard.press("Tab");
+  assert.equal(await page.evaluate(() => document.activeElement.textContent), "Skip to the content");
+  await page.keyboard.press("Enter");
+  assert.equal(await page.evaluate(() => document.activeElement.tagName), "MAIN");
+  const reached = [];
+  for (let i = 0; i < 40 && !reached.includes("grid"); ++i) {
+    await page.keyboard.press("Tab");
+    reached.push(await page.evaluate(() => {
+      const active = document.activeElement;
+      return active.closest(".grid") && !active.matches("input") ? "grid" : active.textContent.trim() || active.placeholder || active.tagName;
+    }));
+  }
+  assert.ok(reached.includes("Search this table"), reached.join(", "));
+  assert.ok(reached.includes("Copy") && reached.includes("CSV"), reached.join(", "));
+  assert.ok(reached.includes("grid"), reached.join(", "));
+  await page.context().close();
+});
+
+test("at 200 % and on a small screen nothing is cut off", async () => {
+  for (const viewport of [{width: 640, height: 450}, {width: 320, height: 568}]) {
+    const page = await open(made, "", {viewport, deviceScaleFactor: 2});
+    for (const view of views) {
+      await go(page, view);
+      await page.waitForTimeout(100);
+      const over = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
+      assert.ok(over <= 0, `${view} at ${viewport.width} is ${over} pixels too wide`);
+    }
+    await page.context().close();
+  }
+});
+
+test("screen readers hear how many rows there are and which this is", async () => {
+  const page = await open(made, "#EVENTLOG1@2500");
+  await loaded(page);
+  const grid = page.getByRole("grid", {name: "EVENTLOG1, 2,999 rows"});
+  await grid.waitFor();
+  assert.equal(await grid.getAttribute("aria-rowcount"), "3000");
+  assert.equal(await page.locator(".slick-row:has(.slick-cell.active)").getAttribute("aria-rowindex"), "2501");
+  await page.context().close();
+});

@@ -1,0 +1,163 @@
+// A server whose tools print what could hurt: everything stays text.
+import assert from "node:assert/strict";
+import {mkdirSync, readFileSync, writeFileSync} from "node:fs";
+import {join} from "node:path";
+import {after, before, test} from "node:test";
+import {parse} from "./csv.mjs";
+import {go, loaded, open, report, screenshot, start, stop, work} from "./browser.mjs";
+
+const evil = [
+  "<script>window.hurt=1</script>",
+  "</script><script>window.hurt=1</script>",
+  "<img src=x onerror=window.hurt=1>",
+  "<a href='javascript:window.hurt=1'>click</a>",
+  "<svg onload=window.hurt=1>",
+  "&lt;b&gt; &amp;amp; &#60;",
+  "');window.hurt=1;('",
+  "\\');window.hurt=1;//",
+  "${window.hurt=1} `${1}`",
+  "\u001b[31mred\u001b[0m",
+  "\u202egnp.exe\u200e",
+  "=HYPERLINK(\"http://127.0.0.1:9/\",\"x\")",
+  "@SUM(1)",
+  "javascript:window.hurt=1",
+  "<style>*{display:none}</style>",
+  "__proto__",
+  "\u2028\u2029line ends",
+  "<meta http-equiv=refresh content=0;url=http://127.0.0.1:9/>",
+];
+
+const machine = join(work, "hostile machine");
+mkdirSync(machine);
+const file = (name, text) => writeFileSync(join(machine, name), text);
+file("fru.txt", Buffer.concat([
+  Buffer.from(`${evil.join("\n")}\n`),
+  Buffer.from([0x62, 0x61, 0x64, 0xff, 0xfe, 0x80, 0x0a]),
+]));
+file("sensor.txt", evil.map(text => `${text.replaceAll("|", "/")} | na | ${text.replaceAll("|", "/")} | ns | na | na | na | na | na | na`).join("\n"));
+file("events.txt", evil.map((text, at) => [
+  `seqNum: 0x${at.toString(16).padStart(8, "0")}`, "Time: Tue Nov 17 21:12:03 2026", "", "Code: 0x00000001",
+  `Class: ${at % 2 ? text : 2}`, "Locale: 0x20", `Event Description: ${text}`, "Event Data:", "===========", text, "", "",
+].join("\n")).join("\n"));
+file("drives.txt", `Drive /c0/e1/s1 :\nShield Counter = ${evil[0]}\nMedia Error Count = ${evil[2]}\nDrive Temperature = ${evil[4]}\n` +
+  `SN = ${evil[1]}\nNeeds EKM Attention = ${evil[3]}\n`);
+file("evil.html", "<html><script>window.hurt=1</script></html>");
+file("dmi.txt", `System Information\n\tManufacturer: ${evil[2]}\n\tProduct Name: ${evil[0]}\n\tSerial Number: ${evil[10]}\n`);
+file("product.txt", "KP220 Rack Server\n");
+file("count.txt", "Controller Count = 1\n");
+file("empty.txt", "");
+
+const {sensor, fru} = {sensor: "sensor.txt", fru: "fru.txt"};
+const base = JSON.parse(readFileSync(join(import.meta.dirname, "../../samples/x86_64-kp220-megaraid/machine.json"), "utf8"));
+// The recorded server's commands, with other answers.
+const answers = [
+  [/^ipmitool/, /sensor|sdr/, sensor], [/^ipmiutil/, /fru/, fru], [/^ipmitool/, /fru/, fru],
+  [/^storcli/, /events/, "events.txt"], [/^storcli/, /eall/, "drives.txt"], [/^storcli/, /ctrlcount/, "count.txt"],
+  [/^storcli/, /termlog/, fru], [/^dmidecode/, /^$/, "dmi.txt"],
+];
+const recorded = join(import.meta.dirname, "../../samples/x86_64-kp220-megaraid");
+const commands = base.commands.map(command => {
+  const found = answers.find(([tool, args]) => tool.test(command.tool) && args.test(command.args ?? ""));
+  const copy = {...command, stdout: found ? found[2] : command.stdout};
+  if (!found && copy.stdout) {
+    mkdirSync(join(machine, copy.stdout, ".."), {recursive: true});
+    writeFileSync(join(machine, copy.stdout), readFileSync(join(recorded, copy.stdout)));
+  }
+  delete copy.files;
+  if (command.tool.startsWith("ipmiutil") && !copy.files) copy.files = {"evil.html": "evil.html"};
+  return copy;
+});
+writeFileSync(join(machine, "machine.json"), JSON.stringify({...base, commands}));
+
+before(start);
+after(stop);
+const made = report(machine);
+
+const SYMBOL = /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/;
+
+async function harmless(page, where) {
+  const found = await page.evaluate(() => ({
+    hurt: window.hurt,
+    scripts: [...document.querySelectorAll("script")].map(script => script.getAttribute("src")),
+    strange: document.querySelectorAll("main img, main style, main iframe, main object, main meta, main [onerror], main [onload]").length,
+    links: [...document.querySelectorAll("a[href]")].map(link => link.getAttribute("href")),
+    text: document.querySelector("main").textContent,
+  }));
+  assert.equal(found.hurt, undefined, where);
+  assert.deepEqual(found.scripts.filter(source => source && !/^(assets\/page\.js|data\/overview\.js)$/.test(source)), [], where);
+  assert.ok(found.scripts.every(source => source), where);
+  assert.equal(found.strange, 0, where);
+  for (const href of found.links) assert.match(href, /^(#|\.\.\/[^/]+$|report\.json$)/, where);
+  assert.doesNotMatch(found.text, SYMBOL, where);
+}
+
+test("no view and no table comes alive", async () => {
+  const page = await open(made);
+  const views = await page.evaluate(() => [...document.querySelectorAll("nav a")].map(link => link.getAttribute("href")));
+  assert.ok(views.includes("#FRUINFO") && views.includes("#/events") && views.includes("#/drives"));
+  for (const view of [...views, "#/search/hurt", "#/capture/fruinfo.txt", "#/capture/evil.html", "#EVENTLOG1@2"]) {
+    await go(page, view);
+    if (!view.startsWith("#/")) await loaded(page);
+    await page.waitForTimeout(80);
+    await harmless(page, view);
+  }
+  await screenshot(page, "hostile");
+  assert.deepEqual(page.trouble, []);
+  await page.context().close();
+});
+
+test("the text is there, as text", async () => {
+  const page = await open(made, "#FRUINFO");
+  await loaded(page);
+  const shown = await page.evaluate(() => [...document.querySelectorAll(".slick-row")].map(row => row.innerText));
+  for (const text of ["<script>window.hurt=1</script>", "&lt;b&gt; &amp;amp; &#60;", "␛[31mred␛[0m", "[U+202E]gnp.exe[U+200E]",
+                      "bad\ufffd\ufffd\ufffd", "[U+2028][U+2029]line ends"])
+    assert.ok(shown.some(line => line.trim() === text), `${text} in ${JSON.stringify(shown)}`);
+  const [download] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", {name: "CSV"}).click()]);
+  const cells = parse(readFileSync(await download.path(), "utf8")).flat();
+  assert.ok(cells.some(cell => cell.startsWith("'=HYPERLINK")));
+  assert.ok(cells.some(cell => cell.startsWith("'@SUM")));
+  assert.ok(!cells.some(cell => /^[=@]/.test(cell)));
+  await page.context().close();
+});
+
+test("a capture that a browser would run is shown as text and not linked", async () => {
+  const page = await open(made, "#/capture/evil.html");
+  await page.locator("pre.capture").waitFor();
+  assert.equal(await page.locator("pre.capture").textContent(), "<html><script>window.hurt=1</script></html>");
+  assert.equal(await page.getByRole("link", {name: "open the file itself"}).count(), 0);
+  await page.context().close();
+});
+
+test("the page's policy lets nothing in that it did not bring", async () => {
+  const page = await open(made);
+  const refused = await page.evaluate(async () => {
+    const violations = [];
+    document.addEventListener("securitypolicyviolation", event => violations.push(event.effectiveDirective));
+    const add = (name, change) => {
+      const element = document.createElement(name);
+      change(element);
+      document.body.append(element);
+    };
+    add("script", element => { element.textContent = "window.hurt = 1"; });
+    add("style", element => { element.textContent = "body { display: none }"; });
+    add("img", element => { element.src = "http://127.0.0.1:9/x.png"; });
+    add("iframe", element => { element.src = "http://127.0.0.1:9/"; });
+    add("script", element => { element.src = "http://127.0.0.1:9/x.js"; });
+    await fetch("http://127.0.0.1:9/").catch(() => {});
+    // Later, because what a debugger evaluates may call eval().
+    setTimeout(() => {
+      try {
+        window.eval("window.hurt = 1");
+      } catch {
+        violations.push("eval");
+      }
+    });
+    await new Promise(resolve => setTimeout(resolve, 300));
+    return violations;
+  });
+  for (const directive of ["script-src-elem", "style-src-elem", "img-src", "frame-src", "connect-src", "eval"])
+    assert.ok(refused.includes(directive), `${directive} in ${refused}`);
+  assert.equal(await page.evaluate(() => window.hurt), undefined);
+  await page.context().close();
+});
