@@ -199,7 +199,12 @@ std::vector<Fact> machine_facts(const Store& store, const LogDir& dir) {
     };
     const auto dmi = structures_of(lines_of(dir, "dmidecode.log"));
     if (const auto* system = first_of(dmi, "System Information")) {
-        add("Product", joined(*system, {"Manufacturer", "Product Name"}), "dmidecode.log");
+        const auto maker = joined(*system, {"Manufacturer"});
+        const auto product = joined(*system, {"Product Name"});
+        // Some makers put their name into the product's as well.
+        add("Product",
+            product.starts_with(maker) ? product : joined(*system, {"Manufacturer", "Product Name"}),
+            "dmidecode.log");
         add("Serial number", joined(*system, {"Serial Number"}), "dmidecode.log");
     }
     if (const auto* bios = first_of(dmi, "BIOS Information"))

@@ -38,7 +38,8 @@ export async function start() {
 }
 export const stop = () => browser.close();
 
-// Opens a report's page. What it complains about and asks the network for is in `trouble`.
+// Opens a report's page. What it complains about and asks the network for is in `trouble`, the files
+// it loads are in `asked`.
 export async function open({directory}, hash = "", options = {}) {
   const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...options});
   const page = await context.newPage();
@@ -47,7 +48,9 @@ export async function open({directory}, hash = "", options = {}) {
     if (["error", "warning"].includes(message.type())) page.trouble.push(message.text());
   });
   page.on("pageerror", error => page.trouble.push(error.message));
+  page.asked = [];
   page.on("request", request => {
+    page.asked.push(request.url().replace(/.*\//, ""));
     if (!/^(file|data|blob):/.test(request.url())) page.trouble.push(`request ${request.url()}`);
   });
   await page.goto(pathToFileURL(join(directory, "report/index.html")).href + hash);

@@ -78,17 +78,29 @@ async function volumes(tables: Map<string, Table>): Promise<Concern[]> {
   return found;
 }
 
-export async function attention(tables: Map<string, Table>): Promise<Concern[]> {
-  const all: Concern[] = [];
-  for (const part of [volumes, drives, sensors]) {
+export interface Attention {
+  looked: string[];  // at what there was to look at
+  concerns: Concern[];
+}
+
+const PARTS = [
+  {name: "arrays",  tables: ["VINFO"],           find: volumes},
+  {name: "drives",  tables: ["PINFO", "PDLIST"], find: drives },
+  {name: "sensors", tables: ["SENSORINFO"],      find: sensors},
+];
+
+export async function attention(tables: Map<string, Table>): Promise<Attention> {
+  const all: Attention = {looked: [], concerns: []};
+  for (const part of PARTS) {
+    if (!part.tables.some(id => (tables.get(id)?.records ?? 0) > 0)) continue;
     try {
-      all.push(...await part(tables));
+      all.concerns.push(...await part.find(tables));
+      all.looked.push(part.name);
     } catch {
       // A missing data file is told where its table is opened.
     }
   }
-  const rank = {bad: 0, poor: 1};
-  return all.map((concern, at) => ({concern, at}))
-    .sort((a, b) => rank[a.concern.level] - rank[b.concern.level] || a.at - b.at)
-    .map(({concern}) => concern);
+  const bad = all.concerns.filter(concern => concern.level === "bad");
+  const poor = all.concerns.filter(concern => concern.level === "poor");
+  return {...all, concerns: [...bad, ...poor]};
 }

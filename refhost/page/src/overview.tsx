@@ -1,14 +1,14 @@
 // The first view: which machine, what was collected, what wants a look, what is missing and why.
 import {useEffect, useState} from "preact/hooks";
-import {attention, type Concern} from "./attention";
+import {attention, type Attention} from "./attention";
 import type {Overview, Table} from "./data";
 import {tableHash, viewHash} from "./route";
 import {serverName} from "./app";
 import {count, seconds, visible} from "./text";
 
 export function OverviewView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
-  const [concerns, setConcerns] = useState<Concern[] | null>(null);
-  useEffect(() => void attention(tables).then(setConcerns), [tables]);
+  const [found, setFound] = useState<Attention | null>(null);
+  useEffect(() => void attention(tables).then(setFound), [tables]);
 
   const {meta} = overview;
   const status = meta["status"] ?? "";
@@ -48,13 +48,15 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
       )}
       <section aria-labelledby="look">
         <h2 id="look">Worth a look</h2>
-        {concerns === null
+        {found === null
           ? <p>Reading the tables ...</p>
-          : concerns.length === 0
-            ? <p class="fine">Nothing in sensors, drives, arrays and commands calls for attention.</p>
+          : found.concerns.length === 0
+            ? <p class={found.looked.length > 0 ? "fine" : "empty"}>
+                {found.looked.length > 0 ? `Nothing in ${found.looked.join(", ")}.` : "No sensors, drives or arrays were collected."}
+              </p>
             : (
               <ul class="concerns">
-                {concerns.map((concern, at) => (
+                {found.concerns.map((concern, at) => (
                   <li key={at} class={concern.level}>
                     <a href={tableHash(concern.table, concern.row)}><bdi>{concern.what}</bdi></a>
                     {" "}<bdi>{concern.says}</bdi>

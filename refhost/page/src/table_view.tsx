@@ -11,6 +11,7 @@ import {everything, shownRows, type Wanted} from "./view_rows";
 
 const MOST_BESIDE = 24;  // more records than that are easier to read as rows
 const TYPING_MS = 120;
+const LOADING_MS = 120;  // while rows arrive, the first of them are enough to begin with
 
 export function TableView({table, title, row, search, captures, nonce}: {
   table: Table; title: string; row: number; search: string; captures: Map<string, Capture>; nonce: string;
@@ -47,7 +48,7 @@ export function TableView({table, title, row, search, captures, nonce}: {
         setOrder(found);
         setAnswered(wanted);
       }).catch(() => {});
-    }, loaded === table.records ? 0 : TYPING_MS);
+    }, loaded === table.records || order.length === 0 ? 0 : LOADING_MS);
     return () => {
       clearTimeout(timer);
       abort.abort();

@@ -1,0 +1,120 @@
+// How the page of a large report behaves, in numbers: node large_page.mjs DIR prints JSON.
+import {readdirSync, statSync} from "node:fs";
+import {join} from "node:path";
+import {pathToFileURL} from "node:url";
+import {chromium} from "playwright-core";
+
+const [directory] = process.argv.slice(2);
+const index = pathToFileURL(join(directory, "report/index.html")).href;
+const browser = await chromium.launch({
+  executablePath: "/usr/bin/chromium",
+  args: ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
+         "--disable-component-update", "--disable-sync", "--js-flags=--expose-gc", "--enable-precise-memory-info"],
+});
+
+// The longest time in which the page answered nothing, while `work` ran.
+async function watched(page, work) {
+  await page.evaluate(() => {
+    window.longest = 0;
+    let last = performance.now();
+    const tick = () => {
+      const now = performance.now();
+      window.longest = Math.max(window.longest, now - last);
+      last = now;
+      if (window.longest >= 0) setTimeout(tick);
+    };
+    tick();
+  });
+  const begin = performance.now();
+  await work();
+  const took = performance.now() - begin;
+  const longest = await page.evaluate(() => {
+    const found = window.longest;
+    window.longest = -1;
+    return found;
+  });
+  return {took_ms: Math.round(took), longest_freeze_ms: Math.round(longest)};
+}
+
+const heap = page => page.evaluate(() => {
+  window.gc();
+  return Math.round(performance.memory.usedJSHeapSize / 2 ** 20);
+});
+
+async function openings(times) {
+  const all = [];
+  for (let i = 0; i < times; ++i) {
+    const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
+    await page.goto(index);
+    await page.locator("main h1").waitFor();
+    all.push(await page.evaluate(async () => {
+      const paint = await new Promise(resolve => new PerformanceObserver(list => resolve(list.getEntries()[0].startTime))
+        .observe({type: "largest-contentful-paint", buffered: true}));
+      return paint;
+    }));
+    await page.context().close();
+  }
+  return Math.round(all.toSorted((a, b) => a - b)[Math.floor(times / 2)]);
+}
+
+async function table(id) {
+  const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
+  await page.goto(`${index}#/captures`);
+  await page.locator("main h1").waitFor();
+  const until = text => page.waitForFunction(wanted => {
+    const shown = document.querySelector(".tools .count")?.textContent ?? "";
+    return new RegExp(wanted).test(shown) && !/loading|\.\.\./.test(shown);
+  }, text, {timeout: 120_000});
+  const result = {};
+  result.open = await watched(page, async () => {
+    await page.evaluate(to => { location.hash = to; }, `#${id}`);
+    await page.locator(".slick-row").first().waitFor();
+  });
+  result.loaded = await watched(page, () => until("record"));
+  result.scroll = await watched(page, () => page.evaluate(async () => {
+    const view = document.querySelector(".slick-viewport-left.slick-viewport-top");
+    const steps = 60;
+    for (let step = 0; step <= steps; ++step) {
+      view.scrollTop = view.scrollHeight * step / steps;
+      await new Promise(resolve => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+    }
+  }));
+  result.filter = await watched(page, async () => {
+    await page.getByPlaceholder("Search this table").fill("9999");
+    await until(" of ");
+  });
+  result.sort = await watched(page, async () => {
+    await page.getByRole("button", {name: "Show all"}).click();
+    await page.getByLabel("Sort").selectOption({index: 1});
+    await page.waitForFunction(() => document.querySelector("[aria-sort]"));
+    await until("record");
+  });
+  result.heap_mib = await heap(page);
+  await page.context().close();
+  return result;
+}
+
+async function events() {
+  const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
+  await page.goto(`${index}#/captures`);
+  await page.locator("main h1").waitFor();
+  const drawn = await watched(page, async () => {
+    await page.evaluate(() => { location.hash = "#/events"; });
+    await page.locator(".timeline").waitFor();
+  });
+  await page.context().close();
+  return drawn;
+}
+
+const data = join(directory, "report/data");
+const files = readdirSync(data).map(name => statSync(join(data, name)).size);
+const result = {
+  data_files: files.length,
+  data_mib: Math.round(files.reduce((sum, size) => sum + size, 0) / 2 ** 20),
+  first_paint_ms: await openings(5),
+  EVENTLOG5: await table("EVENTLOG5"),
+  FWTERMLOG: await table("FWTERMLOG"),
+  events_over_time: await events(),
+};
+await browser.close();
+console.log(JSON.stringify(result, null, 2));
