@@ -1,65 +1,35 @@
-// The command line of qvhost.
+// The program: from the command line to what it asks for.
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
+#include <ios>
 #include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "qvhost/child.h"
+#include "qvhost/cli.h"
 #include "qvhost/collect.h"
-#include "qvhost/options.h"
+#include "qvhost/export.h"
+#include "qvhost/query.h"
 #include "qvhost/replay.h"
 #include "qvhost/tables.h"
+#include "qvhost/tables_report.h"
 #include "show/visible.h"
 
 namespace {
 
-using qvhost::CollectOptions;
+using qvhost::Asked;
 
 constexpr int kCouldNot = 1;
 constexpr int kUsage = 2;
 
-std::string not_empty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
-
-void add_plugin_option(CLI::App& command, CollectOptions& options) {
-    command.add_option("--plugin", options.plugin, "Another plug-in than the installed one")
-        ->type_name("FILE")
-        ->check(not_empty);
-}
-
-void add_collect_options(CLI::App& command, CollectOptions& options) {
-    command.add_option("--log-dir", options.log_dir, "Where captures, log and report go")
-        ->required()
-        ->type_name("DIR")
-        ->check(not_empty);
-    command.add_option("--log-level", options.log_level, "2 silences the modules, 4 tells details")
-        ->check(CLI::Range(0u, 4u))
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--module", options.modules, "Only this module (more than one: repeat)")
-        ->type_name("NAME")
-        ->allow_extra_args(false);
-    command.add_option("--table", options.tables, "Only this table (more than one: repeat)")
-        ->type_name("ID")
-        ->allow_extra_args(false);
-    command.add_option("--tool-timeout", options.tool_timeout, "Kill a tool after so many seconds")
-        ->check(CLI::Range(1u, 86400u))
-        ->type_name("SECONDS")
-        ->capture_default_str();
-    command
-        .add_option("--also", options.also,
-                    "Also call what no module calls: pmc (Adaptec controller), fru0 (first FRU "
-                    "device), bios (BIOS settings)")
-        ->delimiter(',')
-        ->check(CLI::IsMember({"pmc", "fru0", "bios"}))
-        ->type_name("NAME,...");
-    add_plugin_option(command, options);
-    command.add_flag("--quiet", options.quiet, "No progress");
-}
+using SignalHandler = void (*)(int);
 
 // Of a standard stream that is closed, a file of ours would get the number, and what is meant for
 // the stream. In its place there is one that cannot be written; errors alone are dropped.
@@ -70,53 +40,64 @@ void hold_standard_streams() {
     }
 }
 
-int run(int argc, char** argv) {
-    CLI::App app("Gathers what a Linux server knows about itself into one report.", "qvhost");
-    app.set_version_flag("--version", std::string("qvhost ") + QV_VERSION);
-    app.require_subcommand(1);
+// Commands that collect: a reader of their output that goes away is an error of writing, not the end
+// of the collection.
+constexpr struct {
+    const char* name;
+    int (*run)(const Asked& asked);
+} kCollecting[] = {
+    {"collect",             [](const Asked& asked) { return qvhost::collect_here(asked.collect); }         },
+    {"replay",              [](const Asked& asked) { return qvhost::replay(asked.machine, asked.collect); }},
+    {qvhost::kChildCommand,
+     [](const Asked& asked) {
+         return qvhost::run_child(asked.collect, asked.stage, asked.lifeline);
+     }                                                                                                     },
+};
 
-    CollectOptions options;
-    auto* collect = app.add_subcommand("collect", "Collect from this machine");
-    add_collect_options(*collect, options);
+// Commands that print and leave no more behind than that: they end with their reader.
+constexpr struct {
+    const char* name;
+    void (*run)(const Asked& asked);
+} kPrinting[] = {
+    {"tables", [](const Asked& asked) { qvhost::list_tables(asked.collect.plugin); }},
+    {"show",   [](const Asked& asked) { qvhost::show_report(asked.show); }          },
+    {"query",  [](const Asked& asked) { qvhost::query_report(asked.query); }        },
+    {"export", [](const Asked& asked) { qvhost::export_report(asked.exporting); }   },
+};
 
-    std::filesystem::path machine;
-    auto* replay = app.add_subcommand("replay", "Collect from a recorded server");
-    replay->add_option("MACHINE", machine, "Its directory, with machine.json")->required();
-    add_collect_options(*replay, options);
+// For the build and for shells, not for people.
+bool answers_hidden(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const std::string_view name = arguments.empty() ? "" : arguments[0];
+    if (name == "manual") {
+        qvhost::write_manual(std::cout, app);
+    } else if (name == "complete") {
+        qvhost::write_completions(std::cout, app, {arguments.begin() + 1, arguments.end()});
+    } else {
+        return false;
+    }
+    return true;
+}
 
-    auto* tables = app.add_subcommand("tables", "List modules, tables and layouts");
-    add_plugin_option(*tables, options);
-
-    std::filesystem::path report;
-    std::vector<std::string> ids;
-    auto* show = app.add_subcommand("show", "Show tables of a report");
-    show->add_option("REPORT", report, "A log directory or a store file")->required();
-    show->add_option("TABLE", ids, "Tables to show; none: all");
-
-    qvhost::Stage stage;
-    int lifeline = -1;
-    auto* child = app.add_subcommand(qvhost::kChildCommand)->group("");
-    add_collect_options(*child, options);
-    child->add_option("--search-path", stage.search_path);
-    child->add_option("--lifeline", lifeline)->required();
-
+int run(int argc, char** argv, SignalHandler on_broken_pipe) {
+    Asked asked;
+    const auto app = qvhost::command_line(asked);
+    if (answers_hidden(*app, {argv + 1, argv + argc})) return 0;
     try {
-        app.parse(argc, argv);
+        app->parse(argc, argv);
     } catch (const CLI::Success& wanted) {
-        app.exit(wanted);
+        app->exit(wanted);
         return 0;
     } catch (const CLI::ParseError& error) {
-        app.exit(error);
+        app->exit(error);
         return kUsage;
     }
-
-    if (*child) return qvhost::run_child(options, stage, lifeline);
-    if (*collect) return qvhost::collect_here(options);
-    if (*replay) return qvhost::replay(machine, options);
-    if (*tables) {
-        qvhost::list_tables(options.plugin);
-    } else if (*show) {
-        qvhost::show_report(report, ids);
+    for (const auto& command : kCollecting) {
+        if (app->got_subcommand(command.name)) return command.run(asked);
+    }
+    std::signal(SIGPIPE, on_broken_pipe);
+    std::cout.exceptions(std::ios::badbit);
+    for (const auto& command : kPrinting) {
+        if (app->got_subcommand(command.name)) command.run(asked);
     }
     return 0;
 }
@@ -124,18 +105,19 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A reader that goes away is an error of writing, not the end of a collection.
-    std::signal(SIGPIPE, SIG_IGN);
+    const SignalHandler on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);
     hold_standard_streams();
     // All that is written is private: captures hold serial numbers, addresses and logs.
     ::umask(077);
     try {
-        const int status = run(argc, argv);
+        const int status = run(argc, argv, on_broken_pipe);
         std::cout.flush();
-        if (!std::cout) throw std::runtime_error("cannot write to standard output");
+        if (!std::cout) throw std::ios_base::failure("");
         return status;
+    } catch (const std::ios_base::failure&) {
+        std::cerr << "qvhost: cannot write to standard output\n";
     } catch (const std::exception& error) {
         std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
-        return kCouldNot;
     }
+    return kCouldNot;
 }

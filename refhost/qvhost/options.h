@@ -25,4 +25,28 @@ struct Stage {
     bool kill_leftovers = false;    // whether tools still running at the end are killed
 };
 
+// What the user asked of `show`.
+struct ShowOptions {
+    std::filesystem::path report;     // a log directory or a store file; so with all that follow
+    std::vector<std::string> tables;  // none: all
+    bool no_pager = false;
+};
+
+// What the user asked of `query`.
+struct QueryOptions {
+    std::filesystem::path report;
+    std::string sql;
+    std::string format = "table";
+    bool raw = false;
+};
+
+// What the user asked of `export`.
+struct ExportOptions {
+    std::filesystem::path report;
+    std::string format;
+    std::filesystem::path output;  // empty: standard output
+    std::string table;             // empty: all
+    bool raw = false;
+};
+
 }  // namespace qvhost

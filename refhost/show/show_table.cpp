@@ -4,47 +4,13 @@
 #include <ostream>
 #include <vector>
 
+#include "show/headers.h"
 #include "show/text_table.h"
 #include "show/visible.h"
 
 namespace qvhost {
 
 namespace {
-
-struct Header {
-    std::string id;
-    std::string label;
-    unsigned width = 0;
-};
-
-const std::vector<std::string>& header_ids(const Layout& layout) {
-    static const std::vector<std::string> none;
-    if (const auto* columns = std::get_if<ColumnLayout>(&layout)) return columns->headers;
-    if (const auto* rows = std::get_if<RowLayout>(&layout)) return rows->headers;
-    return none;
-}
-
-// The layout's headers and behind them what else the records hold.
-std::vector<Header> headers_of(const Store& store, const TableInfo& table) {
-    const auto properties = store.properties(table.id);
-    const auto* rows = std::get_if<RowLayout>(&table.layout);
-    constexpr unsigned kUnasked = 10;
-
-    std::vector<Header> headers;
-    for (const auto& id : header_ids(table.layout)) {
-        const auto known = std::find_if(properties.begin(), properties.end(),
-                                        [&](const PropertyInfo& p) { return p.id == id; });
-        const auto place = headers.size();
-        const unsigned width = rows && place < rows->widths.size() ? rows->widths[place] : kUnasked;
-        headers.push_back({id, known == properties.end() ? id : known->display, width});
-    }
-    for (const auto& property : properties) {
-        const bool asked = std::any_of(headers.begin(), headers.end(),
-                                       [&](const Header& h) { return h.id == property.id; });
-        if (!asked) headers.push_back({property.id, property.display, kUnasked});
-    }
-    return headers;
-}
 
 std::string value_text(const Record& record, const std::string& id) {
     for (const auto& property : record.properties) {

@@ -13,9 +13,6 @@ namespace {
 
 constexpr std::size_t kLeast = 5;  // a narrower column cannot be read
 
-// The blanks between columns: one is enough for the eye where there are many.
-std::size_t gap_for(std::size_t columns) { return columns > 6 ? 1 : 2; }
-
 // The columns' widths; nothing if there is no room.
 std::vector<std::size_t> share_out(const std::vector<TextColumn>& columns, std::size_t width) {
     const std::size_t gaps = columns.empty() ? 0 : gap_for(columns.size()) * (columns.size() - 1);
@@ -36,6 +33,8 @@ std::vector<std::size_t> share_out(const std::vector<TextColumn>& columns, std::
 }
 
 }  // namespace
+
+std::size_t gap_for(std::size_t columns) { return columns > 6 ? 1 : 2; }
 
 TextTable::TextTable(std::vector<TextColumn> columns, TerminalStyle style)
     : columns_(std::move(columns)), widths_(share_out(columns_, style.width)), style_(style) {}

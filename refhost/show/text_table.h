@@ -1,6 +1,7 @@
 // A table of text for a terminal: a header row, and rows whose long cells are wrapped.
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -13,6 +14,9 @@ struct TextColumn {
     std::string title;
     unsigned share = 1;  // of the terminal's width, in proportion to the other columns'
 };
+
+// The blanks between columns: one is enough for the eye where there are many.
+std::size_t gap_for(std::size_t columns);
 
 class TextTable {
 public:
