@@ -115,8 +115,10 @@ int main(int argc, char** argv) {
         if (!std::cout) throw std::ios_base::failure("");
         return status;
     } catch (const std::ios_base::failure&) {
+        std::cout.exceptions(std::ios::goodbit);  // std::cerr flushes it
         std::cerr << "qvhost: cannot write to standard output\n";
     } catch (const std::exception& error) {
+        std::cout.exceptions(std::ios::goodbit);
         std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
     }
     return kCouldNot;

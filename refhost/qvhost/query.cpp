@@ -34,18 +34,26 @@ constexpr const char* kFilePragmas[] = {"application_id", "encoding", "page_coun
 // Functions that reach into the process.
 constexpr const char* kRefusedFunctions[] = {"fts3_tokenizer", "load_extension"};
 
+constexpr const char* kSchemaTables[] = {"sqlite_master", "sqlite_temp_master"};
+
 template <class Names>
 bool is_one_of(const Names& names, const char* name) {
     return name && std::any_of(std::begin(names), std::end(names),
                                [&](const char* one) { return sqlite3_stricmp(one, name) == 0; });
 }
 
-// Asked for each thing that a statement would do; `refused` gets the first that it may not.
-int authorize(void* refused, int action, const char* first, const char* second, const char*,
+// The first thing of those that a statement would do and may not.
+struct Refusal {
+    bool happened = false;
+    std::string what;  // if the statement's first word does not tell
+};
+
+// Asked for each thing that a statement would do.
+int authorize(void* refusal, int action, const char* first, const char* second, const char*,
               const char*) {
-    auto& what = *static_cast<std::string*>(refused);
+    auto& refused = *static_cast<Refusal*>(refusal);
     const auto refuse = [&](const std::string& name) {
-        if (what.empty()) what = name;
+        if (!refused.happened) refused = {true, name};
         return SQLITE_DENY;
     };
     switch (action) {
@@ -59,6 +67,11 @@ int authorize(void* refused, int action, const char* first, const char* second, 
             if (is_one_of(kTellingPragmas, first)) return SQLITE_OK;
             if (is_one_of(kFilePragmas, first) && !second) return SQLITE_OK;
             return refuse(std::string("PRAGMA ") + first);
+        case SQLITE_INSERT:
+        case SQLITE_UPDATE:
+            // SQLite declares its own virtual tables (pragma_table_info, json_each) so. Statements
+            // cannot change this table, and what they create or drop is asked for by its name.
+            return is_one_of(kSchemaTables, first) ? SQLITE_OK : refuse("");
         default: return refuse("");
     }
 }
@@ -76,6 +89,8 @@ Database open_database(const std::filesystem::path& file) {
     sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+    // A column that does not exist is an error, also between double quotes.
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_exec(opened, "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
     return db;
 }
@@ -96,6 +111,8 @@ std::string complaint(sqlite3* db, const char* sql) {
     std::string text = std::string("SQL: ") + sqlite3_errmsg(db);
     if (const int offset = sqlite3_error_offset(db); offset >= 0)
         text += ", at: " + std::string(sql + offset).substr(0, kMostShown);
+    if (text.starts_with("SQL: no such column"))
+        text += "; \"PRAGMA table_info(TABLE)\" lists the columns";
     if (text.starts_with("SQL: no such table")) text += "; there are:" + table_names(db);
     return text;
 }
@@ -111,7 +128,7 @@ std::string verb(std::string_view sql) {
 }
 
 [[noreturn]] void refuse(const std::string& what) {
-    throw std::runtime_error("a report is only read, " + (what.empty() ? "this" : what) +
+    throw std::runtime_error("a report is only read: " + (what.empty() ? "this" : what) +
                              " is refused");
 }
 
@@ -127,7 +144,7 @@ bool is_alone(sqlite3* db, const char* rest) {
     return true;
 }
 
-Statement prepare(sqlite3* db, const std::string& sql, const std::string& refused) {
+Statement prepare(sqlite3* db, const std::string& sql, const Refusal& refusal) {
     const char* text = sql.c_str();
     Statement statement(nullptr, sqlite3_finalize);
     while (!statement && *text) {
@@ -135,7 +152,7 @@ Statement prepare(sqlite3* db, const std::string& sql, const std::string& refuse
         const char* rest = nullptr;
         const int status = sqlite3_prepare_v2(db, text, -1, &prepared, &rest);
         statement.reset(prepared);
-        if (status == SQLITE_AUTH) refuse(refused.empty() ? verb(text) : refused);
+        if (refusal.happened) refuse(refusal.what.empty() ? verb(text) : refusal.what);
         if (status != SQLITE_OK) throw std::runtime_error(complaint(db, text));
         if (prepared && !sqlite3_stmt_readonly(prepared)) refuse(verb(text));
         text = rest;
@@ -170,9 +187,9 @@ Cell cell_of(sqlite3_stmt* statement, int column) {
 void query_report(const QueryOptions& options) {
     const auto report = open_report(options.report);
     const auto db = open_database(report.file);
-    std::string refused;
-    sqlite3_set_authorizer(db.get(), authorize, &refused);
-    const auto statement = prepare(db.get(), options.sql, refused);
+    Refusal refusal;
+    sqlite3_set_authorizer(db.get(), authorize, &refusal);
+    const auto statement = prepare(db.get(), options.sql, refusal);
 
     const int count = sqlite3_column_count(statement.get());
     std::vector<std::string> names;
@@ -187,7 +204,7 @@ void query_report(const QueryOptions& options) {
         printer->row(cells);
     }
     // Some statements are prepared by others while these run.
-    if (!refused.empty()) refuse(refused);
+    if (refusal.happened) refuse(refusal.what);
     if (status != SQLITE_DONE)
         throw std::runtime_error(std::string("SQL: ") + sqlite3_errmsg(db.get()));
     printer->end();

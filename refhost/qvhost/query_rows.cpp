@@ -55,9 +55,11 @@ public:
     void row(const std::vector<Cell>& cells) override {
         std::vector<std::string> texts;
         for (const auto& cell : cells) {
-            texts.push_back(cell.kind == Cell::Kind::blob ? blob_literal(cell.text)
-                                                          : std::string(cell.text));
-            held_bytes_ += texts.back().size();
+            const auto text =
+                cell.kind == Cell::Kind::blob ? blob_literal(cell.text) : std::string(cell.text);
+            // A column of whole lines keeps their indentation.
+            texts.push_back(cells.size() > 1 ? trimmed(text) : text);
+            held_bytes_ += text.size();
         }
         if (table_) {
             table_->print_row(out_, texts);

@@ -21,13 +21,6 @@ std::string value_text(const Record& record, const std::string& id) {
     return "";
 }
 
-// Tools pad their columns with blanks; here the columns are ours.
-std::string trimmed(const std::string& text) {
-    const auto begin = text.find_first_not_of(" \t\r\n");
-    if (begin == std::string::npos) return "";
-    return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
-}
-
 void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
                const std::vector<Header>& headers, const TerminalStyle& style) {
     std::vector<TextColumn> columns;

@@ -131,6 +131,12 @@ std::string one_line(std::string_view text) {
     return line;
 }
 
+std::string trimmed(std::string_view text) {
+    const auto begin = text.find_first_not_of(" \t\r\n");
+    if (begin == std::string_view::npos) return "";
+    return std::string(text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1));
+}
+
 std::size_t display_width(std::string_view text) {
     const Utf8 locale;
     std::size_t width = 0;

@@ -17,6 +17,9 @@ std::string visible(std::string_view text);
 // The same in one line: line ends within it as \x0a.
 std::string one_line(std::string_view text);
 
+// The text without the blanks and line ends around it, with which tools fill their own columns.
+std::string trimmed(std::string_view text);
+
 // How many columns of a terminal a visible text without line ends takes.
 std::size_t display_width(std::string_view text);
 
