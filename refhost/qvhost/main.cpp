@@ -9,7 +9,6 @@
 #include <ios>
 #include <iostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "qvhost/child.h"
@@ -67,7 +66,7 @@ constexpr struct {
 
 // For the build and for shells, not for people.
 bool answers_hidden(const CLI::App& app, const std::vector<std::string>& arguments) {
-    const std::string_view name = arguments.empty() ? "" : arguments[0];
+    const std::string name = arguments.empty() ? "" : arguments[0];
     if (name == "manual") {
         qvhost::write_manual(std::cout, app);
     } else if (name == "complete") {

@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <regex>
 #include <stdexcept>
 
 #include "report_under_test.h"
@@ -16,6 +15,19 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
+
+// Without the escape sequences by which a program controls its terminal.
+std::string without_controls(const std::string& text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\x1b') {
+            plain += text[i];
+        } else if (++i < text.size() && text[i] == '[') {
+            i = text.find_first_not_of("0123456789;?", i + 1);
+        }
+    }
+    return plain;
+}
 
 class Pager : public ReportTest {
 protected:
@@ -111,9 +123,7 @@ TEST_F(Pager, IsLessWithItsUsualOptions) {
 }
 
 TEST_F(Pager, LessItselfLeavesWhatFitsOnTheScreen) {
-    const std::regex controls("\x1b(\\[[?0-9]*[A-Za-z]|[=>])");
-    const auto text = shown({{"TERM", "vt100"}, {"NO_COLOR", "1"}});
-    EXPECT_EQ(std::regex_replace(text, controls, ""), expected_);
+    EXPECT_EQ(without_controls(shown({{"TERM", "vt100"}, {"NO_COLOR", "1"}})), expected_);
 }
 
 TEST_F(Pager, IsNotUsedWhereItIsNotWanted) {
