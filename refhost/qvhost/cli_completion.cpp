@@ -223,6 +223,16 @@ Candidates candidates(const CLI::App& app, Words& words) {
     return {word.starts_with("-") ? option_names(app) : command_names(app)};
 }
 
+// Paths are quoted by the shell, words are not: one of a report from elsewhere must not become a
+// command of the shell.
+bool can_be_offered(const std::string& word, bool is_path) {
+    if (is_path) return word.find('\n') == std::string::npos;
+    return std::all_of(word.begin(), word.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || c == '-' || c == '.' || c == '/' || c == ':';
+    });
+}
+
 }  // namespace
 
 void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words) {
@@ -234,8 +244,7 @@ void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::
     std::sort(found.begin(), found.end());
     out << (are_paths ? "paths" : "words") << '\n';
     for (const auto& one : found) {
-        // Names of files can hold line ends, which no line can.
-        if (one.starts_with(word) && one.find('\n') == std::string::npos) out << one << '\n';
+        if (one.starts_with(word) && can_be_offered(one, are_paths)) out << one << '\n';
     }
 }
 
