@@ -68,7 +68,7 @@ const std::vector<CommandText> kTexts = {
     {"export",
      "Write a report in another format",                               {"json is report.json: all modules, layouts and records, values without loss but for bytes that "
       "are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first "
-      "row.",
+      "row. html is the page of the report, index.html, without the captures.",
       "A spreadsheet takes a text for a formula if it begins with =, +, -, @ or a control character; "
       "in csv such a text gets an apostrophe before it, unless --raw is given."},
      {
@@ -76,6 +76,7 @@ const std::vector<CommandText> kTexts = {
           "All records, for a program."},
          {"qvhost export DIR --format csv --output tables", "Every table as tables/ID.csv."},
          {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv", "One table."},
+         {"qvhost export DIR --format html --output page", "The page, as page/index.html."},
      }},
 };
 

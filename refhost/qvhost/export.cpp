@@ -11,6 +11,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "page/write_page.h"
 #include "qvhost/export_csv.h"
 #include "qvhost/tables_report.h"
 #include "report/report_json.h"
@@ -61,7 +62,7 @@ std::string file_name(const std::string& id) {
     return name;
 }
 
-// A directory that is new or empty, for files that are there all or not at all.
+// A directory that is new or empty, for entries that are there all or not at all.
 class NewFiles {
 public:
     explicit NewFiles(fs::path directory) : directory_(std::move(directory)) {
@@ -78,7 +79,7 @@ public:
     ~NewFiles() {
         if (kept_) return;
         std::error_code ignored;
-        for (const auto& file : files_) fs::remove(file, ignored);
+        for (const auto& entry : entries_) fs::remove_all(entry, ignored);
         if (made_) fs::remove(directory_, ignored);
     }
     NewFiles(const NewFiles&) = delete;
@@ -89,15 +90,17 @@ public:
         const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         if (fd < 0) fail(file, std::string("cannot create it: ") + std::strerror(errno));
         ::close(fd);
-        files_.push_back(file);
+        adopt(name);
         return std::ofstream(file, std::ios::binary);
     }
+    // An entry that somebody else is going to make.
+    void adopt(const std::string& name) { entries_.push_back(directory_ / name); }
     void keep() { kept_ = true; }
-    const fs::path& last() const { return files_.back(); }
+    const fs::path& last() const { return entries_.back(); }
 
 private:
     fs::path directory_;
-    std::vector<fs::path> files_;
+    std::vector<fs::path> entries_;
     bool made_ = false;
     bool kept_ = false;
 };
@@ -133,6 +136,14 @@ void export_json(const ExportOptions& options, const Store& store) {
     write_report_json(store, options.output.string());
 }
 
+// The page alone: links from another place would not lead to the captures.
+void export_html(const ExportOptions& options, const Store& store) {
+    NewFiles files(options.output);
+    for (const char* const name : {"assets", "data", "index.html"}) files.adopt(name);
+    write_page(store, options.output, {});
+    files.keep();
+}
+
 // Every format has its row here.
 constexpr struct {
     const char* name;
@@ -140,6 +151,7 @@ constexpr struct {
 } kFormats[] = {
     {"json", export_json},
     {"csv",  export_csv },
+    {"html", export_html},
 };
 
 }  // namespace
@@ -154,6 +166,8 @@ std::string export_misuse(const ExportOptions& options) {
     const bool csv = options.format == "csv";
     if (csv && options.output.empty() == options.table.empty())
         return "--format csv takes either --output DIR or --table ID";
+    if (options.format == "html" && options.output.empty())
+        return "--format html takes --output DIR";
     if (!csv && !options.table.empty()) return "--table goes with --format csv alone";
     if (!csv && options.raw) return "--raw goes with --format csv alone";
     return "";

@@ -115,6 +115,31 @@ TEST_F(Export, CsvIsAPrivateFileATable) {
               "qvhost: " + (dir() / "file").string() + ": not a directory\n");
 }
 
+TEST_F(Export, HtmlIsThePage) {
+    const auto log = replayed("x86_64-kp220-megaraid");
+    const auto out = dir() / "out";
+    const std::vector<std::string> arguments{"export", log, "--format", "html", "--output", out};
+    const auto outcome = run(arguments);
+    EXPECT_EQ(outcome.exit, 0);
+    EXPECT_EQ(outcome.out + outcome.err, "");
+    EXPECT_EQ(names_in(out), (std::set<std::string>{"assets", "data", "index.html"}));
+    EXPECT_EQ(mode_of(out), 0700u);
+    EXPECT_EQ(mode_of(out / "index.html"), 0600u);
+    // The rows are those of the collection's own page.
+    const auto page = log / "report";
+    const auto data = names_in(out / "data");
+    std::set<std::string> filled;
+    const auto report = nlohmann::json::parse(read_file(page / "report.json"));
+    for (const auto& one : report["records"]) filled.insert(one["table"]);
+    EXPECT_EQ(data.size(), filled.size() + 1) << "a file a table with records, and the overview";
+    for (const auto& name : data) {
+        if (name != "overview.js") {
+            EXPECT_EQ(read_file(out / "data" / name), read_file(page / "data" / name)) << name;
+        }
+    }
+    EXPECT_EQ(run(arguments).exit, 1) << "it is not replaced";
+}
+
 // Ids are a plug-in's, and could be anything.
 TEST_F(Export, AnyTableIdMakesAFileOfTheDirectory) {
     std::vector<qvhost::Record> records;
@@ -145,6 +170,8 @@ TEST_F(Export, WhatDoesNotGoTogetherIsToldFirst) {
         {"--format", "csv", "--output", ""},
         {"--format", "json", "--table", "T"},
         {"--format", "json", "--raw"},
+        {"--format", "html"},
+        {"--format", "html", "--output", dir() / "out", "--raw"},
     };
     for (auto arguments : misuses) {
         arguments.insert(arguments.begin(), {"export", store});
