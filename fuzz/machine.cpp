@@ -46,6 +46,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto failure = fuzz::told([&] {
         const auto machine = qvhost::read_machine(place.server());
         for (const auto& command : machine.commands) {
+            auto texts = command.tool + command.arguments.value_or("") + command.stderr_text;
+            for (const auto& [name, source] : command.files) texts += name;
+            fuzz::expect(texts.find('\0') == std::string::npos, "no NUL comes into a script");
             expect_inside(command.stdout_file, place.server());
             expect_inside(command.stderr_file, place.server());
             for (const auto& [name, source] : command.files) expect_inside(source, place.server());

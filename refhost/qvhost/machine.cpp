@@ -4,6 +4,9 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <system_error>
+
+#include "show/visible.h"
 
 namespace qvhost {
 
@@ -24,7 +27,7 @@ public:
         json root;
         try {
             root = json::parse(in);
-        } catch (const json::parse_error& error) {
+        } catch (const json::exception& error) {
             fail(error.what());
         }
         if (!root.is_object()) fail("is not an object");
@@ -41,12 +44,14 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& reason) const {
-        throw std::runtime_error(file_.string() + ": " + reason);
+        // A name in it may hold a NUL, behind which the message would end.
+        throw std::runtime_error(file_.string() + ": " + one_line(reason));
     }
 
     std::string text(const json& object, const char* key) const {
         if (!object.contains(key)) return "";
         if (!object[key].is_string()) fail("\"" + std::string(key) + "\" is not a text");
+        if (has_nul(object[key])) fail("\"" + std::string(key) + "\" has a NUL in it");
         return object[key];
     }
 
@@ -62,12 +67,21 @@ private:
     fs::path file_beside(const std::string& name) const {
         auto path = directory_ / name;
         if (!is_inside(name)) fail("\"" + name + "\" does not lie beside it");
-        if (!fs::is_regular_file(path)) fail("there is no file \"" + name + "\"");
+        if (!is_file(path)) fail("there is no file \"" + name + "\"");
         return path;
     }
 
+    // The system and the shell would see another text than the one that was checked.
+    static bool has_nul(const std::string& text) { return text.find('\0') != std::string::npos; }
+
+    // A name that is too long is no file either.
+    static bool is_file(const fs::path& path) {
+        std::error_code ignored;
+        return fs::is_regular_file(path, ignored);
+    }
+
     static bool is_inside(const fs::path& name) {
-        return !name.empty() && name.is_relative() &&
+        return !name.empty() && name.is_relative() && !has_nul(name) &&
                std::none_of(name.begin(), name.end(),
                             [](const auto& part) { return part == ".."; });
     }
@@ -83,7 +97,7 @@ private:
         if (const auto name = text(entry, "stdout"); !name.empty())
             command.stdout_file = file_beside(name);
         const auto errors = text(entry, "stderr");
-        if (is_inside(errors) && fs::is_regular_file(directory_ / errors)) {
+        if (is_inside(errors) && is_file(directory_ / errors)) {
             command.stderr_file = directory_ / errors;
         } else {
             command.stderr_text = errors;

@@ -13,6 +13,7 @@
 #include "qvhost/recover.h"
 #include "show/show_table.h"
 #include "show/terminal.h"
+#include "show/visible.h"
 
 namespace qvhost {
 
@@ -25,7 +26,7 @@ fs::path store_of(const fs::path& report) {
     const LogDir dir(report);
     if (fs::exists(dir.journal()) && !DirLock::is_held(report)) {
         const DirLock lock(report);
-        std::cerr << "qvhost: found " << recover(dir) << '\n';
+        std::cerr << "qvhost: found " << one_line(recover(dir)) << '\n';
     }
     return dir.store();
 }
@@ -60,7 +61,7 @@ Report open_report(const fs::path& report) {
     Report opened{file, Store(file, Store::Mode::read)};
     const auto status = opened.store.meta("status");
     if (status.starts_with("incomplete"))
-        std::cerr << "qvhost: this collection is " << status << '\n';
+        std::cerr << "qvhost: this collection is " << one_line(status) << '\n';
     return opened;
 }
 

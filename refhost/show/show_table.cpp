@@ -39,7 +39,8 @@ void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
 void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
                   const ColumnLayout& layout, const std::vector<Header>& headers,
                   const TerminalStyle& style) {
-    const std::size_t beside = std::max(1u, layout.count);
+    // No more than can be read beside each other, whatever the layout asks.
+    const std::size_t beside = std::clamp(layout.count, 1u, std::max(1u, style.width / 10));
     // Of a hundred. The layouts ask for as little as 10, but labels should not be cut into syllables.
     std::size_t longest = 0;
     for (const auto& header : headers) longest = std::max(longest, display_width(header.label));

@@ -119,6 +119,14 @@ TEST_F(Show, AHeaderColumnWithRecordsBesideEachOther) {
               "b\n");
 }
 
+TEST_F(Show, NoMoreRecordsBesideEachOtherThanCanBeRead) {
+    store.add_table("M", "T");
+    store.set_layout("T", ColumnLayout{{"a"}, 30, 4'000'000'000});
+    for (const char* value : {"1", "2", "3"}) store.add({"T", "n", -1, {{"a", "Alpha", value}}});
+    EXPECT_EQ(shown("T", 30), "T (Module), 3 records\nAlpha    1      2      3\n");
+    EXPECT_EQ(shown("T", 20), "T (Module), 3\nrecords\nAlpha  1      2\n\nAlpha  3\n");
+}
+
 TEST_F(Show, OneColumnKeepsItsIndentation) {
     store.add_table("M", "T");
     store.set_layout("T", RowLayout{{"a"}, {100}, false});

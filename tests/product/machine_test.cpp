@@ -15,10 +15,13 @@ struct Wrong {
 };
 
 TEST_F(Machine, MistakesAreNamed) {
+    const auto long_name =
+        R"({"commands": [{"tool": "t", "stdout": ")" + std::string(300, 'n') + "\"}]}";
     const std::vector<Wrong> mistakes = {
         {"", "parse error"},
         {"{\"uname\":", "parse error"},
         {"[]", "object"},
+        {R"({"n": 1e999, "commands": []})", "number overflow"},
         {R"({"uname": 64, "commands": []})", "\"uname\""},
         {R"({"uname": "x"})", "\"commands\""},
         {R"({"commands": {}})", "\"commands\""},
@@ -27,6 +30,7 @@ TEST_F(Machine, MistakesAreNamed) {
         {R"({"commands": [{"tool": ""}]})", "tool"},
         {R"({"commands": [{"tool": "../lspci"}]})", "tool"},
         {R"({"commands": [{"tool": ".."}]})", "tool"},
+        {R"({"commands": [{"tool": "t\u0000"}]})", "NUL"},
         {R"({"commands": [{"tool": "t", "args": 1}]})", "\"args\""},
         {R"({"commands": [{"tool": "t", "stdout": 1}]})", "\"stdout\""},
         {R"({"commands": [{"tool": "t", "stdout": "none.txt"}]})", "none.txt"},
@@ -44,6 +48,9 @@ TEST_F(Machine, MistakesAreNamed) {
         {R"({"commands": [{"tool": "t", "files": {"a": "none"}}]})", "none"},
         {R"({"commands": [{"tool": "t", "files": {"../a": "out"}}]})", "../a"},
         {R"({"commands": [{"tool": "t", "files": {"/a": "out"}}]})", "/a"},
+        {R"({"commands": [{"tool": "t", "files": {"..\u0000/a": "out"}}]})",
+         "..\\x00/a\" does not lie"},
+        {long_name.c_str(), "there is no file"},
     };
     const auto machine = dir() / "machine";
     write_file(machine / "out", "");

@@ -1,6 +1,7 @@
 // What is shown of reports and plug-ins.
 #include "program.h"
 #include "report.h"
+#include "store/store.h"
 
 namespace test {
 
@@ -54,6 +55,15 @@ TEST_F(Show, WhatIsNotThereIsNamed) {
 
     fs::create_directory(dir() / "void");
     EXPECT_EQ(run({"show", dir() / "void"}).exit, 1);
+}
+
+TEST_F(Show, AStoresStatusIsTextToo) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    qvhost::Store(store_in(log_dir()), qvhost::Store::Mode::update)
+        .set_meta("status", "incomplete: \033[2Jnothing\nto see");
+    const auto shown = run({"show", log_dir(), "EMPTY"});
+    EXPECT_EQ(shown.err, "qvhost: this collection is incomplete: \\x1b[2Jnothing\\x0ato see\n");
+    EXPECT_EQ(shown.out, kEmpty);
 }
 
 TEST_F(Show, ShowingChangesNothing) {
