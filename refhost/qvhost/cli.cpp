@@ -124,10 +124,12 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
         ->capture_default_str();
     command.add_option("--module", options.modules, "Only this module (more than one: repeat)")
         ->type_name("NAME")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(not_empty);
     command.add_option("--table", options.tables, "Only this table (more than one: repeat)")
         ->type_name("ID")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(not_empty);
     command
         .add_option("--tool-timeout", options.tool_timeout,
                     "Kill a tool after so many seconds, 1 to 86400")

@@ -119,8 +119,23 @@ struct Store::Impl {
             throw std::runtime_error(path + ": not a store of qvhost");
         if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
             throw std::runtime_error(path + ": a store of another version of qvhost");
+        expect_plain_tables();
         if (mode == Mode::update) db.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
         load();
+    }
+
+    // A store may come from anywhere. It is only read; but a view can be endless, a computed column
+    // as large as memory, and a trigger or a virtual table is code.
+    void expect_plain_tables() {
+        for (const char* others :
+             {"SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR "
+              "(type='table' AND rootpage=0)",
+              "SELECT count(*) FROM sqlite_schema AS s, pragma_table_xinfo(s.name) AS c "
+              "WHERE s.type='table' AND c.hidden<>0"}) {
+            if (db.execAndGet(others).getInt() != 0)
+                throw std::runtime_error(path +
+                                         ": not a store of qvhost: it computes what it holds");
+        }
     }
 
     ~Impl() {

@@ -190,6 +190,28 @@ TEST_F(StoreTest, ReadingWritesNothing) {
     EXPECT_THROW(store.add({"T", "n", -1, {}}), std::exception);
 }
 
+TEST_F(StoreTest, WhatComputesIsRefused) {
+    for (const char* sql :
+         {"create view v as with recursive n(i) as (select 1 union all select i+1 from n) "
+          "select i from n",
+          "create trigger t after insert on T begin delete from T; end",
+          "create table big(a, b as (hex(zeroblob(400000000))))",
+          "create virtual table f using fts5(a)"}) {
+        std::filesystem::remove(path());
+        fill({{"T", "n", -1, {{"a", "A", "1"}}}});
+        SQLite::Database(path(), SQLite::OPEN_READWRITE).exec(sql);
+        for (const auto mode : {Store::Mode::read, Store::Mode::update}) {
+            std::string told;
+            try {
+                const Store store(path(), mode);
+            } catch (const std::runtime_error& error) {
+                told = error.what();
+            }
+            EXPECT_EQ(told, path() + ": not a store of qvhost: it computes what it holds") << sql;
+        }
+    }
+}
+
 TEST_F(StoreTest, WhatIsNoStoreIsToldByName) {
     const auto told = [&](Store::Mode mode) -> std::string {
         try {

@@ -32,6 +32,8 @@ TEST_F(Usage, WrongCommandLinesEndWith2) {
              "collect --log-dir DIR --tool-timeout 1.5",
              "collect --log-dir DIR --tool-timeout 99999999999",
              "collect --log-dir DIR --plugin NOTHING",
+             "collect --log-dir DIR --module NOTHING",
+             "collect --log-dir DIR --table NOTHING --quiet",
              "collect --log-dir DIR --unknown",
              "collect --log-dir DIR surplus",
              "replay --log-dir DIR",
