@@ -28,7 +28,7 @@ struct Parser {
     const char* name;
     const char* capture;  // nullptr: what the commands print
     std::function<void(RRepository&)> read;
-    std::string (*naive)(const std::string& file) = nullptr;
+    std::string (*naive)(const std::string& file);  // nullptr: there is none
 };
 
 template <int kind>
@@ -45,26 +45,26 @@ void platform(RRepository&) {
 void controllers(RRepository& repo) { RSampleModule2().EnumQV2Instances(repo); }
 
 const Parser kParsers[] = {
-    {"summary",                   "c0_showall.txt",  lsi_info,                    naive::summary},
-    {"drive_details",                           "pdlist.txt",                              pd_list,                   naive::drive_details},
-    {"lists",       "c0_showall.txt",                        lsi_list,                           naive::lists},
-    {"events",                   "raidevents.txt", event_log,  naive::events},
-    {"term_log","fwtermlog.txt", fw_term_log,              naive::term_log},
-    {"integrated_raid_log",                  "ir.txt",                            sas2308_log,                                            naive::integrated_raid_log},
-    {"adaptec",                           "Firmware/Controller 1 Config.txt",                        pmc_info                         },
-    {"controllers", "ctrlcount.txt",                  controllers},
-    {"sensors",                   "sensorinfo.txt",             sensor_info,   naive::sensors},
-    {"data_records",                "sdrinfo.txt",                sdr_info,                                          naive::data_records},
-    {"fru",                "fruinfo.txt",       fru_info,                                naive::fru},
-    {"first_fru","fruinfo.txt",fru_info_amd},
-    {"sel",                       "selinfo.txt",            sel_info                        },
-    {"management_controller",                           "mcinfo.txt",                                  answer<1>                                                 },
-    {"selftest",                           "selfinfo.txt",                                        answer<2>                                                                        },
-    {"versions",                           "verinfo.txt",                      answer<3>,naive::versions},
-    {"power_supplies",                           "psuinfo.txt",                                   answer<4>},
-    {"lan",                           "laninfo.txt",                                   answer<5>},
-    {"leds",            "ledinfo.txt",                             answer<6>                                                      },
-    {"platform",                  nullptr, platform                                                   },
+    {"adaptec",               "Firmware/Controller 1 Config.txt", pmc_info,     naive::adaptec            },
+    {"controllers",           "ctrlcount.txt",                    controllers,  nullptr                   },
+    {"data_records",          "sdrinfo.txt",                      sdr_info,     naive::data_records       },
+    {"drive_details",         "pdlist.txt",                       pd_list,      naive::drive_details      },
+    {"events",                "raidevents.txt",                   event_log,    naive::events             },
+    {"first_fru",             "fruinfo.txt",                      fru_info_amd, naive::first_fru          },
+    {"fru",                   "fruinfo.txt",                      fru_info,     naive::fru                },
+    {"integrated_raid_log",   "ir.txt",                           sas2308_log,  naive::integrated_raid_log},
+    {"lan",                   "laninfo.txt",                      answer<5>,    naive::lan                },
+    {"leds",                  "ledinfo.txt",                      answer<6>,    naive::leds               },
+    {"lists",                 "c0_showall.txt",                   lsi_list,     naive::lists              },
+    {"management_controller", "mcinfo.txt",                       answer<1>,    naive::controller         },
+    {"platform",              nullptr,                            platform,     nullptr                   },
+    {"power_supplies",        "psuinfo.txt",                      answer<4>,    naive::power_supplies     },
+    {"sel",                   "selinfo.txt",                      sel_info,     naive::events_of_bmc      },
+    {"selftest",              "selfinfo.txt",                     answer<2>,    naive::self_test          },
+    {"sensors",               "sensorinfo.txt",                   sensor_info,  naive::sensors            },
+    {"summary",               "c0_showall.txt",                   lsi_info,     naive::summary            },
+    {"term_log",              "fwtermlog.txt",                    fw_term_log,  naive::term_log           },
+    {"versions",              "verinfo.txt",                      answer<3>,    naive::versions           },
 };
 
 const Parser& chosen() {

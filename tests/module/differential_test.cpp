@@ -19,10 +19,15 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-void versions(RRepository& repo) { bmc_info(repo, 3); }
+template <int kind>
+void bmc(RRepository& repo) {
+    bmc_info(repo, kind);
+}
 void sensors(RRepository& repo) { sensor_info(repo); }
 void data_records(RRepository& repo) { sdr_info(repo); }
 void fru(RRepository& repo) { fru_info(repo); }
+void first_fru(RRepository& repo) { fru_info_amd(repo); }
+void bmc_events(RRepository& repo) { sel_info(repo); }
 
 struct Pair {
     const char* name;
@@ -110,6 +115,12 @@ const Texts kIrLog = {
     "Locale:",
 };
 
+const Texts kAnswer = {
+    ":",     ":",     " : ",          "-",     " - ",
+    "\n",    "\r\n",  "Label",        "Value", "Selftest: failed\n  -> why\n",
+    "Label", "Error", "Bad response", "\n",    "Cannot open an IPMI driver",
+};
+
 const Pair kPairs[] = {
     {"summary", "c0_showall.txt", lsi_info, naive::summary, kSummaryKeys},
     {"drive_details", "pdlist.txt", pd_list, naive::drive_details, kDriveKeys},
@@ -127,12 +138,14 @@ const Pair kPairs[] = {
      naive::sensors,
      {"|", "|", "|", " | ", "||", "\n", "\r\n", "Error", "Error sending MS", "Bad response"}},
     {"data_records", "sdrinfo.txt", data_records, naive::data_records, {"\n", "\r", "\n\n", " | "}},
-    {"versions",
-     "verinfo.txt",
-     versions,
-     naive::versions,
-     {":", ":", " : ", "\n", "\r\n", "Label", "Error", "Bad response",
-      "Cannot open an IPMI driver"}},
+    {"controller", "mcinfo.txt", bmc<1>, naive::controller, kAnswer},
+    {"self_test", "selfinfo.txt", bmc<2>, naive::self_test, kAnswer},
+    {"versions", "verinfo.txt", bmc<3>, naive::versions, kAnswer},
+    {"power_supplies", "psuinfo.txt", bmc<4>, naive::power_supplies, kAnswer},
+    {"lan", "laninfo.txt", bmc<5>, naive::lan, kAnswer},
+    {"leds", "ledinfo.txt", bmc<6>, naive::leds, kAnswer},
+    {"first_fru", "fruinfo.txt", first_fru, naive::first_fru, kAnswer},
+    {"bmc_events", "selinfo.txt", bmc_events, naive::events_of_bmc, kAnswer},
     {"fru", "fruinfo.txt", fru, naive::fru, {"\n", "Board Mfg : ", "\r\n"}},
 };
 

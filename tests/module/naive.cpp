@@ -409,43 +409,168 @@ std::string sensors(const std::string& file) {
     return notes;
 }
 
-std::string data_records(const std::string& file) {
-    std::string notes;
-    auto text = whole(file);
-    Row row("SDRINFO \"SDR Information\"");
-    for (char* f = std::strtok(text.data(), "\n\r"); f; f = std::strtok(nullptr, "\n\r")) {
-        row.set("SDRINFO", "SDR Detailed Info", f);
-        row.add(notes);
-    }
-    return notes;
+namespace {
+
+bool tells_error(const char* text) {
+    return std::strstr(text, "Error") || std::strstr(text, "Bad response") ||
+           std::strstr(text, "Cannot open an IPMI driver");
 }
 
-std::string versions(const std::string& file) {
+// Labels and values in turn; the ids are the prefix and a number.
+std::string labels(std::vector<char> text, const char* head, const char* delimiters,
+                   const char* prefix, std::size_t most) {
     std::string notes;
-    auto text = whole(file);
-    for (const char* error : {"Error", "Bad response", "Cannot open an IPMI driver"}) {
-        if (std::strstr(text.data(), error)) return notes;
-    }
+    if (tells_error(text.data())) return notes;
     std::vector<const char*> tokens;
-    for (char* f = std::strtok(text.data(), ":\n\r"); f; f = std::strtok(nullptr, ":\n\r"))
+    for (char* f = std::strtok(text.data(), delimiters); f; f = std::strtok(nullptr, delimiters))
         tokens.push_back(f);
-    Row row("VERINFO \"Version Information\"");
-    for (std::size_t i = 0; i < tokens.size() && i / 2 < 16; i += 2) {
-        const auto id = "VER" + std::to_string(i / 2 + 1);
+    Row row(head);
+    for (std::size_t i = 0; i < tokens.size() && i / 2 < most; i += 2) {
+        const auto id = prefix + std::to_string(i / 2 + 1);
         row.set(id.c_str(), tokens[i], i + 1 < tokens.size() ? tokens[i + 1] : "");
     }
     row.add(notes);
     return notes;
 }
 
-std::string fru(const std::string& file) {
+std::string rows_without_ends(std::vector<char> text, const char* head, const char* id,
+                              const char* display) {
+    std::string notes;
+    Row row(head);
+    for (char* f = std::strtok(text.data(), "\n\r"); f; f = std::strtok(nullptr, "\n\r")) {
+        row.set(id, display, f);
+        row.add(notes);
+    }
+    return notes;
+}
+
+std::string rows_as_read(const std::string& file, const char* head, const char* id,
+                         const char* display) {
     std::string notes;
     char line[512];
-    Row row("FRUINFO \"FRU Information\"");
+    Row row(head);
     FILE* in = std::fopen(file.c_str(), "r");
     while (std::fgets(line, sizeof line, in)) {
-        row.set("FRUINFO", "FRU Detailed Info", line);
+        row.set(id, display, line);
         row.add(notes);
+    }
+    std::fclose(in);
+    return notes;
+}
+
+}  // namespace
+
+std::string data_records(const std::string& file) {
+    return rows_without_ends(whole(file), "SDRINFO \"SDR Information\"", "SDRINFO",
+                             "SDR Detailed Info");
+}
+
+std::string first_fru(const std::string& file) {
+    return rows_without_ends(whole(file), "FRUINFO \"FRU Information\"", "FRUINFO",
+                             "FRU Detailed Info");
+}
+
+std::string power_supplies(const std::string& file) {
+    const auto text = whole(file);
+    if (tells_error(text.data())) return "";
+    return rows_without_ends(text, "PSUINFO \"PSU Information\"", "PSUINFO", "PSU Detailed Info");
+}
+
+std::string leds(const std::string& file) {
+    const auto text = whole(file);
+    if (tells_error(text.data())) return "";
+    return rows_without_ends(text, "LEDINFO \"LEDs Status\"", "LEDINFO", "LED Detailed Status");
+}
+
+std::string controller(const std::string& file) {
+    return labels(whole(file), "MCINFO \"MC Information\"", ":\n\r", "MC", 12);
+}
+
+std::string self_test(const std::string& file) {
+    auto text = whole(file);
+    int newlines = 0;
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\n') continue;
+        ++newlines;
+        if (first == 0) first = i;
+    }
+    if (newlines == 2) text[first] = ' ';
+    return labels(text, "SELFINFO \"QVM Selftest\"", ":\n\r", "self", 2);
+}
+
+std::string versions(const std::string& file) {
+    return labels(whole(file), "VERINFO \"Version Information\"", ":\n\r", "VER", 16);
+}
+
+std::string lan(const std::string& file) {
+    return labels(whole(file), "LANINFO \"LAN Information\"", "-\n\r", "LAN", 12);
+}
+
+std::string fru(const std::string& file) {
+    return rows_as_read(file, "FRUINFO \"FRU Information\"", "FRUINFO", "FRU Detailed Info");
+}
+
+std::string events_of_bmc(const std::string& file) {
+    return rows_as_read(file, "SELINFO \"SEL Information\"", "SELINFO", "SEL Info");
+}
+
+std::string adaptec(const std::string& file) {
+    std::string notes;
+    Row link("PMCLINK \"PMC other info link\"");
+    link.set("Link", "Link Address",
+             "\n<pre>\n<a href='../Firmware' target='_blank'>../Firmware</a>\n<pre>\n");
+    link.add(notes);
+
+    Row info("PMCINFO \"Controller information\"");
+    Row version("PMCVER \"Controller Version Info\"");
+    char line[512];
+    const auto has = [&](Row& row, const char* key, const char* id, const char* display) {
+        const char* at = std::strstr(line, key);
+        if (at) row.set(id, display, behind(at, 43));
+        return at != nullptr;
+    };
+    FILE* in = std::fopen(file.c_str(), "r");
+    while (std::fgets(line, sizeof line, in)) {
+        const bool is_model = std::strstr(line, "Controller Model");
+        if (has(info, "Controller Status", "Status", "Controller Status")) {
+        } else if (is_model && has(info, "Controller Mode", "Model", "Controller Model")) {
+        } else if (has(info, "Controller Mode", "Mode", "Controller Mode")) {
+        } else if (has(info, "Channel description", "description", "Channel description")) {
+        } else if (has(info, "Controller Serial Number", "SerialNumber",
+                       "Controller Serial Number")) {
+        } else if (has(info, "Controller World Wide Name", "WorldWideName",
+                       "Controller World Wide Name")) {
+        } else if (has(info, "Controller Alarm", "Alarm", "Controller Alarm")) {
+        } else if (has(info, "Temperature", "Temperature", "Temperature")) {
+        } else if (has(info, "Installed memory", "memory", "Installed memory")) {
+        } else if (has(info, "Global task priority", "priority", "Global task priority")) {
+        } else if (has(info, "Host bus type", "type", "Host bus type")) {
+        } else if (has(info, "Host bus speed", "speed", "Host bus speed")) {
+        } else if (has(info, "Host bus link width", "width", "Host bus link width")) {
+        } else if (has(info, "Stayawake period", "period", "Stayawake period")) {
+        } else if (has(info, "Spinup limit internal drives", "internal",
+                       "Spinup limit internal drives")) {
+        } else if (has(info, "Spinup limit external drives ", "external",
+                       "Spinup limit external drives ")) {
+        } else if (has(info, "Logical devices/Failed/Degraded", "Logical",
+                       "Logical devices/Failed/Degraded")) {
+        } else if (has(info, "NCQ status", "NCQ", "NCQ status")) {
+        } else if (has(info, "Statistics data collection mode", "Statistics",
+                       "Statistics data collection mode")) {
+        } else if (has(info, "Global Physical Device Write Cache Policy", "Policy",
+                       "Global Physical Device Write Cache Policy")) {
+        } else if (has(info, "Monitor Log Severity Level", "Level", "Monitor Log Severity Level")) {
+        } else if (has(info, "Global Max SAS Phy Link Rate", "Rate",
+                       "Global Max SAS Phy Link Rate")) {
+            info.add(notes);
+        } else if (!std::strstr(line, "Controller BIOS") && !std::strstr(line, "Runtime BIOS") &&
+                   !std::strstr(line, "BIOS Halt") && has(version, "BIOS", "BIOS", "BIOS")) {
+        } else if (has(version, "Firmware", "Firmware", "Firmware")) {
+        } else if (has(version, "Driver", "Driver", "Driver")) {
+        } else if (has(version, "Boot Flash", "BootFlash", "Boot Flash")) {
+            version.add(notes);
+        }
     }
     std::fclose(in);
     return notes;

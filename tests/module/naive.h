@@ -18,5 +18,13 @@ std::string sensors(const std::string& file);
 std::string data_records(const std::string& file);
 std::string versions(const std::string& file);
 std::string fru(const std::string& file);
+std::string first_fru(const std::string& file);
+std::string power_supplies(const std::string& file);
+std::string leds(const std::string& file);
+std::string controller(const std::string& file);
+std::string self_test(const std::string& file);
+std::string lan(const std::string& file);
+std::string events_of_bmc(const std::string& file);
+std::string adaptec(const std::string& file);
 
 }  // namespace naive
