@@ -7,7 +7,7 @@
 #include "check.h"
 #include "journal/journal.h"
 #include "outcome.h"
-#include "qvhost/tables.h"
+#include "qvhost/tables_report.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "store/store.h"
@@ -91,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::expect(nlohmann::json::parse(json.str())["records"].size() == kept.size(),
                  "report.json is JSON and has every record");
     const fuzz::Printed shown;
-    show_report(dir.store(), {});
+    show_report({dir.store(), {}, false});
     fuzz::expect_harmless(shown.text());
     return 0;
 }

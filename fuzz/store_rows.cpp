@@ -7,7 +7,7 @@
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/tables.h"
+#include "qvhost/tables_report.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "store/store.h"
@@ -95,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     put_rows(path, input);
 
     const fuzz::Printed shown;
-    const auto failure = fuzz::told([&] { show_report(path, {}); });
+    const auto failure = fuzz::told([&] { show_report({path, {}, false}); });
     fuzz::expect_harmless(shown.text());
     fuzz::expect(failure.empty() || failure.starts_with(path), "a failure names the file");
     std::ostringstream json;

@@ -37,11 +37,14 @@ LoggedCommand::LoggedCommand(const std::string& command) {
     append(line + '\n');
 }
 
-void LoggedCommand::ended(int status) const {
+void LoggedCommand::ended(int status, const char* reason, pid_t left) const {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start_;
-    char line[64];
-    const int size = std::snprintf(line, sizeof line, "< %.3f %d\n", took.count(), status);
-    append(std::string(line, static_cast<std::size_t>(size)));
+    char numbers[64];
+    std::snprintf(numbers, sizeof numbers, "< %.3f %d", took.count(), status);
+    std::string line = numbers;
+    if (reason) line += std::string(" ") + reason;
+    if (left > 0) line += " " + std::to_string(left);
+    append(line + '\n');
 }
 
 }  // namespace marlox::repository::capture

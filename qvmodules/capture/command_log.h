@@ -2,8 +2,13 @@
 // long it took and how it ended. The environment variable QV_COMMAND_LOG names the file (unset: no
 // log); lines are appended to it:
 //     > COMMAND           the command is about to start; "\" and line ends in it are written \\ and \n
-//     < SECONDS STATUS    it has ended: its wait status, -1 if it could not be started
+//     < SECONDS STATUS [REASON [PID]]
+//                         it has ended: its wait status, -1 if it could not be started; why it was
+//                         stopped ("time", "silence", "deadline"), and which process could not be
+//                         ended and was left behind
 #pragma once
+
+#include <sys/types.h>
 
 #include <chrono>
 #include <string>
@@ -13,7 +18,7 @@ namespace marlox::repository::capture {
 class LoggedCommand {
 public:
     explicit LoggedCommand(const std::string& command);
-    void ended(int status) const;
+    void ended(int status, const char* reason = nullptr, pid_t left = 0) const;
 
 private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

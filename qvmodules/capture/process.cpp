@@ -8,12 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
-#include <cstdlib>
-#include <string_view>
 #include <thread>
 
 #include "capture/command_log.h"
@@ -23,46 +19,18 @@ namespace marlox::repository::capture {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Deadline = std::optional<Clock::time_point>;
 using std::chrono::milliseconds;
 
 // A process that is still there this long after SIGKILL hangs inside the kernel; it is left behind.
 constexpr auto kDyingTime = std::chrono::seconds(5);
 
-std::optional<std::chrono::seconds> seconds_from(const char* variable) {
-    const char* value = std::getenv(variable);
-    if (!value) return std::nullopt;
-    const std::string_view text = value;
-    int seconds = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    if (error != std::errc() || end != text.data() + text.size() || seconds <= 0)
-        return std::nullopt;
-    return std::chrono::seconds(seconds);
-}
-
-Deadline deadline_for(Patience patience) {
-    auto limit = seconds_from("QV_TOOL_TIMEOUT");
-    if (patience == Patience::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
-        limit = seconds_from("QV_ARCHIVE_TIMEOUT");
-    if (!limit) return std::nullopt;
-    return Clock::now() + *limit;
-}
-
-// What poll() takes: -1 without a deadline, else what is left, rounded up.
-int time_left(const Deadline& deadline) {
-    if (!deadline) return -1;
-    const auto left = std::chrono::ceil<milliseconds>(*deadline - Clock::now());
-    return static_cast<int>(std::clamp<milliseconds::rep>(left.count(), 0, 1'000'000'000));
-}
-
-// Waits until `fd` has something to say. False: the deadline passed first.
-bool wait_readable(int fd, const Deadline& deadline) {
+// Waits until `fd` has something to say. Otherwise why it was not waited for any longer.
+const char* wait_readable(int fd, Limits& limits, pid_t group) {
     for (;;) {
         pollfd waiting{fd, POLLIN, 0};
-        const int n = ::poll(&waiting, 1, time_left(deadline));
-        if (n > 0) return true;
-        if (n == 0) return false;
-        if (errno != EINTR) return true;
+        const int n = ::poll(&waiting, 1, limits.interval());
+        if (n > 0 || (n < 0 && errno != EINTR)) return nullptr;
+        if (const char* reason = limits.exceeded(group)) return reason;
     }
 }
 
@@ -76,29 +44,49 @@ std::optional<int> try_reap(pid_t pid, int flags) {
     }
 }
 
-// The wait status, or nothing when the deadline passed first.
-std::optional<int> reap(pid_t pid, const Deadline& deadline) {
-    if (!deadline) return try_reap(pid, 0);
+struct End {
+    int status = 0;
+    const char* reason = nullptr;  // why it was stopped; null: it ended by itself
+    pid_t left = 0;                // the process that could not be ended
+};
 
+// Waits for the end of a command that has limits.
+End reap_within(pid_t pid, Limits& limits) {
     // glibc 2.36 declares pidfd_open() without C linkage.
     const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (handle >= 0) {
-        const bool ended = wait_readable(handle, deadline);
+        const char* reason = wait_readable(handle, limits, pid);
         ::close(handle);
-        return try_reap(pid, ended ? 0 : WNOHANG);
+        if (reason) return {0, reason};
+        return {try_reap(pid, 0).value_or(-1)};
     }
     // A kernel without process handles, or no descriptor left.
     for (;;) {
-        if (auto status = try_reap(pid, WNOHANG)) return status;
-        if (time_left(deadline) == 0) return std::nullopt;
+        if (const auto status = try_reap(pid, WNOHANG)) return {*status};
+        if (const char* reason = limits.exceeded(pid)) return {0, reason};
         std::this_thread::sleep_for(milliseconds(10));
     }
 }
 
-int reap_or_kill(pid_t pid, const Deadline& deadline) {
-    if (auto status = reap(pid, deadline)) return *status;
+std::optional<int> reap_dying(pid_t pid) {
+    const auto end = Clock::now() + kDyingTime;
+    for (;;) {
+        if (auto status = try_reap(pid, WNOHANG)) return status;
+        if (Clock::now() >= end) return std::nullopt;
+        std::this_thread::sleep_for(milliseconds(5));
+    }
+}
+
+End kill_group(pid_t pid, const char* reason) {
     ::kill(-pid, SIGKILL);
-    return reap(pid, Clock::now() + kDyingTime).value_or(SIGKILL);
+    if (const auto status = reap_dying(pid)) return {*status, reason};
+    return {SIGKILL, reason, pid};
+}
+
+End reap(pid_t pid, Limits& limits) {
+    if (!limits.any()) return {try_reap(pid, 0).value_or(-1)};
+    const auto end = reap_within(pid, limits);
+    return end.reason ? kill_group(pid, end.reason) : end;
 }
 
 // What the started shell is given beyond the command.
@@ -197,32 +185,42 @@ bool out_of_resources(int error) {
 }  // namespace
 
 int run(const std::string& command, Patience patience) {
+    const LoggedCommand logged(command);
+    Limits limits(patience);
+    if (const char* reason = limits.exceeded(0)) {
+        logged.ended(SIGKILL, reason);
+        return SIGKILL;
+    }
     const SignalsAside aside;
-    const Deadline deadline = deadline_for(patience);
-
     SpawnSettings settings;
     settings.signals(aside.mask_before(), aside.handled_before());
-    if (deadline) settings.own_process_group();
+    if (limits.any()) settings.own_process_group();
 
-    const LoggedCommand logged(command);
     const pid_t pid = settings.start(command);
-    const int status = pid >= 0                 ? reap_or_kill(pid, deadline)
-                       : out_of_resources(-pid) ? -1
-                                                : kShellNotFound;
-    logged.ended(status);
-    return status;
+    const auto end = pid >= 0                 ? reap(pid, limits)
+                     : out_of_resources(-pid) ? End{-1}
+                                              : End{kShellNotFound};
+    logged.ended(end.status, end.reason, end.left);
+    return end.status;
 }
 
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
+    const LoggedCommand logged(command);
+    Limits limits(Patience::tool);
+    if (const char* reason = limits.exceeded(0)) {
+        logged.ended(SIGKILL, reason);
+        return std::nullopt;
+    }
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        logged.ended(-1);
+        return std::nullopt;
+    }
     const auto [reading, writing] = ends;
-    const Deadline deadline = deadline_for(Patience::tool);
 
     SpawnSettings settings;
     settings.standard_output(writing);
-    if (deadline) settings.own_process_group();
-    const LoggedCommand logged(command);
+    if (limits.any()) settings.own_process_group();
     const pid_t pid = settings.start(command);
     ::close(writing);
     if (pid < 0) {
@@ -233,14 +231,16 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
 
     std::string text(most, '\0');
     std::size_t size = 0;
-    while (size < most && wait_readable(reading, deadline)) {
+    const char* reason = nullptr;
+    while (size < most && !(reason = wait_readable(reading, limits, pid))) {
         const ssize_t n = ::read(reading, text.data() + size, most - size);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) break;
         size += static_cast<std::size_t>(n);
     }
     ::close(reading);
-    logged.ended(reap_or_kill(pid, deadline));
+    const auto end = reason ? kill_group(pid, reason) : reap(pid, limits);
+    logged.ended(end.status, end.reason, end.left);
     text.resize(size);
     return text;
 }

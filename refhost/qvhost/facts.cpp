@@ -203,7 +203,8 @@ std::vector<Fact> machine_facts(const Store& store, const LogDir& dir) {
         const auto product = joined(*system, {"Product Name"});
         // Some makers put their name into the product's as well.
         add("Product",
-            product.starts_with(maker) ? product : joined(*system, {"Manufacturer", "Product Name"}),
+            product.starts_with(maker) ? product
+                                       : joined(*system, {"Manufacturer", "Product Name"}),
             "dmidecode.log");
         add("Serial number", joined(*system, {"Serial Number"}), "dmidecode.log");
     }

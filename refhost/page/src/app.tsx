@@ -1,7 +1,7 @@
 // The frame: what the report is about, where one is in it, and the way to everything else.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
 import {CapturesView, CaptureView} from "./captures";
-import type {Overview, Table} from "./data";
+import type {Overview} from "./data";
 import {OverviewView} from "./overview";
 import {pictures} from "./pictures";
 import {PrintView} from "./print";
@@ -22,8 +22,8 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const [menu, setMenu] = useState(false);
   const main = useRef<HTMLElement>(null);
   const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
-  const tables = useMemo(() => new Map(overview.modules.flatMap(
-    module => module.tables.map(table => [table.id, {table, module}] as const))), [overview]);
+  const all = useMemo(() => overview.modules.flatMap(module => module.tables.map(table => ({table, module}))), [overview]);
+  const tables = useMemo(() => new Map(all.map(({table}) => [table.id, table])), [all]);
   const drawn = useMemo(() => pictures.filter(picture => picture.has(tables)), [tables]);
 
   useEffect(() => {
@@ -49,7 +49,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
       </a>
     </li>
   );
-  const found = tables.get(route.name);
+  const found = all.find(({table}) => table.id === route.name);
 
   return (
     <>
@@ -94,28 +94,24 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
           ))}
         </nav>
         <main ref={main} tabIndex={-1}>
-          {route.view === "overview" && <OverviewView overview={overview} tables={asTables(tables)} />}
+          {route.view === "overview" && <OverviewView overview={overview} tables={tables} />}
           {route.view === "table" && (found
             ? <TableView key={`${route.name}/${route.search}`} table={found.table} title={visible(found.module.display)} row={route.row}
                          search={route.search} captures={captures} nonce={nonce} />
             : <p class="empty">There is no table {visible(route.name)}.</p>)}
           {drawn.filter(picture => picture.view === route.view).map(picture => (
-            <picture.Picture key={picture.view} tables={asTables(tables)} />
+            <picture.Picture key={picture.view} tables={tables} />
           ))}
           {route.view === "captures" && <CapturesView overview={overview} />}
           {route.view === "capture" && (captures.has(route.name)
             ? <CaptureView key={route.name} capture={captures.get(route.name)!} overview={overview} />
             : <p class="empty">There is no capture {visible(route.name)}.</p>)}
           {route.view === "search" && <SearchView overview={overview} text={route.name} />}
-          {route.view === "print" && <PrintView overview={overview} />}
+          {route.view === "print" && <PrintView overview={overview} tables={tables} />}
         </main>
       </div>
     </>
   );
-}
-
-function asTables(tables: Map<string, {table: Table}>): Map<string, Table> {
-  return new Map([...tables].map(([id, {table}]) => [id, table]));
 }
 
 function titleOf(route: Route): string {

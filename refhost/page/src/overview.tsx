@@ -1,15 +1,11 @@
 // The first view: which machine, what was collected, what wants a look, what is missing and why.
-import {useEffect, useState} from "preact/hooks";
-import {attention, type Attention} from "./attention";
+import {Concerns} from "./concerns";
 import type {Overview, Table} from "./data";
 import {tableHash, viewHash} from "./route";
 import {serverName} from "./app";
 import {count, seconds, visible} from "./text";
 
 export function OverviewView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
-  const [found, setFound] = useState<Attention | null>(null);
-  useEffect(() => void attention(tables).then(setFound), [tables]);
-
   const {meta} = overview;
   const status = meta["status"] ?? "";
   const all = overview.modules.flatMap(module => module.tables);
@@ -48,22 +44,7 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
       )}
       <section aria-labelledby="look">
         <h2 id="look">Worth a look</h2>
-        {found === null
-          ? <p>Reading the tables ...</p>
-          : found.concerns.length === 0
-            ? <p class={found.looked.length > 0 ? "fine" : "empty"}>
-                {found.looked.length > 0 ? `Nothing in ${found.looked.join(", ")}.` : "No sensors, drives or arrays were collected."}
-              </p>
-            : (
-              <ul class="concerns">
-                {found.concerns.map((concern, at) => (
-                  <li key={at} class={concern.level}>
-                    <a href={tableHash(concern.table, concern.row)}><bdi>{concern.what}</bdi></a>
-                    {" "}<bdi>{concern.says}</bdi>
-                  </li>
-                ))}
-              </ul>
-            )}
+        <Concerns tables={tables} />
         {failed > 0 && (
           <p>{count(failed, "command")} of {overview.commands.length} did not end well: <a href="#/captures">see the captures</a>.</p>
         )}

@@ -1,15 +1,16 @@
 // The whole report as one document, for paper or a PDF.
+import {render} from "preact";
 import {useEffect, useRef, useState} from "preact/hooks";
 import {serverName} from "./app";
-import {loadRows, type Overview} from "./data";
+import {Concerns} from "./concerns";
+import {loadRows, type Overview, type Table} from "./data";
 import {plainTable} from "./plain_table";
 import {Sheet} from "./sheet";
 import {count, visible} from "./text";
-import {render} from "preact";
 
 const ROWS_EACH = 200;
 
-export function PrintView({overview}: {overview: Overview}) {
+export function PrintView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
   const [state, setState] = useState("Putting the tables together ...");
   const paper = useRef<HTMLDivElement>(null);
   useEffect(() => {
@@ -54,6 +55,8 @@ export function PrintView({overview}: {overview: Overview}) {
           <div key={fact.label}><dt>{fact.label}</dt><dd><bdi>{visible(fact.value)}</bdi></dd></div>
         ))}
       </dl>
+      <h2>Worth a look</h2>
+      <Concerns tables={tables} />
       <div class="whole" ref={paper} />
     </>
   );

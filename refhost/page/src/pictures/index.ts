@@ -9,12 +9,12 @@ import {SensorsPicture} from "./sensors";
 interface Picture {
   view: Route["view"];
   title: string;
-  has: (tables: Map<string, {table: Table}>) => boolean;
+  has: (tables: Map<string, Table>) => boolean;
   Picture: FunctionComponent<{tables: Map<string, Table>}>;
 }
 
-const any = (...ids: string[]) => (tables: Map<string, {table: Table}>) =>
-  ids.some(id => (tables.get(id)?.table.records ?? 0) > 0);
+const any = (...ids: string[]) => (tables: Map<string, Table>) =>
+  ids.some(id => (tables.get(id)?.records ?? 0) > 0);
 
 export const pictures: Picture[] = [
   {view: "sensors", title: "Sensors",           has: any("SENSORINFO"),               Picture: SensorsPicture},

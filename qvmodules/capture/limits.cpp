@@ -1,0 +1,113 @@
+#include "capture/limits.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace marlox::repository::capture {
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+std::optional<seconds> seconds_from(const char* variable) {
+    const char* value = std::getenv(variable);
+    if (!value) return std::nullopt;
+    const std::string_view text = value;
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number <= 0)
+        return std::nullopt;
+    return seconds(number);
+}
+
+// proc(5), stat: "PID (NAME) STATE PPID PGRP ..."; the name may hold anything.
+bool is_member(const fs::path& process, pid_t group) {
+    std::ifstream file(process / "stat");
+    std::string text;
+    std::getline(file, text, '\0');
+    const auto name_end = text.rfind(')');
+    int found = 0;
+    return name_end != std::string::npos &&
+           std::sscanf(text.c_str() + name_end + 1, " %*c %*d %d", &found) == 1 && found == group;
+}
+
+// proc(5), io: "wchar: N" counts the bytes of all write() calls, also into pipes.
+std::optional<std::uint64_t> written_by(const fs::path& process) {
+    std::ifstream file(process / "io");
+    for (std::string line; std::getline(file, line);) {
+        unsigned long long bytes = 0;
+        if (std::sscanf(line.c_str(), "wchar: %llu", &bytes) == 1) return bytes;
+    }
+    return std::nullopt;
+}
+
+// Bytes that the group's processes have written; nothing if the system does not tell. A process that
+// comes or goes changes the sum as well: something happens.
+std::optional<std::uint64_t> written_by_group(pid_t group) {
+    std::uint64_t sum = 0;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator("/proc", error)) {
+        const auto name = entry.path().filename().string();
+        if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+        if (!is_member(entry.path(), group)) continue;
+        const auto bytes = written_by(entry.path());
+        if (!bytes) return std::nullopt;
+        sum += *bytes + 1;
+    }
+    if (error || sum == 0) return std::nullopt;
+    return sum;
+}
+
+}  // namespace
+
+Limits::Limits(Patience patience) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
+    auto limit = seconds_from("QV_TOOL_TIMEOUT");
+    if (patience == Patience::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
+        limit = seconds_from("QV_ARCHIVE_TIMEOUT");
+    if (limit) time_ = Clock::now() + *limit;
+    if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
+}
+
+const char* Limits::exceeded(pid_t group) {
+    const auto now = Clock::now();
+    if (deadline_ && now >= *deadline_) return kDeadline;
+    if (time_ && now >= *time_) return kOutOfTime;
+    if (silence_ && group > 0 && is_silent(group)) return kSilent;
+    return nullptr;
+}
+
+bool Limits::is_silent(pid_t group) {
+    const auto now = Clock::now();
+    const auto written = written_by_group(group);
+    if (!written || *written != written_) {
+        written_ = written.value_or(0);
+        heard_ = now;
+    }
+    return now - heard_ >= *silence_;
+}
+
+int Limits::interval() const {
+    constexpr milliseconds kNone = std::chrono::hours(24 * 10);
+    auto left = kNone;
+    const auto until = [&](Clock::time_point end) {
+        left = std::min(left, std::chrono::ceil<milliseconds>(end - Clock::now()));
+    };
+    if (time_) until(*time_);
+    if (deadline_) until(*deadline_);
+    if (silence_)
+        left = std::min(
+            left, std::clamp(milliseconds(*silence_) / 10, milliseconds(100), milliseconds(5000)));
+    if (left == kNone) return -1;
+    return static_cast<int>(std::max(left, milliseconds(0)).count());
+}
+
+}  // namespace marlox::repository::capture
