@@ -1,6 +1,6 @@
 #include "rinstance.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "repository/sink.h"
 
@@ -8,16 +8,21 @@ namespace marlox::repository {
 
 struct RInstance::Impl {
     qvhost::Record record;
+    std::size_t expected = 0;  // the property that is likely to be set next
 
-    void set(const std::string& id, const std::string& display,
-             std::variant<std::string, int> value) {
-        for (auto& property : record.properties) {
-            if (property.id != id) continue;
-            property.display = display;
-            property.value = std::move(value);
-            return;
-        }
-        record.properties.push_back({id, display, std::move(value)});
+    // The property of that id, a new one if there is none. Rows set the same properties in the same
+    // order over and over, so the one behind the last is looked at first.
+    qvhost::Property& property(const std::string& id) {
+        auto& properties = record.properties;
+        if (expected >= properties.size()) expected = 0;
+        if (expected < properties.size() && properties[expected].id == id)
+            return properties[expected++];
+
+        const auto known = std::find_if(properties.begin(), properties.end(),
+                                        [&](const auto& property) { return property.id == id; });
+        expected = static_cast<std::size_t>(known - properties.begin()) + 1;
+        if (known != properties.end()) return *known;
+        return properties.emplace_back(qvhost::Property{id, {}, {}});
     }
 };
 
@@ -30,11 +35,20 @@ RInstance::~RInstance() { delete impl_; }
 
 void RInstance::AddProperty(const std::string& id, const std::string& display,
                             const std::string& value) {
-    impl_->set(id, display, value);
+    auto& property = impl_->property(id);
+    property.display = display;
+    // In place: the text before it was as long, more or less.
+    if (auto* text = std::get_if<std::string>(&property.value)) {
+        *text = value;
+    } else {
+        property.value = value;
+    }
 }
 
 void RInstance::AddProperty(const std::string& id, const std::string& display, int value) {
-    impl_->set(id, display, value);
+    auto& property = impl_->property(id);
+    property.display = display;
+    property.value = value;
 }
 
 void RInstance::AddToRepository(RRepository& repository) const {
