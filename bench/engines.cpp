@@ -47,14 +47,10 @@ void floor(benchmark::State& state, const std::string& file) {
 void parse_and_file(benchmark::State& state, const bench::Kind& kind,
                     const std::string& directory) {
     bench::read_captures_in(directory);
-    bench::Counter counter;
-    for (auto _ : state) {
-        counter = {};
-        marlox::repository::RRepository repository(counter);
-        kind.parse(repository);
-    }
-    if (counter.records == 0) state.SkipWithError("no records");
-    state.counters["records"] = static_cast<double>(counter.records);
+    bench::Count counted;
+    for (auto _ : state) counted = bench::count(kind);
+    if (counted.records == 0) state.SkipWithError("no records");
+    state.counters["records"] = static_cast<double>(counted.records);
 }
 
 }  // namespace

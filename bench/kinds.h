@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "repository/sink.h"
 #include "rrepository.h"
 
 namespace bench {
@@ -22,15 +21,13 @@ std::span<const Kind> kinds();
 // Parsers find their captures in this directory from now on.
 void read_captures_in(const std::string& directory);
 
-// A repository that only counts.
-struct Counter : marlox::repository::RRepository::Impl {
+struct Count {
     std::uint64_t records = 0;
     std::uint64_t properties = 0;
-
-    void add(const qvhost::Record& record) override {
-        ++records;
-        properties += record.properties.size();
-    }
 };
+
+// Reads the capture and files its records, in a host that only counts them (counting_host.cpp) or in
+// ours, which makes and keeps each record (our_host.cpp).
+Count count(const Kind& kind);
 
 }  // namespace bench

@@ -12,6 +12,7 @@
 #include "journal/journal.h"
 #include "kinds.h"
 #include "report/report_json.h"
+#include "repository/sink.h"
 #include "store/store.h"
 
 namespace {
@@ -28,11 +29,9 @@ const Kind& kind_named(const std::string& name) {
 
 // From capture to records.
 void parse(const Kind& kind) {
-    bench::Counter counter;
-    RRepository repository(counter);
-    kind.parse(repository);
-    std::printf("%llu %llu\n", static_cast<unsigned long long>(counter.records),
-                static_cast<unsigned long long>(counter.properties));
+    const auto counted = bench::count(kind);
+    std::printf("%llu %llu\n", static_cast<unsigned long long>(counted.records),
+                static_cast<unsigned long long>(counted.properties));
 }
 
 struct JournalSink : RRepository::Impl {

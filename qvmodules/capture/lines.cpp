@@ -7,8 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "capture/text.h"
-
 namespace marlox::repository::capture {
 
 namespace {
@@ -26,6 +24,8 @@ std::size_t read_some(int fd, char* to, std::size_t size) {
     }
 }
 
+bool contains_nul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
+
 }  // namespace
 
 std::optional<Lines> Lines::open(const std::string& path) {
@@ -34,7 +34,8 @@ std::optional<Lines> Lines::open(const std::string& path) {
     return Lines(fd);
 }
 
-Lines::Lines(std::string_view text) : text_(text), unread_(text), at_end_(true) {}
+Lines::Lines(std::string_view text)
+    : text_(text), unread_(text), has_nul_(contains_nul(text)), at_end_(true) {}
 
 Lines::Lines(int fd) : fd_(fd), buffer_(kBlock) {}
 
@@ -43,25 +44,11 @@ Lines::Lines(Lines&& other) noexcept
       buffer_(std::move(other.buffer_)),
       text_(other.text_),
       unread_(other.unread_),
+      has_nul_(other.has_nul_),
       at_end_(other.at_end_) {}
 
 Lines::~Lines() {
     if (fd_ >= 0) ::close(fd_);
-}
-
-std::optional<std::string_view> Lines::next() {
-    auto window = unread_.substr(0, kLongest);
-    auto end = window.find('\n');
-    if (end == std::string_view::npos && window.size() < kLongest && !at_end_) {
-        refill();
-        window = unread_.substr(0, kLongest);
-        end = window.find('\n');
-    }
-    if (window.empty()) return std::nullopt;
-
-    const auto line = end == std::string_view::npos ? window : window.substr(0, end + 1);
-    unread_.remove_prefix(line.size());
-    return c_text(line);
 }
 
 void Lines::rewind() {
@@ -86,6 +73,7 @@ void Lines::refill() {
         filled += n;
     }
     unread_ = {buffer_.data(), filled};
+    has_nul_ = contains_nul(unread_);
 }
 
 std::optional<std::string> read_bytes(const std::string& path) {

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "capture/text.h"
+
 namespace marlox::repository::capture {
 
 // The lines of a capture as a 512-byte line buffer sees them: a line keeps its line end; one that is
@@ -28,19 +30,32 @@ public:
 
     // The next line, or nothing at the end (also where the file cannot be read further). The view
     // holds until the next call.
-    std::optional<std::string_view> next();
+    std::optional<std::string_view> next() {
+        auto end = line_end();
+        if (end == std::string_view::npos && unread_.size() < kLongest && !at_end_) {
+            refill();
+            end = line_end();
+        }
+        if (unread_.empty()) return std::nullopt;
+
+        const auto line = unread_.substr(0, end == std::string_view::npos ? kLongest : end + 1);
+        unread_.remove_prefix(line.size());
+        return has_nul_ ? c_text(line) : line;
+    }
 
     // Starts again at the first line.
     void rewind();
 
 private:
     explicit Lines(int fd);
+    std::size_t line_end() const { return unread_.substr(0, kLongest).find('\n'); }
     void refill();
 
     int fd_ = -1;               // -1: all of the text is in `unread_` from the start
     std::vector<char> buffer_;  // of the file
     std::string_view text_;     // the text to rewind to, if there is no file
     std::string_view unread_;
+    bool has_nul_ = false;  // `unread_` has one somewhere
     bool at_end_ = false;
 };
 

@@ -12,12 +12,15 @@ namespace marlox::repository::capture {
 struct LineProperty {
     std::string_view id;
     std::string_view display;
+
+    PropertyName name() const { return {std::string(id), std::string(display)}; }
 };
 
 // Lines as they were read, blank ones included, each with its line end.
 inline void read_lines(Lines& lines, const LineProperty& property, Record record) {
+    const auto name = property.name();
     while (const auto line = lines.next()) {
-        record.set(property.id, property.display, *line);
+        record.set(name, *line);
         record.add();
     }
 }
@@ -27,9 +30,10 @@ template <class Note>
 void read_split_lines(std::string_view text, const LineProperty& property, Record record,
                       Note note) {
     Tokens lines(text, "\n\r");
+    const auto name = property.name();
     while (const auto line = lines.next()) {
         note(*line);
-        record.set(property.id, property.display, *line);
+        record.set(name, *line);
         record.add();
     }
 }

@@ -1,6 +1,5 @@
 #include "capture/text.h"
 
-#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -14,14 +13,6 @@ std::string_view first_line(std::string_view text, std::size_t most) {
     return c_text(line.substr(0, most));
 }
 
-std::string_view rest(std::string_view line, std::size_t at) {
-    return line.substr(std::min(at, line.size()));
-}
-
-bool contains(std::string_view text, std::string_view part) {
-    return text.find(part) != std::string_view::npos;
-}
-
 int leading_int(std::string_view text) {
     text = rest(text, text.find_first_not_of(" \t\n\v\f\r"));
     const bool plus = text.starts_with('+');
@@ -33,16 +24,6 @@ int leading_int(std::string_view text) {
     if (result.ec != std::errc::result_out_of_range) return value;
     return text.starts_with('-') ? std::numeric_limits<int>::min()
                                  : std::numeric_limits<int>::max();
-}
-
-std::optional<std::string_view> Tokens::next() {
-    const auto begin = rest_.find_first_not_of(delimiters_);
-    if (begin == std::string_view::npos) return std::nullopt;
-    rest_.remove_prefix(begin);
-
-    const auto token = rest_.substr(0, rest_.find_first_of(delimiters_));
-    rest_.remove_prefix(token.size());
-    return token;
 }
 
 }  // namespace marlox::repository::capture

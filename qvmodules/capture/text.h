@@ -1,6 +1,9 @@
 // Cutting the text of a capture. Everything here is a view into the text it was given.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -13,9 +16,13 @@ std::string_view c_text(std::string_view bytes);
 std::string_view first_line(std::string_view text, std::size_t most);
 
 // What stands at `at` and behind; empty where the line ends before.
-std::string_view rest(std::string_view line, std::size_t at);
+inline std::string_view rest(std::string_view line, std::size_t at) {
+    return line.substr(std::min(at, line.size()));
+}
 
-bool contains(std::string_view text, std::string_view part);
+inline bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
 
 // The decimal integer that `text` begins with, blanks and a sign before it allowed (scanf's "%d");
 // 0 if there is none, the nearest int if it is too large.
@@ -26,13 +33,25 @@ int leading_int(std::string_view text);
 class Tokens {
 public:
     Tokens(std::string_view text, std::string_view delimiters)
-        : rest_(text), delimiters_(delimiters) {}
+        : at_(text.data()), end_(text.data() + text.size()) {
+        for (const char c : delimiters) delimits_[static_cast<unsigned char>(c)] = true;
+    }
 
-    std::optional<std::string_view> next();
+    std::optional<std::string_view> next() {
+        while (at_ != end_ && delimits(*at_)) ++at_;
+        if (at_ == end_) return std::nullopt;
+
+        const char* const begin = at_;
+        while (at_ != end_ && !delimits(*at_)) ++at_;
+        return std::string_view(begin, static_cast<std::size_t>(at_ - begin));
+    }
 
 private:
-    std::string_view rest_;
-    std::string_view delimiters_;
+    bool delimits(char c) const { return delimits_[static_cast<unsigned char>(c)]; }
+
+    const char* at_;
+    const char* end_;
+    std::array<bool, 256> delimits_ = {};
 };
 
 }  // namespace marlox::repository::capture

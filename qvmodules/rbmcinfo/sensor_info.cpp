@@ -39,12 +39,13 @@ constexpr std::array<Column, 10> kColumns = {
 // Fields are counted over the whole text, not line by line: a line with fewer or more than ten
 // shifts those behind it. What the last row lacks is empty.
 void file_sensors(std::string_view text, RRepository& repo) {
+    const auto names = capture::names_of(kColumns);
+    capture::Record sensor(repo, RBMCInfo::SENSORINFO, "Sensor Status");
     capture::Tokens fields(text, "|\n\r");
     while (auto field = fields.next()) {
-        capture::Record sensor(repo, RBMCInfo::SENSORINFO, "Sensor Status");
-        for (const Column& column : kColumns) {
-            sensor.set(column.id, column.display, field.value_or(std::string_view()));
-            if (&column != &kColumns.back()) field = fields.next();
+        for (const auto& name : names) {
+            sensor.set(name, field.value_or(std::string_view()));
+            if (&name != &names.back()) field = fields.next();
         }
         sensor.add();
     }

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "capture/keys.h"
 #include "capture/lines.h"
@@ -39,10 +40,9 @@ using sample2::unit;
 //     Device ID: 13
 //     ...
 // and a summary that begins with "Controller = 0". One blank behind each colon is no value.
-constexpr Key kSequence{"seqNum:", "seqNum", "seqNum", Skip{1}};
-
 // An event from before the clock was set carries the seconds since then in place of the time.
-constexpr auto kDetails = std::to_array<Key>({
+constexpr auto kEvent = std::to_array<Key>({
+    {"seqNum:",                    "seqNum",           "seqNum",            Skip{1}},
     {"Seconds since last reboot:", "Time",             "Time",              Skip{1}},
     {"Time:",                      "Time",             "Time",              Skip{1}},
     {"Code:",                      "Code",             "Code",              Skip{1}},
@@ -50,7 +50,9 @@ constexpr auto kDetails = std::to_array<Key>({
     {"Locale:",                    "Locale",           "Locale",            Skip{1}},
     {"Event Description:",         "EventDescription", "Event Description", Skip{1}},
 });
-static_assert(capture::well_formed(kDetails, "EventDescription"));
+static_assert(capture::well_formed(kEvent, "EventDescription") && capture::end_alike(kEvent));
+
+constexpr std::size_t kSequence = 0;  // the row that begins an event
 
 // The text below "Event Data:", which lives in the two globals. What does not fit is cut.
 class EventData {
@@ -81,7 +83,7 @@ private:
     static constexpr std::size_t kMost = sizeof total_buff - 1;
 
     void clear() {
-        std::memset(total_buff, 0, sizeof total_buff);
+        std::memset(total_buff, 0, size_);
         size_ = 0;
     }
 
@@ -128,15 +130,19 @@ public:
 
     void read(std::string_view line) {
         ++lines_;
-        if (count_ != 0 && contains(line, "Controller =")) {
+        const bool has_equals = contains(line, "=");  // most lines have none
+        if (count_ != 0 && has_equals && contains(line, "Controller =")) {
             finish();
-        } else if (const auto sequence = capture::find_key({&kSequence, 1}, line)) {
-            begin(capture::value_behind(*sequence, line));
-        } else if (const auto detail = capture::find_key(kDetails, line)) {
-            page().set(detail->key->id, detail->key->display, capture::value_behind(*detail, line));
+        } else if (const auto hit = capture::find_key_alike(kEvent, line)) {
+            const auto value = capture::value_behind(*hit, line);
+            if (hit->row == kSequence) {
+                begin(value);
+            } else {
+                page().set(names_[hit->row], value);
+            }
         } else if (contains(line, "Event Data:")) {
             // the heading of the text that follows
-        } else if (contains(line, "=======")) {
+        } else if (has_equals && contains(line, "=======")) {
             data_.start_anew();
         } else {
             data_.add(line);
@@ -151,7 +157,7 @@ private:
     Record& page() { return pages_.of(count_); }
 
     void finish() {
-        page().set("EventData", "Event Data", data_.text());
+        page().set(data_name_, data_.text());
         page().add();
     }
 
@@ -160,11 +166,13 @@ private:
     void begin(std::string_view sequence) {
         Record& page_before = page();
         if (&page_before != &pages_.of(0) || lines_ > kHeadLines) finish();
-        page_before.set(kSequence.id, kSequence.display, sequence);
+        page_before.set(names_[kSequence], sequence);
         ++count_;
-        if (&page() != &page_before) page().set(kSequence.id, kSequence.display, sequence);
+        if (&page() != &page_before) page().set(names_[kSequence], sequence);
     }
 
+    const std::vector<capture::PropertyName> names_ = capture::names_of(kEvent);
+    const capture::PropertyName data_name_{"EventData", "Event Data"};
     Pages pages_;
     EventData data_;
     long lines_ = 0;
