@@ -130,6 +130,8 @@ public:
 
     void read(std::string_view line) {
         ++lines_;
+        if (line.size() == 1) return data_.add(line);  // every fourth line is blank, and no more
+
         const bool has_equals = contains(line, "=");  // most lines have none
         if (count_ != 0 && has_equals && contains(line, "Controller =")) {
             finish();
