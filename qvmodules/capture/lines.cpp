@@ -1,6 +1,7 @@
 #include "capture/lines.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -81,6 +82,8 @@ std::optional<std::string> read_bytes(const std::string& path) {
     if (fd < 0) return std::nullopt;
 
     std::string bytes;
+    struct stat file = {};
+    if (::fstat(fd, &file) == 0) bytes.reserve(static_cast<std::size_t>(file.st_size) + kBlock);
     for (;;) {
         const auto size = bytes.size();
         bytes.resize(size + kBlock);
