@@ -11,6 +11,9 @@ namespace qvhost::journal {
 namespace {
 
 // The kinds are the places of the alternatives in the variants.
+constexpr std::uint8_t kRecord = 2;
+static_assert(std::is_same_v<std::variant_alternative_t<kRecord, JournalEntry>, Record>);
+
 template <class T>
 void put_number(T number, std::string& bytes) {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -95,7 +98,7 @@ public:
         return value;
     }
 
-    std::string text() { return std::string(take(number<std::uint32_t>())); }
+    std::string_view text() { return take(number<std::uint32_t>()); }
 
     // A count of fields of at least `least` bytes each, which must have room in what is left.
     std::size_t count(std::size_t least) {
@@ -151,9 +154,16 @@ Layout get_layout(Fields& fields) {
     }
 }
 
-Record get_record(Fields& fields) {
+void set_text(std::variant<std::string, int>& value, std::string_view text) {
+    if (auto* before = std::get_if<std::string>(&value)) {
+        *before = text;
+    } else {
+        value = std::string(text);
+    }
+}
+
+void get_record(Fields& fields, Record& record) {
     constexpr std::size_t kLeastProperty = 2 * sizeof(std::uint32_t) + 1 + sizeof(int);
-    Record record;
     record.table = fields.text();
     record.name = fields.text();
     record.index = fields.number<int>();
@@ -162,59 +172,74 @@ Record get_record(Fields& fields) {
         property.id = fields.text();
         property.display = fields.text();
         switch (fields.number<std::uint8_t>()) {
-            case 0: property.value = fields.text(); break;
+            case 0: set_text(property.value, fields.text()); break;
             case 1: property.value = fields.number<int>(); break;
             default: Fields::damaged();
         }
     }
-    return record;
 }
 
-JournalEntry get_entry(Fields& fields) {
+void get_entry(Fields& fields, JournalEntry& entry) {
     switch (fields.number<std::uint8_t>()) {
         case 0: {
-            ModuleEntry entry;
-            entry.name = fields.text();
-            entry.display = fields.text();
-            entry.tables = get_texts(fields);
-            return entry;
+            ModuleEntry module;
+            module.name = fields.text();
+            module.display = fields.text();
+            module.tables = get_texts(fields);
+            entry = std::move(module);
+            break;
         }
         case 1: {
-            TableStartEntry entry;
-            entry.module = fields.text();
-            entry.table = fields.text();
-            return entry;
+            TableStartEntry start;
+            start.module = fields.text();
+            start.table = fields.text();
+            entry = std::move(start);
+            break;
         }
-        case 2: return get_record(fields);
+        case kRecord:
+            if (!std::holds_alternative<Record>(entry)) entry = Record();
+            get_record(fields, std::get<Record>(entry));
+            break;
         case 3: {
-            TableEndEntry entry;
-            entry.module = fields.text();
-            entry.table = fields.text();
-            entry.layout = get_layout(fields);
-            entry.error = fields.text();
-            return entry;
+            TableEndEntry end;
+            end.module = fields.text();
+            end.table = fields.text();
+            end.layout = get_layout(fields);
+            end.error = fields.text();
+            entry = std::move(end);
+            break;
         }
-        case 4: return EndEntry{fields.text()};
+        case 4: entry = EndEntry{std::string(fields.text())}; break;
         default: Fields::damaged();
     }
+}
+
+// Appends what `put_fields` puts, with the head that tells its length and kind.
+template <class PutFields>
+void encode(std::size_t kind, std::string& bytes, PutFields put_fields) {
+    const auto start = bytes.size();
+    put_number(std::uint32_t{0}, bytes);
+    put_number(static_cast<std::uint8_t>(kind), bytes);
+    put_fields();
+    const auto size = size_of(bytes.size() - start - kHeadSize);
+    std::memcpy(bytes.data() + start, &size, sizeof size);
 }
 
 }  // namespace
 
 void encode(const JournalEntry& entry, std::string& bytes) {
-    const auto start = bytes.size();
-    put_number(std::uint32_t{0}, bytes);
-    put_number(static_cast<std::uint8_t>(entry.index()), bytes);
-    std::visit([&](const auto& fields) { put(fields, bytes); }, entry);
-    const auto size = size_of(bytes.size() - start - kHeadSize);
-    std::memcpy(bytes.data() + start, &size, sizeof size);
+    encode(entry.index(), bytes,
+           [&] { std::visit([&](const auto& fields) { put(fields, bytes); }, entry); });
 }
 
-JournalEntry decode(std::string_view body) {
+void encode(const Record& record, std::string& bytes) {
+    encode(kRecord, bytes, [&] { put(record, bytes); });
+}
+
+void decode(std::string_view body, JournalEntry& entry) {
     Fields fields(body);
-    auto entry = get_entry(fields);
+    get_entry(fields, entry);
     fields.expect_end();
-    return entry;
 }
 
 }  // namespace qvhost::journal

@@ -16,8 +16,10 @@ inline constexpr std::size_t kHeadSize = sizeof(std::uint32_t);
 
 // Appends the entry to `bytes`. Throws std::length_error if it is longer than 4 GiB.
 void encode(const JournalEntry& entry, std::string& bytes);
+void encode(const Record& record, std::string& bytes);
 
-// The entry that `body` (what stands behind its length) is. Throws std::runtime_error if it is none.
-JournalEntry decode(std::string_view body);
+// Sets `entry` to what `body` (what stands behind its length) is; a record is refilled in place. Throws
+// std::runtime_error if it is no entry.
+void decode(std::string_view body, JournalEntry& entry);
 
 }  // namespace qvhost::journal

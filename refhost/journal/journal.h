@@ -51,11 +51,14 @@ public:
     // Appends one entry. Throws std::system_error when it cannot be written whole (disk full); the
     // file then ends where it did before.
     void append(const JournalEntry& entry);
+    void append(const Record& record);
 
 private:
+    void write_buffer();
+
     int fd_;
     std::string path_;
-    std::string buffer_;
+    std::string buffer_;  // the entry that is being appended
 };
 
 class JournalReader {
@@ -68,8 +71,9 @@ public:
 
     // Hands over every entry that is complete by now and has not been handed over before, or those
     // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
-    // there is none yet. Half an entry at the end of the file waits for the rest. Memory does not
-    // grow with the file. Throws std::runtime_error on an entry that cannot be one.
+    // there is none yet. What is handed over may be moved from. Half an entry at the end of the file
+    // waits for the rest. Memory does not grow with the file. Throws std::runtime_error on an entry
+    // that cannot be one.
     std::size_t read(const std::function<void(JournalEntry&&)>& take,
                      std::size_t most = std::numeric_limits<std::size_t>::max());
 
@@ -77,6 +81,7 @@ private:
     std::string path_;
     int fd_ = -1;
     std::string pending_;
+    JournalEntry entry_;  // the one being handed over
 };
 
 }  // namespace qvhost

@@ -46,9 +46,9 @@ std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take,
             std::uint32_t length = 0;
             std::memcpy(&length, rest.data(), sizeof length);
             if (rest.size() - journal::kHeadSize < length) break;
-            auto entry = journal::decode(rest.substr(journal::kHeadSize, length));
+            journal::decode(rest.substr(journal::kHeadSize, length), entry_);
             rest.remove_prefix(journal::kHeadSize + length);
-            take(std::move(entry));
+            take(std::move(entry_));
             ++entries;
         }
         pending_.erase(0, pending_.size() - rest.size());

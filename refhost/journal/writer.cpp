@@ -28,6 +28,16 @@ JournalWriter::~JournalWriter() { ::close(fd_); }
 void JournalWriter::append(const JournalEntry& entry) {
     buffer_.clear();
     journal::encode(entry, buffer_);
+    write_buffer();
+}
+
+void JournalWriter::append(const Record& record) {
+    buffer_.clear();
+    journal::encode(record, buffer_);
+    write_buffer();
+}
+
+void JournalWriter::write_buffer() {
     std::size_t written = 0;
     while (written < buffer_.size()) {
         const ssize_t n = ::write(fd_, buffer_.data() + written, buffer_.size() - written);

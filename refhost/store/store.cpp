@@ -86,7 +86,9 @@ auto told_with(const std::string& path, Work work) {
 }
 
 int open_flags(Store::Mode mode) {
-    return mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+    // A store is used by one thread, which needs no locks.
+    const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+    return access | SQLite::OPEN_NOMUTEX;
 }
 
 void create_private(const std::string& path) {
