@@ -10,6 +10,8 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "report/json_text.h"
+
 namespace qvhost {
 
 namespace {
@@ -40,22 +42,29 @@ ordered_json layout_of(const Layout& layout) {
     return nullptr;
 }
 
-ordered_json record_of(const Record& record) {
-    auto properties = ordered_json::array();
+void put_record(const Record& record, std::string& json) {
+    json += R"({"table":)";
+    put_json_text(record.table, json);
+    json += R"(,"name":)";
+    put_json_text(record.name, json);
+    json += R"(,"index":)" + std::to_string(record.index) + R"(,"properties":[)";
+    const char* separator = "";
     for (const auto& [id, display, value] : record.properties) {
-        ordered_json property{
-            {"id",      id     },
-            {"display", display}
-        };
-        std::visit([&](const auto& plain) { property["value"] = plain; }, value);
-        properties.push_back(std::move(property));
+        json += separator;
+        json += R"({"id":)";
+        put_json_text(id, json);
+        json += R"(,"display":)";
+        put_json_text(display, json);
+        json += R"(,"value":)";
+        if (const auto* text = std::get_if<std::string>(&value)) {
+            put_json_text(*text, json);
+        } else {
+            json += std::to_string(std::get<int>(value));
+        }
+        json += '}';
+        separator = ",";
     }
-    return {
-        {"table",      record.table         },
-        {"name",       record.name          },
-        {"index",      record.index         },
-        {"properties", std::move(properties)}
-    };
+    json += "]}";
 }
 
 }  // namespace
@@ -80,11 +89,17 @@ void write_report_json(const Store& store, std::ostream& out) {
     }
     out << "],\n\"records\":[";
     const char* separator = "\n";
+    constexpr std::size_t kBlock = 65536;
+    std::string json;
     store.each_record([&](const Record& record) {
-        out << separator << text_of(record_of(record));
+        json += separator;
+        put_record(record, json);
         separator = ",\n";
+        if (json.size() < kBlock) return;
+        out << json;
+        json.clear();
     });
-    out << "\n]}\n";
+    out << json << "\n]}\n";
 }
 
 void write_report_json(const Store& store, const std::string& path) {

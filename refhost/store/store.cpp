@@ -70,9 +70,16 @@ void bind(Statement& statement, int place, const std::variant<std::string, int>&
     }
 }
 
-std::variant<std::string, int> value_of(const SQLite::Column& column) {
-    if (column.isInteger()) return column.getInt();
-    return column.getString();
+// A text is set in place: the one of the row before was as long, more or less.
+void set_value(std::variant<std::string, int>& value, const SQLite::Column& column) {
+    if (column.isInteger()) {
+        value = column.getInt();
+        return;
+    }
+    if (!std::holds_alternative<std::string>(value)) value = std::string();
+    const auto* bytes = static_cast<const char*>(column.getBlob());
+    std::get<std::string>(value).assign(bytes ? bytes : "",
+                                        static_cast<std::size_t>(column.getBytes()));
 }
 
 // Everything that goes wrong in here is told with the file's name.
@@ -439,13 +446,13 @@ struct Store::Impl {
                 for (std::size_t i = 0; i < record.properties.size(); ++i) {
                     auto& value = record.properties[i].value;
                     if (reader.column[i] >= 0) {
-                        value = value_of(rows.getColumn(reader.column[i]));
+                        set_value(value, rows.getColumn(reader.column[i]));
                         continue;
                     }
                     extra.reset();
                     extra.bind(1, rows.getColumn(0).getInt64());
                     extra.bind(2, static_cast<std::int64_t>(i));
-                    if (extra.executeStep()) value = value_of(extra.getColumn(0));
+                    if (extra.executeStep()) set_value(value, extra.getColumn(0));
                 }
                 take(record);
             }

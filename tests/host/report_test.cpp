@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "place.h"
+#include "report/json_text.h"
 
 using namespace qvhost;
 
@@ -44,6 +45,25 @@ TEST_F(Report, AsItIsPromised) {
 ]}
 )");
     EXPECT_TRUE(nlohmann::json::accept(out.str()));
+}
+
+// Every pair of bytes, alone and in a text.
+TEST(JsonText, IsWhatTheLibraryWrites) {
+    for (int first = 0; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second) {
+            const std::string pair{static_cast<char>(first), static_cast<char>(second)};
+            for (const auto& text : {pair, "a" + pair + "\xc3\xa4z"}) {
+                std::string json = "before";
+                put_json_text(text, json);
+                ASSERT_EQ(json,
+                          "before" + nlohmann::json(text).dump(
+                                         -1, ' ', false, nlohmann::json::error_handler_t::replace));
+            }
+        }
+    }
+    std::string empty;
+    put_json_text("", empty);
+    EXPECT_EQ(empty, R"("")");
 }
 
 TEST_F(Report, AnEmptyCollection) {

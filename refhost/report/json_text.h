@@ -1,0 +1,12 @@
+// Texts in JSON.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qvhost {
+
+// Appends the text as a JSON string, its quotes included. Bytes that are not UTF-8 become U+FFFD.
+void put_json_text(std::string_view text, std::string& json);
+
+}  // namespace qvhost
