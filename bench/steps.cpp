@@ -47,8 +47,8 @@ void write_journal(const Kind& kind, const std::string& path) {
 }
 
 void read_journal(qvhost::JournalReader& journal, qvhost::Store& store) {
-    const auto take = [&](qvhost::JournalEntry&& entry) {
-        store.add(std::get<qvhost::Record>(std::move(entry)));
+    const auto take = [&](const qvhost::JournalEntry& entry) {
+        store.add(std::get<qvhost::Record>(entry));
     };
     while (journal.read(take) > 0) {
     }

@@ -13,6 +13,7 @@ namespace {
 // The kinds are the places of the alternatives in the variants.
 constexpr std::uint8_t kRecord = 2;
 static_assert(std::is_same_v<std::variant_alternative_t<kRecord, JournalEntry>, Record>);
+constexpr std::uint8_t kLikeBefore = std::variant_size_v<JournalEntry>;
 
 template <class T>
 void put_number(T number, std::string& bytes) {
@@ -61,19 +62,24 @@ void put(const TableStartEntry& entry, std::string& bytes) {
     put(entry.table, bytes);
 }
 
-void put(const Record& record, std::string& bytes) {
+void put_head(const Record& record, std::string& bytes) {
     put(record.table, bytes);
     put(record.name, bytes);
     put_number(record.index, bytes);
     put_number(size_of(record.properties.size()), bytes);
-    for (const auto& [id, display, value] : record.properties) {
-        put(id, bytes);
-        put(display, bytes);
-        put_number(static_cast<std::uint8_t>(value.index()), bytes);
-        if (const auto* text = std::get_if<std::string>(&value)) {
+    for (const auto& property : record.properties) {
+        put(property.id, bytes);
+        put(property.display, bytes);
+    }
+}
+
+void put_values(const Record& record, std::string& bytes) {
+    for (const auto& property : record.properties) {
+        put_number(static_cast<std::uint8_t>(property.value.index()), bytes);
+        if (const auto* text = std::get_if<std::string>(&property.value)) {
             put(*text, bytes);
         } else {
-            put_number(std::get<int>(value), bytes);
+            put_number(std::get<int>(property.value), bytes);
         }
     }
 }
@@ -162,8 +168,8 @@ void set_text(std::variant<std::string, int>& value, std::string_view text) {
     }
 }
 
-void get_record(Fields& fields, Record& record) {
-    constexpr std::size_t kLeastProperty = 2 * sizeof(std::uint32_t) + 1 + sizeof(int);
+void get_head(Fields& fields, Record& record) {
+    constexpr std::size_t kLeastProperty = 2 * sizeof(std::uint32_t);
     record.table = fields.text();
     record.name = fields.text();
     record.index = fields.number<int>();
@@ -171,6 +177,11 @@ void get_record(Fields& fields, Record& record) {
     for (auto& property : record.properties) {
         property.id = fields.text();
         property.display = fields.text();
+    }
+}
+
+void get_values(Fields& fields, Record& record) {
+    for (auto& property : record.properties) {
         switch (fields.number<std::uint8_t>()) {
             case 0: set_text(property.value, fields.text()); break;
             case 1: property.value = fields.number<int>(); break;
@@ -198,7 +209,12 @@ void get_entry(Fields& fields, JournalEntry& entry) {
         }
         case kRecord:
             if (!std::holds_alternative<Record>(entry)) entry = Record();
-            get_record(fields, std::get<Record>(entry));
+            get_head(fields, std::get<Record>(entry));
+            get_values(fields, std::get<Record>(entry));
+            break;
+        case kLikeBefore:
+            if (!std::holds_alternative<Record>(entry)) Fields::damaged();
+            get_values(fields, std::get<Record>(entry));
             break;
         case 3: {
             TableEndEntry end;
@@ -214,9 +230,9 @@ void get_entry(Fields& fields, JournalEntry& entry) {
     }
 }
 
-// Appends what `put_fields` puts, with the head that tells its length and kind.
+// Appends what `put_fields` puts, with the length and the kind before it.
 template <class PutFields>
-void encode(std::size_t kind, std::string& bytes, PutFields put_fields) {
+void put_entry(std::size_t kind, std::string& bytes, PutFields put_fields) {
     const auto start = bytes.size();
     put_number(std::uint32_t{0}, bytes);
     put_number(static_cast<std::uint8_t>(kind), bytes);
@@ -227,13 +243,27 @@ void encode(std::size_t kind, std::string& bytes, PutFields put_fields) {
 
 }  // namespace
 
-void encode(const JournalEntry& entry, std::string& bytes) {
-    encode(entry.index(), bytes,
-           [&] { std::visit([&](const auto& fields) { put(fields, bytes); }, entry); });
+void Encoder::encode(const JournalEntry& entry, std::string& bytes) {
+    if (const auto* record = std::get_if<Record>(&entry)) return encode(*record, bytes);
+    forget();
+    put_entry(entry.index(), bytes, [&] {
+        std::visit(
+            [&](const auto& fields) {
+                if constexpr (!std::is_same_v<decltype(fields), const Record&>) put(fields, bytes);
+            },
+            entry);
+    });
 }
 
-void encode(const Record& record, std::string& bytes) {
-    encode(kRecord, bytes, [&] { put(record, bytes); });
+void Encoder::encode(const Record& record, std::string& bytes) {
+    head_.clear();
+    put_head(record, head_);
+    const bool like_before = head_ == head_before_;
+    put_entry(like_before ? kLikeBefore : kRecord, bytes, [&] {
+        if (!like_before) bytes += head_;
+        put_values(record, bytes);
+    });
+    head_.swap(head_before_);
 }
 
 void decode(std::string_view body, JournalEntry& entry) {

@@ -1,6 +1,7 @@
 // How an entry stands in the journal: its length (32 bits, of all that follows), its kind (one byte),
 // its fields. Numbers are little-endian as the processor keeps them; a text is its length and its
-// bytes.
+// bytes. A record is its head (all but the values) and its values; one that has the head of the entry
+// before it is its values alone, which is half of it or less.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +15,22 @@ namespace qvhost::journal {
 
 inline constexpr std::size_t kHeadSize = sizeof(std::uint32_t);
 
-// Appends the entry to `bytes`. Throws std::length_error if it is longer than 4 GiB.
-void encode(const JournalEntry& entry, std::string& bytes);
-void encode(const Record& record, std::string& bytes);
+class Encoder {
+public:
+    // Appends the entry to `bytes`. Throws std::length_error if it is longer than 4 GiB.
+    void encode(const JournalEntry& entry, std::string& bytes);
+    void encode(const Record& record, std::string& bytes);
 
-// Sets `entry` to what `body` (what stands behind its length) is; a record is refilled in place. Throws
-// std::runtime_error if it is no entry.
+    // The entry before did not get into the journal.
+    void forget() { head_before_.clear(); }
+
+private:
+    std::string head_;
+    std::string head_before_;  // empty: the entry before is no record
+};
+
+// Sets `entry` to what `body` (what stands behind its length) is; before the call it is the entry
+// before, and as it was decoded. Throws std::runtime_error if `body` is no entry.
 void decode(std::string_view body, JournalEntry& entry);
 
 }  // namespace qvhost::journal

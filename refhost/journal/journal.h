@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -13,6 +14,10 @@
 #include "repository/record.h"
 
 namespace qvhost {
+
+namespace journal {
+class Encoder;
+}
 
 struct ModuleEntry {  // a module that is going to be asked
     std::string name;
@@ -58,6 +63,7 @@ private:
 
     int fd_;
     std::string path_;
+    std::unique_ptr<journal::Encoder> encoder_;
     std::string buffer_;  // the entry that is being appended
 };
 
@@ -71,10 +77,9 @@ public:
 
     // Hands over every entry that is complete by now and has not been handed over before, or those
     // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
-    // there is none yet. What is handed over may be moved from. Half an entry at the end of the file
-    // waits for the rest. Memory does not grow with the file. Throws std::runtime_error on an entry
-    // that cannot be one.
-    std::size_t read(const std::function<void(JournalEntry&&)>& take,
+    // there is none yet. Half an entry at the end of the file waits for the rest. Memory does not
+    // grow with the file. Throws std::runtime_error on an entry that cannot be one.
+    std::size_t read(const std::function<void(const JournalEntry&)>& take,
                      std::size_t most = std::numeric_limits<std::size_t>::max());
 
 private:

@@ -17,7 +17,8 @@ JournalReader::~JournalReader() {
     if (fd_ >= 0) ::close(fd_);
 }
 
-std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take, std::size_t most) {
+std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& take,
+                                std::size_t most) {
     constexpr std::size_t kBlock = 262144;
     if (fd_ < 0) {
         fd_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
@@ -48,7 +49,7 @@ std::size_t JournalReader::read(const std::function<void(JournalEntry&&)>& take,
             if (rest.size() - journal::kHeadSize < length) break;
             journal::decode(rest.substr(journal::kHeadSize, length), entry_);
             rest.remove_prefix(journal::kHeadSize + length);
-            take(std::move(entry_));
+            take(entry_);
             ++entries;
         }
         pending_.erase(0, pending_.size() - rest.size());

@@ -19,7 +19,8 @@ namespace {
 
 JournalWriter::JournalWriter(const std::string& path)
     : fd_(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600)),
-      path_(path) {
+      path_(path),
+      encoder_(std::make_unique<journal::Encoder>()) {
     if (fd_ < 0) fail(errno, "cannot create the journal", path_);
 }
 
@@ -27,13 +28,13 @@ JournalWriter::~JournalWriter() { ::close(fd_); }
 
 void JournalWriter::append(const JournalEntry& entry) {
     buffer_.clear();
-    journal::encode(entry, buffer_);
+    encoder_->encode(entry, buffer_);
     write_buffer();
 }
 
 void JournalWriter::append(const Record& record) {
     buffer_.clear();
-    journal::encode(record, buffer_);
+    encoder_->encode(record, buffer_);
     write_buffer();
 }
 
@@ -47,6 +48,7 @@ void JournalWriter::write_buffer() {
         }
         if (errno == EINTR) continue;
         const int error = errno;
+        encoder_->forget();
         // Half an entry would hide all that comes behind it.
         const off_t end = ::lseek(fd_, 0, SEEK_END);
         if (written > 0 && end >= 0 && ::ftruncate(fd_, end - static_cast<off_t>(written)) != 0)

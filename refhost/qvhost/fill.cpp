@@ -18,8 +18,7 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 bool Filler::take_new() {
     // Between two parts the caller has time for a signal, however fast the journal grows.
     constexpr std::size_t kPart = 262144;
-    const auto entries =
-        journal_.read([this](JournalEntry&& entry) { take(std::move(entry)); }, kPart);
+    const auto entries = journal_.read([this](const JournalEntry& entry) { take(entry); }, kPart);
     const auto now = std::chrono::steady_clock::now();
     if (now - committed_ >= std::chrono::milliseconds(500)) {
         store_.commit();
@@ -37,7 +36,7 @@ void Filler::explain_unreached() {
     }
 }
 
-void Filler::take(JournalEntry&& entry) {
+void Filler::take(const JournalEntry& entry) {
     std::visit(Overloaded{[&](const ModuleEntry& module) {
                               titles_[module.name] = module.display;
                               store_.add_module(module.name, module.display);

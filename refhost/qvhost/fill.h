@@ -39,7 +39,7 @@ public:
     const Standing& standing() const { return standing_; }
 
 private:
-    void take(JournalEntry&& entry);
+    void take(const JournalEntry& entry);
 
     JournalReader& journal_;
     Store& store_;

@@ -118,7 +118,8 @@ struct Store::Impl {
         if (mode == Mode::create) {
             // Power may fail; but what is lost then is in the raw captures. Against the death of
             // the process no waiting for the disk is needed.
-            db.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
+            // Pages of 8 KiB: half the system calls of the default, no larger file.
+            db.exec("PRAGMA page_size=8192; PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
             db.exec("PRAGMA application_id=" + std::to_string(store::kApplicationId));
             db.exec("PRAGMA user_version=" + std::to_string(store::kVersion));
             db.exec(store::kSchema);

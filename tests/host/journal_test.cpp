@@ -18,7 +18,7 @@ protected:
 
     static std::vector<JournalEntry> read_all(JournalReader& reader) {
         std::vector<JournalEntry> entries;
-        reader.read([&](JournalEntry&& entry) { entries.push_back(std::move(entry)); });
+        reader.read([&](const JournalEntry& entry) { entries.push_back(entry); });
         return entries;
     }
     std::vector<JournalEntry> read_all() const {
@@ -37,6 +37,17 @@ std::vector<JournalEntry> one_of_each() {
                "MC Information",
                -1,
                {{"MC1", "Device", " 32"}, {"n", "", -7}, {"", kOdd, kOdd}}},
+        // Like the one before: only the values are written.
+        Record{"MCINFO",
+               "MC Information",
+               -1,
+               {{"MC1", "Device", 5}, {"n", "", "a longer text than before"}, {"", kOdd, ""}}},
+        // Another label.
+        Record{
+            "MCINFO", "MC Information", -1, {{"MC1", "Device", 5}, {"n", "N", ""}, {"", kOdd, ""}}},
+        Record{"", "", 2147483647, {}},
+        Record{"", "", 2147483647, {}},
+        TableStartEntry{"BMC_Info", "MCINFO"},
         Record{"", "", 2147483647, {}},
         TableEndEntry{"BMC_Info", "MCINFO", ColumnLayout{{"MC1", "MC2"}, 30, 1}, ""},
         TableEndEntry{"BMC_Info", "SELINFO", RowLayout{{"a", "b"}, {19, 9, 4}, true}, "it threw"},
@@ -119,7 +130,7 @@ TEST_F(Journal, CanBeReadInParts) {
     JournalReader reader(path());
     std::size_t entries = 0;
     std::size_t parts = 0;
-    while (const auto n = reader.read([&](JournalEntry&&) {}, 100'000)) {
+    while (const auto n = reader.read([&](const JournalEntry&) {}, 100'000)) {
         entries += n;
         ++parts;
     }
@@ -146,6 +157,24 @@ TEST_F(Journal, WhatDoesNotFitIsTakenBackWhole) {
     ::setrlimit(RLIMIT_FSIZE, &before);
     writer.append(EndEntry{"second"});
     EXPECT_EQ(read_all(), (std::vector<JournalEntry>{EndEntry{"first"}, EndEntry{"second"}}));
+}
+
+// The first record of a table did not fit; the next one has no record before it to be like.
+TEST_F(Journal, ARecordThatDidNotFitIsNoneToBeLike) {
+    const auto record = [](const std::string& value) {
+        return Record{"T", "n", -1, {{"a", "b", value}}};
+    };
+    JournalWriter writer(path());
+    writer.append(EndEntry{"first"});
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{test::content(path()).size() + 100, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(writer.append(record(std::string(1000, 'x'))), std::system_error);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    writer.append(record("second"));
+    EXPECT_EQ(read_all(), (std::vector<JournalEntry>{EndEntry{"first"}, record("second")}));
 }
 
 }  // namespace
