@@ -243,19 +243,36 @@ struct Store::Impl {
         return table;
     }
 
-    // Gives the property a column of its table, if there is room for one.
-    bool has_column(Table& table, const std::string& id) {
-        if (table.columns.contains(id)) return true;
-        if (table.columns.size() >= kMostColumns) return false;
-        const auto name = table.names.claim(id);
-        db.exec("ALTER TABLE " + identifier(table.sql_name) + " ADD COLUMN " + identifier(name));
+    bool is_empty(const Table& table) {
+        return db.execAndGet("SELECT NOT EXISTS(SELECT 1 FROM " + identifier(table.sql_name) + ")")
+                   .getInt() != 0;
+    }
+
+    // Gives the properties columns of their table, as long as there is room.
+    void add_columns(Table& table, const std::vector<std::string>& ids) {
+        const bool first = table.columns.empty();
+        std::vector<std::string> added;
         Statement insert(db, "INSERT INTO qv_column VALUES(?,?,?)");
-        insert.bind(1, table.key);
-        insert.bind(2, id);
-        insert.bind(3, name);
-        insert.exec();
-        table.columns[id] = name;
-        return true;
+        for (const auto& id : ids) {
+            if (table.columns.contains(id) || table.columns.size() >= kMostColumns) continue;
+            const auto name = table.names.claim(id);
+            insert.reset();
+            insert.bind(1, table.key);
+            insert.bind(2, id);
+            insert.bind(3, name);
+            insert.exec();
+            table.columns[id] = name;
+            added.push_back(identifier(name));
+        }
+        const auto sql_name = identifier(table.sql_name);
+        if (first && !added.empty() && is_empty(table)) {
+            // SQLite reads the whole schema again for every column that it adds to a table.
+            std::string columns = "qv_seq INTEGER PRIMARY KEY";
+            for (const auto& name : added) columns += ", " + name;
+            db.exec("DROP TABLE " + sql_name + "; CREATE TABLE " + sql_name + "(" + columns + ")");
+            return;
+        }
+        for (const auto& name : added) db.exec("ALTER TABLE " + sql_name + " ADD COLUMN " + name);
     }
 
     void set_layout(Table& table, const Layout& layout) {
@@ -290,8 +307,8 @@ struct Store::Impl {
             if (i < headers.size()) insert.bind(3, headers[i]);
             if (i < widths) insert.bind(4, rows->widths[i]);
             insert.exec();
-            if (i < headers.size()) has_column(table, headers[i]);
         }
+        add_columns(table, headers);
     }
 
     Shape& shape_of(Table& table, const Record& record) {
@@ -308,10 +325,14 @@ struct Store::Impl {
         shape->key = next_shape++;
         std::string columns = "qv_seq";
         std::string places = "?";
+        std::vector<std::string> ids;
+        for (const auto& property : record.properties) ids.push_back(property.id);
+        add_columns(table, ids);
+
         std::map<std::string, int> seen;
         Statement insert(db, "INSERT INTO qv_shape VALUES(?,?,?,?)");
         for (const auto& property : record.properties) {
-            const bool extra = seen[property.id]++ > 0 || !has_column(table, property.id);
+            const bool extra = seen[property.id]++ > 0 || !table.columns.contains(property.id);
             insert.reset();
             insert.bind(1, shape->key);
             insert.bind(2, static_cast<std::int64_t>(shape->properties.size()));
