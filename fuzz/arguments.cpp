@@ -38,8 +38,8 @@ std::optional<Asked> parsed(std::vector<std::string> arguments) {
 
 bool same(const qvhost::CollectOptions& a, const qvhost::CollectOptions& b) {
     return a.log_dir == b.log_dir && a.log_level == b.log_level && a.modules == b.modules &&
-           a.tables == b.tables && a.tool_timeout == b.tool_timeout && a.plugin == b.plugin &&
-           a.also == b.also;
+           a.tables == b.tables && qvhost::limits_for(a.limits) == qvhost::limits_for(b.limits) &&
+           a.plugin == b.plugin && a.also == b.also;
 }
 
 }  // namespace
@@ -57,7 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto asked = parsed(arguments);
     if (!asked || asked->collect.log_dir.empty()) return 0;
     auto& wanted = asked->collect;
-    fuzz::expect(wanted.log_level <= 4 && wanted.tool_timeout >= 1, "options are in their ranges");
+    const auto limits = qvhost::limits_for(wanted.limits);
+    fuzz::expect(wanted.log_level <= 4, "options are in their ranges");
+    fuzz::expect(limits.silence >= 1 && limits.silence <= limits.tool &&
+                     limits.tool <= limits.archive && limits.archive <= limits.module &&
+                     limits.module <= limits.run,
+                 "limits do not contradict each other");
     wanted.log_dir = "/log" / wanted.log_dir;  // both are absolute by then
     wanted.plugin = "/plugin" / wanted.plugin;
     const auto child = parsed(qvhost::child_arguments(wanted, {"", "-p", false}, 7));

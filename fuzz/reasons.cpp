@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::write_file(dir.path() / "selfinfo.txt", input.rest());
     fuzz::write_file(dir.path() / "c0_showall.txt", input.rest());
 
-    const qvhost::Evidence evidence(dir, dir.path() / "qv_tools", {});
+    const qvhost::Evidence evidence(dir, dir.path() / "qv_tools", {}, {});
     for (const char* table : {"SELFINFO", "FRUINFO", "RAIDINFO", "PMCINFO", "SAS2IRLOG", "unknown"})
         fuzz::expect(!evidence.why_empty(table).empty(), "there is always a reason");
     return 0;

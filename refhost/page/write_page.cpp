@@ -69,7 +69,7 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
 
 ordered_json meta_of(const Store& store) {
     auto meta = ordered_json::object();
-    for (const char* key : {"started", "finished", "seconds", "status", "qvhost", "tool_timeout"})
+    for (const char* key : {"started", "finished", "seconds", "status", "qvhost", "limits"})
         meta[key] = store.meta(key);
     return meta;
 }
@@ -116,8 +116,10 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
     const auto commands = store.commands();
     auto runs = ordered_json::array();
     for (const auto& command : commands) {
-        runs.push_back(
-            {{"text", command.text}, {"seconds", command.seconds}, {"outcome", command.outcome}});
+        runs.push_back({{"text", command.text},
+                        {"seconds", command.seconds},
+                        {"outcome", command.outcome},
+                        {"cut_off", command.cut_off}});
     }
     const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
     const ordered_json overview{{"meta", meta_of(store)},

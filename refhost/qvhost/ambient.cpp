@@ -6,8 +6,9 @@ namespace qvhost {
 
 namespace {
 
-// Packing the logs of a whole system takes longer than any other tool.
-constexpr unsigned kArchivePatience = 6;
+void set_number(const char* variable, long long number) {
+    ::setenv(variable, std::to_string(number).c_str(), 1);
+}
 
 std::string with_system_directories(std::string path) {
     for (const char* directory : {"/usr/sbin", "/usr/bin", "/sbin", "/bin"}) {
@@ -27,7 +28,7 @@ std::filesystem::path installed_plugin() {
     return program_file().parent_path().parent_path() / "lib" / "librepository_qvmodule.so";
 }
 
-void set_tool_environment(const std::string& search_path, unsigned tool_timeout,
+void set_tool_environment(const std::string& search_path, const Limits& limits,
                           const std::filesystem::path& command_log) {
     const char* users = std::getenv("PATH");
     const auto path =
@@ -39,9 +40,15 @@ void set_tool_environment(const std::string& search_path, unsigned tool_timeout,
         ::unsetenv(variable);
     ::setenv("LC_ALL", "C.UTF-8", 1);
 
-    ::setenv("QV_TOOL_TIMEOUT", std::to_string(tool_timeout).c_str(), 1);
-    ::setenv("QV_ARCHIVE_TIMEOUT", std::to_string(tool_timeout * kArchivePatience).c_str(), 1);
+    set_number("QV_TOOL_TIMEOUT", limits.tool);
+    set_number("QV_ARCHIVE_TIMEOUT", limits.archive);
+    set_number("QV_SILENCE_TIMEOUT", limits.silence);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
+}
+
+void set_tool_deadline(std::chrono::steady_clock::time_point deadline) {
+    using std::chrono::seconds;
+    set_number("QV_DEADLINE", std::chrono::ceil<seconds>(deadline.time_since_epoch()).count());
 }
 
 }  // namespace qvhost

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <ctime>
 #include <exception>
@@ -22,6 +23,7 @@
 #include "qvhost/log_dir.h"
 #include "qvhost/plugin.h"
 #include "qvhost/processes.h"
+#include "qvhost/selection.h"
 #include "repository/sink.h"
 
 namespace qvhost {
@@ -111,49 +113,6 @@ std::string what_it_throws(Call call) {
     }
 }
 
-bool wanted(const std::vector<std::string>& names, const std::string& name) {
-    return names.empty() || std::find(names.begin(), names.end(), name) != names.end();
-}
-
-// Names that the user gave and no module knows are told before anything runs.
-void check_names(const Plugin& plugin, const CollectOptions& options) {
-    std::vector<std::string> modules;
-    std::vector<std::string> tables;
-    for (const auto& module : plugin.modules()) {
-        modules.push_back(module->GetName());
-        for (const auto& [table, callbacks] : module->callbacks) tables.push_back(table);
-    }
-    const auto check = [](const char* kind, const std::vector<std::string>& known,
-                          const std::vector<std::string>& asked) {
-        for (const auto& name : asked) {
-            if (wanted(known, name)) continue;
-            std::string text = std::string("there is no ") + kind + " \"" + name + "\"; there are:";
-            for (const auto& one : known) text += " " + one;
-            throw std::runtime_error(text);
-        }
-    };
-    check("module", modules, options.modules);
-    check("table", tables, options.tables);
-}
-
-struct Chosen {
-    RModule* module;
-    std::vector<std::string> tables;
-};
-
-std::vector<Chosen> choose(const Plugin& plugin, const CollectOptions& options) {
-    std::vector<Chosen> chosen;
-    for (const auto& module : plugin.modules()) {
-        if (!wanted(options.modules, module->GetName())) continue;
-        std::vector<std::string> tables;
-        for (const auto& [table, callbacks] : module->callbacks) {
-            if (wanted(options.tables, table)) tables.push_back(table);
-        }
-        if (!tables.empty()) chosen.push_back({module.get(), std::move(tables)});
-    }
-    return chosen;
-}
-
 void collect_table(RModule& module, const std::string& table, RRepository& repository,
                    JournalWriter& journal) {
     const auto& callbacks = module.callbacks.at(table);
@@ -195,17 +154,18 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
 
 // Why the collection is not what was asked for; empty: it is.
 std::string collect(const CollectOptions& options, JournalWriter& journal) {
+    using Clock = std::chrono::steady_clock;
+    const auto limits = limits_for(options.limits);
+    const auto end = Clock::now() + std::chrono::seconds(limits.run);
     const Plugin plugin(options.plugin);
-    for (const auto& module : plugin.modules()) module->InitCallbacks();
-    check_names(plugin, options);
-
+    const auto chosen = choose(plugin, options);
     JournalSink sink(journal);
     RRepository repository(sink);
-    const auto chosen = choose(plugin, options);
     // All of them first: a collection that is cut off can tell what it did not reach.
     for (const auto& [module, tables] : chosen)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
     for (const auto& [module, tables] : chosen) {
+        set_tool_deadline(std::min(end, Clock::now() + std::chrono::seconds(limits.module)));
         for (const auto& table : tables) {
             collect_table(*module, table, repository, journal);
             // A full disk: what the tools would tell from here on could not be kept.
@@ -230,12 +190,19 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
 
 std::vector<std::string> child_arguments(const CollectOptions& options, const Stage& stage,
                                          int lifeline) {
-    std::vector<std::string> arguments{kChildCommand,
-                                       "--log-dir=" + options.log_dir.string(),
+    std::vector<std::string> arguments{kChildCommand, "--log-dir=" + options.log_dir.string(),
                                        "--log-level=" + std::to_string(options.log_level),
-                                       "--tool-timeout=" + std::to_string(options.tool_timeout),
                                        "--plugin=" + options.plugin.string(),
                                        "--lifeline=" + std::to_string(lifeline)};
+    const auto limits = limits_for(options.limits);
+    const std::pair<const char*, unsigned> timeouts[] = {
+        {"--run-timeout=",     limits.run    },
+        {"--module-timeout=",  limits.module },
+        {"--tool-timeout=",    limits.tool   },
+        {"--silence-timeout=", limits.silence}
+    };
+    for (const auto& [option, seconds] : timeouts)
+        arguments.push_back(option + std::to_string(seconds));
     // An option with nothing behind its "=" would take the next argument for its value.
     if (!stage.search_path.empty()) arguments.push_back("--search-path=" + stage.search_path);
     for (const auto& name : options.modules) arguments.push_back("--module=" + name);
@@ -256,7 +223,7 @@ int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(stage.search_path, options.tool_timeout, dir.commands());
+        set_tool_environment(stage.search_path, limits_for(options.limits), dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),

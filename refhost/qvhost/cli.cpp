@@ -130,12 +130,29 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
         ->type_name("ID")
         ->allow_extra_args(false)
         ->check(not_empty);
-    command
-        .add_option("--tool-timeout", options.tool_timeout,
-                    "Kill a tool after so many seconds, 1 to 86400")
-        ->check(range(1, 86400))
-        ->type_name("SECONDS")
-        ->capture_default_str();
+    const std::tuple<const char*, std::optional<unsigned>*, const char*> timeouts[] = {
+        {"--tool-timeout",    &options.limits.tool,
+         "Stop a tool after so many seconds, 1 to 86400; six times as many if it packs the logs of the "
+         "whole system [300]"                                                        },
+        {"--silence-timeout", &options.limits.silence,
+         "Stop a tool that has neither printed nor written for so many seconds [120]"},
+        {"--module-timeout",  &options.limits.module,
+         "Stop what runs when a module has taken so many seconds [3600]"             },
+        {"--run-timeout",     &options.limits.run,
+         "Stop what runs when the whole collection has taken so many seconds [7200]" },
+    };
+    for (const auto& [name, seconds, meaning] : timeouts)
+        command.add_option(name, *seconds, meaning)
+            ->check(range(1, kMostSeconds))
+            ->type_name("SECONDS");
+    // The outer limits are no less than the inner ones.
+    command.final_callback([&options] {
+        try {
+            limits_for(options.limits);
+        } catch (const std::invalid_argument& error) {
+            throw CLI::ValidationError(error.what());
+        }
+    });
     command
         .add_option("--also", options.also,
                     "Also call what no module calls: pmc (Adaptec controller), fru0 (first FRU "
@@ -144,6 +161,9 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
         ->check(one_of(operations))
         ->type_name(alternatives(operations));
     add_plugin_option(command, options);
+    command.add_flag(
+        "--dry-run", options.dry_run,
+        "Tell what would be collected, where to and with which limits, and do nothing");
     command.add_flag("--quiet", options.quiet, "No progress");
 }
 

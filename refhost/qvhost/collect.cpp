@@ -7,15 +7,17 @@
 #include <cstdio>
 #include <ctime>
 #include <iostream>
+#include <stdexcept>
 
 #include "qvhost/ambient.h"
+#include "qvhost/complete_report.h"
+#include "qvhost/dry_run.h"
 #include "qvhost/fill.h"
 #include "qvhost/log_dir.h"
 #include "qvhost/progress.h"
-#include "qvhost/reasons.h"
 #include "qvhost/summary.h"
 #include "qvhost/supervise.h"
-#include "qvhost/views.h"
+#include "qvhost/trust.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -52,15 +54,10 @@ void warn_if_others_can_read(const fs::path& directory) {
          "addresses and logs");
 }
 
-void explain_empty_tables(Store& store, const LogDir& dir, const Stage& stage,
-                          fs::file_time_type started) {
-    const Evidence evidence(dir, stage.program.parent_path() / "qv_tools", started);
-    for (const auto& module : store.modules()) {
-        for (const auto& table : module.tables) {
-            if (table.records == 0 && table.reason.empty())
-                store.set_reason(table.id, evidence.why_empty(table.id));
-        }
-    }
+// What lies there is run as the user, who may be root.
+void expect_trusted(const fs::path& programs) {
+    if (const auto reason = why_not_trusted(programs); !reason.empty())
+        throw std::runtime_error("nothing is run from there: " + reason);
 }
 
 void remove_if_empty(const fs::path& file) {
@@ -71,8 +68,14 @@ void remove_if_empty(const fs::path& file) {
 }  // namespace
 
 int collect(CollectOptions options, const Stage& stage) {
+    if (options.dry_run) {
+        tell_plan(options, stage);
+        return 0;
+    }
+    expect_trusted(stage.program.parent_path() / "qv_tools");
     options.log_dir = make_log_dir(options.log_dir);
     options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
+    expect_trusted(options.plugin);
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
     const DirLock lock(dir.path());
@@ -87,7 +90,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("started", utc_now());
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
-        store.set_meta("tool_timeout", std::to_string(options.tool_timeout));
+        store.set_meta("limits", text_of(limits_for(options.limits)));
         store.commit();
 
         JournalReader journal(dir.journal());
@@ -96,12 +99,11 @@ int collect(CollectOptions options, const Stage& stage) {
         problem = supervise(options, stage, filler, progress);
 
         filler.explain_unreached();
-        explain_empty_tables(store, dir, stage, started);
         store.set_meta("finished", utc_now());
         store.set_meta("seconds", seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
         remove_if_empty(dir.console());
-        write_views(store, dir);
+        complete_report(store, dir, stage.program.parent_path() / "qv_tools", started);
     }
     fs::remove(dir.journal());
     fs::remove(dir.commands());

@@ -2,8 +2,8 @@
 
 #include <sys/wait.h>
 
-#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <string>
 
@@ -23,40 +23,66 @@ std::string unescaped(const std::string& text) {
     return out;
 }
 
-std::string outcome_of(int status, double seconds, unsigned tool_timeout) {
-    if (status == 0) return "";
-    if (status == -1) return "it could not be started";
-    if (WIFSIGNALED(status)) {
-        const auto signal = "killed by signal " + std::to_string(WTERMSIG(status));
-        if (WTERMSIG(status) != SIGKILL || seconds < tool_timeout) return signal;
-        return "stopped at its time limit, its output is partial (" + signal + ")";
+constexpr struct {
+    const char* word;  // in the log
+    const char* text;
+} kStops[] = {
+    {"time",     "stopped at its time limit"        },
+    {"silence",  "stopped because it said no more"  },
+    {"deadline", "stopped when the time was used up"},
+};
+
+std::string signal_text(int signal) { return "killed by signal " + std::to_string(signal); }
+
+// What became of a command that ended by itself.
+void set_outcome(CommandInfo& command, int status) {
+    if (status == 0) {
+        command.outcome.clear();
+    } else if (status == -1) {
+        command.outcome = "it could not be started";
+    } else if (WIFSIGNALED(status)) {
+        command.outcome = signal_text(WTERMSIG(status));
+        command.cut_off = true;
+    } else {
+        const int code = WEXITSTATUS(status);
+        command.outcome = "exit code " + std::to_string(code);
+        if (code == 127) command.outcome += ": not installed";
+        // What a shell says of a tool that a signal ended.
+        command.cut_off = code > 128 && code <= 128 + 64;
+        if (command.cut_off) command.outcome += ": " + signal_text(code - 128);
     }
-    const int code = WEXITSTATUS(status);
-    if (code == 127) return "exit code 127: not installed";
-    // What a shell says of a tool that a signal ended.
-    if (code > 128 && code <= 128 + 64)
-        return "exit code " + std::to_string(code) + ": killed by signal " +
-               std::to_string(code - 128);
-    return "exit code " + std::to_string(code);
+}
+
+void set_end(CommandInfo& command, const char* line) {
+    double seconds = 0;
+    int status = 0;
+    char reason[16] = "";
+    int left = 0;
+    if (std::sscanf(line, "< %lf %d %15s %d", &seconds, &status, reason, &left) < 2) return;
+    command.seconds = seconds;
+    command.cut_off = false;
+    set_outcome(command, status);
+    for (const auto& [word, text] : kStops) {
+        if (std::strcmp(reason, word) != 0) continue;
+        command.outcome = text;
+        command.cut_off = true;
+    }
+    if (left > 0)
+        command.outcome += "; process " + std::to_string(left) + " could not be ended and was left";
 }
 
 }  // namespace
 
-std::vector<CommandInfo> read_commands(const std::filesystem::path& log, unsigned tool_timeout) {
+std::vector<CommandInfo> read_commands(const std::filesystem::path& log) {
     std::vector<CommandInfo> commands;
     std::ifstream file(log, std::ios::binary);
     for (std::string line; std::getline(file, line);) {
         if (line.starts_with("> ")) {
             commands.push_back(
-                {unescaped(line.substr(2)), 0, "it was running when the collection ended"});
-            continue;
+                {unescaped(line.substr(2)), 0, "it was running when the collection ended", true});
+        } else if (!commands.empty()) {
+            set_end(commands.back(), line.c_str());
         }
-        double seconds = 0;
-        int status = 0;
-        if (commands.empty() || std::sscanf(line.c_str(), "< %lf %d", &seconds, &status) != 2)
-            continue;
-        commands.back().seconds = seconds;
-        commands.back().outcome = outcome_of(status, seconds, tool_timeout);
     }
     return commands;
 }

@@ -8,7 +8,7 @@
 
 namespace qvhost {
 
-// In the order in which they were started; none if there is no log. `tool_timeout` in seconds.
-std::vector<CommandInfo> read_commands(const std::filesystem::path& log, unsigned tool_timeout);
+// In the order in which they were started; none if there is no log.
+std::vector<CommandInfo> read_commands(const std::filesystem::path& log);
 
 }  // namespace qvhost

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "qvhost/recover.h"
+#include "qvhost/trust.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -74,19 +75,26 @@ bool DirLock::is_held(const fs::path& directory) {
     return held;
 }
 
-fs::path make_log_dir(const fs::path& path) {
+fs::path checked_log_dir(const fs::path& path) {
     auto whole = fs::absolute(path).lexically_normal();
     if (!whole.has_filename()) whole = whole.parent_path();
     // The interface's buffers have 256 bytes, for the directory, its "/" and the end.
     if (whole.string().size() > 254) fail(whole, "the path is longer than 254 bytes");
+    if (fs::exists(fs::symlink_status(whole))) {
+        if (const auto reason = why_not_private(whole); !reason.empty())
+            fail(whole, "it cannot be the log directory: " + reason);
+    }
+    return whole;
+}
 
+fs::path make_log_dir(const fs::path& path) {
+    const auto whole = checked_log_dir(path);
     std::error_code error;
     fs::create_directories(whole.parent_path(), error);
     if (error) fail(whole.parent_path(), error.message());
     errno = 0;
     make_private_directory(whole);
-    if (!fs::is_directory(whole)) fail(whole, "not a directory");
-    return whole;
+    return checked_log_dir(whole);  // now that it is there
 }
 
 std::string make_room_for_report(const LogDir& dir) {

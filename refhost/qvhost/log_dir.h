@@ -41,8 +41,11 @@ private:
     int fd_;
 };
 
-// Makes the directory (mode 0700) where there is none. An absolute path without "." and "..".
-// Throws std::runtime_error if it cannot be one.
+// The directory as an absolute path without "." and ".."; nothing is made. Throws std::runtime_error if
+// it cannot be a log directory, or if it is there and not the user's alone.
+std::filesystem::path checked_log_dir(const std::filesystem::path& path);
+
+// Makes it (mode 0700) where there is none.
 std::filesystem::path make_log_dir(const std::filesystem::path& path);
 
 // Makes room for a new report. An earlier one moves aside, with its log, and what was found is told

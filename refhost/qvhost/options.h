@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "qvhost/limits.h"
+
 namespace qvhost {
 
 // What the user asked of `collect` and `replay`.
@@ -12,10 +14,11 @@ struct CollectOptions {
     unsigned log_level = 3;
     std::vector<std::string> modules;  // none: all
     std::vector<std::string> tables;   // none: all
-    unsigned tool_timeout = 300;       // seconds
-    std::filesystem::path plugin;      // empty: the one that was installed with the program
-    std::vector<std::string> also;     // operations that no module calls: "pmc", "fru0", "bios"
+    AskedLimits limits;
+    std::filesystem::path plugin;   // empty: the one that was installed with the program
+    std::vector<std::string> also;  // operations that no module calls: "pmc", "fru0", "bios"
     bool quiet = false;
+    bool dry_run = false;  // tell what would be done, and do nothing
 };
 
 // The program whose directory the plug-in takes for its own, and what its tools find around them.

@@ -89,8 +89,12 @@ std::string tool_failed(const std::string& tool, const std::string& code) {
 
 }  // namespace
 
-Evidence::Evidence(const LogDir& dir, fs::path tools, fs::file_time_type started)
-    : captures_(dir.path()), tools_(std::move(tools)), started_(started) {
+Evidence::Evidence(const LogDir& dir, fs::path tools, fs::file_time_type started,
+                   std::vector<CommandInfo> commands)
+    : captures_(dir.path()),
+      tools_(std::move(tools)),
+      started_(started),
+      commands_(std::move(commands)) {
     std::ifstream log(dir.log());
     const std::string mark = "[repo] ";
     for (std::string line; std::getline(log, line);) {
@@ -147,7 +151,7 @@ std::string Evidence::from_capture(const Source& source) const {
     return "nothing to report in " + std::string(source.capture);
 }
 
-std::string Evidence::why_empty(const std::string& table) const {
+const Evidence::Source* Evidence::source_of(const std::string& table) {
     static const Source kSources[] = {
         {"MCINFO",     "MC",       "mcinfo.txt",     "ipmiutil",     true },
         {"SELFINFO",   "selftest", "selfinfo.txt",   "ipmitool",     false},
@@ -173,14 +177,36 @@ std::string Evidence::why_empty(const std::string& table) const {
         {"LSILINK",    "",         "ctrlcount.txt",  "storcli",      true },
         {"SAS2IRLOG",  "",         "ir.txt",         "SAS2IR_linux", true },
     };
+    const auto source = std::find_if(std::begin(kSources), std::end(kSources),
+                                     [&](const Source& s) { return table == s.table; });
+    return source == std::end(kSources) ? nullptr : &*source;
+}
+
+// The last command that wrote the capture, if it was cut off.
+std::string Evidence::from_command(const Source& source) const {
+    const auto capture = (captures_ / source.capture).string();
+    const auto last = std::find_if(commands_.rbegin(), commands_.rend(), [&](const CommandInfo& c) {
+        return c.text.find(capture) != std::string::npos;
+    });
+    if (last == commands_.rend() || !last->cut_off) return "";
+    return std::string(source.tool) + ": " + last->outcome;
+}
+
+std::string Evidence::why_empty(const std::string& table) const {
     for (const auto& [id, reason] : kNeverFilled) {
         if (table == id) return reason;
     }
-    const auto source = std::find_if(std::begin(kSources), std::end(kSources),
-                                     [&](const Source& s) { return table == s.table; });
-    if (source == std::end(kSources)) return "nothing to report";
-    const auto told = from_log(*source);
-    return told.empty() ? from_capture(*source) : told;
+    const auto* source = source_of(table);
+    if (!source) return "nothing to report";
+    for (const auto& told : {from_command(*source), from_log(*source)}) {
+        if (!told.empty()) return told;
+    }
+    return from_capture(*source);
+}
+
+std::string Evidence::why_partial(const std::string& table) const {
+    const auto* source = source_of(table);
+    return source ? from_command(*source) : "";
 }
 
 }  // namespace qvhost

@@ -4,8 +4,9 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "qvhost/ambient.h"
+#include "qvhost/complete_report.h"
 #include "qvhost/fill.h"
-#include "qvhost/views.h"
 
 namespace qvhost {
 
@@ -66,7 +67,8 @@ std::string recover(const LogDir& dir) {
         if (damaged) found += "; " + damage;
         filler.explain_unreached();
         store.set_meta("status", "incomplete: " + found);
-        write_views(store, dir);
+        complete_report(store, dir, program_file().parent_path() / "qv_tools",
+                        std::filesystem::file_time_type::min());
     }
     fs::remove(dir.commands());
     if (damaged) {

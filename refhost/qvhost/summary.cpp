@@ -15,7 +15,9 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
     for (const auto& module : store.modules()) {
         std::string title = module.display;
         for (const auto& table : module.tables) {
-            rows.push_back({title, table.id, std::to_string(table.records), table.reason});
+            const bool partial = table.records > 0 && !table.reason.empty();
+            rows.push_back({title, table.id, std::to_string(table.records),
+                            (partial ? "partial: " : "") + table.reason});
             title.clear();  // once for all its tables
         }
     }

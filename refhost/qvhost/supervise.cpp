@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -107,6 +108,36 @@ std::optional<int> ended(pid_t child) {
     return ::waitpid(child, &status, WNOHANG) == child ? std::optional(status) : std::nullopt;
 }
 
+// What keeps the collecting process's own code within the limits: its tools it keeps there itself.
+class Overdue {
+public:
+    explicit Overdue(const Limits& limits) : limits_(limits) {}
+
+    // Why the collection must end now; empty: it need not.
+    std::string verdict(const Standing& standing) {
+        const auto now = Clock::now();
+        if (standing.modules.size() != modules_) {
+            modules_ = standing.modules.size();
+            module_start_ = now;
+        }
+        if (now - start_ >= std::chrono::seconds(limits_.run) + kGrace)
+            return "it took longer than " + std::to_string(limits_.run) + " s";
+        if (modules_ > 0 && now - module_start_ >= std::chrono::seconds(limits_.module) + kGrace)
+            return standing.modules.back() + " took longer than " + std::to_string(limits_.module) +
+                   " s";
+        return "";
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr auto kGrace = std::chrono::seconds(15);  // for tools to die, and what follows
+
+    Limits limits_;
+    Clock::time_point start_ = Clock::now();
+    Clock::time_point module_start_ = start_;
+    std::size_t modules_ = 0;
+};
+
 std::string place(const Standing& standing) {
     return standing.table.empty() ? "" : " while it collected " + standing.table;
 }
@@ -145,8 +176,10 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
 
     int signal = 0;
     std::optional<int> status;
+    Overdue overdue(limits_for(options.limits));
+    std::string verdict;
     bool more = false;
-    while (!status && signal == 0) {
+    while (!status && signal == 0 && verdict.empty()) {
         pollfd waiting[] = {
             {handle.get(),     POLLIN, 0},
             {signals.fd(),     POLLIN, 0},
@@ -157,10 +190,11 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
         status = ended(child);
         more = filler.take_new();
         progress.update(filler.standing());
+        verdict = overdue.verdict(filler.standing());
     }
 
     if (signal != 0) signals.let_through();
-    if (signal != 0 || WIFSIGNALED(*status) || stage.kill_leftovers) {
+    if (!status || WIFSIGNALED(*status) || stage.kill_leftovers) {
         const auto unkillable = kill_descendants();
         for (const pid_t pid : unkillable) {
             progress.clear();
@@ -171,6 +205,7 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
         if (signals.arrived() != 0) signals.let_through();
     }
     progress.clear();
+    if (!verdict.empty()) return verdict + place(filler.standing());
     if (signal != 0)
         return std::string("ended by ") + ::strsignal(signal) + place(filler.standing());
     return judged(*status, filler.standing());

@@ -78,11 +78,12 @@ void write_report_json(const Store& store, std::ostream& out) {
         module_separator = ",\n";
         const char* table_separator = "\n";
         for (const auto& table : module.tables) {
-            out << table_separator
-                << text_of({
-                       {"id",     table.id               },
-                       {"layout", layout_of(table.layout)}
-            });
+            ordered_json json{
+                {"id",     table.id               },
+                {"layout", layout_of(table.layout)}
+            };
+            if (table.records > 0 && !table.reason.empty()) json["partial"] = table.reason;
+            out << table_separator << text_of(json);
             table_separator = ",\n";
         }
         out << "]}";

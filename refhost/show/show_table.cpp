@@ -82,7 +82,8 @@ void show_table(std::ostream& out, const Store& store, const ModuleInfo& module,
         std::to_string(table.records) + (table.records == 1 ? " record" : " records");
     auto title = visible(table.id) + " (" + visible(module.display) + "), " +
                  (table.records == 0 ? "no records" : count);
-    if (table.records == 0 && !table.reason.empty()) title += ": " + visible(table.reason);
+    if (!table.reason.empty())
+        title += (table.records == 0 ? ": " : ", partial: ") + visible(table.reason);
     for (const auto& line : wrapped(title, style.width)) out << bold(line, style) << '\n';
     if (table.records == 0) return;
 

@@ -9,14 +9,15 @@ CREATE TABLE qv_meta(key PRIMARY KEY, value) WITHOUT ROWID;
 -- The machine in a few lines: product, BMC, kernel, ...; source is the capture that says so.
 CREATE TABLE qv_fact(position INTEGER PRIMARY KEY, label, value, source);
 
--- The commands that were run, in order. outcome: '' if all went well, else in words.
-CREATE TABLE qv_command(position INTEGER PRIMARY KEY, command, seconds REAL, outcome);
+-- The commands that were run, in order. outcome: '' if all went well, else in words. cut_off: 1 if it
+-- ended before it had said all.
+CREATE TABLE qv_command(position INTEGER PRIMARY KEY, command, seconds REAL, outcome, cut_off);
 
 -- The modules, in the order in which the host met them.
 CREATE TABLE qv_module(module INTEGER PRIMARY KEY, name UNIQUE, display);
 
 -- The collected tables: the SQL table that holds the rows, the layout ('columns', 'rows' or NULL),
--- and why a table is empty.
+-- and why a table is empty or, with records, partial.
 CREATE TABLE qv_table(
     tab INTEGER PRIMARY KEY, id UNIQUE, module INTEGER, sql_name,
     layout, width INTEGER, count INTEGER, flag INTEGER, reason);

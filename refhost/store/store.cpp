@@ -613,13 +613,15 @@ void Store::set_commands(const std::vector<CommandInfo>& commands) {
     told_with(impl_->path, [&] {
         impl_->begin();
         impl_->db.exec("DELETE FROM qv_command");
-        Statement insert(impl_->db,
-                         "INSERT INTO qv_command(command, seconds, outcome) VALUES(?,?,?)");
+        Statement insert(
+            impl_->db,
+            "INSERT INTO qv_command(command, seconds, outcome, cut_off) VALUES(?,?,?,?)");
         for (const auto& command : commands) {
             insert.reset();
             insert.bind(1, command.text);
             insert.bind(2, command.seconds);
             insert.bind(3, command.outcome);
+            insert.bind(4, command.cut_off ? 1 : 0);
             insert.exec();
         }
     });
@@ -628,11 +630,12 @@ void Store::set_commands(const std::vector<CommandInfo>& commands) {
 std::vector<CommandInfo> Store::commands() const {
     return told_with(impl_->path, [&] {
         std::vector<CommandInfo> commands;
-        for (Statement q(impl_->db,
-                         "SELECT command, seconds, outcome FROM qv_command ORDER BY position");
+        for (Statement q(
+                 impl_->db,
+                 "SELECT command, seconds, outcome, cut_off FROM qv_command ORDER BY position");
              q.executeStep();)
             commands.push_back({q.getColumn(0).getString(), q.getColumn(1).getDouble(),
-                                q.getColumn(2).getString()});
+                                q.getColumn(2).getString(), q.getColumn(3).getInt() != 0});
         return commands;
     });
 }

@@ -21,7 +21,9 @@ struct TableInfo {
     std::string id;
     Layout layout;
     std::int64_t records = 0;
-    std::string reason;  // why it is empty, for people; empty: it is not, or nobody knows
+    // Why it is empty; of a table with records, why these are not all. For people; empty: nothing is
+    // missing that is known of.
+    std::string reason;
 };
 
 struct PropertyInfo {
@@ -46,7 +48,8 @@ struct Fact {
 struct CommandInfo {
     std::string text;
     double seconds = 0;
-    std::string outcome;  // for people; empty: all went well
+    std::string outcome;   // for people; empty: all went well
+    bool cut_off = false;  // whether it ended before it had said all
     bool operator==(const CommandInfo&) const = default;
 };
 

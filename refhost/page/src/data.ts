@@ -18,7 +18,7 @@ export interface Table {
   beside: number;  // of a header column: how many records stand side by side
   columns: Column[];
   records: number;
-  reason: string;
+  reason: string;  // why it is empty; with records, why these are not all
   chunk_rows: number;
   chunks: string[];
 }
@@ -38,7 +38,8 @@ export interface Fact {
 export interface Command {
   text: string;
   seconds: number;
-  outcome: string;
+  outcome: string;  // empty: all went well
+  cut_off: boolean;
 }
 
 export interface Capture {

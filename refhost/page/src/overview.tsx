@@ -12,6 +12,7 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
   const records = all.reduce((sum, table) => sum + table.records, 0);
   const started = Date.parse(meta["started"] ?? "");
   const took = Number.parseFloat(meta["seconds"] ?? "");
+  const partial = all.filter(table => table.records > 0 && table.reason !== "");
   const failed = overview.commands.filter(command => command.outcome !== "").length;
 
   return (
@@ -25,6 +26,13 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
       </p>
       {status !== "" && status !== "complete" && (
         <p class="problem" role="alert">This collection is {visible(status)}.</p>
+      )}
+      {partial.length > 0 && (
+        <p class="problem">
+          Partial: {partial.map((table, at) => (
+            <span key={table.id}>{at > 0 && ", "}<a href={tableHash(table.id)}>{visible(table.id)}</a></span>
+          ))}.
+        </p>
       )}
       {overview.facts.length > 0 && (
         <section aria-labelledby="machine">
@@ -64,7 +72,9 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
                     {at === 0 && <th scope="rowgroup" rowSpan={module.tables.length}>{visible(module.display || module.name)}</th>}
                     <td><a href={tableHash(table.id)}>{visible(table.id)}</a></td>
                     <td class="number">{table.records.toLocaleString("en")}</td>
-                    <td>{visible(table.reason)}</td>
+                    <td class={table.records > 0 ? "raised" : ""}>
+                      {table.records > 0 && table.reason !== "" && "partial: "}{visible(table.reason)}
+                    </td>
                   </tr>
                 ))}
               </tbody>
@@ -73,7 +83,7 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
         </div>
       </section>
       <footer>
-        qvhost {visible(meta["qvhost"] ?? "")}. The same records: <a href="report.json">report.json</a> and report.sqlite beside this page.
+        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}. The same records: <a href="report.json">report.json</a> and report.sqlite beside this page.
       </footer>
     </>
   );

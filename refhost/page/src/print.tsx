@@ -26,6 +26,12 @@ export function PrintView({overview, tables}: {overview: Overview; tables: Map<s
           const title = document.createElement("h2");
           title.textContent = `${visible(table.id)} (${visible(module.display)}), ${count(table.records, "record")}`;
           part.append(title);
+          if (table.reason !== "") {
+            const note = document.createElement("p");
+            note.className = "problem";
+            note.textContent = `Partial: ${visible(table.reason)}.`;
+            part.append(note);
+          }
           const columns = table.columns.map((_, at) => at);
           const order = Array.from({length: rows.count}, (_, row) => row);
           if (table.kind === "columns" && rows.count <= 6) {

@@ -83,6 +83,7 @@ export function TableView({table, title, row, search, captures, nonce}: {
     return <>{heading}<p class="empty">No records{table.reason ? `: ${visible(table.reason)}` : "."}</p></>;
   }
 
+  const partial = table.reason !== "" && <p class="problem">Partial: {visible(table.reason)}.</p>;
   const ready = loaded === table.records && answered === wanted;
   const filtered = wanted.search !== "" || [...wanted.filters.values()].some(text => text !== "");
   const tell = (text: string) => {
@@ -95,6 +96,7 @@ export function TableView({table, title, row, search, captures, nonce}: {
   return (
     <>
       {heading}
+      {partial}
       <div class="tools" role="toolbar" aria-label="Table">
         <label>
           <span class="unseen">Search this table</span>
