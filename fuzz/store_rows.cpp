@@ -2,7 +2,6 @@
 // store's tables, which is then shown.
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "check.h"
@@ -10,6 +9,7 @@
 #include "qvhost/tables_report.h"
 #include "report/report_json.h"
 #include "scratch.h"
+#include "sound_store.h"
 #include "store/store.h"
 
 using namespace qvhost;
@@ -31,30 +31,6 @@ constexpr Target kTargets[] = {
     {"qv_extra",  3},
     {"T",         3}
 };
-
-std::string a_store(const std::string& path) {
-    {
-        Store store(path, Store::Mode::create);
-        store.add_module("M", "Module");
-        for (const char* table : {"T", "U", "EMPTY"}) store.add_table("M", table);
-        store.set_layout("T", ColumnLayout{
-                                  {"a", "b"},
-                                  30, 2
-        });
-        store.set_layout("U", RowLayout{
-                                  {"a", "b"},
-                                  {30,  70 },
-                                  false
-        });
-        for (const char* table : {"T", "T", "U"})
-            store.add({
-                table, "name", -1, {{"a", "A", "text"}, {"b", "B", 7}}
-            });
-        store.commit();
-    }
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 void bind_any(SQLite::Statement& insert, int place, fuzz::Pieces& input) {
     static const char* const kStock[] = {"T", "U", "a", "b", "columns", "rows", "qv_run"};
@@ -88,7 +64,7 @@ void put_rows(const std::string& path, fuzz::Pieces& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const fuzz::Scratch scratch;
-    static const std::string sound = a_store(scratch / "sound.sqlite");
+    static const std::string sound = fuzz::sound_store(scratch / "sound.sqlite");
     const std::string path = scratch / "report.sqlite";
     fuzz::write_file(path, sound);
     fuzz::Pieces input(fuzz::text_of(data, size));
