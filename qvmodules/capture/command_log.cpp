@@ -5,6 +5,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace marlox::repository::capture {
 
@@ -21,11 +23,9 @@ void append(const std::string& line) {
     ::close(fd);
 }
 
-}  // namespace
-
-LoggedCommand::LoggedCommand(const std::string& command) {
-    std::string line = "> ";
-    for (const char c : command) {
+std::string one_line(const std::string& text) {
+    std::string line;
+    for (const char c : text) {
         if (c == '\\') {
             line += "\\\\";
         } else if (c == '\n') {
@@ -34,7 +34,13 @@ LoggedCommand::LoggedCommand(const std::string& command) {
             line += c;
         }
     }
-    append(line + '\n');
+    return line;
+}
+
+}  // namespace
+
+LoggedCommand::LoggedCommand(const std::string& command) {
+    append("> " + one_line(command) + '\n');
 }
 
 void LoggedCommand::ended(int status, const char* reason, pid_t left) const {
@@ -45,6 +51,16 @@ void LoggedCommand::ended(int status, const char* reason, pid_t left) const {
     if (reason) line += std::string(" ") + reason;
     if (left > 0) line += " " + std::to_string(left);
     append(line + '\n');
+}
+
+void log_unread(const std::string& path, int error) {
+    append("! " + std::to_string(error) + " " + one_line(path) + '\n');
+}
+
+void log_unread(int fd, int error) {
+    std::error_code unknown;
+    const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), unknown);
+    log_unread(path.string(), error);
 }
 
 }  // namespace marlox::repository::capture

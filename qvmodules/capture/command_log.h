@@ -6,6 +6,7 @@
 //                         it has ended: its wait status, -1 if it could not be started; why it was
 //                         stopped ("time", "silence", "deadline"), and which process could not be
 //                         ended and was left behind
+//     ! ERROR PATH        a capture could not be read, or not to its end; ERROR is the system's number
 #pragma once
 
 #include <sys/types.h>
@@ -23,5 +24,8 @@ public:
 private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
+
+void log_unread(const std::string& path, int error);
+void log_unread(int fd, int error);
 
 }  // namespace marlox::repository::capture

@@ -8,20 +8,29 @@
 #include <cstring>
 #include <utility>
 
+#include "capture/command_log.h"
+
 namespace marlox::repository::capture {
 
 namespace {
 
 constexpr std::size_t kBlock = 65536;
 
-int open_for_reading(const std::string& path) { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }
+// That there is no file is nothing to tell: a tool that is not there leaves none.
+int open_for_reading(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 && errno != ENOENT) log_unread(path, errno);
+    return fd;
+}
 
 // A read error ends the text as the end of the file does: what could be read is kept.
 std::size_t read_some(int fd, char* to, std::size_t size) {
     for (;;) {
         const ssize_t n = ::read(fd, to, size);
         if (n >= 0) return static_cast<std::size_t>(n);
-        if (errno != EINTR) return 0;
+        if (errno == EINTR) continue;
+        log_unread(fd, errno);
+        return 0;
     }
 }
 

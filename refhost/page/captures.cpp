@@ -22,15 +22,17 @@ const char* kind_of(const fs::directory_entry& entry) {
     return beginning_of(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
 }
 
-// Whether the command line has the file as a word of its own.
-bool names(const std::string& command, const std::string& file) {
-    for (auto at = command.find(file); at != std::string::npos; at = command.find(file, at + 1)) {
-        const auto end = at + file.size();
-        if (end == command.size() ||
-            std::string_view("' \t;&|)").find(command[end]) != std::string_view::npos)
-            return true;
+// The commands that wrote the file; where the shell wrote none of it, those that name it.
+std::vector<std::size_t> makers_of(const std::string& file,
+                                   const std::vector<CommandInfo>& commands) {
+    for (const auto made : {writes, names}) {
+        std::vector<std::size_t> found;
+        for (std::size_t i = 0; i < commands.size(); ++i) {
+            if (made(commands[i], file)) found.push_back(i);
+        }
+        if (!found.empty()) return found;
     }
-    return false;
+    return {};
 }
 
 }  // namespace
@@ -68,9 +70,7 @@ std::vector<Capture> captures_in(const fs::path& log_dir,
         capture.kind = kind_of(entry);
         std::error_code ignored;
         if (entry.is_regular_file(ignored)) capture.size = entry.file_size(ignored);
-        for (std::size_t i = 0; i < commands.size(); ++i) {
-            if (names(commands[i].text, entry.path().string())) capture.commands.push_back(i);
-        }
+        capture.commands = makers_of(entry.path().string(), commands);
         captures.push_back(std::move(capture));
     }
     std::sort(captures.begin(), captures.end(),

@@ -2,10 +2,12 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 namespace qvhost {
 
@@ -71,6 +73,20 @@ void set_end(CommandInfo& command, const char* line) {
         command.outcome += "; process " + std::to_string(left) + " could not be ended and was left";
 }
 
+// "! 5 /log/raidevents.txt": what the command wrote could not be read to its end.
+void set_unread(std::vector<CommandInfo>& commands, const std::string& line) {
+    int error = 0;
+    int path_at = 0;
+    if (std::sscanf(line.c_str(), "! %d %n", &error, &path_at) != 1 || path_at == 0) return;
+    const auto path = unescaped(line.substr(static_cast<std::size_t>(path_at)));
+    const auto writer = std::find_if(commands.rbegin(), commands.rend(),
+                                     [&](const CommandInfo& c) { return writes(c, path); });
+    if (writer == commands.rend()) return;
+    writer->cut_off = true;
+    writer->outcome =
+        "what it wrote could not be read to its end: " + std::generic_category().message(error);
+}
+
 }  // namespace
 
 std::vector<CommandInfo> read_commands(const std::filesystem::path& log) {
@@ -80,6 +96,8 @@ std::vector<CommandInfo> read_commands(const std::filesystem::path& log) {
         if (line.starts_with("> ")) {
             commands.push_back(
                 {unescaped(line.substr(2)), 0, "it was running when the collection ended", true});
+        } else if (line.starts_with("! ")) {
+            set_unread(commands, line);
         } else if (!commands.empty()) {
             set_end(commands.back(), line.c_str());
         }

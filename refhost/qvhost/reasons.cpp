@@ -186,7 +186,7 @@ const Evidence::Source* Evidence::source_of(const std::string& table) {
 std::string Evidence::from_command(const Source& source) const {
     const auto capture = (captures_ / source.capture).string();
     const auto last = std::find_if(commands_.rbegin(), commands_.rend(), [&](const CommandInfo& c) {
-        return c.text.find(capture) != std::string::npos;
+        return writes(c, capture);
     });
     if (last == commands_.rend() || !last->cut_off) return "";
     return std::string(source.tool) + ": " + last->outcome;

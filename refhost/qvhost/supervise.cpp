@@ -130,7 +130,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    static constexpr auto kGrace = std::chrono::seconds(15);  // for tools to die, and what follows
+    static constexpr auto kGrace = std::chrono::seconds(8);  // for tools to die, and what follows
 
     Limits limits_;
     Clock::time_point start_ = Clock::now();

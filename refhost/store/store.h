@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "repository/record.h"
+#include "store/command_info.h"
 
 namespace qvhost {
 
@@ -43,14 +44,6 @@ struct Fact {
     std::string value;
     std::string source;  // the capture that says so; empty: none
     bool operator==(const Fact&) const = default;
-};
-
-struct CommandInfo {
-    std::string text;
-    double seconds = 0;
-    std::string outcome;   // for people; empty: all went well
-    bool cut_off = false;  // whether it ended before it had said all
-    bool operator==(const CommandInfo&) const = default;
 };
 
 class Store {

@@ -82,7 +82,8 @@ pid_t ProductTest::start(const Invocation& invocation) {
             throw std::runtime_error("no terminal");
     }
 
-    std::vector<std::string> texts{QV_PROGRAM};
+    auto texts = invocation.program;
+    if (texts.empty()) texts.emplace_back(QV_PROGRAM);
     texts.insert(texts.end(), invocation.arguments.begin(), invocation.arguments.end());
     std::vector<char*> arguments;
     for (auto& text : texts) arguments.push_back(text.data());
@@ -110,7 +111,7 @@ pid_t ProductTest::start(const Invocation& invocation) {
             open_as(2, files.err.string(), O_WRONLY | O_CREAT | O_TRUNC);
         }
         for (const int fd : invocation.closed) ::close(fd);
-        ::execv(QV_PROGRAM, arguments.data());
+        ::execvp(arguments[0], arguments.data());
         ::_exit(99);
     }
     if (terminal >= 0) ::close(terminal);

@@ -30,6 +30,7 @@ struct Invocation {
     std::string out_file = {};  // standard output, if it is not to be captured
     std::set<int> closed = {};  // standard descriptors that are closed
     bool terminal = false;      // standard error is a terminal 20 columns wide
+    std::vector<std::string> program = {};  // what is run; none: the built qvhost
 };
 
 std::filesystem::path plugin(const std::string& name);

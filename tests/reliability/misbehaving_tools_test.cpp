@@ -1,0 +1,109 @@
+// A tool that misbehaves in one of many ways, among others that do not: the collection ends, says what
+// happened, and has all other tables as it would have had them.
+#include <csignal>
+
+#include "server.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Misbehaviour {
+    const char* name;
+    const char* script;
+    const char* outcome;  // of the command
+    const char* reason;   // of the first table of events
+    int most_records;
+};
+
+constexpr const char* kWhole = "cat \"$recorded/c0_events.txt\"; ";
+
+class MisbehavingTools : public ServerTest, public testing::WithParamInterface<Misbehaviour> {};
+
+TEST_P(MisbehavingTools, TheOthersAreAsTheyWouldHaveBeen) {
+    ASSERT_EQ(collect_storage().exit, 0);
+    const auto expected = others(log_dir());
+    ASSERT_GT(expected.size(), 20u);
+    fs::remove_all(log_dir());
+
+    const auto& [name, script, outcome, reason, most] = GetParam();
+    events_do(script);
+    const auto ended = collect_storage({"--tool-timeout", "3", "--silence-timeout", "2"});
+    EXPECT_EQ(ended.exit, 0) << ended.err;
+    EXPECT_EQ(others(log_dir()), expected);
+    EXPECT_EQ(this->outcome(log_dir(), "show events > "), outcome);
+    EXPECT_EQ(this->reason(log_dir(), "EVENTLOG1"), reason);
+    EXPECT_LE(counts(store_in(log_dir())).at("EVENTLOG1"), most);
+    EXPECT_EQ(family(), std::vector<pid_t>());
+}
+
+const Misbehaviour kMisbehaviours[] = {
+    {"Hangs", "sleep 600", "stopped because it said no more",
+     "storcli: stopped because it said no more", 0},
+    {"LeavesAChildThatIgnoresSignals",
+     "(trap '' TERM INT HUP; exec sleep 600) & cat \"$recorded/c0_events.txt\"; wait",
+     "stopped because it said no more", "storcli: stopped because it said no more", 3000},
+    {"TalksForEver", "while :; do echo 'nothing of use'; sleep 0.1; done",
+     "stopped at its time limit", "storcli: stopped at its time limit", 0},
+    {"ClosesItsOutputAndLivesOn", "exec >&- 2>&-; sleep 600", "stopped because it said no more",
+     "storcli: stopped because it said no more", 0},
+    {"PrintsNothing", "exit 0", "", "storcli printed nothing", 0},
+    {"PrintsNuls", "head -c 100000 /dev/zero", "", "nothing to report in raidevents.txt", 0},
+    {"PrintsMarkup", "echo '<html><script>x</script>seqNum: </html>'", "",
+     "nothing to report in raidevents.txt", 1},
+    {"PrintsMuch", "head -c ${QV_TEST_BYTES:-67108864} /dev/zero | tr '\\000' 'x'", "",
+     "nothing to report in raidevents.txt", 0},
+    {"PrintsRubbish", "head -c 300000 /dev/urandom", "", "nothing to report in raidevents.txt", 0},
+    {"NeedsATerminal", "[ -t 0 ] || { echo 'must be run from a terminal' >&2; exit 7; }",
+     "exit code 7", "storcli printed nothing", 0},
+    {"AsksAndWaits", "read answer; echo \"got $answer\"", "", "nothing to report in raidevents.txt",
+     0},
+    {"Fails", "exit 255", "exit code 255", "storcli printed nothing", 0},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, MisbehavingTools, testing::ValuesIn(kMisbehaviours),
+                         [](const auto& one) { return std::string(one.param.name); });
+
+class BySignal : public ServerTest, public testing::WithParamInterface<int> {};
+
+TEST_P(BySignal, WhatItHadSaidIsKeptAndCalledPartial) {
+    const auto number = std::to_string(GetParam());
+    events_do(kWhole + ("kill -" + number + " $$; sleep 600"));
+    ASSERT_EQ(collect_storage({"--tool-timeout", "20"}).exit, 0);
+    const auto killed = outcome(log_dir(), "show events > ");
+    EXPECT_NE(killed.find("killed by signal " + number), std::string::npos) << killed;
+    EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), "storcli: " + killed);
+    EXPECT_EQ(counts(store_in(log_dir())).at("EVENTLOG1"), 2999);
+    EXPECT_EQ(counts(store_in(log_dir())).at("PDLIST"), 12);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, BySignal,
+                         testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGILL, SIGTRAP, SIGABRT, SIGBUS,
+                                         SIGFPE, SIGKILL, SIGUSR1, SIGSEGV, SIGUSR2, SIGPIPE,
+                                         SIGALRM, SIGTERM, SIGXCPU, SIGXFSZ, SIGSYS));
+
+using MissingTools = ServerTest;
+
+TEST_F(MissingTools, AreToldFor) {
+    for (const auto& tool : builds()) fs::remove(tool);
+    ASSERT_EQ(collect_storage().exit, 0);
+    EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), "storcli is not in qv_tools");
+    EXPECT_EQ(outcome(log_dir(), "show events > "), "exit code 127: not installed");
+}
+
+// The collection makes what lies in qv_tools executable; what is no program stays one.
+TEST_F(MissingTools, ADirectoryIsNoTool) {
+    for (const auto& tool : builds()) {
+        fs::remove(tool);
+        fs::create_directory(tool);
+    }
+    ASSERT_EQ(collect_storage().exit, 0);
+    EXPECT_EQ(outcome(log_dir(), "show events > "), "exit code 126");
+    EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), "storcli printed nothing");
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,148 @@
+// Log directories and tools that others could reach into, and file systems that do not take anything.
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "server.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kSomebody = 12345;
+
+class Places : public ServerTest {
+protected:
+    void refused(const std::string& why) {
+        const auto outcome = collect_storage();
+        EXPECT_EQ(outcome.exit, 1);
+        EXPECT_NE(outcome.err.find(why), std::string::npos) << outcome.err;
+        EXPECT_FALSE(fs::exists(log_dir() / "report")) << "nothing was collected";
+        EXPECT_FALSE(fs::exists(log_dir() / "c0_showall.txt"));
+    }
+};
+
+TEST_F(Places, ALinkIsRefused) {
+    fs::create_directory(dir() / "elsewhere");
+    fs::create_directory_symlink(dir() / "elsewhere", log_dir());
+    refused("it is a symbolic link");
+    EXPECT_TRUE(fs::is_empty(dir() / "elsewhere"));
+}
+
+TEST_F(Places, AnotherUsersDirectoryIsRefused) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a directory away";
+    fs::create_directory(log_dir());
+    ASSERT_EQ(::chown(log_dir().c_str(), kSomebody, kSomebody), 0);
+    refused("it belongs to another user");
+}
+
+TEST_F(Places, ADirectoryThatOthersCanWriteToIsRefused) {
+    fs::create_directory(log_dir());
+    for (const mode_t mode : {0777u, 01777u, 0703u}) {
+        ASSERT_EQ(::chmod(log_dir().c_str(), mode), 0);
+        refused("others can write to it");
+    }
+}
+
+TEST_F(Places, AWayThatOthersCanReplaceIsRefused) {
+    fs::create_directories(log_dir());
+    ASSERT_EQ(::chmod(dir().c_str(), 0777), 0);
+    refused("can be written by others, who could replace it");
+    ASSERT_EQ(::chmod(dir().c_str(), 01777), 0);  // as /tmp
+    EXPECT_EQ(collect_storage().exit, 0);
+    ASSERT_EQ(::chmod(dir().c_str(), 0700), 0);
+}
+
+TEST_F(Places, ALinkInItIsRefusedAndNotWrittenThrough) {
+    write_file(dir() / "passwd", "root\n");
+    fs::create_directory(log_dir());
+    fs::create_symlink(dir() / "passwd", log_dir() / "raidevents.txt");
+    refused("raidevents.txt in it is a symbolic link");
+    EXPECT_EQ(read_file(dir() / "passwd"), "root\n");
+}
+
+TEST_F(Places, ToolsThatOthersCanReplaceAreNotRun) {
+    for (const auto& place : {tools(), tools() / "storcli_x64"}) {
+        const auto before = fs::status(place).permissions();
+        fs::permissions(place, fs::perms::others_write, fs::perm_options::add);
+        refused("nothing is run from there: " + place.string() + " can be written by others");
+        fs::permissions(place, before);
+        if (::geteuid() != 0) continue;
+        ASSERT_EQ(::chown(place.c_str(), kSomebody, kSomebody), 0);
+        refused("nothing is run from there: " + place.string() + " belongs to another user");
+        ASSERT_EQ(::chown(place.c_str(), 0, 0), 0);
+    }
+    EXPECT_EQ(collect_storage().exit, 0);
+}
+
+// A small file system of the test's own.
+class SmallPlace : public Places {
+protected:
+    void mount_here(const char* options, unsigned long flags = 0) {
+        fs::create_directory(place());
+        if (::mount("none", place().c_str(), "tmpfs", flags, options) != 0)
+            GTEST_SKIP() << "no file system can be mounted here: " << std::strerror(errno);
+        mounted_ = true;
+    }
+    void TearDown() override {
+        if (mounted_) ::umount2(place().c_str(), MNT_DETACH);
+        Places::TearDown();
+    }
+    fs::path place() const { return dir() / "small"; }
+    Outcome collect_there() {
+        auto invocation = collecting();
+        invocation.arguments[2] = place() / "log";
+        return run(invocation);
+    }
+
+    // In the words of the system or of SQLite.
+    static bool says_full(const std::string& text) {
+        for (const char* words : {"No space left", "disk is full", "disk I/O error"}) {
+            if (text.find(words) != std::string::npos) return true;
+        }
+        return false;
+    }
+
+private:
+    bool mounted_ = false;
+};
+
+TEST_F(SmallPlace, AFullDiskIsToldWithTheFile) {
+    for (const char* size : {"size=16k", "size=200k", "size=1500k", "size=2m"}) {
+        mount_here(size);
+        if (IsSkipped()) return;
+        const auto outcome = collect_there();
+        EXPECT_EQ(outcome.exit, 1) << size;
+        EXPECT_NE(outcome.err.find(place().string()), std::string::npos) << outcome.err;
+        EXPECT_TRUE(says_full(outcome.err)) << size << outcome.err;
+        EXPECT_EQ(family(), std::vector<pid_t>());
+        ::umount2(place().c_str(), MNT_DETACH);
+    }
+}
+
+TEST_F(SmallPlace, AReadOnlyFileSystemIsTold) {
+    mount_here("size=1m", MS_RDONLY);
+    if (IsSkipped()) return;
+    const auto outcome = collect_there();
+    EXPECT_EQ(outcome.exit, 1);
+    EXPECT_NE(outcome.err.find("Read-only file system"), std::string::npos) << outcome.err;
+}
+
+// What a tool writes until nothing is left is the tool's; what we can still write is there.
+TEST_F(SmallPlace, AToolThatFillsTheDisk) {
+    mount_here("size=8m");
+    if (IsSkipped()) return;
+    events_do("cat /dev/zero");
+    const auto outcome = collect_there();
+    EXPECT_EQ(outcome.exit, 1) << outcome.out;
+    EXPECT_TRUE(says_full(outcome.err)) << outcome.err;
+    EXPECT_EQ(family(), std::vector<pid_t>());
+}
+
+}  // namespace
+
+}  // namespace test
