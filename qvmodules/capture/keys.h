@@ -24,9 +24,9 @@ struct When {
     std::array<std::string_view, 3> without = {};  // on none that contains one of these
 
     constexpr bool holds(std::string_view line) const {
-        if (line.find(with) == std::string_view::npos) return false;
+        if (!with.empty() && !contains(line, with)) return false;
         for (const auto part : without) {
-            if (!part.empty() && line.find(part) != std::string_view::npos) return false;
+            if (!part.empty() && contains(line, part)) return false;
         }
         return true;
     }

@@ -16,11 +16,11 @@ std::string_view c_text(std::string_view bytes);
 std::string_view first_line(std::string_view text, std::size_t most);
 
 // What stands at `at` and behind; empty where the line ends before.
-inline std::string_view rest(std::string_view line, std::size_t at) {
+constexpr std::string_view rest(std::string_view line, std::size_t at) {
     return line.substr(std::min(at, line.size()));
 }
 
-inline bool contains(std::string_view text, std::string_view part) {
+constexpr bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 

@@ -132,7 +132,7 @@ public:
         ++lines_;
         if (line.size() == 1) return data_.add(line);  // every fourth line is blank, and no more
 
-        const bool has_equals = contains(line, "=");  // most lines have none
+        const bool has_equals = line.find('=') != std::string_view::npos;  // most lines have none
         if (count_ != 0 && has_equals && contains(line, "Controller =")) {
             finish();
         } else if (const auto hit = capture::find_key_alike(kEvent, line)) {

@@ -119,7 +119,7 @@ struct Store::Impl {
             // Power may fail; but what is lost then is in the raw captures. Against the death of
             // the process no waiting for the disk is needed.
             // Pages of 8 KiB: half the system calls of the default, no larger file.
-            db.exec("PRAGMA page_size=8192; PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
+            db.exec("PRAGMA synchronous=OFF; PRAGMA page_size=8192; PRAGMA journal_mode=WAL;");
             db.exec("PRAGMA application_id=" + std::to_string(store::kApplicationId));
             db.exec("PRAGMA user_version=" + std::to_string(store::kVersion));
             db.exec(store::kSchema);
@@ -130,7 +130,7 @@ struct Store::Impl {
         if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
             throw std::runtime_error(path + ": a store of another version of qvhost");
         expect_plain_tables();
-        if (mode == Mode::update) db.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=OFF;");
+        if (mode == Mode::update) db.exec("PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
         load();
     }
 
