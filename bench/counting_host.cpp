@@ -26,8 +26,8 @@ RModule::RModule() = default;
 RModule::~RModule() = default;
 
 struct RInstance::Impl {};
-RInstance::RInstance(const std::string&, const std::string&, int) : impl_(nullptr) {}
-RInstance::~RInstance() = default;
+RInstance::RInstance(const std::string&, const std::string&, int) : impl_(new Impl) {}
+RInstance::~RInstance() { delete impl_; }
 void RInstance::AddProperty(const std::string&, const std::string&, const std::string&) {
     ++seen.properties;
 }
