@@ -7,8 +7,8 @@
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/child.h"
-#include "qvhost/cli.h"
+#include "qvhost/cli/command_line.h"
+#include "qvhost/collect/child.h"
 
 namespace {
 

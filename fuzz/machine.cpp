@@ -1,10 +1,10 @@
 // machine.json of a recorded server, and the stand-in tools that are made from it. Beside it there is
 // one capture, "capture.txt".
-#include "qvhost/machine.h"
+#include "qvhost/replay/machine.h"
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/stand_ins.h"
+#include "qvhost/replay/stand_ins.h"
 #include "scratch.h"
 
 namespace fs = std::filesystem;

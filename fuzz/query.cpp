@@ -5,7 +5,7 @@
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/query.h"
+#include "qvhost/present/query.h"
 #include "scratch.h"
 #include "sound_store.h"
 

@@ -1,13 +1,13 @@
 // A collection that was broken off: whatever stands in its journal, all of its records come into the
 // store, in order, and the report can be shown.
-#include "qvhost/recover.h"
+#include "qvhost/complete/recover.h"
 
 #include <nlohmann/json.hpp>
 
 #include "check.h"
 #include "journal/journal.h"
 #include "outcome.h"
-#include "qvhost/tables_report.h"
+#include "qvhost/present/report.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "store/store.h"

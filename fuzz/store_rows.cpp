@@ -6,7 +6,7 @@
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/tables_report.h"
+#include "qvhost/present/report.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "sound_store.h"

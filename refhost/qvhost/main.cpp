@@ -11,14 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/child.h"
-#include "qvhost/cli.h"
-#include "qvhost/collect.h"
-#include "qvhost/export.h"
-#include "qvhost/query.h"
-#include "qvhost/replay.h"
-#include "qvhost/tables.h"
-#include "qvhost/tables_report.h"
+#include "qvhost/cli/command_line.h"
+#include "qvhost/collect/child.h"
+#include "qvhost/collect/collect.h"
+#include "qvhost/present/export.h"
+#include "qvhost/present/query.h"
+#include "qvhost/present/report.h"
+#include "qvhost/present/tables.h"
+#include "qvhost/replay/replay.h"
 #include "show/visible.h"
 
 namespace {

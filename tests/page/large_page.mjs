@@ -1,5 +1,4 @@
-// How the page of a large report behaves, in numbers: node large_page.mjs DIR prints JSON.
-import {readdirSync, statSync} from "node:fs";
+// How the page of a large report behaves, in numbers: node large_page.mjs DIR prints rows for bench/table.
 import {join} from "node:path";
 import {pathToFileURL} from "node:url";
 import {chromium} from "playwright-core";
@@ -66,12 +65,12 @@ async function table(id) {
     return new RegExp(wanted).test(shown) && !/loading|\.\.\./.test(shown);
   }, text, {timeout: 120_000});
   const result = {};
-  result.open = await watched(page, async () => {
+  result["first rows"] = await watched(page, async () => {
     await page.evaluate(to => { location.hash = to; }, `#${id}`);
     await page.locator(".slick-row").first().waitFor();
   });
-  result.loaded = await watched(page, () => until("record"));
-  result.scroll = await watched(page, () => page.evaluate(async () => {
+  result["all rows"] = await watched(page, () => until("record"));
+  result["scroll through all"] = await watched(page, () => page.evaluate(async () => {
     const view = document.querySelector(".slick-viewport-left.slick-viewport-top");
     const steps = 60;
     for (let step = 0; step <= steps; ++step) {
@@ -79,11 +78,11 @@ async function table(id) {
       await new Promise(resolve => requestAnimationFrame(() => requestAnimationFrame(resolve)));
     }
   }));
-  result.filter = await watched(page, async () => {
+  result["filter"] = await watched(page, async () => {
     await page.getByPlaceholder("Search this table").fill("9999");
     await until(" of ");
   });
-  result.sort = await watched(page, async () => {
+  result["sort"] = await watched(page, async () => {
     await page.getByRole("button", {name: "Show all"}).click();
     await page.getByLabel("Sort").selectOption({index: 1});
     await page.waitForFunction(() => document.querySelector("[aria-sort]"));
@@ -106,15 +105,14 @@ async function events() {
   return drawn;
 }
 
-const data = join(directory, "report/data");
-const files = readdirSync(data).map(name => statSync(join(data, name)).size);
-const result = {
-  data_files: files.length,
-  data_mib: Math.round(files.reduce((sum, size) => sum + size, 0) / 2 ** 20),
-  first_paint_ms: await openings(5),
-  EVENTLOG5: await table("EVENTLOG5"),
-  FWTERMLOG: await table("FWTERMLOG"),
-  events_over_time: await events(),
-};
+const rows = [{row: "page", what: "first paint", took_ms: await openings(5)}];
+const note = (what, {took_ms, longest_freeze_ms}, more = {}) =>
+  rows.push({row: "page", what, took_ms, longest_freeze_ms, ...more});
+for (const id of ["EVENTLOG5", "FWTERMLOG"]) {
+  const {heap_mib, ...steps} = await table(id);
+  for (const [step, measured] of Object.entries(steps)) note(`${id}: ${step}`, measured);
+  rows.push({row: "page", what: `${id}: memory of its values and the page`, heap_mib});
+}
+note("events over time", await events());
 await browser.close();
-console.log(JSON.stringify(result, null, 2));
+console.log(JSON.stringify(rows, null, 1));

@@ -30,16 +30,6 @@ protected:
         return pid;
     }
 
-    // The collecting process: the program's child.
-    pid_t child_of(pid_t parent) const {
-        for (const pid_t pid : family()) {
-            const auto status = read_file("/proc/" + std::to_string(pid) + "/status");
-            if (status.find("\nPPid:\t" + std::to_string(parent) + "\n") != std::string::npos)
-                return pid;
-        }
-        return 0;
-    }
-
     void expect_all_filed(const fs::path& store) const {
         EXPECT_EQ(counts(store),
                   (std::map<std::string, int>{{"A_BEFORE", 1000}, {"M_FAULT", 2}, {"Z_AFTER", 0}}));

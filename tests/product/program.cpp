@@ -119,6 +119,15 @@ pid_t ProductTest::start(const Invocation& invocation) {
     return pid;
 }
 
+pid_t ProductTest::child_of(pid_t parent) const {
+    for (const pid_t pid : family()) {
+        const auto status = read_file("/proc/" + std::to_string(pid) + "/status");
+        if (status.find("\nPPid:\t" + std::to_string(parent) + "\n") != std::string::npos)
+            return pid;
+    }
+    return 0;
+}
+
 Outcome ProductTest::finish(pid_t pid) {
     int status = 0;
     const auto deadline = std::chrono::steady_clock::now() + kPatience;

@@ -27,9 +27,9 @@ struct Invocation {
     std::set<std::string> unset = {};
     std::string directory = {};  // where it runs
     mode_t mask = 022;
-    std::string out_file = {};  // standard output, if it is not to be captured
-    std::set<int> closed = {};  // standard descriptors that are closed
-    bool terminal = false;      // standard error is a terminal 20 columns wide
+    std::string out_file = {};              // standard output, if it is not to be captured
+    std::set<int> closed = {};              // standard descriptors that are closed
+    bool terminal = false;                  // standard error is a terminal 20 columns wide
     std::vector<std::string> program = {};  // what is run; none: the built qvhost
 };
 
@@ -51,6 +51,9 @@ protected:
 
     // The processes of this test's runs that are alive.
     std::vector<pid_t> family() const;
+
+    // Of these the child of one of them, as the collecting process is the program's; 0: there is none.
+    pid_t child_of(pid_t parent) const;
 
     // "collect" with a plug-in of the tests into log_dir().
     std::vector<std::string> collect(const std::string& name,

@@ -87,8 +87,7 @@ TEST_F(Views, ACommandThatWasStoppedAtItsLimitIsCalledPartial) {
         "commands": [{"tool": "dmesg", "args": "", "stdout": "half.txt", "seconds": 60}]})");
     write_file(dir() / "machine" / "half.txt", "half\n");
     replay(dir() / "machine", {"--tool-timeout", "1"});
-    EXPECT_EQ(outcomes("dmesg >"),
-              Texts{"stopped at its time limit"});
+    EXPECT_EQ(outcomes("dmesg >"), Texts{"stopped at its time limit"});
 }
 
 }  // namespace

@@ -14,15 +14,6 @@ namespace fs = std::filesystem;
 
 class Moments : public ServerTest {
 protected:
-    pid_t child_of(pid_t parent) const {
-        for (const pid_t pid : family()) {
-            const auto status = read_file("/proc/" + std::to_string(pid) + "/status");
-            if (status.find("\nPPid:\t" + std::to_string(parent) + "\n") != std::string::npos)
-                return pid;
-        }
-        return 0;
-    }
-
     // Every record that is there is one of a whole collection's, in its place.
     void expect_beginning(const nlohmann::ordered_json& whole) const {
         const auto found = report_json(log_dir())["records"];

@@ -1,0 +1,239 @@
+#include "qvhost/collect/child.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <exception>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "journal/journal.h"
+#include "logger/control.h"
+#include "qvhost/collect/ambient.h"
+#include "qvhost/collect/log_dir.h"
+#include "qvhost/collect/plugin.h"
+#include "qvhost/collect/processes.h"
+#include "qvhost/collect/selection.h"
+#include "repository/sink.h"
+
+namespace qvhost {
+
+namespace {
+
+using marlox::repository::RInstancesWrapper;
+using marlox::repository::RModule;
+using marlox::repository::RRepository;
+
+class JournalSink : public RRepository::Impl {
+public:
+    explicit JournalSink(JournalWriter& journal) : journal_(journal) {}
+
+    void add(const Record& record) override {
+        try {
+            journal_.append(record);
+        } catch (const std::exception& error) {
+            if (failure_.empty()) failure_ = error.what();
+            throw;
+        }
+    }
+
+    // Why a record could not be kept, also if the module swallowed the exception; empty: all were.
+    const std::string& failure() const { return failure_; }
+
+private:
+    JournalWriter& journal_;
+    std::string failure_;
+};
+
+// What tools say on the terminal instead of into their captures goes into a file.
+void redirect_standard_streams(const LogDir& dir) {
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int console =
+        ::open(dir.console().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
+    if (nothing < 0 || console < 0)
+        throw std::system_error(errno, std::generic_category(), dir.console().string());
+    ::dup2(nothing, STDIN_FILENO);
+    ::dup2(console, STDOUT_FILENO);
+    ::dup2(console, STDERR_FILENO);
+}
+
+sem_t held;
+
+// Where the collecting thread stays once the parent is gone.
+void hold(int) {
+    ::sem_post(&held);
+    for (;;) ::pause();
+}
+
+// Stops the thread that runs the modules: it would take a killed tool for a failed one and start the
+// next.
+void hold_thread(pthread_t thread) {
+    ::pthread_kill(thread, SIGRTMIN);
+    timespec patience{};
+    ::clock_gettime(CLOCK_REALTIME, &patience);
+    patience.tv_sec += 1;
+    while (::sem_timedwait(&held, &patience) != 0 && errno == EINTR) {
+    }
+}
+
+void end_with_parent(int lifeline) {
+    ::sem_init(&held, 0, 0);
+    struct sigaction action = {};
+    action.sa_handler = hold;
+    ::sigaction(SIGRTMIN, &action, nullptr);
+    std::thread([lifeline, collecting = ::pthread_self()] {
+        char byte = 0;
+        while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
+        }
+        hold_thread(collecting);
+        kill_descendants();
+        ::_exit(1);
+    }).detach();
+}
+
+template <class Call>
+std::string what_it_throws(Call call) {
+    try {
+        call();
+        return "";
+    } catch (const std::exception& error) {
+        return *error.what() ? error.what() : "an exception without words";
+    } catch (...) {
+        return "an exception of an unknown kind";
+    }
+}
+
+void collect_table(RModule& module, const std::string& table, RRepository& repository,
+                   JournalWriter& journal) {
+    const auto& callbacks = module.callbacks.at(table);
+    journal.append(TableStartEntry{module.GetName(), table});
+    RInstancesWrapper::Impl layout;
+    RInstancesWrapper wrapper(layout);
+    auto error = what_it_throws([&] { callbacks.enumerate(repository); });
+    const auto wrap_error = what_it_throws([&] { callbacks.wrap(wrapper); });
+    if (error.empty()) error = wrap_error;
+    journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
+}
+
+// Operations that the plug-in exports and none of its modules calls.
+struct Operation {
+    const char* name;
+    const char* symbol;
+    bool takes_repository;
+};
+
+constexpr Operation kOperations[] = {
+    {"pmc",  "_ZN6marlox10repository8pmc_infoERNS0_11RRepositoryE",      true },
+    {"fru0", "_ZN6marlox10repository12fru_info_amdERNS0_11RRepositoryE", true },
+    {"bios", "_ZN6marlox10repository17get_bios_settingsEv",              false},
+};
+
+void call_also(const Plugin& plugin, const std::string& name, RRepository& repository) {
+    for (const auto& operation : kOperations) {
+        if (name != operation.name) continue;
+        void* const address = plugin.operation(operation.symbol);
+        if (!address) throw std::runtime_error("the plug-in has no operation for --also " + name);
+        // What they return is in the log as well, in words.
+        if (operation.takes_repository) {
+            reinterpret_cast<void (*)(RRepository&)>(address)(repository);
+        } else {
+            reinterpret_cast<int (*)()>(address)();
+        }
+    }
+}
+
+// Why the collection is not what was asked for; empty: it is.
+std::string collect(const CollectOptions& options, JournalWriter& journal) {
+    using Clock = std::chrono::steady_clock;
+    const auto limits = limits_for(options.limits);
+    const auto end = Clock::now() + std::chrono::seconds(limits.run);
+    const Plugin plugin(options.plugin);
+    const auto chosen = choose(plugin, options);
+    JournalSink sink(journal);
+    RRepository repository(sink);
+    // All of them first: a collection that is cut off can tell what it did not reach.
+    for (const auto& [module, tables] : chosen)
+        journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
+    for (const auto& [module, tables] : chosen) {
+        set_tool_deadline(std::min(end, Clock::now() + std::chrono::seconds(limits.module)));
+        for (const auto& table : tables) {
+            collect_table(*module, table, repository, journal);
+            // A full disk: what the tools would tell from here on could not be kept.
+            if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
+        }
+    }
+
+    std::vector<std::string> errors;
+    for (const auto& name : options.also)
+        errors.push_back(what_it_throws([&] { call_also(plugin, name, repository); }));
+    errors.push_back(sink.failure());
+    if (!log_failure().empty()) errors.push_back("the log could not be written: " + log_failure());
+
+    std::string text;
+    for (const auto& error : errors) {
+        if (!error.empty()) text += (text.empty() ? "" : "; ") + error;
+    }
+    return text;
+}
+
+}  // namespace
+
+std::vector<std::string> child_arguments(const CollectOptions& options, const Stage& stage,
+                                         int lifeline) {
+    std::vector<std::string> arguments{kChildCommand, "--log-dir=" + options.log_dir.string(),
+                                       "--log-level=" + std::to_string(options.log_level),
+                                       "--plugin=" + options.plugin.string(),
+                                       "--lifeline=" + std::to_string(lifeline)};
+    const auto limits = limits_for(options.limits);
+    const std::pair<const char*, unsigned> timeouts[] = {
+        {"--run-timeout=",     limits.run    },
+        {"--module-timeout=",  limits.module },
+        {"--tool-timeout=",    limits.tool   },
+        {"--silence-timeout=", limits.silence}
+    };
+    for (const auto& [option, seconds] : timeouts)
+        arguments.push_back(option + std::to_string(seconds));
+    // An option with nothing behind its "=" would take the next argument for its value.
+    if (!stage.search_path.empty()) arguments.push_back("--search-path=" + stage.search_path);
+    for (const auto& name : options.modules) arguments.push_back("--module=" + name);
+    for (const auto& name : options.tables) arguments.push_back("--table=" + name);
+    for (const auto& name : options.also) arguments.push_back("--also=" + name);
+    return arguments;
+}
+
+int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
+    // A terminal's Ctrl-C is the parent's business.
+    ::setpgid(0, 0);
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    ::signal(SIGPIPE, SIG_DFL);
+
+    const LogDir dir(options.log_dir);
+    JournalWriter journal(dir.journal());
+    std::string error;
+    try {
+        end_with_parent(lifeline);
+        redirect_standard_streams(dir);
+        set_tool_environment(stage.search_path, limits_for(options.limits), dir.commands());
+        std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
+        open_log({.log_dir = (options.log_dir / "").string(),
+                  .log_file = dir.log(),
+                  .min_level = options.log_level});
+        error = collect(options, journal);
+    } catch (const std::exception& problem) {
+        error = problem.what();
+    }
+    journal.append(EndEntry{error});
+    return error.empty() ? 0 : 1;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "qvhost/cli/options.h"
+
+namespace qvhost {
+
+// Runs a collection and makes its report. Returns the exit status: 0 done, 1 incomplete.
+// Throws std::exception if it could not begin.
+int collect(CollectOptions options, const Stage& stage);
+
+// On the machine itself, with the tools beside this program.
+int collect_here(const CollectOptions& options);
+
+}  // namespace qvhost

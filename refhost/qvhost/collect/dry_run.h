@@ -1,0 +1,11 @@
+#pragma once
+
+#include "qvhost/cli/options.h"
+
+namespace qvhost {
+
+// Tells on standard output what a collection would do: where it writes, its limits, its modules and
+// tables. Nothing is run and nothing is written. Throws as the collection would.
+void tell_plan(const CollectOptions& options, const Stage& stage);
+
+}  // namespace qvhost

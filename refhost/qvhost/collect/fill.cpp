@@ -1,0 +1,67 @@
+#include "qvhost/collect/fill.h"
+
+#include <utility>
+
+namespace qvhost {
+
+namespace {
+
+template <class... Takers>
+struct Overloaded : Takers... {
+    using Takers::operator()...;
+};
+template <class... Takers>
+Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
+
+}  // namespace
+
+bool Filler::take_new() {
+    // Between two parts the caller has time for a signal, however fast the journal grows.
+    constexpr std::size_t kPart = 262144;
+    const auto entries = journal_.read([this](const JournalEntry& entry) { take(entry); }, kPart);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - committed_ >= std::chrono::milliseconds(500)) {
+        store_.commit();
+        committed_ = now;
+    }
+    return entries > 0;
+}
+
+void Filler::explain_unreached() {
+    for (const auto& module : store_.modules()) {
+        for (const auto& table : module.tables) {
+            if (table.records == 0 && !standing_.reached.contains(table.id))
+                store_.set_reason(table.id, "the collection ended before");
+        }
+    }
+}
+
+void Filler::take(const JournalEntry& entry) {
+    std::visit(Overloaded{[&](const ModuleEntry& module) {
+                              titles_[module.name] = module.display;
+                              store_.add_module(module.name, module.display);
+                              for (const auto& table : module.tables)
+                                  store_.add_table(module.name, table);
+                          },
+                          [&](const TableStartEntry& start) {
+                              if (start.module != module_)
+                                  standing_.modules.push_back(titles_[start.module]);
+                              module_ = start.module;
+                              standing_.table = start.table;
+                              standing_.reached.insert(start.table);
+                          },
+                          [&](const Record& record) {
+                              if (++standing_.records > known_) store_.add(record);
+                          },
+                          [&](const TableEndEntry& end) {
+                              standing_.table.clear();
+                              store_.set_layout(end.table, end.layout);
+                              if (end.error.empty()) return;
+                              store_.set_reason(end.table, "broken off: " + end.error);
+                              standing_.errors.push_back(end.table + ": " + end.error);
+                          },
+                          [&](const EndEntry& end) { standing_.end = end; }},
+               entry);
+}
+
+}  // namespace qvhost

@@ -1,0 +1,21 @@
+// Which modules and tables a collection asks.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "qvhost/cli/options.h"
+#include "qvhost/collect/plugin.h"
+
+namespace qvhost {
+
+struct Chosen {
+    marlox::repository::RModule* module;
+    std::vector<std::string> tables;
+};
+
+// Those that the user asked for, in the order in which they are collected. Throws std::runtime_error
+// for a name that no module knows, with those that there are.
+std::vector<Chosen> choose(const Plugin& plugin, const CollectOptions& options);
+
+}  // namespace qvhost

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "qvhost/cli/options.h"
+#include "qvhost/collect/fill.h"
+#include "qvhost/collect/log_dir.h"
+#include "qvhost/collect/progress.h"
+
+namespace qvhost {
+
+// Starts the collecting child and watches it to its end, taking what it journals. Returns why the
+// collection is incomplete; empty: it is complete. A signal to end (SIGINT, SIGTERM, SIGHUP) ends the
+// child with all its tools; a second one ends this program at once.
+std::string supervise(const CollectOptions& options, const Stage& stage, Filler& filler,
+                      Progress& progress);
+
+}  // namespace qvhost

@@ -1,0 +1,82 @@
+#include "qvhost/complete/recover.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include "qvhost/collect/ambient.h"
+#include "qvhost/collect/fill.h"
+#include "qvhost/complete/complete_report.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::size_t records_in(const Store& store) {
+    std::size_t records = 0;
+    for (const auto& module : store.modules()) {
+        for (const auto& table : module.tables) records += static_cast<std::size_t>(table.records);
+    }
+    return records;
+}
+
+// The store as it was left. One that is damaged is made anew: the journal has everything.
+Store open_store(const LogDir& dir) {
+    if (fs::exists(dir.store())) {
+        try {
+            return {dir.store(), Store::Mode::update};
+        } catch (const std::runtime_error&) {
+            for (const char* part : {"", "-wal", "-shm", "-journal"})
+                fs::remove(dir.store().string() + part);
+        }
+    }
+    return {dir.store(), Store::Mode::create};
+}
+
+// Takes what can be read of the journal. Returns what is wrong with it.
+std::string take_journal(Filler& filler) {
+    try {
+        while (filler.take_new()) {
+        }
+        return "";
+    } catch (const std::system_error&) {
+        throw;  // the journal may be whole and can be read another time
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
+}  // namespace
+
+std::string recover(const LogDir& dir) {
+    if (!fs::exists(dir.journal())) return "";
+    std::string found;
+    bool damaged = false;
+    {
+        auto store = open_store(dir);
+        JournalReader journal(dir.journal());
+        Filler filler(journal, store, records_in(store));
+        const auto damage = take_journal(filler);
+        const auto& standing = filler.standing();
+        found = "a collection that was broken off";
+        if (!standing.table.empty()) found += " while it collected " + standing.table;
+        found += ", with " + std::to_string(records_in(store)) + " records";
+        damaged = !damage.empty();
+        if (damaged) found += "; " + damage;
+        filler.explain_unreached();
+        store.set_meta("status", "incomplete: " + found);
+        complete_report(store, dir, program_file().parent_path() / "qv_tools",
+                        std::filesystem::file_time_type::min());
+    }
+    fs::remove(dir.commands());
+    if (damaged) {
+        fs::rename(dir.journal(), dir.journal().string() + ".damaged");
+    } else {
+        fs::remove(dir.journal());
+    }
+    return found;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "qvhost/collect/log_dir.h"
+#include "show/terminal.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+// All tables with their numbers of records, why the empty ones are empty, and where the report is.
+void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
+                   const TerminalStyle& style);
+
+}  // namespace qvhost

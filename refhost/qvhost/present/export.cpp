@@ -1,0 +1,183 @@
+#include "qvhost/present/export.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+#include "page/write_page.h"
+#include "qvhost/present/export_csv.h"
+#include "qvhost/present/report.h"
+#include "report/report_json.h"
+#include "show/headers.h"
+#include "store/names.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
+    throw std::runtime_error(path.string() + ": " + reason);
+}
+
+// The columns are named by the property ids, as those of the store's tables are.
+void write_csv(std::ostream& out, const Store& store, const TableInfo& table, bool raw) {
+    const auto headers = headers_of(store, table);
+    CsvWriter csv(out, raw);
+    for (const auto& header : headers) csv.text(header.id);
+    csv.end_row();
+    store.each_record(table.id, [&](const Record& record) {
+        for (const auto& header : headers) {
+            const auto found = std::find_if(record.properties.begin(), record.properties.end(),
+                                            [&](const auto& p) { return p.id == header.id; });
+            if (found == record.properties.end()) {
+                csv.nothing();
+            } else if (const auto* text = std::get_if<std::string>(&found->value)) {
+                csv.text(*text);
+            } else {
+                csv.number(std::to_string(std::get<int>(found->value)));
+            }
+        }
+        csv.end_row();
+    });
+}
+
+// A table's id as the name of a file, whatever bytes it has.
+std::string file_name(const std::string& id) {
+    constexpr std::size_t kLongest = 200;
+    std::string name = id.substr(0, kLongest);
+    for (char& c : name) {
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                           (c >= '0' && c <= '9') || c == '_' || c == '-';
+        if (!plain) c = '_';
+    }
+    return name;
+}
+
+// A directory that is new or empty, for entries that are there all or not at all.
+class NewFiles {
+public:
+    explicit NewFiles(fs::path directory) : directory_(std::move(directory)) {
+        if (::mkdir(directory_.c_str(), 0700) == 0) {
+            made_ = true;
+        } else if (errno != EEXIST) {
+            fail(directory_, std::string("cannot make the directory: ") + std::strerror(errno));
+        } else if (!fs::is_directory(directory_)) {
+            fail(directory_, "not a directory");
+        } else if (!fs::is_empty(directory_)) {
+            fail(directory_, "the directory is not empty; nothing is written into it");
+        }
+    }
+    ~NewFiles() {
+        if (kept_) return;
+        std::error_code ignored;
+        for (const auto& entry : entries_) fs::remove_all(entry, ignored);
+        if (made_) fs::remove(directory_, ignored);
+    }
+    NewFiles(const NewFiles&) = delete;
+    NewFiles& operator=(const NewFiles&) = delete;
+
+    std::ofstream create(const std::string& name) {
+        const auto file = directory_ / name;
+        const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (fd < 0) fail(file, std::string("cannot create it: ") + std::strerror(errno));
+        ::close(fd);
+        adopt(name);
+        return std::ofstream(file, std::ios::binary);
+    }
+    // An entry that somebody else is going to make.
+    void adopt(const std::string& name) { entries_.push_back(directory_ / name); }
+    void keep() { kept_ = true; }
+    const fs::path& last() const { return entries_.back(); }
+
+private:
+    fs::path directory_;
+    std::vector<fs::path> entries_;
+    bool made_ = false;
+    bool kept_ = false;
+};
+
+void export_tables(const ExportOptions& options, const Store& store) {
+    NewFiles files(options.output);
+    store::NameSet names;
+    for (const auto& module : store.modules()) {
+        for (const auto& table : module.tables) {
+            auto out = files.create(names.claim(file_name(table.id)) + ".csv");
+            write_csv(out, store, table, options.raw);
+            out.close();
+            if (!out) fail(files.last(), std::string("cannot write it: ") + std::strerror(errno));
+        }
+    }
+    files.keep();
+}
+
+void export_csv(const ExportOptions& options, const Store& store) {
+    if (options.table.empty()) return export_tables(options, store);
+    for (const auto& module : store.modules()) {
+        for (const auto& table : module.tables) {
+            if (table.id == options.table) return write_csv(std::cout, store, table, options.raw);
+        }
+    }
+    fail(options.report, "there is no table " + options.table);
+}
+
+void export_json(const ExportOptions& options, const Store& store) {
+    if (options.output.empty()) return write_report_json(store, std::cout);
+    if (fs::exists(fs::symlink_status(options.output)))
+        fail(options.output, "exists already; it is not replaced");
+    write_report_json(store, options.output.string());
+}
+
+// The page alone: links from another place would not lead to the captures.
+void export_html(const ExportOptions& options, const Store& store) {
+    NewFiles files(options.output);
+    for (const char* const name : {"assets", "data", "index.html"}) files.adopt(name);
+    write_page(store, options.output, {});
+    files.keep();
+}
+
+// Every format has its row here.
+constexpr struct {
+    const char* name;
+    void (*run)(const ExportOptions& options, const Store& store);
+} kFormats[] = {
+    {"json", export_json},
+    {"csv",  export_csv },
+    {"html", export_html},
+};
+
+}  // namespace
+
+std::vector<std::string> export_formats() {
+    std::vector<std::string> names;
+    for (const auto& format : kFormats) names.emplace_back(format.name);
+    return names;
+}
+
+std::string export_misuse(const ExportOptions& options) {
+    const bool csv = options.format == "csv";
+    if (csv && options.output.empty() == options.table.empty())
+        return "--format csv takes either --output DIR or --table ID";
+    if (options.format == "html" && options.output.empty())
+        return "--format html takes --output DIR";
+    if (!csv && !options.table.empty()) return "--table goes with --format csv alone";
+    if (!csv && options.raw) return "--raw goes with --format csv alone";
+    return "";
+}
+
+void export_report(const ExportOptions& options) {
+    const auto report = open_report(options.report);
+    for (const auto& format : kFormats) {
+        if (options.format == format.name) format.run(options, report.store);
+    }
+}
+
+}  // namespace qvhost

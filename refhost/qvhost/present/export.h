@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "qvhost/cli/options.h"
+
+namespace qvhost {
+
+// What `export` can make of a report.
+std::vector<std::string> export_formats();
+
+// Why the options do not go together; empty: they do.
+std::string export_misuse(const ExportOptions& options);
+
+// Writes the report in another format, to standard output or to where the options say; there it
+// replaces nothing. Throws std::runtime_error naming the file if it cannot.
+void export_report(const ExportOptions& options);
+
+}  // namespace qvhost

@@ -1,0 +1,127 @@
+#include "qvhost/replay/machine.h"
+
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <system_error>
+
+#include "show/visible.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using nlohmann::json;
+
+class Reader {
+public:
+    explicit Reader(const fs::path& directory)
+        : directory_(fs::absolute(directory)), file_(directory_ / "machine.json") {}
+
+    Machine read() const {
+        std::ifstream in(file_);
+        if (!in) fail("cannot be read");
+        json root;
+        try {
+            root = json::parse(in);
+        } catch (const json::exception& error) {
+            fail(error.what());
+        }
+        if (!root.is_object()) fail("is not an object");
+
+        Machine machine;
+        machine.description = text(root, "description");
+        machine.uname = text(root, "uname");
+        if (!root.contains("commands") || !root["commands"].is_array())
+            fail("\"commands\" is not an array");
+        const auto& commands = root["commands"];
+        for (const auto& entry : commands) machine.commands.push_back(command(entry));
+        return machine;
+    }
+
+private:
+    [[noreturn]] void fail(const std::string& reason) const {
+        // A name in it may hold a NUL, behind which the message would end.
+        throw std::runtime_error(file_.string() + ": " + one_line(reason));
+    }
+
+    std::string text(const json& object, const char* key) const {
+        if (!object.contains(key)) return "";
+        if (!object[key].is_string()) fail("\"" + std::string(key) + "\" is not a text");
+        if (has_nul(object[key])) fail("\"" + std::string(key) + "\" has a NUL in it");
+        return object[key];
+    }
+
+    int number(const json& object, const char* key, int most) const {
+        if (!object.contains(key)) return 0;
+        const auto& value = object[key];
+        if (!value.is_number_integer() || value < 0 || value > most)
+            fail("\"" + std::string(key) + "\" is not a number from 0 to " + std::to_string(most));
+        return value;
+    }
+
+    // A file of the machine: beside machine.json, never outside.
+    fs::path file_beside(const std::string& name) const {
+        auto path = directory_ / name;
+        if (!is_inside(name)) fail("\"" + name + "\" does not lie beside it");
+        if (!is_file(path)) fail("there is no file \"" + name + "\"");
+        return path;
+    }
+
+    // The system and the shell would see another text than the one that was checked.
+    static bool has_nul(const std::string& text) { return text.find('\0') != std::string::npos; }
+
+    // A name that is too long is no file either.
+    static bool is_file(const fs::path& path) {
+        std::error_code ignored;
+        return fs::is_regular_file(path, ignored);
+    }
+
+    static bool is_inside(const fs::path& name) {
+        return !name.empty() && name.is_relative() && !has_nul(name) &&
+               std::none_of(name.begin(), name.end(),
+                            [](const auto& part) { return part == ".."; });
+    }
+
+    RecordedCommand command(const json& entry) const {
+        if (!entry.is_object()) fail("a command is not an object");
+        RecordedCommand command;
+        command.tool = text(entry, "tool");
+        if (command.tool.empty() || command.tool.starts_with('.') ||
+            command.tool.find('/') != std::string::npos)
+            fail("a command has no \"tool\", or one that is no plain name");
+        if (entry.contains("args")) command.arguments = text(entry, "args");
+        if (const auto name = text(entry, "stdout"); !name.empty())
+            command.stdout_file = file_beside(name);
+        const auto errors = text(entry, "stderr");
+        if (is_inside(errors) && is_file(directory_ / errors)) {
+            command.stderr_file = directory_ / errors;
+        } else {
+            command.stderr_text = errors;
+        }
+        command.exit_code = number(entry, "exit", 255);
+        command.signal = number(entry, "signal", 64);
+        command.seconds = static_cast<unsigned>(number(entry, "seconds", 86400));
+        const auto files = entry.value("files", json::object());
+        if (!files.is_object()) fail("\"files\" is not an object");
+        for (const auto& [written, source] : files.items()) {
+            if (!is_inside(written))
+                fail("\"" + written + "\" does not lie in the current directory");
+            if (!source.is_string()) fail("\"" + written + "\" names no file");
+            command.files[written] = file_beside(source);
+        }
+        return command;
+    }
+
+    fs::path directory_;
+    fs::path file_;
+};
+
+}  // namespace
+
+Machine read_machine(const fs::path& directory) { return Reader(directory).read(); }
+
+}  // namespace qvhost

@@ -1,0 +1,63 @@
+#include "qvhost/replay/replay.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "qvhost/collect/ambient.h"
+#include "qvhost/collect/collect.h"
+#include "qvhost/collect/log_dir.h"
+#include "qvhost/replay/machine.h"
+#include "qvhost/replay/stand_ins.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A directory of this run alone, gone with it.
+class ThrowAway {
+public:
+    ThrowAway() {
+        std::string pattern = fs::temp_directory_path() / "qvhost-replay-XXXXXX";
+        if (!::mkdtemp(pattern.data()))
+            throw std::runtime_error(pattern + ": " + std::strerror(errno));
+        path_ = pattern;
+    }
+    ~ThrowAway() {
+        std::error_code ignored;
+        fs::remove_all(path_, ignored);
+    }
+    ThrowAway(const ThrowAway&) = delete;
+    ThrowAway& operator=(const ThrowAway&) = delete;
+
+    const fs::path& path() const { return path_; }
+
+private:
+    fs::path path_;
+};
+
+}  // namespace
+
+int replay(const fs::path& machine_dir, CollectOptions options) {
+    const auto machine = read_machine(machine_dir);
+    options.log_dir = make_log_dir(options.log_dir);
+
+    // The plug-in looks for its tools beside the running program, so a copy of the program runs
+    // beside the stand-ins.
+    const ThrowAway place;
+    const auto program = place.path() / "bin" / "qvhost";
+    const auto vendor_tools = place.path() / "bin" / "qv_tools";
+    const auto search_path = place.path() / "path";
+    fs::create_directories(vendor_tools);
+    fs::create_directories(search_path);
+    fs::copy_file(program_file(), program);
+    fs::create_directory_symlink(program_file().parent_path().parent_path() / "lib",
+                                 place.path() / "lib");
+    write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string());
+    return collect(options, {program, search_path.string(), true});
+}
+
+}  // namespace qvhost

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+
+#include "qvhost/cli/options.h"
+
+namespace qvhost {
+
+// Collects from a recorded server as if it were this machine. Returns the exit status.
+int replay(const std::filesystem::path& machine, CollectOptions options);
+
+}  // namespace qvhost

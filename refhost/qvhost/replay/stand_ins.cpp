@@ -1,0 +1,115 @@
+#include "qvhost/replay/stand_ins.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <vector>
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The vendors' tools and the names of their builds.
+const std::map<std::string, std::vector<std::string>> kVendorTools = {
+    {"SAS2IR_linux",      {"SAS2IR_linux_x32", "SAS2IR_linux_x64"}          },
+    {"SCELNX",            {"SCELNX_32", "SCELNX_64"}                        },
+    {"arcconf",           {"arcconf_x32", "arcconf_x64"}                    },
+    {"eventslog_convert", {"eventslog_convert_x32", "eventslog_convert_x64"}},
+    {"ipmiutil",          {"ipmiutil_x32_nh", "ipmiutil_x64_nh"}            },
+    {"sas2ircu",          {"sas2ircu"}                                      },
+    {"storcli",           {"storcli_x32", "storcli_x64"}                    },
+};
+
+// Filters of command lines, and chmod, which gets the throw-away tools alone.
+constexpr const char* kRealTools[] = {"awk", "chmod", "grep", "wc"};
+
+void replace_all(std::string& text, const std::string& from, const std::string& to) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+std::string quoted(std::string text) {
+    replace_all(text, "'", R"('\'')");
+    return "'" + text + "'";
+}
+
+// The tools inside a stand-in are named by their paths: the search path has none of them.
+std::string answer(const RecordedCommand& command) {
+    std::string script;
+    if (!command.stdout_file.empty()) script += "/bin/cat " + quoted(command.stdout_file) + "\n";
+    if (!command.stderr_file.empty())
+        script += "/bin/cat " + quoted(command.stderr_file) + " >&2\n";
+    if (!command.stderr_text.empty())
+        script += "printf '%s' " + quoted(command.stderr_text) + " >&2\n";
+    for (const auto& [name, source] : command.files) {
+        const auto folder = fs::path(name).parent_path();
+        if (!folder.empty()) script += "/bin/mkdir -p " + quoted(folder) + "\n";
+        script += "/bin/cp " + quoted(source) + " " + quoted(name) + "\n";
+    }
+    if (command.seconds > 0) script += "/bin/sleep " + std::to_string(command.seconds) + "\n";
+    if (command.signal > 0) script += "kill -" + std::to_string(command.signal) + " $$\n";
+    return script + "exit " + std::to_string(command.exit_code) + "\n";
+}
+
+std::string script_for(const std::string& tool, const std::vector<RecordedCommand>& commands,
+                       const std::string& log_dir) {
+    std::string script = "#!/bin/sh\ncase \"$*\" in\n";
+    for (const auto& command : commands) {
+        if (command.arguments) {
+            auto arguments = *command.arguments;
+            replace_all(arguments, "{LOG}", log_dir);
+            script += quoted(arguments) + ")\n";
+        } else {
+            script += "*)\n";
+        }
+        script += answer(command) + ";;\n";
+    }
+    script += "esac\nprintf '%s: not found\\n' " + quoted(tool) + " >&2\nexit 127\n";
+    return script;
+}
+
+void write_script(const fs::path& file, const std::string& script) {
+    std::ofstream out(file);
+    out << script;
+    out.close();
+    if (!out) throw std::runtime_error(file.string() + ": " + std::strerror(errno));
+    fs::permissions(file, fs::perms::owner_all);
+}
+
+void link_real_tool(const std::string& name, const fs::path& search_path) {
+    for (const fs::path directory : {"/usr/bin", "/bin"}) {
+        if (!fs::exists(directory / name)) continue;
+        fs::create_symlink(directory / name, search_path / name);
+        return;
+    }
+}
+
+}  // namespace
+
+void write_stand_ins(const Machine& machine, const fs::path& vendor_tools,
+                     const fs::path& search_path, const std::string& log_dir) {
+    std::map<std::string, std::vector<RecordedCommand>> tools;
+    for (const auto& command : machine.commands) tools[command.tool].push_back(command);
+    for (const auto& [tool, commands] : tools) {
+        const auto script = script_for(tool, commands, log_dir);
+        const auto builds = kVendorTools.find(tool);
+        if (builds == kVendorTools.end()) {
+            write_script(search_path / tool, script);
+            continue;
+        }
+        for (const auto& name : builds->second) write_script(vendor_tools / name, script);
+    }
+    if (!tools.contains("uname") && !machine.uname.empty()) {
+        write_script(search_path / "uname",
+                     "#!/bin/sh\nprintf '%s\\n' " + quoted(machine.uname) + "\n");
+    }
+    for (const char* name : kRealTools) {
+        if (!tools.contains(name)) link_real_tool(name, search_path);
+    }
+}
+
+}  // namespace qvhost
