@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace qvhost::page {
 
@@ -22,13 +23,15 @@ const char* kind_of(const fs::directory_entry& entry) {
     return beginning_of(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
 }
 
-// The commands that wrote the file; where the shell wrote none of it, those that name it.
-std::vector<std::size_t> makers_of(const std::string& file,
-                                   const std::vector<CommandInfo>& commands) {
-    for (const auto made : {writes, names}) {
+// The commands that wrote the file, by its path or, from within the directory, by its name; where the
+// shell wrote none of it, those that name it.
+std::vector<std::size_t> makers_of(const fs::path& file, const std::vector<CommandInfo>& commands) {
+    const std::pair<bool (*)(const CommandInfo&, const std::string&), std::string> signs[] = {
+        {writes, file.string()}, {writes, file.filename().string()}, {names, file.string()}};
+    for (const auto& [made, name] : signs) {
         std::vector<std::size_t> found;
         for (std::size_t i = 0; i < commands.size(); ++i) {
-            if (made(commands[i], file)) found.push_back(i);
+            if (made(commands[i], name)) found.push_back(i);
         }
         if (!found.empty()) return found;
     }
@@ -70,7 +73,7 @@ std::vector<Capture> captures_in(const fs::path& log_dir,
         capture.kind = kind_of(entry);
         std::error_code ignored;
         if (entry.is_regular_file(ignored)) capture.size = entry.file_size(ignored);
-        capture.commands = makers_of(entry.path().string(), commands);
+        capture.commands = makers_of(entry.path(), commands);
         captures.push_back(std::move(capture));
     }
     std::sort(captures.begin(), captures.end(),

@@ -9,7 +9,7 @@ export function Concerns({tables}: {tables: Map<string, Table>}) {
   useEffect(() => void attention(tables).then(setFound), [tables]);
   if (found === null) return <p>Reading the tables ...</p>;
   if (found.looked.length === 0) return <p class="empty">No sensors, drives or arrays were collected.</p>;
-  if (found.concerns.length === 0) return <p class="fine">Nothing in {found.looked.join(", ")}.</p>;
+  if (found.concerns.length === 0) return <p class="fine">Nothing stands out in {found.looked.join(", ")}.</p>;
   return (
     <ul class="concerns">
       {found.concerns.map((concern, at) => (

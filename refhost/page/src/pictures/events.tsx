@@ -60,7 +60,7 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
       {dated.length > 0 && (
         <>
           <p class="choices">
-            {SPANS.map(([name, length]) => (
+            {SPANS.filter(([, length]) => length === Infinity || length < range[1] - range[0]).map(([name, length]) => (
               <button type="button" key={name} aria-pressed={span === length} onClick={() => setSpan(length)}>{name}</button>
             ))}
           </p>
@@ -97,7 +97,7 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
           </div>
         </>
       )}
-      <div class="scroll">
+      {events.length > 0 && <div class="scroll">
         <table class="list small">
           <caption class="unseen">{title} by class</caption>
           <thead><tr><th scope="col">Class</th><th scope="col" class="number">Entries</th><th scope="col">Newest</th></tr></thead>
@@ -118,7 +118,7 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
             })}
           </tbody>
         </table>
-      </div>
+      </div>}
     </section>
   );
 }
