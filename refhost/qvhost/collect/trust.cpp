@@ -51,7 +51,7 @@ std::string why_not_private(const fs::path& directory) {
     if (info.st_uid != ::geteuid()) return "it belongs to another user";
     if (others_write(info)) return "others can write to it";
     for (auto way = directory.parent_path();; way = way.parent_path()) {
-        if (const auto reason = why_way_is_open(way); !reason.empty()) return reason;
+        if (auto reason = why_way_is_open(way); !reason.empty()) return reason;
         if (way == way.parent_path()) break;
     }
     // Tools write through a link as through any name.
@@ -64,11 +64,10 @@ std::string why_not_private(const fs::path& directory) {
 }
 
 std::string why_not_trusted(const fs::path& path) {
-    if (const auto reason = why_file_is_not_trusted(path); !reason.empty()) return reason;
+    if (auto reason = why_file_is_not_trusted(path); !reason.empty()) return reason;
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(path, ignored)) {
-        if (const auto reason = why_file_is_not_trusted(entry.path()); !reason.empty())
-            return reason;
+        if (auto reason = why_file_is_not_trusted(entry.path()); !reason.empty()) return reason;
     }
     return "";
 }
