@@ -171,7 +171,7 @@ TEST_F(Pager, AReaderThatGoesAwayEndsItByItsSignal) {
         EXPECT_EQ(std::system(("bash -c '" + command + "'").c_str()), 0);
         return read_file(out);
     };
-    EXPECT_EQ(shell(QV_PROGRAM " show "s + store_.string() + " | head -n 1"),
+    EXPECT_EQ(shell("\"" QV_PROGRAM "\" show "s + store_.string() + " | head -n 1"),
               "T (Module), 20000 records\n141\n");
 }
 

@@ -10,7 +10,7 @@ class Logger : public test::Place {
 protected:
     std::string write(const std::string& log_dir, const std::string& file, int level) {
         const auto out = dir / "out";
-        const auto command = std::string("umask 000; " QV_LOG_WRITER " '") + log_dir + "' '" +
+        const auto command = std::string("umask 000; '" QV_LOG_WRITER "' '") + log_dir + "' '" +
                              file + "' " + std::to_string(level) + " > '" + out.string() + "'";
         exit_code = WEXITSTATUS(std::system(command.c_str()));
         return test::content(out);

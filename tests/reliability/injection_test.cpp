@@ -16,9 +16,9 @@ using qvhost::Store;
 
 // How often the loader makes the call before the program begins. What fails there is beyond the program.
 int calls_of_the_loader(const std::string& call, const fs::path& trace) {
-    const auto command = "strace -qq -o '" + trace.string() + "' -e trace=" + call + " " +
-                         QV_PROGRAM + " --version >/dev/null 2>&1";
-    if (std::system(command.c_str()) != 0) return 0;
+    const auto command = "strace -qq -o '" + trace.string() + "' -e trace=" + call +
+                         " '" QV_PROGRAM "' --version >/dev/null 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
     return static_cast<int>(lines_of(read_file(trace)).size());
 }
 
