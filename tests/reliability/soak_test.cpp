@@ -41,7 +41,9 @@ TEST_F(Soak, NothingGrows) {
         ASSERT_TRUE(fs::is_empty(dir() / "temporary"));
         ASSERT_EQ(report_json(log_dir())["records"], whole);
     }
+#ifndef __SANITIZE_ADDRESS__  // which keeps what is freed
     EXPECT_LE(peak_so_far(), peak + peak / 4) << "KiB";
+#endif
 }
 
 // In one directory: each earlier report moves aside, and stays as it was.
