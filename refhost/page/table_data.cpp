@@ -19,28 +19,27 @@ constexpr std::size_t kRowsAFile = 10'000;
 struct Column {
     std::string id;
     std::string label;
-    bool asked = false;
     unsigned width = 0;
 };
 
 std::vector<Column> columns_of(const Store& store, const TableInfo& table) {
     const auto properties = store.properties(table.id);
     std::vector<Column> columns;
-    const auto add = [&](const std::string& id, bool asked, unsigned width) {
+    const auto add = [&](const std::string& id, unsigned width) {
         if (std::any_of(columns.begin(), columns.end(),
                         [&](const Column& known) { return known.id == id; }))
             return;
         const auto found = std::find_if(properties.begin(), properties.end(),
                                         [&](const PropertyInfo& one) { return one.id == id; });
-        columns.push_back({id, found == properties.end() ? id : found->display, asked, width});
+        columns.push_back({id, found == properties.end() ? id : found->display, width});
     };
     if (const auto* sheet = std::get_if<ColumnLayout>(&table.layout)) {
-        for (const auto& id : sheet->headers) add(id, true, 0);
+        for (const auto& id : sheet->headers) add(id, 0);
     } else if (const auto* rows = std::get_if<RowLayout>(&table.layout)) {
         for (std::size_t i = 0; i < rows->headers.size(); ++i)
-            add(rows->headers[i], true, i < rows->widths.size() ? rows->widths[i] : 0);
+            add(rows->headers[i], i < rows->widths.size() ? rows->widths[i] : 0);
     }
-    for (const auto& property : properties) add(property.id, false, 0);
+    for (const auto& property : properties) add(property.id, 0);
     return columns;
 }
 
@@ -117,10 +116,7 @@ ordered_json write_table(const Store& store, const ModuleInfo& module, const Tab
 
     auto heads = ordered_json::array();
     for (const auto& column : columns) {
-        heads.push_back({{"id", column.id},
-                         {"label", column.label},
-                         {"asked", column.asked},
-                         {"width", column.width}});
+        heads.push_back({{"id", column.id}, {"label", column.label}, {"width", column.width}});
     }
     const auto* sheet = std::get_if<ColumnLayout>(&table.layout);
     const bool rows = std::holds_alternative<RowLayout>(table.layout);
@@ -129,7 +125,6 @@ ordered_json write_table(const Store& store, const ModuleInfo& module, const Tab
             {"kind", sheet  ? "columns"
                      : rows ? "rows"
                             : ""},
-            {"beside", sheet ? sheet->count : 1},
             {"columns", std::move(heads)},
             {"records", table.records},
             {"reason", table.reason},

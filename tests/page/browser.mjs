@@ -1,6 +1,6 @@
 // Debian's Chromium, and reports to open in it.
 import {spawnSync} from "node:child_process";
-import {existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
+import {mkdirSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
 import {tmpdir} from "node:os";
 import {join, resolve} from "node:path";
 import {pathToFileURL} from "node:url";
@@ -77,5 +77,3 @@ export async function screenshot(page, name) {
   mkdirSync(pictures, {recursive: true});
   await page.screenshot({path: join(pictures, `${name}.png`)});
 }
-
-export const have = path => existsSync(path);

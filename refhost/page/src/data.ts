@@ -7,15 +7,13 @@ export type Value = string | number | null;
 export interface Column {
   id: string;
   label: string;
-  asked: boolean;  // whether the layout asks for it
-  width: number;   // a share of the table's width; 0: none given
+  width: number;  // a share of the table's width; 0: none given
 }
 
 export interface Table {
   id: string;
   module: string;
   kind: "columns" | "rows" | "";
-  beside: number;  // of a header column: how many records stand side by side
   columns: Column[];
   records: number;
   reason: string;  // why it is empty; with records, why these are not all
