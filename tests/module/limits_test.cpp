@@ -50,16 +50,16 @@ TEST_F(Limits, ASilentCommandIsStopped) {
 }
 
 TEST_F(Limits, OneThatWritesIsNot) {
-    tool("ipmitool", "for i in 1 2 3 4 5 6 7 8; do echo $i; sleep 0.4; done");
-    ::setenv("QV_SILENCE_TIMEOUT", "1", 1);
+    tool("ipmitool", "for i in 1 2 3 4 5 6 7 8; do echo $i; sleep 0.5; done");
+    ::setenv("QV_SILENCE_TIMEOUT", "3", 1);
     sensor_info(fakehost::repository());
     EXPECT_EQ(log_file("sensorinfo.txt"), "1\n2\n3\n4\n5\n6\n7\n8\n");
     EXPECT_EQ(ends(), "0\n");
 }
 
 TEST_F(Limits, OneThatWritesElsewhereIsNot) {
-    tool("ipmitool", "for i in 1 2 3 4 5 6 7 8; do echo $i >'" + log_dir + "own'; sleep 0.4; done");
-    ::setenv("QV_SILENCE_TIMEOUT", "1", 1);
+    tool("ipmitool", "for i in 1 2 3 4 5 6 7 8; do echo $i >'" + log_dir + "own'; sleep 0.5; done");
+    ::setenv("QV_SILENCE_TIMEOUT", "3", 1);
     sensor_info(fakehost::repository());
     EXPECT_EQ(log_file("own"), "8\n");
     EXPECT_EQ(ends(), "0\n");

@@ -20,7 +20,7 @@ const reports = new Map();
 export function report(machine) {
   if (!reports.has(machine)) {
     const directory = join(work, `report ${reports.size}`);
-    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet"], {encoding: "utf8"});
+    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {encoding: "utf8"});
     if (ran.status !== 0) throw new Error(`${machine}: ${ran.stderr}`);
     const json = JSON.parse(readFileSync(join(directory, "report/report.json"), "utf8"));
     reports.set(machine, {directory, json, summary: ran.stdout});
@@ -28,10 +28,14 @@ export function report(machine) {
   return reports.get(machine);
 }
 
+// A browser among other tests on two processors may stand still for a while.
+const patience = 120_000;
+
 let browser;
 export async function start() {
   browser = await chromium.launch({
     executablePath: "/usr/bin/chromium",
+    timeout: patience,
     args: ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
            "--disable-component-update", "--disable-sync"],
   });
@@ -42,6 +46,7 @@ export const stop = () => browser.close();
 // it loads are in `asked`.
 export async function open({directory}, hash = "", options = {}) {
   const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...options});
+  context.setDefaultTimeout(patience);
   const page = await context.newPage();
   page.trouble = [];
   page.on("console", message => {

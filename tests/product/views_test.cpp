@@ -86,7 +86,7 @@ TEST_F(Views, ACommandThatWasStoppedAtItsLimitIsCalledPartial) {
     write_file(dir() / "machine" / "machine.json", R"({"description": "", "uname": "x86_64",
         "commands": [{"tool": "dmesg", "args": "", "stdout": "half.txt", "seconds": 60}]})");
     write_file(dir() / "machine" / "half.txt", "half\n");
-    replay(dir() / "machine", {"--tool-timeout", "1"});
+    replay(dir() / "machine", {"--tool-timeout", "4"});
     EXPECT_EQ(outcomes("dmesg >"), Texts{"stopped at its time limit"});
 }
 

@@ -57,7 +57,7 @@ TEST_F(CollectionLimits, WhatContradictsItselfIsAnErrorOfUsage) {
 
 TEST_F(CollectionLimits, AModulesTimeEndsWhatRunsAndWhatFollows) {
     events_do("cat \"$recorded/c0_events.txt\"; while :; do echo; sleep 0.2; done");
-    const auto outcome = collect_storage({"--module-timeout", "2"});
+    const auto outcome = collect_storage({"--module-timeout", "10"});
     EXPECT_EQ(outcome.exit, 0) << outcome.err;
     EXPECT_EQ(this->outcome(log_dir(), "show events > "), "stopped when the time was used up");
     EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), "storcli: stopped when the time was used up");
@@ -69,7 +69,7 @@ TEST_F(CollectionLimits, AModulesTimeEndsWhatRunsAndWhatFollows) {
 
 TEST_F(CollectionLimits, WhatIsPartialIsCalledSoEverywhere) {
     events_do("cat \"$recorded/c0_events.txt\"; sleep 60");
-    const auto outcome = collect_storage({"--tool-timeout", "2"});
+    const auto outcome = collect_storage({"--tool-timeout", "5"});
     EXPECT_EQ(outcome.exit, 0) << outcome.err;
     const std::string why = "storcli: stopped at its time limit";
     EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), why);
@@ -87,7 +87,7 @@ TEST_F(CollectionLimits, WhatIsPartialIsCalledSoEverywhere) {
     const auto page = read_file(log_dir() / "report" / "data" / "overview.js");
     EXPECT_NE(page.find("\"reason\":\"" + why + "\""), std::string::npos);
     EXPECT_EQ(meta(store_in(log_dir()), "limits"),
-              "run 7200 s, module 3600 s, archive 12 s, tool 2 s, silence 2 s");
+              "run 7200 s, module 3600 s, archive 30 s, tool 5 s, silence 5 s");
 }
 
 TEST_F(CollectionLimits, AModuleThatHangsItselfIsEnded) {
