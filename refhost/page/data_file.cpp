@@ -1,17 +1,19 @@
 #include "page/data_file.h"
 
+#include <algorithm>
+
 namespace qvhost::page {
 
 // One string that the page parses: browsers read large JSON texts much faster than the same
 // written as code. JSON has no control characters and needs no single quote.
-std::string data_script(const char* function, const nlohmann::ordered_json& value) {
-    using nlohmann::ordered_json;
-    const auto json = value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+std::string data_script(const char* function, std::string_view json) {
     std::string script = std::string("qv.") + function + "('";
     script.reserve(json.size() + json.size() / 16 + 32);
-    for (const char c : json) {
-        if (c == '\\' || c == '\'') script += '\\';
-        script += c;
+    for (std::size_t at = 0; at < json.size();) {
+        const auto stop = std::min(json.find_first_of("\\'", at), json.size());
+        script.append(json, at, stop - at);
+        if (stop < json.size()) script += {'\\', json[stop]};
+        at = stop + 1;
     }
     return script + "')\n";
 }

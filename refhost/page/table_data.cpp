@@ -1,12 +1,15 @@
 #include "page/table_data.h"
 
 #include <algorithm>
-#include <map>
+#include <deque>
+#include <unordered_map>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "page/data_file.h"
 #include "page/new_file.h"
+#include "report/json_text.h"
 
 namespace qvhost::page {
 
@@ -43,57 +46,93 @@ std::vector<Column> columns_of(const Store& store, const TableInfo& table) {
     return columns;
 }
 
-ordered_json json_of(const std::variant<std::string, int>& value) {
-    return std::visit([](const auto& plain) { return ordered_json(plain); }, value);
+using Value = std::variant<std::string, int>;
+
+std::string text_of(const Value& value) {
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? *text : std::to_string(std::get<int>(value));
 }
 
-// Rows column by column, as the page holds them.
+// Rows column by column, as the page holds them: {"count": N, "names": [[ROWS, NAME, INDEX], ...],
+// "columns": [[CELL, ...], ...]}, a cell being a text, a number or null.
 class Chunk {
 public:
-    explicit Chunk(const std::vector<Column>& columns) {
+    explicit Chunk(const std::vector<Column>& columns) : columns_(columns.size()) {
         for (std::size_t i = 0; i < columns.size(); ++i) place_[columns[i].id] = i;
-        clear();
     }
 
     void add(const Record& record) {
-        if (names_.empty() || names_.back()[1] != record.name || names_.back()[2] != record.index)
-            names_.push_back({0, record.name, record.index});
-        names_.back()[0] = names_.back()[0].get<std::size_t>() + 1;
-        for (auto& column : columns_) column.push_back(nullptr);
-        for (const auto& property : record.properties) {
-            auto& cell = columns_[place_.at(property.id)].back();
-            // A property that the record has twice is one cell with both values.
-            cell = cell.is_null()
-                       ? json_of(property.value)
-                       : ordered_json(text_of(cell) + "\n" + text_of(json_of(property.value)));
+        if (rows_of_name_ > 0 && (record.name != name_ || record.index != index_)) put_name();
+        if (rows_of_name_++ == 0) {
+            name_ = record.name;
+            index_ = record.index;
         }
+        cells_.assign(columns_.size(), nullptr);
+        for (const auto& property : record.properties) {
+            auto& cell = cells_[place_.find(property.id)->second];
+            if (cell) {
+                // A property that the record has twice is one cell with both values.
+                joined_.push_back(text_of(*cell) + "\n" + text_of(property.value));
+                cell = &joined_.back();
+            } else {
+                cell = &property.value;
+            }
+        }
+        for (std::size_t i = 0; i < columns_.size(); ++i) put_cell(cells_[i], columns_[i]);
+        joined_.clear();
         ++count_;
     }
 
     std::size_t count() const { return count_; }
 
-    ordered_json take() {
-        ordered_json json{
-            {"count", count_}, {"names", std::move(names_)}, {"columns", std::move(columns_)}};
-        clear();
-        return json;
+    // The rows so far; the next chunk begins.
+    std::string take() {
+        put_name();
+        auto json =
+            R"({"count":)" + std::to_string(count_) + R"(,"names":[)" + names_ + R"(],"columns":[)";
+        const char* separator = "";
+        for (auto& column : columns_) {
+            json.append(separator).append("[").append(column).append("]");
+            column.clear();
+            separator = ",";
+        }
+        names_.clear();
+        count_ = 0;
+        return json + "]}";
     }
 
 private:
-    static std::string text_of(const ordered_json& cell) {
-        return cell.is_string() ? cell.get<std::string>() : cell.dump();
+    static void put_cell(const Value* cell, std::string& column) {
+        if (!column.empty()) column += ',';
+        if (!cell) {
+            column += "null";
+        } else if (const auto* text = std::get_if<std::string>(cell)) {
+            put_json_text(*text, column);
+        } else {
+            column += std::to_string(std::get<int>(*cell));
+        }
     }
 
-    void clear() {
-        count_ = 0;
-        names_ = ordered_json::array();
-        columns_.assign(place_.size(), ordered_json::array());
+    void put_name() {
+        if (!names_.empty()) names_ += ',';
+        names_ += "[" + std::to_string(std::exchange(rows_of_name_, 0)) + ",";
+        put_json_text(name_, names_);
+        names_ += "," + std::to_string(index_) + "]";
     }
 
-    std::map<std::string, std::size_t> place_;
+    std::unordered_map<std::string, std::size_t> place_;
     std::size_t count_ = 0;
-    ordered_json names_;
-    std::vector<ordered_json> columns_;
+    std::string names_;
+    std::vector<std::string> columns_;
+
+    // The name that the last rows share.
+    std::string name_;
+    int index_ = 0;
+    std::size_t rows_of_name_ = 0;
+
+    // The record that is being added.
+    std::vector<const Value*> cells_;
+    std::deque<Value> joined_;
 };
 
 }  // namespace

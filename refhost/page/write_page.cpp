@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -14,6 +15,7 @@
 #include "page/data_file.h"
 #include "page/new_file.h"
 #include "page/table_data.h"
+#include "report/json_text.h"
 
 namespace qvhost {
 
@@ -53,7 +55,9 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
         if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0) {
             const auto text = beginning_of(log_dir / capture.name, kMostOfCapture);
             const auto name = "capture-" + file_stem(all.size() + 1, capture.name) + ".js";
-            write_new_file(data / name, data_script("capture", text));
+            std::string json;
+            put_json_text(text, json);
+            write_new_file(data / name, data_script("capture", json));
             file = "data/" + name;
             shown = text.size();
         }
@@ -127,7 +131,8 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                                 {"modules", std::move(modules)},
                                 {"commands", std::move(runs)},
                                 {"captures", write_captures(captures, log_dir, data)}};
-    write_new_file(data / "overview.js", data_script("overview", overview));
+    const auto json = overview.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    write_new_file(data / "overview.js", data_script("overview", json));
     write_new_file(report / "index.html", with_nonce(html()));
 }
 
