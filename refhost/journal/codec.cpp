@@ -73,6 +73,11 @@ void put_head(const Record& record, std::string& bytes) {
     }
 }
 
+bool same_head(const Record& a, const Record& b) {
+    return a.table == b.table && a.name == b.name && a.index == b.index &&
+           same_kinds(a.properties, b.properties);
+}
+
 void put_values(const Record& record, std::string& bytes) {
     for (const auto& property : record.properties) {
         put_number(static_cast<std::uint8_t>(property.value.index()), bytes);
@@ -256,14 +261,12 @@ void Encoder::encode(const JournalEntry& entry, std::string& bytes) {
 }
 
 void Encoder::encode(const Record& record, std::string& bytes) {
-    head_.clear();
-    put_head(record, head_);
-    const bool like_before = head_ == head_before_;
+    const bool like_before = before_ && same_head(*before_, record);
     put_entry(like_before ? kLikeBefore : kRecord, bytes, [&] {
-        if (!like_before) bytes += head_;
+        if (!like_before) put_head(record, bytes);
         put_values(record, bytes);
     });
-    head_.swap(head_before_);
+    if (!like_before) before_ = record;
 }
 
 void decode(std::string_view body, JournalEntry& entry) {

@@ -1,4 +1,5 @@
-// How an entry stands in the journal: its length (32 bits, of all that follows), its kind (one byte),
+// The file begins with the offset of its written end (64 bits); what lies behind that is not written
+// yet. The entries follow. How an entry stands there: its length (32 bits, of all that follows), its kind (one byte),
 // its fields. Numbers are little-endian as the processor keeps them; a text is its length and its
 // bytes. A record is its head (all but the values) and its values; one that has the head of the entry
 // before it is its values alone, which is half of it or less.
@@ -6,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,7 @@
 
 namespace qvhost::journal {
 
+inline constexpr std::size_t kStart = sizeof(std::uint64_t);
 inline constexpr std::size_t kHeadSize = sizeof(std::uint32_t);
 
 class Encoder {
@@ -22,11 +25,10 @@ public:
     void encode(const Record& record, std::string& bytes);
 
     // The entry before did not get into the journal.
-    void forget() { head_before_.clear(); }
+    void forget() { before_.reset(); }
 
 private:
-    std::string head_;
-    std::string head_before_;  // empty: the entry before is no record
+    std::optional<Record> before_;  // the entry before, if it is a record; its values do not count
 };
 
 // Sets `entry` to what `body` (what stands behind its length) is; before the call it is the entry

@@ -1,6 +1,6 @@
-// The journal: what happens in a collection, in order, appended to one file by the collecting
-// process with one write() an entry. What was written survives the death of every process, so the
-// supervisor can read it while it grows, and after a crash.
+// The journal: what happens in a collection, in order, in one file that the collecting process
+// writes through memory that it shares with the kernel. What was appended survives the death of every
+// process, so the supervisor can read it while it grows, and after a crash.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,14 @@
 #include <variant>
 #include <vector>
 
+#include "journal/mapping.h"
 #include "repository/record.h"
 
 namespace qvhost {
 
 namespace journal {
 class Encoder;
-}
+}  // namespace journal
 
 struct ModuleEntry {  // a module that is going to be asked
     std::string name;
@@ -53,18 +54,24 @@ public:
     JournalWriter(const JournalWriter&) = delete;
     JournalWriter& operator=(const JournalWriter&) = delete;
 
-    // Appends one entry. Throws std::system_error when it cannot be written whole (disk full); the
-    // file then ends where it did before.
+    // Appends one entry. Throws std::system_error when there is no room for the whole of it (disk
+    // full); the journal then ends where it did before.
     void append(const JournalEntry& entry);
     void append(const Record& record);
 
 private:
+    journal::Mapping room_for(std::size_t offset, std::size_t most, std::size_t least);
     void write_buffer();
+    void publish(std::size_t end);
 
     int fd_;
     std::string path_;
     std::unique_ptr<journal::Encoder> encoder_;
-    std::string buffer_;  // the entry that is being appended
+    std::string buffer_;      // the entry that is being appended
+    journal::Mapping start_;  // where the file says how far it is written
+    journal::Mapping window_;
+    std::size_t window_start_ = 0;
+    std::size_t end_ = 0;
 };
 
 class JournalReader {
@@ -75,18 +82,21 @@ public:
     JournalReader(const JournalReader&) = delete;
     JournalReader& operator=(const JournalReader&) = delete;
 
-    // Hands over every entry that is complete by now and has not been handed over before, or those
+    // Hands over every entry that is there by now and has not been handed over before, or those
     // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
-    // there is none yet. Half an entry at the end of the file waits for the rest. Memory does not
+    // there is none yet. A file that ends within an entry may have the rest later. Memory does not
     // grow with the file. Throws std::runtime_error on an entry that cannot be one.
     std::size_t read(const std::function<void(const JournalEntry&)>& take,
                      std::size_t most = std::numeric_limits<std::size_t>::max());
 
 private:
+    std::size_t written() const;
+
     std::string path_;
     int fd_ = -1;
-    std::string pending_;
-    JournalEntry entry_;  // the one being handed over
+    std::size_t next_;     // where to read on
+    std::string pending_;  // the beginning of an entry
+    JournalEntry entry_;   // the one being handed over
 };
 
 }  // namespace qvhost

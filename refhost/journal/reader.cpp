@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -11,10 +13,35 @@
 
 namespace qvhost {
 
-JournalReader::JournalReader(std::string path) : path_(std::move(path)) {}
+namespace {
+
+// How many bytes were read; less than asked for only at the end of the file.
+std::size_t read_at(int fd, std::size_t offset, char* data, std::size_t size,
+                    const std::string& path) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t n = ::pread(fd, data + done, size - done, static_cast<off_t>(offset + done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) throw std::system_error(errno, std::generic_category(), "cannot read " + path);
+        if (n == 0) break;
+        done += static_cast<std::size_t>(n);
+    }
+    return done;
+}
+
+}  // namespace
+
+JournalReader::JournalReader(std::string path) : path_(std::move(path)), next_(journal::kStart) {}
 
 JournalReader::~JournalReader() {
     if (fd_ >= 0) ::close(fd_);
+}
+
+std::size_t JournalReader::written() const {
+    std::uint64_t end = 0;
+    if (read_at(fd_, 0, reinterpret_cast<char*>(&end), sizeof end, path_) < sizeof end) return 0;
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return end;
 }
 
 std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& take,
@@ -29,18 +56,17 @@ std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& 
 
     std::size_t entries = 0;
     std::size_t bytes = 0;
-    for (;;) {
-        if (entries > 0 && bytes >= most) return entries;
+    while (entries == 0 || bytes < most) {
+        const auto end = written();
+        if (next_ >= end) break;
         const auto size = pending_.size();
-        pending_.resize(size + kBlock);
-        ssize_t n = 0;
-        do {
-            n = ::read(fd_, pending_.data() + size, kBlock);
-        } while (n < 0 && errno == EINTR);
-        pending_.resize(size + static_cast<std::size_t>(n > 0 ? n : 0));
-        if (n < 0) throw std::system_error(errno, std::generic_category(), "cannot read " + path_);
-        if (n == 0) return entries;
-        bytes += static_cast<std::size_t>(n);
+        const auto wanted = std::min(kBlock, end - next_);
+        pending_.resize(size + wanted);
+        const auto n = read_at(fd_, next_, pending_.data() + size, wanted, path_);
+        pending_.resize(size + n);
+        if (n == 0) break;
+        next_ += n;
+        bytes += n;
 
         std::string_view rest = pending_;
         while (rest.size() >= journal::kHeadSize) {
@@ -54,6 +80,7 @@ std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& 
         }
         pending_.erase(0, pending_.size() - rest.size());
     }
+    return entries;
 }
 
 }  // namespace qvhost

@@ -9,10 +9,12 @@ namespace qvhost::page {
 std::string data_script(const char* function, std::string_view json) {
     std::string script = std::string("qv.") + function + "('";
     script.reserve(json.size() + json.size() / 16 + 32);
-    for (std::size_t at = 0; at < json.size();) {
-        const auto stop = std::min(json.find_first_of("\\'", at), json.size());
-        script.append(json, at, stop - at);
-        if (stop < json.size()) script += {'\\', json[stop]};
+    for (auto at = json.begin();;) {
+        const auto stop =
+            std::find_if(at, json.end(), [](char c) { return c == '\\' || c == '\''; });
+        script.append(at, stop);
+        if (stop == json.end()) break;
+        script += {'\\', *stop};
         at = stop + 1;
     }
     return script + "')\n";

@@ -1,6 +1,7 @@
 // What the host keeps of a collection: records and layouts, as plain values.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <variant>
 #include <vector>
@@ -14,6 +15,14 @@ struct Property {
 
     bool operator==(const Property&) const = default;
 };
+
+// The same ids and labels in the same order, whatever their values.
+inline bool same_kinds(const std::vector<Property>& a, const std::vector<Property>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const Property& one, const Property& other) {
+                          return one.id == other.id && one.display == other.display;
+                      });
+}
 
 struct Record {
     std::string table;

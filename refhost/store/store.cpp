@@ -52,16 +52,6 @@ struct Run {
     Shape* shape = nullptr;
 };
 
-bool same_shape(const Shape& shape, const Record& record) {
-    if (shape.properties.size() != record.properties.size()) return false;
-    for (std::size_t i = 0; i < shape.properties.size(); ++i) {
-        if (shape.properties[i].id != record.properties[i].id ||
-            shape.properties[i].display != record.properties[i].display)
-            return false;
-    }
-    return true;
-}
-
 void bind(Statement& statement, int place, const std::variant<std::string, int>& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
         statement.bindNoCopy(place, *text);
@@ -312,10 +302,12 @@ struct Store::Impl {
     }
 
     Shape& shape_of(Table& table, const Record& record) {
-        if (run.table == &table && run.shape && same_shape(*run.shape, record)) return *run.shape;
+        if (run.table == &table && run.shape &&
+            same_kinds(run.shape->properties, record.properties))
+            return *run.shape;
         auto& known = shapes[&table];
         for (auto& shape : known) {
-            if (same_shape(*shape, record)) return *shape;
+            if (same_kinds(shape->properties, record.properties)) return *shape;
         }
         return *known.emplace_back(new_shape(table, record));
     }

@@ -2,6 +2,8 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <system_error>
@@ -79,6 +81,37 @@ TEST_F(Journal, IsReadWhileItGrows) {
     EXPECT_EQ(read_all(reader), std::vector<JournalEntry>());
 }
 
+TEST_F(Journal, SurvivesItsProcess) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        JournalWriter writer(path());
+        for (const auto& entry : one_of_each()) writer.append(entry);
+        ::kill(::getpid(), SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(read_all(), one_of_each());
+}
+
+// Short and long entries lie in and across the parts of the file that are in memory at a time.
+TEST_F(Journal, GrowsPastWhatIsInMemory) {
+    std::vector<JournalEntry> entries;
+    for (std::size_t i = 0; i < 700; ++i)
+        entries.emplace_back(EndEntry{std::string(i % 100 == 99 ? 400'000 : i, 'x')});
+    JournalReader reader(path());
+    JournalWriter writer(path());
+    std::vector<JournalEntry> found;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        writer.append(entries[i]);
+        if (i % 7 != 0) continue;
+        for (auto& one : read_all(reader)) found.push_back(std::move(one));
+    }
+    for (auto& one : read_all(reader)) found.push_back(std::move(one));
+    EXPECT_EQ(found, entries);
+    EXPECT_EQ(read_all(), entries);
+}
+
 // Cut at every byte, what was whole is read and the rest waits.
 TEST_F(Journal, HalfAnEntryWaitsForTheRest) {
     {
@@ -144,6 +177,8 @@ TEST_F(Journal, AnExistingFileIsNotWrittenOver) {
     EXPECT_EQ(test::content(path()), "precious");
 }
 
+const std::string kTooMuch(1'000'000, 'x');
+
 // A limit on the file's size stands for a full disk.
 TEST_F(Journal, WhatDoesNotFitIsTakenBackWhole) {
     JournalWriter writer(path());
@@ -153,7 +188,7 @@ TEST_F(Journal, WhatDoesNotFitIsTakenBackWhole) {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit small{test::content(path()).size() + 100, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_THROW(writer.append(EndEntry{std::string(1000, 'x')}), std::system_error);
+    EXPECT_THROW(writer.append(EndEntry{kTooMuch}), std::system_error);
     ::setrlimit(RLIMIT_FSIZE, &before);
     writer.append(EndEntry{"second"});
     EXPECT_EQ(read_all(), (std::vector<JournalEntry>{EndEntry{"first"}, EndEntry{"second"}}));
@@ -171,7 +206,7 @@ TEST_F(Journal, ARecordThatDidNotFitIsNoneToBeLike) {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit small{test::content(path()).size() + 100, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_THROW(writer.append(record(std::string(1000, 'x'))), std::system_error);
+    EXPECT_THROW(writer.append(record(kTooMuch)), std::system_error);
     ::setrlimit(RLIMIT_FSIZE, &before);
     writer.append(record("second"));
     EXPECT_EQ(read_all(), (std::vector<JournalEntry>{EndEntry{"first"}, record("second")}));

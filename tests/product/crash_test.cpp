@@ -1,6 +1,8 @@
 // Collections that end early. What was filed is in the report, the store is whole, no process is
 // left, and the exit status is 1.
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 
 #include "program.h"
 #include "report.h"
@@ -183,21 +185,31 @@ TEST_F(Crash, ADamagedStoreIsMadeAnewFromTheJournal) {
     EXPECT_EQ(run(collect("calm")).exit, 0);
 }
 
+// A journal with more behind its last entry. Its first eight bytes say where that ends.
+std::string continued(std::string journal, const std::string& bytes) {
+    std::uint64_t end = 0;
+    std::memcpy(&end, journal.data(), sizeof end);
+    journal.resize(end);
+    journal += bytes;
+    end = journal.size();
+    std::memcpy(journal.data(), &end, sizeof end);
+    return journal;
+}
+
 TEST_F(Crash, ADamagedJournalIsKeptBesideWhatCouldBeRead) {
     const pid_t pid = start_hanging();
     ::kill(pid, SIGKILL);
     finish(pid);
     expect_nothing_left();
     const auto journal = log_dir() / "report" / "collection.journal";
-    const auto whole = read_file(journal);
-    const std::string no_entry{1, 0, 0, 0, 99};
-    write_file(journal, whole + no_entry);
+    const auto damaged = continued(read_file(journal), {1, 0, 0, 0, 99});
+    write_file(journal, damaged);
     const auto shown = run({"show", log_dir()});
     EXPECT_EQ(shown.exit, 0) << shown.err;
     EXPECT_NE(shown.err.find("damaged"), std::string::npos) << shown.err;
     expect_all_filed(store_in(log_dir()));
     EXPECT_FALSE(fs::exists(journal));
-    EXPECT_EQ(read_file(journal.string() + ".damaged"), whole + no_entry);
+    EXPECT_EQ(read_file(journal.string() + ".damaged"), damaged);
     EXPECT_EQ(run(collect("calm")).exit, 0);
 }
 
@@ -208,7 +220,7 @@ TEST_F(Crash, HalfAnEntryAtTheEndIsNone) {
     finish(pid);
     expect_nothing_left();
     const auto journal = log_dir() / "report" / "collection.journal";
-    write_file(journal, read_file(journal) + std::string{9, 0, 0, 0, 2, 0});
+    write_file(journal, continued(read_file(journal), {9, 0, 0, 0, 2, 0}));
     EXPECT_EQ(run({"show", log_dir()}).exit, 0);
     expect_all_filed(store_in(log_dir()));
 }

@@ -110,9 +110,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Call{"clone", "EAGAIN", 2, 2}, Call{"clone3", "ENOMEM", 2, 2},
                     Call{"vfork", "ENOMEM", 2, 2}, Call{"pipe2", "EMFILE", 2, 2},
                     Call{"rename", "EIO", 2, 2}, Call{"pwrite64", "ENOSPC", 4, 160},
-                    Call{"fsync", "EIO", 1, 1}, Call{"mkdir", "ENOSPC", 3, 3},
-                    Call{"unlink", "EIO", 2, 8}, Call{"fcntl", "EIO", 3, 60},
-                    Call{"poll", "EINTR", 2, 12}, Call{"wait4", "EINTR", 2, 8}),
+                    Call{"fallocate", "ENOSPC", 2, 2}, Call{"fallocate", "EINTR", 1, 1},
+                    Call{"pread64", "EIO", 4, 60}, Call{"fsync", "EIO", 1, 1},
+                    Call{"mkdir", "ENOSPC", 3, 3}, Call{"unlink", "EIO", 2, 8},
+                    Call{"fcntl", "EIO", 3, 60}, Call{"poll", "EINTR", 2, 12},
+                    Call{"wait4", "EINTR", 2, 8}),
     name_of);
 
 }  // namespace
