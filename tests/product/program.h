@@ -52,7 +52,7 @@ protected:
     // The processes of this test's runs that are alive.
     std::vector<pid_t> family() const;
 
-    // Of these the child of one of them, as the collecting process is the program's; 0: there is none.
+    // Of these the collecting process that `parent` has started; 0: there is none.
     pid_t child_of(pid_t parent) const;
 
     // "collect" with a plug-in of the tests into log_dir().

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef QV_SANITIZED
 constexpr bool kMemoryTells = false;  // it keeps what is freed
 #else
 constexpr bool kMemoryTells = true;
