@@ -43,13 +43,13 @@ LoggedCommand::LoggedCommand(const std::string& command) {
     append("> " + one_line(command) + '\n');
 }
 
-void LoggedCommand::ended(int status, const char* reason, pid_t left) const {
+void LoggedCommand::ended(int status, const char* reason, const std::vector<pid_t>& left) const {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start_;
     char numbers[64];
     std::snprintf(numbers, sizeof numbers, "< %.3f %d", took.count(), status);
     std::string line = numbers;
     if (reason) line += std::string(" ") + reason;
-    if (left > 0) line += " " + std::to_string(left);
+    for (const pid_t pid : left) line += " " + std::to_string(pid);
     append(line + '\n');
 }
 

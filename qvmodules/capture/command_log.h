@@ -2,10 +2,10 @@
 // long it took and how it ended. The environment variable QV_COMMAND_LOG names the file (unset: no
 // log); lines are appended to it:
 //     > COMMAND           the command is about to start; "\" and line ends in it are written \\ and \n
-//     < SECONDS STATUS [REASON [PID]]
+//     < SECONDS STATUS [REASON [PID...]]
 //                         it has ended: its wait status, -1 if it could not be started; why it was
-//                         stopped ("time", "silence", "deadline"), and which process could not be
-//                         ended and was left behind
+//                         stopped ("time", "silence", "deadline"), and which processes could not be
+//                         ended and were left behind
 //     ! ERROR PATH        a capture could not be read, or not to its end; ERROR is the system's number
 #pragma once
 
@@ -13,13 +13,14 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace marlox::repository::capture {
 
 class LoggedCommand {
 public:
     explicit LoggedCommand(const std::string& command);
-    void ended(int status, const char* reason = nullptr, pid_t left = 0) const;
+    void ended(int status, const char* reason = nullptr, const std::vector<pid_t>& left = {}) const;
 
 private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

@@ -4,17 +4,17 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
 #include <system_error>
 
+#include "capture/group.h"
+
 namespace marlox::repository::capture {
 
 namespace {
 
-namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
@@ -29,20 +29,9 @@ std::optional<seconds> seconds_from(const char* variable) {
     return seconds(number);
 }
 
-// proc(5), stat: "PID (NAME) STATE PPID PGRP ..."; the name may hold anything.
-bool is_member(const fs::path& process, pid_t group) {
-    std::ifstream file(process / "stat");
-    std::string text;
-    std::getline(file, text, '\0');
-    const auto name_end = text.rfind(')');
-    int found = 0;
-    return name_end != std::string::npos &&
-           std::sscanf(text.c_str() + name_end + 1, " %*c %*d %d", &found) == 1 && found == group;
-}
-
 // proc(5), io: "wchar: N" counts the bytes of all write() calls, also into pipes.
-std::optional<std::uint64_t> written_by(const fs::path& process) {
-    std::ifstream file(process / "io");
+std::optional<std::uint64_t> written_by(pid_t pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/io");
     for (std::string line; std::getline(file, line);) {
         unsigned long long bytes = 0;
         if (std::sscanf(line.c_str(), "wchar: %llu", &bytes) == 1) return bytes;
@@ -54,16 +43,12 @@ std::optional<std::uint64_t> written_by(const fs::path& process) {
 // comes or goes changes the sum as well: something happens.
 std::optional<std::uint64_t> written_by_group(pid_t group) {
     std::uint64_t sum = 0;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator("/proc", error)) {
-        const auto name = entry.path().filename().string();
-        if (name.find_first_not_of("0123456789") != std::string::npos) continue;
-        if (!is_member(entry.path(), group)) continue;
-        const auto bytes = written_by(entry.path());
+    for (const pid_t pid : members(group)) {
+        const auto bytes = written_by(pid);
         if (!bytes) return std::nullopt;
         sum += *bytes + 1;
     }
-    if (error || sum == 0) return std::nullopt;
+    if (sum == 0) return std::nullopt;
     return sum;
 }
 

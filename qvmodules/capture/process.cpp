@@ -11,8 +11,11 @@
 #include <cerrno>
 #include <chrono>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "capture/command_log.h"
+#include "capture/group.h"
 
 namespace marlox::repository::capture {
 
@@ -47,7 +50,7 @@ std::optional<int> try_reap(pid_t pid, int flags) {
 struct End {
     int status = 0;
     const char* reason = nullptr;  // why it was stopped; null: it ended by itself
-    pid_t left = 0;                // the process that could not be ended
+    std::vector<pid_t> left = {};  // processes that could not be ended
 };
 
 // Waits for the end of a command that has limits.
@@ -68,19 +71,17 @@ End reap_within(pid_t pid, Limits& limits) {
     }
 }
 
-std::optional<int> reap_dying(pid_t pid) {
-    const auto end = Clock::now() + kDyingTime;
-    for (;;) {
-        if (auto status = try_reap(pid, WNOHANG)) return status;
-        if (Clock::now() >= end) return std::nullopt;
-        std::this_thread::sleep_for(milliseconds(5));
-    }
-}
-
+// The shell may be gone when its tool is not.
 End kill_group(pid_t pid, const char* reason) {
     ::kill(-pid, SIGKILL);
-    if (const auto status = reap_dying(pid)) return {*status, reason};
-    return {SIGKILL, reason, pid};
+    const auto end = Clock::now() + kDyingTime;
+    for (std::optional<int> status;;) {
+        if (!status) status = try_reap(pid, WNOHANG);
+        auto left = members(pid);
+        if ((status && left.empty()) || Clock::now() >= end)
+            return {status.value_or(SIGKILL), reason, std::move(left)};
+        std::this_thread::sleep_for(milliseconds(5));
+    }
 }
 
 End reap(pid_t pid, Limits& limits) {

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -55,22 +55,25 @@ void set_outcome(CommandInfo& command, int status) {
     }
 }
 
-void set_end(CommandInfo& command, const char* line) {
+// "< 0.112 0", "< 2.013 9 silence", "< 7.027 9 time 4711 4712"
+void set_end(CommandInfo& command, const std::string& line) {
+    std::istringstream words(line);
+    char mark = 0;
     double seconds = 0;
     int status = 0;
-    char reason[16] = "";
-    int left = 0;
-    if (std::sscanf(line, "< %lf %d %15s %d", &seconds, &status, reason, &left) < 2) return;
+    if (!(words >> mark >> seconds >> status) || mark != '<') return;
     command.seconds = seconds;
     command.cut_off = false;
     set_outcome(command, status);
+    std::string reason;
+    words >> reason;
     for (const auto& [word, text] : kStops) {
-        if (std::strcmp(reason, word) != 0) continue;
+        if (reason != word) continue;
         command.outcome = text;
         command.cut_off = true;
     }
-    if (left > 0)
-        command.outcome += "; process " + std::to_string(left) + " could not be ended and was left";
+    for (int pid = 0; words >> pid;)
+        command.outcome += "; process " + std::to_string(pid) + " could not be ended and was left";
 }
 
 // "! 5 /log/raidevents.txt": what the command wrote could not be read to its end.
@@ -99,7 +102,7 @@ std::vector<CommandInfo> read_commands(const std::filesystem::path& log) {
         } else if (line.starts_with("! ")) {
             set_unread(commands, line);
         } else if (!commands.empty()) {
-            set_end(commands.back(), line.c_str());
+            set_end(commands.back(), line);
         }
     }
     return commands;
