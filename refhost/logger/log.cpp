@@ -1,7 +1,7 @@
 #include <fcntl.h>
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,6 +27,36 @@ State& state() {
     return state;
 }
 
+// A file that only the user can read, whatever the umask, and never one that a link leads to: the
+// library's own sink would follow it.
+class FileSink : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+public:
+    explicit FileSink(const std::string& path)
+        : fd_(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600)) {
+        if (fd_ < 0)
+            throw std::system_error(errno, std::generic_category(),
+                                    "cannot open the log file " + path);
+    }
+    ~FileSink() override { ::close(fd_); }
+    FileSink(const FileSink&) = delete;
+    FileSink& operator=(const FileSink&) = delete;
+
+private:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        for (std::size_t done = 0; done < line.size();) {
+            const ssize_t n = ::write(fd_, line.data() + done, line.size() - done);
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) throw std::system_error(errno, std::generic_category());
+            done += static_cast<std::size_t>(n);
+        }
+    }
+    void flush_() override {}
+
+    int fd_;
+};
+
 // "2026-11-21T01:20:40.123Z ", then the text.
 std::unique_ptr<spdlog::formatter> line_format() {
     return std::make_unique<spdlog::pattern_formatter>("%Y-%m-%dT%H:%M:%S.%eZ %v",
@@ -50,18 +80,9 @@ void open_log(const LogSettings& settings) {
     log.settings = settings;
     if (settings.log_file.empty()) return;
 
-    // The sink would create the file with the process's umask.
-    const int fd =
-        ::open(settings.log_file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (fd < 0)
-        throw std::system_error(errno, std::generic_category(),
-                                "cannot open the log file " + settings.log_file);
-    ::close(fd);
-
-    auto sink = std::make_shared<spdlog::sinks::basic_file_sink_st>(settings.log_file);
-    log.logger = std::make_unique<spdlog::logger>("qvhost", std::move(sink));
+    log.logger =
+        std::make_unique<spdlog::logger>("qvhost", std::make_shared<FileSink>(settings.log_file));
     log.logger->set_formatter(line_format());
-    log.logger->flush_on(spdlog::level::trace);
     log.logger->set_error_handler([](const std::string& reason) { note_failure(reason); });
 }
 

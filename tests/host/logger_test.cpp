@@ -49,6 +49,14 @@ TEST_F(Logger, AFileThatCannotBeOpened) {
     EXPECT_TRUE(said.starts_with("cannot: ") && said.find("none/log") != std::string::npos) << said;
 }
 
+TEST_F(Logger, ALinkIsNotFollowed) {
+    std::filesystem::create_symlink(dir / "elsewhere", dir / "log");
+    const auto said = write("/d/", dir / "log", 3);
+    EXPECT_EQ(exit_code, 1);
+    EXPECT_TRUE(said.starts_with("cannot: ") && said.find("/log: ") != std::string::npos) << said;
+    EXPECT_FALSE(std::filesystem::exists(dir / "elsewhere"));
+}
+
 TEST_F(Logger, AFullDiskIsToldAndNoMore) {
     const auto said = write("/d/", "/dev/full", 3);
     EXPECT_EQ(exit_code, 0);

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "server.h"
@@ -59,10 +60,72 @@ TEST_F(Places, AWayThatOthersCanReplaceIsRefused) {
 
 TEST_F(Places, ALinkInItIsRefusedAndNotWrittenThrough) {
     write_file(dir() / "passwd", "root\n");
+    for (const char* name : {"raidevents.txt", "qvhost.log", "console.txt"}) {
+        fs::create_directory(log_dir());
+        fs::create_symlink(dir() / "passwd", log_dir() / name);
+        refused(std::string(name) + " in it is a symbolic link");
+        EXPECT_EQ(read_file(dir() / "passwd"), "root\n");
+        fs::remove_all(log_dir());
+    }
+}
+
+TEST_F(Places, APipeInItIsRefusedAndNotWaitedFor) {
     fs::create_directory(log_dir());
-    fs::create_symlink(dir() / "passwd", log_dir() / "raidevents.txt");
-    refused("raidevents.txt in it is a symbolic link");
-    EXPECT_EQ(read_file(dir() / "passwd"), "root\n");
+    ASSERT_EQ(::mkfifo((log_dir() / "console.txt").c_str(), 0600), 0);
+    refused("console.txt in it is neither a file nor a directory");
+}
+
+// What the program opens by itself it opens through no link, even one that came a moment ago.
+// strace: "openat(AT_FDCWD, "/x/console.txt", O_WRONLY|O_CREAT|..., 0600) = 3"
+TEST_F(Places, ItsOwnFilesAreOpenedThroughNoLink) {
+    auto invocation = collecting({"--quiet"});
+    invocation.environment = {{"LSAN_OPTIONS", "detect_leaks=0"}};  // it cannot, when traced
+    const auto trace = dir() / "trace";
+    invocation.program.insert(invocation.program.begin(),
+                              {"strace", "-f", "-qq", "-o", trace, "-e", "trace=openat,open"});
+    ASSERT_EQ(run(invocation).exit, 0);
+    for (const char* name : {"/console.txt", "/qvhost.log", "/commands.log", "/collection.journal",
+                             "/report.json", "/index.html", "/overview.js"}) {
+        const auto lines = lines_of(read_file(trace));
+        const auto first = std::find_if(lines.begin(), lines.end(), [&](const auto& line) {
+            return line.find(log_dir().string()) != std::string::npos &&
+                   line.find(name) != std::string::npos &&
+                   line.find("|O_CREAT") != std::string::npos;
+        });
+        ASSERT_NE(first, lines.end()) << name;
+        EXPECT_TRUE(first->find("O_NOFOLLOW") != std::string::npos ||
+                    first->find("O_EXCL") != std::string::npos)
+            << *first;
+    }
+}
+
+// A report that another user, or an archive of somebody's, left for root to look at.
+TEST_F(Places, ABrokenOffCollectionOfOthersIsNotCompleted) {
+    const auto elsewhere = dir() / "elsewhere";
+    write_file(elsewhere / "data" / "precious", "kept");
+    write_file(elsewhere / "collection.journal", "");
+    const auto expect_refused = [&](const std::string& why) {
+        const auto outcome = run({"show", log_dir()});
+        EXPECT_EQ(outcome.exit, 1);
+        EXPECT_NE(outcome.err.find("cannot be completed: " + why), std::string::npos)
+            << outcome.err;
+        EXPECT_EQ(read_file(elsewhere / "data" / "precious"), "kept");
+    };
+    fs::create_directory(log_dir());
+    fs::create_directory_symlink(elsewhere, log_dir() / "report");
+    expect_refused("report in it is a symbolic link");
+
+    fs::remove(log_dir() / "report");
+    write_file(log_dir() / "report" / "collection.journal", "");
+    fs::create_symlink(elsewhere / "other.sqlite", log_dir() / "report" / "report.sqlite");
+    expect_refused("report.sqlite in it is a symbolic link");
+    EXPECT_FALSE(fs::exists(elsewhere / "other.sqlite"));
+
+    fs::remove(log_dir() / "report" / "report.sqlite");
+    ASSERT_EQ(::chmod(log_dir().c_str(), 0777), 0);
+    expect_refused("others can write to it");
+    ASSERT_EQ(::chmod(log_dir().c_str(), 0700), 0);
+    EXPECT_EQ(run({"show", log_dir()}).exit, 0) << "the user's own is";
 }
 
 TEST_F(Places, ToolsThatOthersCanReplaceAreNotRun) {

@@ -59,7 +59,8 @@ private:
 void redirect_standard_streams(const LogDir& dir) {
     const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     const int console =
-        ::open(dir.console().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
+        ::open(dir.console().c_str(),
+               O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (nothing < 0 || console < 0)
         throw std::system_error(errno, std::generic_category(), dir.console().string());
     ::dup2(nothing, STDIN_FILENO);

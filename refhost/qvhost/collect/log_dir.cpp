@@ -75,15 +75,21 @@ bool DirLock::is_held(const fs::path& directory) {
     return held;
 }
 
+std::string why_not_ours(const LogDir& dir) {
+    for (const auto& place : {dir.path(), dir.report()}) {
+        if (!fs::exists(fs::symlink_status(place))) continue;
+        if (auto reason = why_not_private(fs::absolute(place)); !reason.empty()) return reason;
+    }
+    return "";
+}
+
 fs::path checked_log_dir(const fs::path& path) {
     auto whole = fs::absolute(path).lexically_normal();
     if (!whole.has_filename()) whole = whole.parent_path();
     // The interface's buffers have 256 bytes, for the directory, its "/" and the end.
     if (whole.string().size() > 254) fail(whole, "the path is longer than 254 bytes");
-    if (fs::exists(fs::symlink_status(whole))) {
-        if (const auto reason = why_not_private(whole); !reason.empty())
-            fail(whole, "it cannot be the log directory: " + reason);
-    }
+    if (const auto reason = why_not_ours(LogDir(whole)); !reason.empty())
+        fail(whole, "it cannot be the log directory: " + reason);
     return whole;
 }
 

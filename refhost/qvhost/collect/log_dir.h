@@ -41,6 +41,9 @@ private:
     int fd_;
 };
 
+// Why nothing may be written there, by root least of all; empty: it is the user's alone, or not there.
+std::string why_not_ours(const LogDir& dir);
+
 // The directory as an absolute path without "." and ".."; nothing is made. Throws std::runtime_error if
 // it cannot be a log directory, or if it is there and not the user's alone.
 std::filesystem::path checked_log_dir(const std::filesystem::path& path);

@@ -33,6 +33,19 @@ std::string why_way_is_open(const fs::path& directory) {
     return "";
 }
 
+// Tools write through a link as through any name, and wait at a pipe that nobody reads.
+std::string why_not_plain(const fs::path& directory) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(directory, error)) {
+        const auto status = entry.symlink_status(error);
+        const auto name = entry.path().filename().string();
+        if (fs::is_symlink(status)) return name + " in it is a symbolic link";
+        if (!fs::is_regular_file(status) && !fs::is_directory(status))
+            return name + " in it is neither a file nor a directory";
+    }
+    return error ? error.message() : "";
+}
+
 std::string why_file_is_not_trusted(const fs::path& path) {
     struct stat info {};
     if (::stat(path.c_str(), &info) != 0) return "";  // what is not there does nothing
@@ -54,13 +67,7 @@ std::string why_not_private(const fs::path& directory) {
         if (auto reason = why_way_is_open(way); !reason.empty()) return reason;
         if (way == way.parent_path()) break;
     }
-    // Tools write through a link as through any name.
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(directory, error)) {
-        if (entry.is_symlink(error))
-            return entry.path().filename().string() + " in it is a symbolic link";
-    }
-    return error ? error.message() : "";
+    return why_not_plain(directory);
 }
 
 std::string why_not_trusted(const fs::path& path) {

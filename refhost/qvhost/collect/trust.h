@@ -8,7 +8,8 @@ namespace qvhost {
 
 // Why others could put something of theirs into the directory, or something else in its place; empty:
 // they cannot. It must be the user's own, no link, closed to other writers, and so must be the way to
-// it, but for directories that protect each user's entries (mode 1777).
+// it, but for directories that protect each user's entries (mode 1777). In it are files and directories
+// and nothing else.
 std::string why_not_private(const std::filesystem::path& directory);
 
 // Why a program, or a directory of programs, could be another user's work; empty: it is the user's own

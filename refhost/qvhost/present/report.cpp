@@ -25,6 +25,11 @@ fs::path store_of(const fs::path& report) {
     if (!fs::is_directory(report)) return report;
     const LogDir dir(report);
     if (fs::exists(dir.journal()) && !DirLock::is_held(report)) {
+        if (const auto reason = why_not_ours(dir); !reason.empty())
+            throw std::runtime_error(report.string() +
+                                     ": a collection was broken off here, and its report cannot be "
+                                     "completed: " +
+                                     reason);
         const DirLock lock(report);
         std::cerr << "qvhost: found " << one_line(recover(dir)) << '\n';
     }
