@@ -1,5 +1,8 @@
 // machine.json that is not what it should be: told with the file and the key, before anything runs.
+#include <sys/stat.h>
+
 #include "program.h"
+#include "report.h"
 
 namespace test {
 
@@ -67,6 +70,57 @@ TEST_F(Machine, MistakesAreNamed) {
         EXPECT_EQ(outcome.out, "");
         EXPECT_FALSE(fs::exists(log_dir())) << "something ran";
     }
+}
+
+// A recording may come from anybody, and what it names is shown in the report.
+TEST_F(Machine, LinksStayWithinTheRecording) {
+    const auto machine = dir() / "machine";
+    write_file(dir() / "machine-2" / "shadow", "secret\n");
+    write_file(machine / "captures" / "real.txt", "captured\n");
+    fs::create_symlink("captures/real.txt", machine / "inside.txt");
+    fs::create_symlink("../machine-2/shadow", machine / "out.txt");
+    fs::create_directory_symlink(dir() / "machine-2", machine / "way_out");
+    fs::create_directory_symlink(machine, dir() / "latest");
+    const auto replay = [&](const std::string& command) {
+        fs::remove_all(log_dir());
+        fs::remove(machine / "machine.json");
+        write_file(machine / "machine.json",
+                   R"({"commands": [{"tool": "lspci", )" + command + "}]}");
+        return run(Invocation{.arguments = {"replay", dir() / "latest", "--log-dir", log_dir(),
+                                            "--plugin", plugin("asks")},
+                              .environment = {{"QV_TEST_COMMANDS", "lspci 2>&1"}}});
+    };
+    for (const auto* key : {"stdout", "stderr"}) {
+        const auto name = [&](const std::string& file) {
+            return "\"" + std::string(key) + "\": \"" + file + "\"";
+        };
+        EXPECT_EQ(replay(name("inside.txt")).exit, 0);
+        EXPECT_EQ(report_json(log_dir())["records"][0]["properties"][0]["value"], "captured\n");
+        for (const auto* file : {"out.txt", "way_out/shadow"}) {
+            const auto refused = replay(name(file));
+            EXPECT_EQ(refused.exit, 1) << file;
+            EXPECT_NE(refused.err.find("is a symbolic link that leads to " +
+                                       (dir() / "machine-2" / "shadow").string()),
+                      std::string::npos)
+                << refused.err;
+            EXPECT_FALSE(fs::exists(log_dir())) << "something ran";
+        }
+    }
+    EXPECT_EQ(replay(R"("files": {"copy": "out.txt"})").exit, 1);
+    EXPECT_EQ(replay(R"("files": {"copy": "inside.txt"})").exit, 0);
+
+    write_file(dir() / "machine-2" / "theirs", R"({"commands": []})");
+    fs::remove(machine / "machine.json");
+    fs::create_symlink(dir() / "machine-2" / "theirs", machine / "machine.json");
+    EXPECT_EQ(run({"replay", machine, "--log-dir", log_dir()}).exit, 1);
+}
+
+TEST_F(Machine, WhatIsNoFileIsNotWaitedFor) {
+    fs::create_directory(dir() / "machine");
+    ASSERT_EQ(::mkfifo((dir() / "machine" / "machine.json").c_str(), 0600), 0);
+    const auto refused = run({"replay", dir() / "machine", "--log-dir", log_dir()});
+    EXPECT_EQ(refused.exit, 1);
+    EXPECT_NE(refused.err.find("machine.json: cannot be read"), std::string::npos) << refused.err;
 }
 
 TEST_F(Machine, NoMachineIsToldWithItsFile) {

@@ -22,6 +22,8 @@ public:
         : directory_(fs::absolute(directory)), file_(directory_ / "machine.json") {}
 
     Machine read() const {
+        if (!is_file(file_)) fail("cannot be read");
+        expect_within(file_);
         std::ifstream in(file_);
         if (!in) fail("cannot be read");
         json root;
@@ -68,7 +70,17 @@ private:
         auto path = directory_ / name;
         if (!is_inside(name)) fail("\"" + name + "\" does not lie beside it");
         if (!is_file(path)) fail("there is no file \"" + name + "\"");
+        expect_within(path);
         return path;
+    }
+
+    // A link may come with a recording from elsewhere; what it leads to is the reader's own.
+    void expect_within(const fs::path& path) const {
+        const auto target = fs::canonical(path);
+        const auto home = fs::canonical(directory_);
+        if (std::mismatch(home.begin(), home.end(), target.begin(), target.end()).first !=
+            home.end())
+            fail(path.filename().string() + " is a symbolic link that leads to " + target.string());
     }
 
     // The system and the shell would see another text than the one that was checked.
@@ -98,7 +110,7 @@ private:
             command.stdout_file = file_beside(name);
         const auto errors = text(entry, "stderr");
         if (is_inside(errors) && is_file(directory_ / errors)) {
-            command.stderr_file = directory_ / errors;
+            command.stderr_file = file_beside(errors);
         } else {
             command.stderr_text = errors;
         }
