@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -19,6 +20,18 @@
 extern "C" int AddModules(std::vector<boost::shared_ptr<marlox::repository::RModule>>& modules);
 
 System fake_system;
+
+namespace {
+
+// The locale that the whole run is in; none is an error.
+[[maybe_unused]] const bool in_locale = [] {
+    const char* const name = std::getenv("QV_TEST_LOCALE");
+    if (name && !std::setlocale(LC_ALL, name))
+        throw std::runtime_error(std::string("there is no locale ") + name);
+    return name != nullptr;
+}();
+
+}  // namespace
 
 // The program's own definitions come before the C library's, for the plug-in as well.
 extern "C" {
