@@ -1,6 +1,11 @@
 // Hits at random moments: the program, its child or both, by each signal. QV_TEST_MOMENTS says how many.
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -84,6 +89,33 @@ TEST_F(Moments, ASecondInterruptEndsItAtOnce) {
         wait_until("no process is left", [&] { return family().empty(); });
         EXPECT_EQ(run({"show", log_dir(), "RAIDINFO", "--no-pager"}).exit, 0);
     }
+}
+
+TEST_F(Moments, ATerminalThatGoesAwayEndsItAndTheReportIsThere) {
+    events_do("sleep 600");
+    const auto invocation = collecting();
+    int terminal = -1;
+    const pid_t program = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (program == 0) {
+        ::setenv("QV_TEST_RUN", dir().c_str(), 1);
+        std::vector<char*> arguments;
+        auto texts = invocation.program;
+        texts.insert(texts.end(), invocation.arguments.begin(), invocation.arguments.end());
+        for (auto& text : texts) arguments.push_back(text.data());
+        arguments.push_back(nullptr);
+        ::execv(arguments[0], arguments.data());
+        ::_exit(99);
+    }
+    wait_until("the tool hangs", [&] { return fs::exists(log_dir() / "c0_raidevents.txt"); });
+    ::close(terminal);
+    int status = 0;
+    wait_until("the program ends", [&] { return ::waitpid(program, &status, WNOHANG) != 0; });
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_EQ(family(), std::vector<pid_t>());
+    EXPECT_TRUE(meta(store_in(log_dir()), "status").starts_with("incomplete: ended by Hangup"))
+        << meta(store_in(log_dir()), "status");
+    EXPECT_EQ(counts(store_in(log_dir())).at("RAIDINFO"), 1);
+    EXPECT_FALSE(fs::exists(log_dir() / "report" / "collection.journal"));
 }
 
 TEST_F(Moments, AnOutputThatTakesNothingIsAnErrorAndTheReportIsWhole) {

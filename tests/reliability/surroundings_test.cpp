@@ -1,6 +1,7 @@
 // The same records whatever surrounds the program, and nothing of its surroundings in the report.
 #include <fcntl.h>
 
+#include <csignal>
 #include <set>
 
 #include "server.h"
@@ -53,14 +54,23 @@ TEST_F(Surroundings, LocalesAndTimeZonesChangeNothing) {
     }
 }
 
-TEST_F(Surroundings, TheEnvironmentIsInNoFile) {
+TEST_F(Surroundings, TheEnvironmentAndOthersCommandLinesAreInNoFile) {
+    const pid_t other = start(Invocation{
+        .arguments = {"-c", "sleep 600; :", "correct-horse-staple"}, .program = {"/bin/sh"}});
     auto invocation = collecting({"--log-level", "4"});
     invocation.environment = {{"SECRET_TOKEN", "correct-horse-battery"}};
     ASSERT_EQ(run(invocation).exit, 0);
+    int files = 0;
     for (const auto& entry : fs::recursive_directory_iterator(log_dir())) {
         if (!entry.is_regular_file()) continue;
+        ++files;
         EXPECT_EQ(read_file(entry.path()).find("correct-horse"), std::string::npos) << entry.path();
     }
+    EXPECT_GT(files, 10);
+    EXPECT_EQ(read_file("/proc/" + std::to_string(other) + "/cmdline"),
+              std::string("/bin/sh\0-c\0sleep 600; :\0correct-horse-staple\0", 45));
+    for (const pid_t pid : family()) ::kill(pid, SIGKILL);
+    EXPECT_EQ(finish(other).signal, SIGKILL);
 }
 
 TEST_F(Surroundings, TwoCollectionsAtATimeDoNotDisturbEachOther) {
