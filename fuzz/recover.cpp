@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "any_record.h"
 #include "check.h"
 #include "journal/journal.h"
 #include "outcome.h"
@@ -16,43 +17,8 @@ using namespace qvhost;
 
 namespace {
 
-// Texts come from a small stock as well, so that names meet.
-std::string text(fuzz::Pieces& input) {
-    static const char* const kStock[] = {"T", "t", "a", "A", "a_2", "qv_seq", "qv_meta", "id_", ""};
-    const auto kind = input.byte();
-    if (kind < std::size(kStock)) return kStock[kind];
-    return std::string(input.take(kind % 32));
-}
-
-std::vector<std::string> texts(fuzz::Pieces& input) {
-    std::vector<std::string> all;
-    for (auto n = input.byte() % 8; n > 0; --n) all.push_back(text(input));
-    return all;
-}
-
-Layout layout(fuzz::Pieces& input) {
-    switch (input.byte() % 3) {
-        case 0: return {};
-        case 1: return ColumnLayout{texts(input), input.number(), input.number()};
-        default:
-            return RowLayout{
-                texts(input), {input.number(), input.number()},
-                 input.byte() > 0
-            };
-    }
-}
-
-Record record(fuzz::Pieces& input) {
-    Record record{text(input), text(input), static_cast<int>(input.number()), {}};
-    for (auto n = input.byte() % 8; n > 0; --n) {
-        Property property{text(input), text(input), static_cast<int>(input.byte())};
-        if (input.byte() % 2 > 0) property.value = text(input);
-        record.properties.push_back(property);
-    }
-    return record;
-}
-
 JournalEntry entry(fuzz::Pieces& input) {
+    using namespace fuzz;
     switch (input.byte() % 6) {
         case 0: return ModuleEntry{text(input), text(input), texts(input)};
         case 1: return TableStartEntry{text(input), text(input)};
