@@ -82,6 +82,9 @@ auto told_with(const std::string& path, Work work) {
     }
 }
 
+// Somebody may look into a store, or write notes of his own into it, while it grows.
+constexpr int kBusyMs = 3000;
+
 int open_flags(Store::Mode mode) {
     // A store is used by one thread, which needs no locks.
     const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
@@ -104,7 +107,7 @@ void check_readable(const std::string& path) {
 
 struct Store::Impl {
     Impl(const std::string& file, Mode open_mode)
-        : path(file), mode(open_mode), db(file, open_flags(open_mode)) {
+        : path(file), mode(open_mode), db(file, open_flags(open_mode), kBusyMs) {
         if (mode == Mode::create) {
             // Power may fail; but what is lost then is in the raw captures. Against the death of
             // the process no waiting for the disk is needed.

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "place.h"
 
@@ -175,6 +177,21 @@ TEST_F(StoreTest, CanBeContinued) {
     }
     EXPECT_EQ(records(), (std::vector<Record>{record, record, {"U", "n", -1, {{"b", "B", 2}}}}));
     EXPECT_EQ(ask("select qv_seq from T"), "1\n2\n");
+}
+
+TEST_F(StoreTest, WaitsForWhoeverHasItLocked) {
+    Store store(path(), Store::Mode::create);
+    store.commit();
+    SQLite::Database other(path(), SQLite::OPEN_READWRITE);
+    other.exec("BEGIN EXCLUSIVE");
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        other.exec("ROLLBACK");
+    });
+    EXPECT_NO_THROW(store.set_meta("status", "complete"));
+    release.join();
+    store.commit();
+    EXPECT_EQ(Store(path(), Store::Mode::read).meta("status"), "complete");
 }
 
 TEST_F(StoreTest, ReadingWritesNothing) {

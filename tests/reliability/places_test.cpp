@@ -142,6 +142,20 @@ TEST_F(Places, ToolsThatOthersCanReplaceAreNotRun) {
     EXPECT_EQ(collect_storage().exit, 0);
 }
 
+// ulimit -f, which the system also tells by a signal that ends whoever does not expect it.
+TEST_F(Places, ALimitOnTheSizeOfFilesIsTold) {
+    for (const char* bytes : {"10000", "100000", "400000"}) {
+        fs::remove_all(log_dir());
+        auto invocation = collecting();
+        auto& program = invocation.program;
+        program.insert(program.begin(), {"prlimit", std::string("--fsize=") + bytes});
+        const auto outcome = run(invocation);
+        EXPECT_EQ(outcome.exit, 1) << bytes << " signal " << outcome.signal;
+        EXPECT_NE(outcome.err.find(log_dir().string()), std::string::npos) << bytes << outcome.err;
+        EXPECT_EQ(family(), std::vector<pid_t>());
+    }
+}
+
 // A small file system of the test's own.
 class SmallPlace : public Places {
 protected:
