@@ -55,14 +55,17 @@ private:
     std::string failure_;
 };
 
+int opened(const std::string& path, int flags) {
+    const int fd = ::open(path.c_str(), flags | O_CLOEXEC, 0600);
+    if (fd < 0) throw std::system_error(errno, std::generic_category(), path);
+    return fd;
+}
+
 // What tools say on the terminal instead of into their captures goes into a file.
 void redirect_standard_streams(const LogDir& dir) {
-    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int nothing = opened("/dev/null", O_RDONLY);
     const int console =
-        ::open(dir.console().c_str(),
-               O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (nothing < 0 || console < 0)
-        throw std::system_error(errno, std::generic_category(), dir.console().string());
+        opened(dir.console().string(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW);
     ::dup2(nothing, STDIN_FILENO);
     ::dup2(console, STDOUT_FILENO);
     ::dup2(console, STDERR_FILENO);
