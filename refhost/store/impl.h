@@ -1,0 +1,105 @@
+// What a store is made of; open.cpp, fill.cpp and records.cpp are its parts.
+#pragma once
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "store/names.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+namespace store {
+
+struct Table {
+    std::int64_t key = 0;
+    std::string id;
+    std::int64_t module = 0;  // 0: of no module
+    std::string sql_name;
+    Layout layout;
+    std::string reason;
+    NameSet names;
+    std::map<std::string, std::string> columns;  // property id -> column
+};
+
+// The properties of alike records, and the statement that writes their values.
+struct Shape {
+    std::int64_t key = 0;
+    std::vector<Property> properties;  // without values
+    std::vector<bool> extra;           // of each: its value is in qv_extra
+    std::unique_ptr<SQLite::Statement> insert;
+};
+
+struct Run {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+    Table* table = nullptr;
+    std::string name;
+    int index = -1;
+    Shape* shape = nullptr;
+};
+
+// Everything that goes wrong in here is told with the file's name.
+template <class Work>
+auto told_with(const std::string& path, Work work) {
+    try {
+        return work();
+    } catch (const SQLite::Exception& error) {
+        throw std::runtime_error(path + ": " + error.what());
+    }
+}
+
+}  // namespace store
+
+struct Store::Impl {
+    using Table = store::Table;
+    using Shape = store::Shape;
+
+    Impl(const std::string& file, Mode open_mode);
+    ~Impl();
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    Table& table_by_key(std::int64_t key);
+    Table* find_table(const std::string& id);  // null: there is none
+
+    // Filling.
+    void begin();
+    void commit();
+    Table& add_table(std::int64_t module, const std::string& id);
+    void set_layout(Table& table, const Layout& layout);
+    void add(const Record& record);
+    void save_run();
+
+    // The records of one table, or all (null), in order.
+    void each_record(const Table* only, const std::function<void(const Record&)>& take);
+
+    std::string path;
+    Mode mode;
+    SQLite::Database db;
+    std::optional<SQLite::Transaction> transaction;
+    std::vector<std::unique_ptr<Table>> tables;
+    store::NameSet table_names;
+    std::map<const Table*, std::vector<std::unique_ptr<Shape>>> shapes;
+    store::Run run;
+    std::int64_t next_seq = 1;
+    std::int64_t next_shape = 1;
+
+private:
+    void expect_plain_tables();
+    void load();
+    bool is_empty(const Table& table);
+    void add_columns(Table& table, const std::vector<std::string>& ids);
+    Shape& shape_of(Table& table, const Record& record);
+    std::unique_ptr<Shape> new_shape(Table& table, const Record& record);
+    void add_extra(std::int64_t seq, std::size_t position,
+                   const std::variant<std::string, int>& value);
+};
+
+}  // namespace qvhost

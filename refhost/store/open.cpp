@@ -1,0 +1,152 @@
+// Opening and closing a store.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "store/impl.h"
+#include "store/schema.h"
+
+namespace qvhost {
+
+using SQLite::Statement;
+
+namespace {
+
+// Somebody may look into a store, or write notes of his own into it, while it grows.
+constexpr int kBusyMs = 3000;
+
+int open_flags(Store::Mode mode) {
+    // A store is used by one thread, which needs no locks.
+    const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+    return access | SQLite::OPEN_NOMUTEX;
+}
+
+void create_private(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) throw std::runtime_error(path + ": cannot create it: " + std::strerror(errno));
+    ::close(fd);
+}
+
+void check_readable(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) throw std::runtime_error(path + ": " + std::strerror(errno));
+    ::close(fd);
+}
+
+}  // namespace
+
+Store::Impl::Impl(const std::string& file, Mode open_mode)
+    : path(file), mode(open_mode), db(file, open_flags(open_mode), kBusyMs) {
+    if (mode == Mode::create) {
+        // Power may fail; but what is lost then is in the raw captures. Against the death of
+        // the process no waiting for the disk is needed.
+        // Pages of 8 KiB: half the system calls of the default, no larger file.
+        db.exec("PRAGMA synchronous=OFF; PRAGMA page_size=8192; PRAGMA journal_mode=WAL;");
+        db.exec("PRAGMA application_id=" + std::to_string(store::kApplicationId));
+        db.exec("PRAGMA user_version=" + std::to_string(store::kVersion));
+        db.exec(store::kSchema);
+        return;
+    }
+    if (db.execAndGet("PRAGMA application_id").getInt() != store::kApplicationId)
+        throw std::runtime_error(path + ": not a store of qvhost");
+    if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
+        throw std::runtime_error(path + ": a store of another version of qvhost");
+    expect_plain_tables();
+    if (mode == Mode::update) db.exec("PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
+    load();
+}
+
+Store::Impl::~Impl() {
+    if (mode == Mode::read) return;
+    try {
+        commit();
+        shapes.clear();  // their statements
+        // One file, which can be read where nothing can be written.
+        db.exec("PRAGMA journal_mode=DELETE");
+    } catch (const std::exception&) {
+        // The store stays as of its last commit, with its log beside it.
+    }
+}
+
+// A store may come from anywhere. It is only read; but a view can be endless, a computed column
+// as large as memory, and a trigger or a virtual table is code.
+void Store::Impl::expect_plain_tables() {
+    for (const char* others :
+         {"SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR "
+          "(type='table' AND rootpage=0)",
+          "SELECT count(*) FROM sqlite_schema AS s, pragma_table_xinfo(s.name) AS c "
+          "WHERE s.type='table' AND c.hidden<>0"}) {
+        if (db.execAndGet(others).getInt() != 0)
+            throw std::runtime_error(path + ": not a store of qvhost: it computes what it holds");
+    }
+}
+
+void Store::Impl::load() {
+    for (Statement q(db,
+                     "SELECT tab, id, module, sql_name, layout, width, count, flag, reason "
+                     "FROM qv_table ORDER BY tab");
+         q.executeStep();) {
+        auto& table = *tables.emplace_back(std::make_unique<Table>());
+        table.key = q.getColumn(0).getInt64();
+        table.id = q.getColumn(1).getString();
+        table.module = q.getColumn(2).getInt64();
+        table.sql_name = q.getColumn(3).getString();
+        table.reason = q.getColumn(8).getString();
+        if (!q.getColumn(4).isNull()) {
+            table.layout =
+                q.getColumn(4).getString() == "columns"
+                    ? Layout(ColumnLayout{{}, q.getColumn(5).getUInt(), q.getColumn(6).getUInt()})
+                    : Layout(RowLayout{{}, {}, q.getColumn(7).getInt() != 0});
+        }
+        table_names.claim(table.sql_name);
+        table.names.claim("qv_seq");
+    }
+    for (Statement q(db, "SELECT tab, id, width FROM qv_header ORDER BY tab, position");
+         q.executeStep();) {
+        auto& layout = table_by_key(q.getColumn(0).getInt64()).layout;
+        if (auto* columns = std::get_if<ColumnLayout>(&layout)) {
+            columns->headers.push_back(q.getColumn(1).getString());
+        } else if (auto* rows = std::get_if<RowLayout>(&layout)) {
+            if (!q.getColumn(1).isNull()) rows->headers.push_back(q.getColumn(1).getString());
+            if (!q.getColumn(2).isNull()) rows->widths.push_back(q.getColumn(2).getUInt());
+        }
+    }
+    for (Statement q(db, "SELECT tab, id, sql_name FROM qv_column"); q.executeStep();) {
+        auto& table = table_by_key(q.getColumn(0).getInt64());
+        table.columns[q.getColumn(1).getString()] = q.getColumn(2).getString();
+        table.names.claim(q.getColumn(2).getString());
+    }
+    next_seq = db.execAndGet("SELECT ifnull(max(last_seq), 0) + 1 FROM qv_run").getInt64();
+    next_shape = db.execAndGet("SELECT ifnull(max(shape), 0) + 1 FROM qv_shape").getInt64();
+}
+
+store::Table& Store::Impl::table_by_key(std::int64_t key) {
+    for (auto& table : tables) {
+        if (table->key == key) return *table;
+    }
+    throw std::runtime_error(path + ": the store names a table that it does not have");
+}
+
+store::Table* Store::Impl::find_table(const std::string& id) {
+    for (auto& table : tables) {
+        if (table->id == id) return table.get();
+    }
+    return nullptr;
+}
+
+Store::Store(const std::string& path, Mode mode) {
+    if (mode == Mode::create) {
+        create_private(path);
+    } else {
+        check_readable(path);
+    }
+    impl_ = store::told_with(path, [&] { return std::make_unique<Impl>(path, mode); });
+}
+
+Store::~Store() = default;
+Store::Store(Store&&) noexcept = default;
+
+}  // namespace qvhost
