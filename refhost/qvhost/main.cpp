@@ -105,7 +105,8 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
 
 int main(int argc, char** argv) {
     const SignalHandler on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);  // a limit on the size of files (ulimit -f) is an error to tell
+    // A limit on the size of files (ulimit -f) is an error to tell. Tools do not inherit a handler.
+    std::signal(SIGXFSZ, [](int) {});
     hold_standard_streams();
     // All that is written is private: captures hold serial numbers, addresses and logs.
     ::umask(077);
