@@ -60,8 +60,9 @@ public:
     void append(const Record& record);
 
 private:
-    journal::Mapping room_for(std::size_t offset, std::size_t most, std::size_t least);
     void write_buffer();
+    void make_room(std::size_t size);
+    void write_at(std::size_t offset, const char* data, std::size_t size);
     void publish(std::size_t end);
 
     int fd_;
@@ -71,6 +72,7 @@ private:
     journal::Mapping start_;  // where the file says how far it is written
     journal::Mapping window_;
     std::size_t window_start_ = 0;
+    std::size_t room_ = 0;  // how far the disk has room
     std::size_t end_ = 0;
 };
 

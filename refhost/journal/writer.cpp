@@ -33,7 +33,8 @@ JournalWriter::JournalWriter(const std::string& path)
       encoder_(std::make_unique<journal::Encoder>()) {
     if (fd_ < 0) fail(errno, "cannot create the journal", path_);
     try {
-        start_ = room_for(0, kWindow, journal::kStart);
+        make_room(journal::kStart);
+        start_ = journal::Mapping(fd_, 0, journal::kStart);
         publish(journal::kStart);
     } catch (...) {
         ::close(fd_);
@@ -59,41 +60,62 @@ void JournalWriter::append(const Record& record) {
     write_buffer();
 }
 
+void JournalWriter::write_buffer() {
+    try {
+        make_room(buffer_.size());
+        if (window_) {
+            std::memcpy(window_.data() + (end_ - window_start_), buffer_.data(), buffer_.size());
+        } else {
+            write_at(end_, buffer_.data(), buffer_.size());
+        }
+    } catch (...) {
+        encoder_->forget();
+        throw;
+    }
+    publish(end_ + buffer_.size());
+}
+
 // The disk has to have room before memory is written that stands for it: later it would be a signal
 // and not an error.
-journal::Mapping JournalWriter::room_for(std::size_t offset, std::size_t most, std::size_t least) {
+void JournalWriter::make_room(std::size_t size) {
+    if (end_ + size <= room_) return;
+    const auto start = down_to_page(end_);
+    const auto least = end_ - start + size;
     int error = 0;
-    for (const auto size : {std::max(most, least), least}) {
+    for (const auto wanted : {std::max(kWindow, least), least}) {
         do {
-            error = ::posix_fallocate(fd_, static_cast<off_t>(offset), static_cast<off_t>(size));
+            error = ::posix_fallocate(fd_, static_cast<off_t>(start), static_cast<off_t>(wanted));
         } while (error == EINTR);
         if (error != 0) continue;
-        journal::Mapping mapping(fd_, static_cast<off_t>(offset), size);
-        if (mapping) return mapping;
-        error = errno;
+        window_ = journal::Mapping(fd_, static_cast<off_t>(start), wanted);
+        window_start_ = start;
+        room_ = start + wanted;
+        return;
     }
     fail(error, "cannot write to the journal", path_);
 }
 
-void JournalWriter::write_buffer() {
-    if (end_ + buffer_.size() > window_start_ + window_.size()) {
-        const auto start = down_to_page(end_);
-        try {
-            window_ = room_for(start, kWindow, end_ - start + buffer_.size());
-        } catch (...) {
-            encoder_->forget();
-            throw;
-        }
-        window_start_ = start;
+// Not every file system lets its files be written in memory; there it takes calls.
+void JournalWriter::write_at(std::size_t offset, const char* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t n = ::pwrite(fd_, data, size, static_cast<off_t>(offset));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) fail(errno, "cannot write to the journal", path_);
+        offset += static_cast<std::size_t>(n);
+        data += n;
+        size -= static_cast<std::size_t>(n);
     }
-    std::memcpy(window_.data() + (end_ - window_start_), buffer_.data(), buffer_.size());
-    publish(end_ + buffer_.size());
 }
 
 void JournalWriter::publish(std::size_t end) {
+    const std::uint64_t number = end;
+    if (start_) {
+        std::atomic_ref(*reinterpret_cast<std::uint64_t*>(start_.data()))
+            .store(number, std::memory_order_release);
+    } else {
+        write_at(0, reinterpret_cast<const char*>(&number), sizeof number);
+    }
     end_ = end;
-    std::atomic_ref(*reinterpret_cast<std::uint64_t*>(start_.data()))
-        .store(end, std::memory_order_release);
 }
 
 }  // namespace qvhost
