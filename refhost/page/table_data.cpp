@@ -69,7 +69,7 @@ public:
         }
         cells_.assign(columns_.size(), nullptr);
         for (const auto& property : record.properties) {
-            auto& cell = cells_[place_.find(property.id)->second];
+            auto& cell = cells_[place_.at(property.id)];
             if (cell) {
                 // A property that the record has twice is one cell with both values.
                 joined_.push_back(text_of(*cell) + "\n" + text_of(property.value));
