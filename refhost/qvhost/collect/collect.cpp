@@ -13,6 +13,7 @@
 #include "qvhost/collect/dry_run.h"
 #include "qvhost/collect/fill.h"
 #include "qvhost/collect/log_dir.h"
+#include "qvhost/collect/processes.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
 #include "qvhost/collect/trust.h"
@@ -96,7 +97,12 @@ int collect(CollectOptions options, const Stage& stage) {
         JournalReader journal(dir.journal());
         Filler filler(journal, store);
         Progress progress(dir.path(), options.quiet);
-        problem = supervise(options, stage, filler, progress);
+        try {
+            problem = supervise(options, stage, filler, progress);
+        } catch (...) {  // a store or journal that fails
+            kill_descendants();
+            throw;
+        }
 
         filler.explain_unreached();
         store.set_meta("finished", utc_now());
