@@ -29,7 +29,6 @@ public:
 
     explicit operator bool() const { return data_ != nullptr; }
     char* data() const { return data_; }
-    std::size_t size() const { return data_ ? size_ : 0; }
 
 private:
     char* data_ = nullptr;
