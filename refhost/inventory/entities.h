@@ -1,0 +1,150 @@
+// What a server consists of, as its captures tell: one plain struct a kind of thing. Each entity names
+// the capture and the line where it stands. A field that no capture tells is empty, never guessed;
+// texts are trimmed; a number's unit ends its name. fields.h declares every field for the views.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qvhost::inventory {
+
+using Text = std::optional<std::string>;
+using Integer = std::optional<std::int64_t>;
+using Real = std::optional<double>;
+using Flag = std::optional<bool>;
+using Texts = std::vector<std::string>;
+
+// Where something stands.
+struct Place {
+    std::string capture;    // the file's name in the log directory
+    std::int64_t line = 0;  // counted from 1
+    bool operator==(const Place&) const = default;
+};
+
+struct System {
+    Place place;
+    Text manufacturer, product, serial, uuid, asset_tag;
+    Text firmware;  // the BIOS or UEFI
+    Flag is_virtual;
+};
+
+struct Processor {
+    Place place;
+    Text socket, model;
+    Integer cores, threads;
+    Text state;
+};
+
+struct MemoryModule {
+    Place place;
+    Text slot;
+    Integer capacity_bytes;
+    Text type;
+    Integer speed_mts;
+    Text manufacturer, serial, part;
+};
+
+struct Bmc {
+    Place place;
+    Text firmware, ipmi, self_test, address, mac;
+};
+
+struct Sensor {
+    Place place;
+    Text name;
+    Text number;   // as IPMI tools print it: "30h"
+    Text kind;     // temperature, fan, voltage, current, power, discrete, ...
+    Real reading;  // empty for discrete sensors
+    Text unit;
+    Text status;                      // as printed: ok, nc, cr, nr, na, ns
+    Real lnr, lc, lnc, unc, uc, unr;  // thresholds, in the reading's unit
+    Texts states;                     // the words of a discrete sensor
+};
+
+struct PowerSupply {
+    Place place;
+    Text slot;
+    Flag present;
+    Text state, input_state;
+    Real input_watts;
+    Text model, serial, part, firmware;
+};
+
+struct Fru {
+    Place place;
+    Text device;  // "Builtin FRU Device (ID 0)"
+    Text manufacturer, product, part, serial;
+};
+
+struct Controller {
+    Place place;
+    Integer number;
+    Text model, serial, firmware;
+    Text status;              // as printed
+    Integer volumes, drives;  // how many it says it has
+};
+
+struct Battery {  // a BBU, a CacheVault, a supercapacitor
+    Place place;
+    Integer controller;
+    Text model, state;
+    Integer charge_percent;
+    Real temperature_celsius;
+};
+
+struct Enclosure {
+    Place place;
+    Integer controller, number, slots;
+    Text state, model, serial;
+};
+
+struct Volume {  // a virtual drive, a logical device, an md array, a ZFS pool
+    Place place;
+    Integer controller, drive_group, number;
+    Text raid, state, access;
+    Flag consistent;
+    Text cache;
+    Integer capacity_bytes;
+    Text name, device;
+    Text operation;  // what runs on it: "Rebuild", "CC"
+    Real progress_percent;
+};
+
+struct Drive {
+    Place place;
+    Integer controller;  // empty: behind no RAID controller
+    Integer enclosure;   // empty: in none
+    Integer slot, device_id;
+    Text state;  // as printed
+    Integer drive_group;
+    Flag is_foreign;
+    Text spare;  // "global", "dedicated"
+    Real rebuild_percent;
+    Integer capacity_bytes;
+    Text interface, media;
+    Integer sector_bytes;
+    Text model, serial, wwn, firmware, device;
+    Real temperature_celsius;
+    Integer media_errors, other_errors, predicted_failures;
+    Flag smart_alert;
+    Real percentage_used, available_spare_percent;
+    Integer power_on_hours;
+};
+
+enum class Severity { info, warning, critical };
+
+// An entry of a log: the SEL's, a controller's, the kernel's. Events are handed on one by one, since
+// there may be a million.
+struct Event {
+    Place place;
+    std::string source;  // "bmc", "controller 0", "kernel"
+    Text time;           // ISO 8601 as the source's clock said it; empty if it had none
+    Text time_utc;       // empty unless the clock's offset is known
+    Severity severity = Severity::info;
+    Text subject;
+    std::string text;
+};
+
+}  // namespace qvhost::inventory

@@ -1,0 +1,54 @@
+// What captures tell that is no entity of its own and that verdicts need all the same. Views do not
+// show these.
+#pragma once
+
+#include "inventory/entities.h"
+
+namespace qvhost::inventory {
+
+// A row of a RAID controller's topology: a drive group, an array or a drive in it.
+struct TopologyRow {
+    Place place;
+    Integer controller, drive_group, array, row, enclosure, slot, device_id;
+    Text type;   // "RAID5", "DRIVE", "Mirror"
+    Text state;  // as printed
+};
+
+// A line of lspci.
+struct PciDevice {
+    Place place;
+    Text address;       // "03:00.0"
+    Text device_class;  // "RAID bus controller"
+    Text name;
+};
+
+// How many controllers a vendor's tool says there are.
+struct ControllerCount {
+    Place place;
+    Text tool;
+    Integer count;
+};
+
+// How full the BMC's event log is.
+struct SelLog {
+    Place place;
+    Integer entries;
+    Real used_percent;
+    Flag overflow;
+};
+
+// dmidecode's type 38: the firmware says that there is a BMC.
+struct IpmiDevice {
+    Place place;
+    Text interface_type;
+};
+
+// What a source's clock said at a time that the same capture names beside it.
+struct ClockReading {
+    Place place;
+    std::string source;  // as an event's
+    Text time;           // of the source, ISO 8601
+    Text system_time;    // of this system, ISO 8601
+};
+
+}  // namespace qvhost::inventory

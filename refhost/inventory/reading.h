@@ -1,0 +1,54 @@
+// What a reader makes of one capture: the entities it found and how much it understood.
+//
+// A reader is a function void(CaptureLines&, Reading&). It goes by headings and names, never by counted
+// columns, and says what it could not read; it never throws for what a tool printed.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "inventory/inventory.h"
+
+namespace qvhost::inventory {
+
+// Something that should stand in a capture and does not, or that cannot be read: a row that does not
+// fit its heading, fewer rows than announced, a table without its end. A capture with a gap was not
+// read whole, and nothing that rests on it may be called well.
+struct Gap {
+    std::int64_t line = 0;
+    std::string words;  // "3 virtual drives announced, 2 read"
+};
+
+// What the tool itself called an error: "Description = Un-supported command".
+struct ToolError {
+    std::int64_t line = 0;
+    std::string words;
+};
+
+struct Understanding {
+    std::int64_t lines = 0;
+    std::int64_t not_understood = 0;  // lines that no reader knows
+    std::int64_t first_not_understood = 0;
+    std::vector<Gap> gaps;
+    std::vector<ToolError> errors;
+
+    bool whole() const { return lines > 0 && gaps.empty() && errors.empty(); }
+    void unknown_line(std::int64_t number) {
+        if (not_understood++ == 0) first_not_understood = number;
+    }
+};
+
+using EventSink = std::function<void(Event&&)>;
+
+struct Reading {
+    std::string capture;  // the file's name, for places
+    Inventory& found;
+    EventSink event;
+    Understanding how = {};
+
+    Place at(std::int64_t line) const { return {capture, line}; }
+};
+
+}  // namespace qvhost::inventory
