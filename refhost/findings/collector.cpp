@@ -1,0 +1,87 @@
+#include "findings/collector.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qvhost::findings {
+
+std::string finding_id(const Rule& rule, const std::string& key) {
+    std::string id = std::string(rule.name) + ":";
+    for (const char c : key) {
+        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') ||
+                           (c >= 'a' && c <= 'z') || c == '.' || c == '_' || c == ':' || c == '-';
+        id += plain ? c : '_';
+    }
+    return id;
+}
+
+void Collector::add(const std::string& key, const std::string& subject, Remark remark) {
+    const auto whole_key = std::string(word(remark.rule->subsystem)) + " " + key;
+    const auto [place, is_new] = places_.try_emplace(whole_key, things_.size());
+    if (is_new)
+        things_.push_back({
+            key, {subject, {}}
+        });
+    things_[place->second].second.remarks.push_back(std::move(remark));
+}
+
+void Collector::add(const std::string& key, const std::string& subject, const char* rule_name,
+                    const std::string& says, const Place& place) {
+    const Rule& found = rule(rule_name);
+    add(key, subject, Remark{&found, says, {place}, found.severity});
+}
+
+void Collector::add(Finding finding) {
+    const auto [place, is_new] = ready_places_.try_emplace(finding.id, ready_.size());
+    if (is_new) {
+        ready_.push_back(std::move(finding));
+        return;
+    }
+    auto* const same = &ready_[place->second];
+    same->count += finding.count;
+    same->severity = std::min(same->severity, finding.severity);
+    if (finding.time && (!same->time || *same->time < *finding.time)) {
+        same->time = finding.time;
+        same->says = finding.says;
+    }
+    same->evidence.insert(same->evidence.end(), finding.evidence.begin(), finding.evidence.end());
+}
+
+std::vector<Finding> Collector::take() {
+    auto all = std::exchange(ready_, {});
+    for (auto& [key, thing] : things_) {
+        const auto& remarks = thing.remarks;
+        const auto worst =
+            std::min_element(remarks.begin(), remarks.end(), [](const Remark& a, const Remark& b) {
+                return std::pair(a.severity, a.rule) < std::pair(b.severity, b.rule);
+            });
+        Finding finding;
+        finding.id = finding_id(*worst->rule, key);
+        finding.rule = worst->rule->name;
+        finding.severity = worst->severity;
+        finding.subsystem = worst->rule->subsystem;
+        finding.subject = thing.subject;
+        const auto tell = [&](const Remark& remark) {
+            if (("; " + finding.says + ";").find("; " + remark.says + ";") == std::string::npos)
+                finding.says += (finding.says.empty() ? "" : "; ") + remark.says;
+            for (const auto& place : remark.evidence) {
+                if (std::find(finding.evidence.begin(), finding.evidence.end(), place) ==
+                    finding.evidence.end())
+                    finding.evidence.push_back(place);
+            }
+        };
+        tell(*worst);
+        for (const auto& remark : remarks) {
+            if (&remark != &*worst) tell(remark);
+        }
+        all.push_back(std::move(finding));
+    }
+    things_.clear();
+    places_.clear();
+    ready_places_.clear();
+    std::stable_sort(all.begin(), all.end(),
+                     [](const Finding& a, const Finding& b) { return a.severity < b.severity; });
+    return all;
+}
+
+}  // namespace qvhost::findings

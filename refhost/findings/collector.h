@@ -1,0 +1,50 @@
+// Gathers findings: what is said of one thing becomes one finding.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "findings/finding.h"
+#include "findings/rules.h"
+
+namespace qvhost::findings {
+
+// Something that a rule says of a thing.
+struct Remark {
+    const Rule* rule;
+    std::string says;
+    std::vector<Place> evidence;
+    Severity severity;  // the rule's own, or less
+};
+
+class Collector {
+public:
+    // `key` names the thing for the finding's id (serial, else slot or name), `subject` for people.
+    void add(const std::string& key, const std::string& subject, Remark remark);
+    void add(const std::string& key, const std::string& subject, const char* rule_name,
+             const std::string& says, const Place& place);
+
+    // A finding that stands for itself: an event's. Those of one id are counted together.
+    void add(Finding finding);
+
+    // One finding for each thing and subsystem, the worst first. Of several remarks the worst names
+    // the finding; the first in the table of rules among equals.
+    std::vector<Finding> take();
+
+private:
+    struct Thing {
+        std::string subject;
+        std::vector<Remark> remarks;
+    };
+    std::vector<std::pair<std::string, Thing>> things_;  // by subsystem and key, in order
+    std::map<std::string, std::size_t> places_;          // of things_
+    std::vector<Finding> ready_;
+    std::map<std::string, std::size_t> ready_places_;  // by id
+};
+
+// The id of a finding of this rule on this thing: letters, digits and "._:-" alone, so that it can
+// stand in a rules file and a label.
+std::string finding_id(const Rule& rule, const std::string& key);
+
+}  // namespace qvhost::findings

@@ -1,0 +1,217 @@
+#include "findings/events.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "findings/sensors.h"
+#include "findings/states.h"
+
+namespace qvhost::findings {
+
+using inventory::Event;
+using EventSeverity = inventory::Severity;
+
+// Which events are looked at, by their source and their words. The first row that fits decides.
+struct EventRow {
+    std::string_view source;  // what the source's name begins with
+    std::string_view words;   // what the text or the subject contains; "" for all
+    EventSeverity at_least;   // how bad the source calls it
+    const char* rule;         // "" if it is of no interest
+};
+
+namespace {
+
+constexpr auto kInfo = EventSeverity::info;
+constexpr auto kWarning = EventSeverity::warning;
+constexpr auto kCritical = EventSeverity::critical;
+
+// clang-format off
+constexpr auto kEvents = std::to_array<EventRow>({
+    {"bmc",        "Uncorrectable ECC",                      kInfo,     "event_memory_error"    },
+    {"bmc",        "Uncorrectable memory error",             kInfo,     "event_memory_error"    },
+    {"bmc",        "Correctable ECC logging limit reached",  kInfo,     "event_memory_limit"    },
+    {"bmc",        "Correctable ECC",                        kInfo,     "event_memory_corrected"},
+    {"bmc",        "Thermal Trip",                           kInfo,     "event_thermal_trip"    },
+    {"bmc",        "IERR",                                   kInfo,     "event_processor"       },
+    {"bmc",        "Uncorrectable machine check exception",  kInfo,     "event_processor"       },
+    {"bmc",        "SM BIOS Uncorrectable CPU-complex Error", kInfo,    "event_processor"       },
+    {"bmc",        "FRB1/BIST failure",                      kInfo,     "event_processor"       },
+    {"bmc",        "FRB2/Hang in POST failure",              kInfo,     "event_processor"       },
+    {"bmc",        "FRB3/Processor startup/init failure",    kInfo,     "event_processor"       },
+    {"bmc",        "Bus Fatal Error",                        kInfo,     "event_pci"             },
+    {"bmc",        "Bus Uncorrectable error",                kInfo,     "event_pci"             },
+    {"bmc",        "PCI SERR",                               kInfo,     "event_pci"             },
+    {"bmc",        "Fatal NMI",                              kInfo,     "event_pci"             },
+    {"bmc",        "Power Supply AC lost",                   kInfo,     "event_power"           },
+    {"bmc",        "AC lost",                                kInfo,     "event_power"           },
+    {"bmc",        "Power Supply",                           kWarning,  "event_power"           },
+    {"bmc",        "Redundancy Lost",                        kInfo,     "event_power"           },
+    {"bmc",        "Insufficient Resources",                 kInfo,     "event_power"           },
+    {"bmc",        "Drive Fault",                            kInfo,     "event_drive"           },
+    {"bmc",        "In Critical Array",                      kInfo,     "event_drive"           },
+    {"bmc",        "In Failed Array",                        kInfo,     "event_drive"           },
+    {"bmc",        "Log almost full",                        kInfo,     "sel_nearly_full"       },
+    {"bmc",        "Log full",                               kInfo,     "sel_nearly_full"       },
+    {"bmc",        "Log area reset/cleared",                 kInfo,     ""                      },
+    {"bmc",        "Critical going",                         kInfo,     "event_threshold"       },
+    {"bmc",        "critical going",                         kInfo,     "event_threshold"       },
+    {"bmc",        "Non-recoverable going",                  kInfo,     "event_threshold"       },
+    {"bmc",        "",                                       kCritical, "event_critical"        },
+    {"bmc",        "",                                       kWarning,  "event_warning"         },
+    {"controller", "",                                       kCritical, "event_controller"      },
+    {"kernel",     "EDAC",                                   kCritical, "event_memory_error"    },
+    {"kernel",     "EDAC",                                   kInfo,     "event_memory_corrected"},
+    {"kernel",     "Machine check",                          kCritical, "event_processor"       },
+    {"kernel",     "Hardware Error",                         kCritical, "event_processor"       },
+    {"kernel",     "I/O error",                              kWarning,  "event_disk"            },
+    {"kernel",     "Medium Error",                           kWarning,  "event_disk"            },
+    {"kernel",     "disk",                                   kWarning,  "event_disk"            },
+    {"kernel",     "",                                       kCritical, "event_critical"        },
+    {"kernel",     "",                                       kWarning,  "event_warning"         },
+});
+// clang-format on
+
+constexpr std::size_t kMostGroups = 10'000;  // a hostile log has no more subjects than that
+
+const EventRow* row_for(const Event& event) {
+    for (const auto& row : kEvents) {
+        if (!event.source.starts_with(row.source) || event.severity < row.at_least) continue;
+        if (event.text.find(row.words) != std::string::npos ||
+            (event.subject && event.subject->find(row.words) != std::string::npos))
+            return *row.rule == '\0' ? nullptr : &row;
+    }
+    return nullptr;
+}
+
+// Days since 1970-01-01 of an ISO 8601 text.
+std::optional<double> days_of(const std::string& time) {
+    int year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+    int hour = 0;
+    int minute = 0;
+    if (std::sscanf(time.c_str(), "%d-%u-%uT%d:%d", &year, &month, &day, &hour, &minute) < 3)
+        return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month),
+                                           std::chrono::day(day)};
+    if (!date.ok()) return std::nullopt;
+    return static_cast<double>(std::chrono::sys_days(date).time_since_epoch().count()) +
+           hour / 24.0 + minute / 1440.0;
+}
+
+constexpr double kMonth = 30;  // days, after which an entry of the SEL is at most a warning
+
+// An error is critical while it is new; a controller's log goes on to be told as a notice.
+Severity severity_at(const Rule& rule, const std::optional<double>& age) {
+    if (!age || rule.severity == Severity::notice) return rule.severity;
+    const std::string_view name = rule.name;
+    if (name == "event_controller") return *age > rule.threshold ? Severity::notice : rule.severity;
+    if (rule.severity != Severity::critical) return rule.severity;
+    const double limit = rule.threshold > 0 ? rule.threshold : kMonth;
+    return *age > limit ? Severity::warning : rule.severity;
+}
+
+bool has_ended(std::string_view text) { return text.find("Deasserted") != std::string_view::npos; }
+
+// What is said of the same thing, whether it begins or ends.
+std::string_view without_end_word(std::string_view text) {
+    for (const std::string_view word : {"Deasserted", "Asserted"}) {
+        const auto at = text.find(word);
+        if (at != std::string_view::npos) return text.substr(0, at);
+    }
+    return text;
+}
+
+}  // namespace
+
+void EventJudge::take(const Event& event) {
+    auto& dated = dated_[event.source];
+    if (event.time) dated = *event.time;
+    const auto* row = row_for(event);
+    if (!row) return;
+
+    auto subject = event.subject.value_or("");
+    auto key = std::string(row->rule) + '\n' + event.source + '\n' + subject;
+    const bool is_threshold = std::string_view(row->rule) == "event_threshold" ||
+                              std::string_view(row->rule) == "event_power";
+    if (is_threshold) key += '\n' + std::string(without_end_word(event.text));
+    if (groups_.size() >= kMostGroups && !groups_.contains(key)) {
+        key = std::string(row->rule) + '\n' + event.source;
+        subject.clear();
+    }
+    auto& group = groups_[key];
+    if (group.count++ == 0) {
+        group.row = row;
+        group.subject = subject;
+        group.source = event.source;
+        group.first = event.place;
+    }
+    group.open = has_ended(event.text) ? 0 : group.open + 1;
+    group.last = event.place;
+    group.says = event.text;
+    group.time = event.time;
+    group.dated = dated;
+    if (event.time) {
+        const auto day = event.time->substr(0, 10);
+        if (day != group.day) group.on_day = 0;
+        group.day = day;
+        group.most_on_day = std::max(group.most_on_day, ++group.on_day);
+    }
+}
+
+void EventJudge::finish(const Group& group, const std::set<std::string>& well,
+                        const std::set<std::string>& not_well, const std::string& now,
+                        Collector& findings) const {
+    const Rule* judged = &rule(group.row->rule);
+    const std::string_view name = judged->name;
+    auto severity = judged->severity;
+    const auto then = days_of(group.dated);
+    const auto today = days_of(now);
+    const auto age = then && today ? std::optional(std::max(0.0, *today - *then)) : std::nullopt;
+
+    if (name == "event_memory_corrected" &&
+        static_cast<double>(group.most_on_day) > rule("event_memory_many").threshold)
+        judged = &rule("event_memory_many");
+    // What the sensor says now has more weight than what it once said.
+    if (name == "event_threshold" && (group.open == 0 || well.contains(group.subject)))
+        judged = &rule("event_threshold_past");
+    severity = severity_at(*judged, age);
+    if (name == "event_threshold" && not_well.contains(group.subject)) severity = Severity::notice;
+    if (name == "event_power" && (group.open == 0 || well.contains(group.subject)))
+        severity = Severity::notice;
+
+    Finding finding;
+    finding.id = finding_id(*judged, group.subject.empty() ? group.source : group.subject);
+    finding.rule = judged->name;
+    finding.severity = severity;
+    finding.subsystem = judged->subsystem;
+    finding.subject = group.subject.empty() ? group.source : group.subject;
+    finding.says = group.says;
+    finding.time = group.time;
+    finding.count = group.count;
+    finding.evidence.push_back(group.last);
+    if (!(group.first == group.last)) finding.evidence.push_back(group.first);
+    findings.add(std::move(finding));
+}
+
+void EventJudge::finish(const inventory::Inventory& inventory, const std::string& now,
+                        Collector& findings) {
+    std::set<std::string> well;
+    std::set<std::string> not_well;
+    for (const auto& sensor : inventory.sensors) {
+        if (!sensor.name) continue;
+        const bool read = sensor.reading || !sensor.states.empty();
+        if (is_well(sensor) && read) well.insert(*sensor.name);
+        if (!is_well(sensor)) not_well.insert(*sensor.name);
+    }
+    for (const auto& name : not_well) well.erase(name);
+    for (const auto& [key, group] : groups_) finish(group, well, not_well, now, findings);
+    groups_.clear();
+}
+
+}  // namespace qvhost::findings

@@ -1,0 +1,48 @@
+// Judges events while they are read, so that a million of them need no memory: those that say the same
+// of the same thing are counted together.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+
+#include "findings/collector.h"
+#include "inventory/inventory.h"
+
+namespace qvhost::findings {
+
+struct EventRow;
+
+class EventJudge {
+public:
+    void take(const inventory::Event& event);
+
+    // Files what was found. `now` is the time of the collection on this system's clock, ISO 8601; the
+    // age of an event without a time is that of the event with one before it in its source, else new.
+    void finish(const inventory::Inventory& inventory, const std::string& now, Collector& findings);
+
+private:
+    struct Group {
+        const EventRow* row = nullptr;
+        std::string subject;
+        std::string source;
+        std::string says;   // the latest's text
+        Text time;          // the latest's
+        std::string dated;  // the latest's time, or of the event before it that has one
+        std::int64_t count = 0;
+        std::int64_t open = 0;  // asserted and not deasserted
+        Place first, last;
+        std::string day;  // of the latest, and how many there were on it
+        std::int64_t on_day = 0;
+        std::int64_t most_on_day = 0;
+    };
+    void finish(const Group& group, const std::set<std::string>& well,
+                const std::set<std::string>& not_well, const std::string& now,
+                Collector& findings) const;
+
+    std::map<std::string, Group> groups_;
+    std::map<std::string, std::string> dated_;  // by source: the latest time seen
+};
+
+}  // namespace qvhost::findings

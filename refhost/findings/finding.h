@@ -1,0 +1,69 @@
+// What is wrong with a server, and how each of its subsystems is.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "inventory/entities.h"
+
+namespace qvhost::findings {
+
+using inventory::Place;
+using inventory::Text;
+
+// From the worst on. `unknown`: nobody can tell; `notice` is shown and colours nothing.
+enum class Severity { critical, warning, unknown, notice };
+inline constexpr Severity kSeverities[] = {Severity::critical, Severity::warning, Severity::unknown,
+                                           Severity::notice};
+const char* word(Severity severity);
+
+enum class Subsystem {
+    temperature,
+    cooling,
+    power,
+    memory,
+    processor,
+    storage,
+    bmc,
+    system,
+    collection
+};
+inline constexpr Subsystem kSubsystems[] = {
+    Subsystem::temperature, Subsystem::cooling,   Subsystem::power,
+    Subsystem::memory,      Subsystem::processor, Subsystem::storage,
+    Subsystem::bmc,         Subsystem::system,    Subsystem::collection};
+const char* word(Subsystem subsystem);
+
+// From the worst on. `unknown`: it cannot be told; `absent`: there is evidence that there is none.
+enum class HealthWord { critical, warning, unknown, ok, absent };
+inline constexpr HealthWord kHealthWords[] = {HealthWord::critical, HealthWord::warning,
+                                              HealthWord::unknown, HealthWord::ok,
+                                              HealthWord::absent};
+const char* word(HealthWord health);
+
+struct Finding {
+    std::string id;    // of rule and entity; stays the same from run to run
+    std::string rule;  // its name in the table of rules
+    Severity severity = Severity::notice;
+    Subsystem subsystem = Subsystem::system;
+    std::string subject;  // "Drive 252:1 of controller 0, serial ZA1"
+    std::string says;     // "state Offln; SMART alert"
+    Text time;            // of an event: the latest one's, by its source's clock
+    std::int64_t count = 1;
+    std::vector<Place> evidence;
+};
+
+struct Health {
+    Subsystem subsystem = Subsystem::system;
+    HealthWord health = HealthWord::unknown;
+    std::vector<std::string> judged_by;  // the captures that `ok` rests on
+    std::vector<std::string> missing;    // what `unknown` lacks, in words
+};
+
+struct Verdict {
+    std::vector<Finding> findings;  // the worst first
+    std::vector<Health> health;     // one a subsystem, in their order
+};
+
+}  // namespace qvhost::findings

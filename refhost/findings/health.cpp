@@ -1,0 +1,163 @@
+#include "findings/health.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+
+#include "findings/sensors.h"
+#include "findings/storage_evidence.h"
+
+namespace qvhost::findings {
+
+namespace {
+
+using inventory::Survey;
+using inventory::SurveyedCapture;
+
+enum class Needed {
+    always,
+    with_bmc,  // where there is a BMC, or one is expected
+    if_asked,  // where a command was to make it
+};
+
+// What a subsystem's health rests on: one of the captures must be whole.
+struct EvidenceRow {
+    Subsystem subsystem;
+    Needed needed;
+    std::array<const char*, 2> captures;  // the plug-in's, the host's own
+    const char* words;                    // what it is, where none of them was made
+};
+
+// clang-format off
+constexpr auto kEvidence = std::to_array<EvidenceRow>({
+    {Subsystem::temperature, Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
+    {Subsystem::temperature, Needed::if_asked, {"sdrinfo.txt",    "host_ipmitool_sdr.txt"},    "the sensor records were not read"   },
+    {Subsystem::cooling,     Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
+    {Subsystem::cooling,     Needed::if_asked, {"sdrinfo.txt",    "host_ipmitool_sdr.txt"},    "the sensor records were not read"   },
+    {Subsystem::power,       Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
+    {Subsystem::power,       Needed::if_asked, {"sdrinfo.txt",    "host_ipmitool_sdr.txt"},    "the sensor records were not read"   },
+    {Subsystem::memory,      Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::memory,      Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
+    {Subsystem::processor,   Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::processor,   Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
+    {Subsystem::bmc,         Needed::with_bmc, {"selfinfo.txt",   "host_ipmitool_selftest.txt"}, "the self test was not asked for"  },
+    {Subsystem::system,      Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
+    {Subsystem::system,      Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::system,      Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
+});
+// clang-format on
+
+void add_once(std::vector<std::string>& texts, const std::string& text) {
+    if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
+}
+
+// The capture that says that there is no BMC; null: nothing says so. A virtual machine has none, and so
+// has a machine whose firmware names no IPMI device, as long as none answers.
+const SurveyedCapture* no_bmc(const Survey& survey) {
+    const auto& inventory = survey.inventory;
+    if (!inventory.sensors.empty() || !inventory.bmcs.empty() || !inventory.ipmi_devices.empty())
+        return nullptr;
+    const auto* dmidecode = survey.find("dmidecode.log");
+    if (!dmidecode || inventory.systems.empty()) return nullptr;
+    if (inventory.systems.front().is_virtual == true) return dmidecode;
+    return dmidecode->whole() ? dmidecode : nullptr;
+}
+
+bool rests_on_bmc_alone(Subsystem subsystem) {
+    return subsystem == Subsystem::temperature || subsystem == Subsystem::cooling ||
+           subsystem == Subsystem::power || subsystem == Subsystem::bmc;
+}
+
+void weigh(const EvidenceRow& row, const Survey& survey, bool has_no_bmc, Health& health) {
+    if (row.needed == Needed::with_bmc && has_no_bmc) return;
+    const SurveyedCapture* best = nullptr;
+    for (const char* name : row.captures) {
+        const auto* capture = survey.find(name);
+        if (capture && (!best || (!best->whole() && capture->whole()))) best = capture;
+    }
+    if (!best) {
+        if (row.needed != Needed::if_asked) add_once(health.missing, row.words);
+    } else if (best->whole()) {
+        add_once(health.judged_by, best->name);
+    } else {
+        add_once(health.missing, why_not_whole(*best));
+    }
+}
+
+void judge_collection(const Circumstances& circumstances, Health& health) {
+    if (!circumstances.incomplete_because.empty())
+        health.missing.push_back("the collection is incomplete: " +
+                                 circumstances.incomplete_because);
+    for (const auto& command : circumstances.cut_off_commands) add_once(health.missing, command);
+    if (health.missing.empty()) health.judged_by.push_back("qvhost.log");
+}
+
+// Words that no table knows could mean anything.
+void add_unknown_words(const Survey& survey, Health& health) {
+    for (const auto& unknown : unknown_words(survey.inventory))
+        add_once(health.missing, unknown.place.capture + ", line " +
+                                     std::to_string(unknown.place.line) + ": sensor " +
+                                     unknown.sensor + " says \"" + unknown.word +
+                                     "\", which no rule knows");
+}
+
+std::optional<HealthWord> worst_finding(const std::vector<Finding>& findings, Subsystem subsystem) {
+    std::optional<HealthWord> worst;
+    for (const auto& finding : findings) {
+        if (finding.subsystem != subsystem) continue;
+        if (finding.severity == Severity::critical) return HealthWord::critical;
+        if (finding.severity == Severity::warning) worst = HealthWord::warning;
+    }
+    return worst;
+}
+
+}  // namespace
+
+std::string why_not_whole(const SurveyedCapture& capture) {
+    const auto at = [&](std::int64_t line) {
+        return capture.name + (line > 0 ? ", line " + std::to_string(line) : "") + ": ";
+    };
+    if (!capture.ended_badly.empty())
+        return capture.name + ": " + (capture.tool.empty() ? "" : capture.tool + " ") +
+               capture.ended_badly;
+    if (!capture.is_there) return capture.name + ": it was not made";
+    if (!capture.how.errors.empty())
+        return at(capture.how.errors.front().line) + capture.how.errors.front().words;
+    if (!capture.how.gaps.empty())
+        return at(capture.how.gaps.front().line) + capture.how.gaps.front().words;
+    if (capture.how.lines == 0) return capture.name + ": it is empty";
+    return "";
+}
+
+std::vector<Health> judge_health(const Survey& survey, const Circumstances& circumstances,
+                                 const std::vector<Finding>& findings) {
+    const auto* absent_by = no_bmc(survey);
+    std::vector<Health> all;
+    for (const auto subsystem : kSubsystems) {
+        Health health;
+        health.subsystem = subsystem;
+        for (const auto& row : kEvidence) {
+            if (row.subsystem == subsystem) weigh(row, survey, absent_by, health);
+        }
+        bool is_absent = absent_by && rests_on_bmc_alone(subsystem);
+        if (is_absent) add_once(health.judged_by, absent_by->name);
+        if (subsystem == Subsystem::storage) is_absent = weigh_storage(survey, health);
+        if (subsystem == Subsystem::collection) judge_collection(circumstances, health);
+        if (subsystem == Subsystem::system && !absent_by) add_unknown_words(survey, health);
+
+        if (const auto worst = worst_finding(findings, subsystem)) {
+            health.health = *worst;
+        } else if (!health.missing.empty()) {
+            health.health = HealthWord::unknown;
+        } else if (is_absent) {
+            health.health = HealthWord::absent;
+        } else {
+            health.health = health.judged_by.empty() ? HealthWord::unknown : HealthWord::ok;
+        }
+        all.push_back(std::move(health));
+    }
+    return all;
+}
+
+}  // namespace qvhost::findings

@@ -1,0 +1,27 @@
+// One word for each subsystem: the worst of its findings; without such, `ok` only where the evidence
+// that could have said otherwise was read whole.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "findings/finding.h"
+#include "inventory/survey.h"
+
+namespace qvhost::findings {
+
+// What is known of the collection as a whole.
+struct Circumstances {
+    std::string now;                            // when it ended, ISO 8601, on this system's clock
+    std::string incomplete_because;             // in words; empty: it is complete
+    std::vector<std::string> cut_off_commands;  // "ipmitool sensor: killed by signal 9"
+};
+
+std::vector<Health> judge_health(const inventory::Survey& survey,
+                                 const Circumstances& circumstances,
+                                 const std::vector<Finding>& findings);
+
+// Why a capture does not say all that it should, in words; empty: it is whole.
+std::string why_not_whole(const inventory::SurveyedCapture& capture);
+
+}  // namespace qvhost::findings

@@ -1,0 +1,15 @@
+// The one judgement that every view shows.
+#pragma once
+
+#include "findings/events.h"
+#include "findings/finding.h"
+#include "findings/health.h"
+#include "inventory/survey.h"
+
+namespace qvhost::findings {
+
+// `events` has taken every event of the survey.
+Verdict judge(const inventory::Survey& survey, EventJudge& events,
+              const Circumstances& circumstances);
+
+}  // namespace qvhost::findings

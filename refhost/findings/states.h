@@ -1,0 +1,33 @@
+// Tables of the words that tools print for a state, and the rule that each calls for.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+namespace qvhost::findings {
+
+struct StateRow {
+    std::string_view state;  // as printed, in any case
+    const char* rule;        // "" if the state is healthy
+};
+
+inline bool same_word(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+// The rule that a state calls for; nothing if no row knows the state.
+template <class Rows>
+std::optional<std::string_view> rule_for(const Rows& rows, std::string_view state) {
+    const auto row = std::find_if(std::begin(rows), std::end(rows),
+                                  [&](const StateRow& one) { return same_word(one.state, state); });
+    if (row == std::end(rows)) return std::nullopt;
+    return row->rule;
+}
+
+}  // namespace qvhost::findings
