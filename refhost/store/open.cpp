@@ -8,6 +8,7 @@
 
 #include "store/impl.h"
 #include "store/schema.h"
+#include "store/typed_table.h"
 
 namespace qvhost {
 
@@ -40,6 +41,7 @@ void check_readable(const std::string& path) {
 
 Store::Impl::Impl(const std::string& file, Mode open_mode)
     : path(file), mode(open_mode), db(file, open_flags(open_mode), kBusyMs) {
+    for (const auto name : kTypedTables) table_names.claim(name);
     if (mode == Mode::create) {
         // Power may fail; but what is lost then is in the raw captures. Against the death of
         // the process no waiting for the disk is needed.

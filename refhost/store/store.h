@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "repository/record.h"
@@ -45,6 +47,10 @@ struct Fact {
     std::string source;  // the capture that says so; empty: none
     bool operator==(const Fact&) const = default;
 };
+
+struct TypedColumn;  // typed_table.h
+// NULL, or a value of the column's type.
+using TypedValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 
 class Store {
 public:
@@ -86,6 +92,9 @@ public:
                      const std::function<void(const Record&)>& take) const;
 
 private:
+    friend class TypedTableWriter;
+    friend void each_typed_row(const Store&, const char*, std::span<const TypedColumn>,
+                               const std::function<void(const std::vector<TypedValue>&)>&);
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -1,0 +1,113 @@
+#include "store/typed_table.h"
+
+#include <utility>
+
+#include "store/impl.h"
+
+namespace qvhost {
+
+using SQLite::Statement;
+using store::identifier;
+using store::told_with;
+
+namespace {
+
+const char* sql_type(ColumnType type) {
+    switch (type) {
+        case ColumnType::integer: return "INTEGER";
+        case ColumnType::real: return "REAL";
+        case ColumnType::text: return "TEXT";
+        case ColumnType::boolean: return "BOOLEAN";
+    }
+    return "";
+}
+
+void bind(Statement& statement, int place, const TypedValue& value) {
+    if (const auto* number = std::get_if<std::int64_t>(&value)) {
+        statement.bind(place, *number);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        statement.bind(place, *real);
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        statement.bindNoCopy(place, *text);
+    } else {
+        statement.bind(place);
+    }
+}
+
+TypedValue value_of(const SQLite::Column& cell, ColumnType type) {
+    switch (type) {
+        case ColumnType::integer:
+        case ColumnType::boolean:
+            if (cell.isInteger()) return cell.getInt64();
+            break;
+        case ColumnType::real:
+            if (cell.isInteger() || cell.isFloat()) return cell.getDouble();
+            break;
+        case ColumnType::text:
+            if (cell.isText()) return cell.getString();
+            break;
+    }
+    return {};
+}
+
+}  // namespace
+
+struct TypedTableWriter::Impl {
+    Store::Impl& store;
+    Statement insert;
+
+    static std::string prepare(Store::Impl& store, const char* table,
+                               std::span<const TypedColumn> columns) {
+        store.begin();
+        std::string names;
+        std::string places;
+        for (const auto& column : columns) {
+            if (!names.empty()) names += ", ";
+            names += identifier(column.name) + " " + sql_type(column.type);
+            places += places.empty() ? "?" : ",?";
+        }
+        store.db.exec("DROP TABLE IF EXISTS " + identifier(table));
+        store.db.exec("CREATE TABLE " + identifier(table) + "(" + names + ")");
+        return "INSERT INTO " + identifier(table) + " VALUES(" + places + ")";
+    }
+
+    Impl(Store::Impl& of, const char* table, std::span<const TypedColumn> columns)
+        : store(of), insert(of.db, prepare(of, table, columns)) {}
+};
+
+TypedTableWriter::TypedTableWriter(Store& store, const char* table,
+                                   std::span<const TypedColumn> columns)
+    : impl_(told_with(store.impl_->path,
+                      [&] { return std::make_unique<Impl>(*store.impl_, table, columns); })) {}
+
+TypedTableWriter::~TypedTableWriter() = default;
+TypedTableWriter::TypedTableWriter(TypedTableWriter&&) noexcept = default;
+
+void TypedTableWriter::add(const std::vector<TypedValue>& row) {
+    told_with(impl_->store.path, [&] {
+        impl_->insert.reset();
+        int place = 0;
+        for (const auto& value : row) bind(impl_->insert, ++place, value);
+        impl_->insert.exec();
+    });
+}
+
+void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
+                    const std::function<void(const std::vector<TypedValue>&)>& take) {
+    told_with(store.impl_->path, [&] {
+        auto& db = store.impl_->db;
+        if (!db.tableExists(table)) return;
+        std::string names;
+        for (const auto& column : columns)
+            names += (names.empty() ? "" : ", ") + identifier(column.name);
+        std::vector<TypedValue> row(columns.size());
+        for (Statement q(db, "SELECT " + names + " FROM " + identifier(table) + " ORDER BY rowid");
+             q.executeStep();) {
+            for (std::size_t i = 0; i < columns.size(); ++i)
+                row[i] = value_of(q.getColumn(static_cast<int>(i)), columns[i].type);
+            take(row);
+        }
+    });
+}
+
+}  // namespace qvhost

@@ -1,0 +1,67 @@
+// Tables of a store beside the records': of fixed columns with SQL types, such as `drives` and `events`.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "store/store.h"
+
+namespace qvhost {
+
+enum class ColumnType { integer, real, text, boolean };  // boolean: 0 or 1
+
+struct TypedColumn {
+    const char* name;
+    ColumnType type;
+};
+
+// Their names. No table of records takes one of them.
+inline constexpr auto kTypedTables = std::to_array<std::string_view>({
+    "systems",
+    "processors",
+    "memory_modules",
+    "bmcs",
+    "sensors",
+    "power_supplies",
+    "frus",
+    "controllers",
+    "batteries",
+    "enclosures",
+    "volumes",
+    "drives",
+    "events",
+    "findings",
+    "finding_evidence",
+    "health",
+    "health_captures",
+    "health_missing",
+});
+
+// Writes rows to a new table. A table of that name that an earlier writer made goes.
+class TypedTableWriter {
+public:
+    TypedTableWriter(Store& store, const char* table, std::span<const TypedColumn> columns);
+    ~TypedTableWriter();
+    TypedTableWriter(TypedTableWriter&&) noexcept;
+
+    // As many values as there are columns, in their order.
+    void add(const std::vector<TypedValue>& row);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+// Hands on each row, in the order in which they were added; a value of another type than its column's
+// is NULL. Nothing where the store has no such table: an older one.
+void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
+                    const std::function<void(const std::vector<TypedValue>&)>& take);
+
+}  // namespace qvhost

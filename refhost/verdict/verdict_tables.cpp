@@ -1,0 +1,135 @@
+#include "verdict/verdict_tables.h"
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "store/typed_table.h"
+
+namespace qvhost {
+
+namespace {
+
+using findings::Finding;
+using findings::Health;
+using findings::Verdict;
+
+constexpr auto kFindings = std::to_array<TypedColumn>({
+    {"id",        ColumnType::text   },
+    {"rule",      ColumnType::text   },
+    {"severity",  ColumnType::text   },
+    {"subsystem", ColumnType::text   },
+    {"subject",   ColumnType::text   },
+    {"says",      ColumnType::text   },
+    {"time",      ColumnType::text   },
+    {"count",     ColumnType::integer},
+});
+constexpr auto kEvidence = std::to_array<TypedColumn>({
+    {"finding_id", ColumnType::text   },
+    {"capture",    ColumnType::text   },
+    {"line",       ColumnType::integer},
+});
+constexpr auto kHealth = std::to_array<TypedColumn>({
+    {"subsystem", ColumnType::text},
+    {"health",    ColumnType::text},
+});
+constexpr auto kHealthCaptures = std::to_array<TypedColumn>({
+    {"subsystem", ColumnType::text},
+    {"capture",   ColumnType::text},
+});
+constexpr auto kHealthMissing = std::to_array<TypedColumn>({
+    {"subsystem", ColumnType::text},
+    {"missing",   ColumnType::text},
+});
+
+std::string text(const TypedValue& value) {
+    const auto* told = std::get_if<std::string>(&value);
+    return told ? *told : std::string();
+}
+
+std::int64_t number(const TypedValue& value) {
+    const auto* told = std::get_if<std::int64_t>(&value);
+    return told ? *told : 0;
+}
+
+// The one of `all` whose word it is.
+template <class Enum, std::size_t Count>
+std::optional<Enum> of_word(const Enum (&all)[Count], const TypedValue& value) {
+    const auto told = text(value);
+    for (const Enum one : all) {
+        if (told == word(one)) return one;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void write_verdict(Store& store, const Verdict& verdict) {
+    TypedTableWriter findings(store, "findings", kFindings);
+    TypedTableWriter evidence(store, "finding_evidence", kEvidence);
+    for (const auto& one : verdict.findings) {
+        findings.add({one.id, one.rule, std::string(word(one.severity)),
+                      std::string(word(one.subsystem)), one.subject, one.says,
+                      one.time ? TypedValue(*one.time) : TypedValue(), one.count});
+        for (const auto& place : one.evidence) evidence.add({one.id, place.capture, place.line});
+    }
+    TypedTableWriter health(store, "health", kHealth);
+    TypedTableWriter captures(store, "health_captures", kHealthCaptures);
+    TypedTableWriter missing(store, "health_missing", kHealthMissing);
+    for (const auto& one : verdict.health) {
+        const std::string subsystem = word(one.subsystem);
+        health.add({subsystem, std::string(word(one.health))});
+        for (const auto& capture : one.judged_by) captures.add({subsystem, capture});
+        for (const auto& words : one.missing) missing.add({subsystem, words});
+    }
+}
+
+Verdict read_verdict(const Store& store) {
+    Verdict verdict;
+    std::map<std::string, std::size_t> by_id;
+    each_typed_row(store, "findings", kFindings, [&](const std::vector<TypedValue>& row) {
+        const auto severity = of_word(findings::kSeverities, row[2]);
+        const auto subsystem = of_word(findings::kSubsystems, row[3]);
+        if (!severity || !subsystem) return;
+        Finding finding;
+        finding.id = text(row[0]);
+        finding.rule = text(row[1]);
+        finding.severity = *severity;
+        finding.subsystem = *subsystem;
+        finding.subject = text(row[4]);
+        finding.says = text(row[5]);
+        if (const auto* time = std::get_if<std::string>(&row[6])) finding.time = *time;
+        finding.count = number(row[7]);
+        by_id.emplace(finding.id, verdict.findings.size());
+        verdict.findings.push_back(std::move(finding));
+    });
+    each_typed_row(store, "finding_evidence", kEvidence, [&](const std::vector<TypedValue>& row) {
+        const auto found = by_id.find(text(row[0]));
+        if (found != by_id.end())
+            verdict.findings[found->second].evidence.push_back({text(row[1]), number(row[2])});
+    });
+    std::map<std::string, std::size_t> by_subsystem;
+    each_typed_row(store, "health", kHealth, [&](const std::vector<TypedValue>& row) {
+        const auto subsystem = of_word(findings::kSubsystems, row[0]);
+        const auto health = of_word(findings::kHealthWords, row[1]);
+        if (!subsystem || !health) return;
+        by_subsystem.emplace(text(row[0]), verdict.health.size());
+        verdict.health.push_back({*subsystem, *health, {}, {}});
+    });
+    const auto add_words = [&](const char* table, std::span<const TypedColumn> columns,
+                               std::vector<std::string> Health::*list) {
+        each_typed_row(store, table, columns, [&](const std::vector<TypedValue>& row) {
+            const auto found = by_subsystem.find(text(row[0]));
+            if (found != by_subsystem.end())
+                (verdict.health[found->second].*list).push_back(text(row[1]));
+        });
+    };
+    add_words("health_captures", kHealthCaptures, &Health::judged_by);
+    add_words("health_missing", kHealthMissing, &Health::missing);
+    return verdict;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,15 @@
+// Findings and health as tables of a store: `findings`, `finding_evidence`, `health`, `health_captures`
+// (what `ok` rests on) and `health_missing` (what `unknown` lacks).
+#pragma once
+
+#include "findings/finding.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+void write_verdict(Store& store, const findings::Verdict& verdict);
+
+// What write_verdict() wrote. Words of a store of somebody else that are none of ours are left out.
+findings::Verdict read_verdict(const Store& store);
+
+}  // namespace qvhost
