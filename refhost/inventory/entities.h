@@ -23,6 +23,12 @@ struct Place {
     bool operator==(const Place&) const = default;
 };
 
+// A field that stands on another line than its entity.
+struct FieldPlace {
+    std::string field;  // its name in fields.h
+    Place place;
+};
+
 struct System {
     Place place;
     Text manufacturer, product, serial, uuid, asset_tag;
@@ -131,6 +137,7 @@ struct Drive {
     Flag smart_alert;
     Real percentage_used, available_spare_percent;
     Integer power_on_hours;
+    std::vector<FieldPlace> elsewhere;  // counters and alerts that stand in the drive's details
 };
 
 enum class Severity { info, warning, critical };
