@@ -304,6 +304,10 @@ private:
         }
         part_ = TablePart::rows;
         if (!table_) return true;
+        if (!ended_) {
+            gap("a row is cut off");
+            return true;
+        }
         const auto cells = heading_.cut(line);
         const auto before = reading_.found.topology.size();
         const storcli::Where where{answer_.number, section_};
@@ -428,12 +432,13 @@ private:
         controller_key(pair);
     }
 
+    // Whether it is a key of the table.
     template <class Entity>
     bool set(std::span<const Key<Entity>> keys, const KeyValue& pair, Entity& entity) {
         const auto result = set_by_key(keys, pair.key, pair.value, entity);
         if (result == KeyResult::unreadable)
             gap(joined({"a value that cannot be read: ", pair.key}));
-        return result == KeyResult::set;
+        return result != KeyResult::unknown;
     }
 
     void drive_key(const KeyValue& pair) {
@@ -548,7 +553,8 @@ private:
                  a.description.empty() || a.description == "None" ? "Failure" : a.description});
         if (a.line != 0 && !a.failed) {
             const std::string_view says = a.description;
-            const bool says_none = says.empty() || says == "None" || says.starts_with("Show ");
+            const bool says_none = says.empty() || says == "None" || says.starts_with("Show ") ||
+                                   (!ended_ && !says.ends_with('.'));
             if (a.outcome.empty())
                 gap("the answer has no status");
             else if (!a.has_content && says_none)
