@@ -31,6 +31,15 @@ void fill(Entity& entity, const Entity& other) {
     }
 }
 
+// Two serial numbers are two things, whatever else is alike.
+template <class Entity>
+bool contradict(const Entity& a, const Entity& b) {
+    if constexpr (requires { a.serial; }) {
+        return a.serial && b.serial && *a.serial != *b.serial;
+    }
+    return false;
+}
+
 // Entities of one key become the first of them; those without a key stay as they are.
 template <class Entity, class KeyOf, class Merge>
 void join(std::vector<Entity>& entities, KeyOf key_of, Merge merge) {
@@ -42,7 +51,7 @@ void join(std::vector<Entity>& entities, KeyOf key_of, Merge merge) {
         const auto key = key_of(entity);
         if (key) {
             const auto [at, is_new] = known.emplace(*key, joined.size());
-            if (!is_new) {
+            if (!is_new && !contradict(joined[at->second], entity)) {
                 merge(joined[at->second], entity);
                 continue;
             }
@@ -61,13 +70,25 @@ auto merge_by(State state) {
     };
 }
 
-using Numbers = std::vector<Integer>;
+// Whose numbers, and which; "" and none where there are none.
+struct Numbered {
+    std::string tool;
+    std::vector<Integer> numbers;
+    std::string name;
+    auto operator<=>(const Numbered&) const = default;
+};
 
-std::optional<Numbers> drive_key(const Drive& drive) {
+std::optional<Numbered> drive_key(const Drive& drive) {
     if (drive.controller && drive.slot)
-        return Numbers{drive.controller, drive.enclosure, drive.slot, std::nullopt};
+        return Numbered{
+            drive.tool, {drive.controller, drive.enclosure, drive.slot},
+             ""
+        };
     if (drive.controller && drive.device_id)
-        return Numbers{drive.controller, std::nullopt, std::nullopt, drive.device_id};
+        return Numbered{
+            drive.tool, {drive.controller, drive.device_id},
+             ""
+        };
     return std::nullopt;
 }
 
@@ -123,40 +144,48 @@ std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
 }  // namespace
 
 std::vector<CaptureGap> join_storage(Inventory& inventory) {
+    using Key = std::optional<Numbered>;
     join(
         inventory.controllers,
-        [](const Controller& c) { return c.number ? std::optional(*c.number) : std::nullopt; },
+        [](const Controller& c) {
+            return c.number ? Key({c.tool, {c.number}, ""}) : Key();
+        },
         merge_by<Controller>(&Controller::status));
     join(
         inventory.volumes,
         [](const Volume& v) {
-            return v.controller && v.number ? std::optional(Numbers{v.controller, v.number})
-                                            : std::nullopt;
+            return v.controller && v.number ? Key({
+                                                  v.tool, {v.controller, v.number},
+                                                   ""
+            })
+                                            : Key();
         },
         merge_by<Volume>(&Volume::state));
     join(
         inventory.enclosures,
         [](const Enclosure& e) {
-            return e.controller && e.number ? std::optional(Numbers{e.controller, e.number})
-                                            : std::nullopt;
+            return e.controller && e.number ? Key({
+                                                  e.tool, {e.controller, e.number},
+                                                   ""
+            })
+                                            : Key();
         },
         merge_by<Enclosure>(&Enclosure::state));
     join(
         inventory.batteries,
         [](const Battery& b) {
-            return b.controller
-                       ? std::optional(std::pair(*b.controller, b.model.value_or(std::string())))
-                       : std::nullopt;
+            return b.controller ? Key({b.tool, {b.controller}, b.model.value_or("")}) : Key();
         },
         merge_by<Battery>(&Battery::state));
     join(
         inventory.topology,
         [](const TopologyRow& t) {
-            return t.controller
-                       ? std::optional(std::pair(Numbers{t.controller, t.drive_group, t.array,
-                                                         t.row, t.enclosure, t.slot, t.device_id},
-                                                 t.type.value_or(std::string())))
-                       : std::nullopt;
+            if (!t.controller) return Key();
+            return Key({
+                t.tool,
+                {t.controller, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
+                t.type.value_or("")
+            });
         },
         [](TopologyRow&, const TopologyRow&) {});
     join(inventory.drives, drive_key, merge_drive);

@@ -11,6 +11,8 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "inventory/entities.h"
 #include "inventory/text.h"
@@ -62,10 +64,11 @@ bool as_number(EntityOf<Field>& entity, std::string_view value) {
     return number.has_value();
 }
 
-// The number that it begins with: "31C (87.80 F)", "98 %", "12 deg C".
+// The number that it begins with: "31C (87.80 F)", "98 %", "12 deg C"; words without a number
+// ("Not Supported") say nothing.
 template <auto Field>
 bool as_leading(EntityOf<Field>& entity, std::string_view value) {
-    if (!told(value)) return true;
+    if (value.find_first_of("0123456789") == std::string_view::npos) return true;
     const auto number = leading_real(value);
     if (!number || std::abs(*number) > 1e15) return false;
     if constexpr (std::is_same_v<std::remove_reference_t<decltype(entity.*Field)>, Integer>) {

@@ -7,6 +7,7 @@
 
 #include "inventory/storage/keys.h"
 #include "inventory/storage/storcli_tables.h"
+#include "inventory/storage/tool.h"
 
 namespace qvhost::inventory {
 
@@ -585,6 +586,9 @@ private:
 
 }  // namespace
 
-void read_storcli(CaptureLines& lines, Reading& reading) { Reader(lines, reading).read(); }
+void read_storcli(CaptureLines& lines, Reading& reading) {
+    const NumbersOf numbers(reading, "storcli");
+    Reader(lines, reading).read();
+}
 
 }  // namespace qvhost::inventory
