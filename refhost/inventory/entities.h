@@ -23,6 +23,12 @@ struct Place {
     bool operator==(const Place&) const = default;
 };
 
+// A field that stands on another line than its entity.
+struct FieldPlace {
+    std::string field;  // its name in fields.h
+    Place place;
+};
+
 struct System {
     Place place;
     Text manufacturer, product, serial, uuid, asset_tag;
@@ -84,6 +90,7 @@ struct Controller {
     Text model, serial, firmware;
     Text status;              // as printed
     Integer volumes, drives;  // how many it says it has
+    std::string tool;         // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 struct Battery {  // a BBU, a CacheVault, a supercapacitor
@@ -92,12 +99,14 @@ struct Battery {  // a BBU, a CacheVault, a supercapacitor
     Text model, state;
     Integer charge_percent;
     Real temperature_celsius;
+    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 struct Enclosure {
     Place place;
     Integer controller, number, slots;
     Text state, model, serial;
+    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 struct Volume {  // a virtual drive, a logical device, an md array, a ZFS pool
@@ -110,6 +119,7 @@ struct Volume {  // a virtual drive, a logical device, an md array, a ZFS pool
     Text name, device;
     Text operation;  // what runs on it: "Rebuild", "CC"
     Real progress_percent;
+    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 struct Drive {
@@ -131,6 +141,8 @@ struct Drive {
     Flag smart_alert;
     Real percentage_used, available_spare_percent;
     Integer power_on_hours;
+    std::vector<FieldPlace> elsewhere;  // counters and alerts that stand in the drive's details
+    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 enum class Severity { info, warning, critical };

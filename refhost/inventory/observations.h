@@ -10,8 +10,9 @@ namespace qvhost::inventory {
 struct TopologyRow {
     Place place;
     Integer controller, drive_group, array, row, enclosure, slot, device_id;
-    Text type;   // "RAID5", "DRIVE", "Mirror"
-    Text state;  // as printed
+    Text type;         // "RAID5", "DRIVE", "Mirror"
+    Text state;        // as printed
+    std::string tool;  // whose numbers these are
 };
 
 // A line of lspci.

@@ -49,6 +49,13 @@ struct Reading {
     Understanding how = {};
 
     Place at(std::int64_t line) const { return {capture, line}; }
+
+    template <class Entity>
+    Entity entity_at(std::int64_t line) const {
+        Entity entity;
+        entity.place = at(line);
+        return entity;
+    }
 };
 
 }  // namespace qvhost::inventory

@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <system_error>
 
 namespace qvhost::inventory {
@@ -187,9 +186,19 @@ Text iso_time(int year, int month, int day, int hour, int minute, int second) {
     if (year < kFirstYear || year > 9999 || month < 1 || month > 12 || day < 1 || day > 31 ||
         hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 60)
         return std::nullopt;
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", year, month, day, hour,
-                  minute, second);
+    // A million events have one each: no printf.
+    std::string text = "0000-00-00T00:00:00";
+    const auto put = [&](std::size_t at, int value) {
+        text[at] = static_cast<char>('0' + value / 10);
+        text[at + 1] = static_cast<char>('0' + value % 10);
+    };
+    put(0, year / 100);
+    put(2, year % 100);
+    put(5, month);
+    put(8, day);
+    put(11, hour);
+    put(14, minute);
+    put(17, second);
     return text;
 }
 

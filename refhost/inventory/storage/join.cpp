@@ -1,0 +1,195 @@
+#include "inventory/storage/join.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "inventory/fields.h"
+
+namespace qvhost::inventory {
+
+namespace {
+
+template <class Value>
+bool is_told(const std::optional<Value>& value) {
+    return value.has_value();
+}
+bool is_told(const Texts& value) { return !value.empty(); }
+
+// Fields that are empty take what the other entity tells.
+template <class Entity>
+void fill(Entity& entity, const Entity& other) {
+    for (const auto& field : kind_of<Entity>().fields) {
+        std::visit(
+            [&](auto member) {
+                if (!is_told(entity.*member)) entity.*member = other.*member;
+            },
+            field.member);
+    }
+}
+
+// Two serial numbers are two things, whatever else is alike.
+template <class Entity>
+bool contradict(const Entity& a, const Entity& b) {
+    if constexpr (requires { a.serial; }) {
+        return a.serial && b.serial && *a.serial != *b.serial;
+    }
+    return false;
+}
+
+// Entities of one key become the first of them; those without a key stay as they are.
+template <class Entity, class KeyOf, class Merge>
+void join(std::vector<Entity>& entities, KeyOf key_of, Merge merge) {
+    using Key = typename decltype(key_of(std::declval<Entity>()))::value_type;
+    std::map<Key, std::size_t> known;
+    std::vector<Entity> joined;
+    joined.reserve(entities.size());
+    for (Entity& entity : entities) {
+        const auto key = key_of(entity);
+        if (key) {
+            const auto [at, is_new] = known.emplace(*key, joined.size());
+            if (!is_new && !contradict(joined[at->second], entity)) {
+                merge(joined[at->second], entity);
+                continue;
+            }
+        }
+        joined.push_back(std::move(entity));
+    }
+    entities = std::move(joined);
+}
+
+// The row of a list tells the state; an entity stands there.
+template <class Entity, class State>
+auto merge_by(State state) {
+    return [state](Entity& entity, const Entity& other) {
+        if (!(entity.*state) && other.*state) entity.place = other.place;
+        fill(entity, other);
+    };
+}
+
+// Whose numbers, and which; "" and none where there are none.
+struct Numbered {
+    std::string tool;
+    std::vector<Integer> numbers;
+    std::string name;
+    auto operator<=>(const Numbered&) const = default;
+};
+
+std::optional<Numbered> drive_key(const Drive& drive) {
+    if (drive.controller && drive.slot)
+        return Numbered{
+            drive.tool, {drive.controller, drive.enclosure, drive.slot},
+             ""
+        };
+    if (drive.controller && drive.device_id)
+        return Numbered{
+            drive.tool, {drive.controller, drive.device_id},
+             ""
+        };
+    return std::nullopt;
+}
+
+// A list cuts long models off; the details do not.
+void merge_drive(Drive& drive, const Drive& other) {
+    const bool is_longer = drive.model && other.model && other.model->starts_with(*drive.model);
+    if (is_longer) drive.model = other.model;
+    for (const auto& there : other.elsewhere) {
+        const bool known =
+            std::any_of(drive.elsewhere.begin(), drive.elsewhere.end(),
+                        [&](const FieldPlace& here) { return here.field == there.field; });
+        if (!known) drive.elsewhere.push_back(there);
+    }
+    if (!drive.state && other.state) drive.place = other.place;
+    fill(drive, other);
+}
+
+bool has_details(const Drive& drive) {
+    return std::any_of(drive.elsewhere.begin(), drive.elsewhere.end(),
+                       [](const FieldPlace& at) { return at.field == "media_errors"; });
+}
+
+// "/c0/eall/sall show all" tells every drive in an enclosure. One of a list that it does not tell was
+// cut off.
+std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
+    struct Count {
+        std::int64_t drives = 0, detailed = 0;
+        Place last;
+    };
+    std::map<std::int64_t, Count> controllers;
+    for (const Drive& drive : drives) {
+        if (!drive.controller || !drive.enclosure || !drive.slot) continue;
+        auto& count = controllers[*drive.controller];
+        ++count.drives;
+        if (!has_details(drive)) continue;
+        ++count.detailed;
+        const auto& place = drive.elsewhere.front().place;
+        if (place.capture != count.last.capture || place.line > count.last.line) count.last = place;
+    }
+    std::vector<CaptureGap> gaps;
+    for (const auto& [number, count] : controllers) {
+        if (count.detailed == 0 || count.detailed == count.drives) continue;
+        gaps.push_back({
+            count.last.capture,
+            {count.last.line, std::to_string(count.drives) + " drives of controller " +
+                                  std::to_string(number) + ", details of " +
+                                  std::to_string(count.detailed)}
+        });
+    }
+    return gaps;
+}
+
+}  // namespace
+
+std::vector<CaptureGap> join_storage(Inventory& inventory) {
+    using Key = std::optional<Numbered>;
+    join(
+        inventory.controllers,
+        [](const Controller& c) {
+            return c.number ? Key({c.tool, {c.number}, ""}) : Key();
+        },
+        merge_by<Controller>(&Controller::status));
+    join(
+        inventory.volumes,
+        [](const Volume& v) {
+            return v.controller && v.number ? Key({
+                                                  v.tool, {v.controller, v.number},
+                                                   ""
+            })
+                                            : Key();
+        },
+        merge_by<Volume>(&Volume::state));
+    join(
+        inventory.enclosures,
+        [](const Enclosure& e) {
+            return e.controller && e.number ? Key({
+                                                  e.tool, {e.controller, e.number},
+                                                   ""
+            })
+                                            : Key();
+        },
+        merge_by<Enclosure>(&Enclosure::state));
+    join(
+        inventory.batteries,
+        [](const Battery& b) {
+            return b.controller ? Key({b.tool, {b.controller}, b.model.value_or("")}) : Key();
+        },
+        merge_by<Battery>(&Battery::state));
+    join(
+        inventory.topology,
+        [](const TopologyRow& t) {
+            if (!t.controller) return Key();
+            return Key({
+                t.tool,
+                {t.controller, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
+                t.type.value_or("")
+            });
+        },
+        [](TopologyRow&, const TopologyRow&) {});
+    join(inventory.drives, drive_key, merge_drive);
+    return missing_details(inventory.drives);
+}
+
+}  // namespace qvhost::inventory
