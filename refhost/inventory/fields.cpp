@@ -13,7 +13,7 @@ constexpr auto kSystem = std::to_array<Field<System>>({
     {"serial",       &System::serial,       "", "the system's serial number",              "dmidecode", Secret::serial},
     {"uuid",         &System::uuid,         "", "the system's UUID",                       "dmidecode", Secret::serial},
     {"asset_tag",    &System::asset_tag,    "", "the chassis' asset tag",                  "dmidecode", Secret::serial},
-    {"firmware",     &System::firmware,     "", "the BIOS or UEFI: vendor, version, date", "dmidecode"},
+    {"firmware",     &System::firmware,     "", "the version of its BIOS or UEFI", "dmidecode"},
     {"is_virtual",   &System::is_virtual,   "", "whether it is a virtual machine",         "dmidecode"},
 });
 

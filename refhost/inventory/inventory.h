@@ -28,6 +28,18 @@ struct Inventory {
     std::vector<SelLog> sel_logs;
     std::vector<IpmiDevice> ipmi_devices;
     std::vector<ClockReading> clocks;
+    std::vector<HostFacts> host_facts;
+    std::vector<ChassisState> chassis_states;
+    std::vector<Led> leds;
+    std::vector<ComponentVersion> component_versions;
+    std::vector<PowerReading> power_readings;
+
+    // What other tools say of the same things. join_bmc() and join_machine() move these into the
+    // entities above.
+    std::vector<Sensor> sdr_sensors;                   // ipmitool sdr
+    std::vector<Sensor> ipmiutil_sensors;              // ipmiutil sensor
+    std::vector<PowerSupply> firmware_power_supplies;  // dmidecode's type 39
+    std::vector<Processor> kernel_processors;          // /proc/cpuinfo
 };
 
 }  // namespace qvhost::inventory

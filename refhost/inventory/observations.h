@@ -2,6 +2,8 @@
 // show these.
 #pragma once
 
+#include <string>
+
 #include "inventory/entities.h"
 
 namespace qvhost::inventory {
@@ -42,6 +44,41 @@ struct SelLog {
 struct IpmiDevice {
     Place place;
     Text interface_type;
+};
+
+// What the operating system says of itself.
+struct HostFacts {
+    Place place;
+    Text host, machine_id, os, kernel;
+    Integer uptime_seconds;
+    Text cmdline;  // of the kernel
+};
+
+// The BMC's own words on the chassis: "Power Overload", "false".
+struct ChassisState {
+    Place place;
+    std::string name;
+    Text state;
+};
+
+// A lamp that the BMC drives.
+struct Led {
+    Place place;
+    std::string name;
+    Text state;  // "amber, on"
+};
+
+// A version that a BMC's maker lists: of firmware, boot blocks, FPGAs.
+struct ComponentVersion {
+    Place place;
+    std::string name;
+    Text version;
+};
+
+// What the server draws, as the BMC measures it.
+struct PowerReading {
+    Place place;
+    Real watts;
 };
 
 // What a source's clock said at a time that the same capture names beside it.

@@ -27,7 +27,8 @@ bool is_one_of(std::string_view text, std::span<const std::string_view> words) {
 // With these words tools say that there is nothing.
 constexpr auto kNothing = std::to_array<std::string_view>(
     {"-", "--", "n/a", "na", "none", "(none)", "unknown", "<unknown>", "not available",
-     "not specified", "not present", "not applicable", "unspecified", "undefined"});
+     "not specified", "not present", "not applicable", "unspecified", "undefined", "not provided",
+     "not installed", "<out of spec>"});
 
 // These stand where a maker should have filled something in.
 constexpr auto kPlaceholders =
@@ -51,7 +52,28 @@ constexpr auto kPlaceholders =
                                      "no dimm",
                                      "03000200-0400-0500-0006-000700080009",
                                      "00:00:00:00:00:00",
-                                     "not settable"});
+                                     "not settable",
+                                     "to be filled by o.e.m",
+                                     "o.e.m",
+                                     "system manufacturer",
+                                     "system product name",
+                                     "system name",
+                                     "product name",
+                                     "base board",
+                                     "unknown serial",
+                                     "not set",
+                                     "n.a.",
+                                     "no serial",
+                                     "0123456789",
+                                     "123456789",
+                                     "1234567890",
+                                     "0123456789abcdef",
+                                     "12345678-1234-5678-90ab-cddeefaabbcc",
+                                     "sernum0",
+                                     "assettagnum0",
+                                     "partnum0",
+                                     "manufacturer0",
+                                     "<bad index>"});
 
 // "0000000000", "00000000-0000-...", "FFFFFFFF", "..........", "**********": one character over and over.
 bool is_one_character(std::string_view text) {
