@@ -16,7 +16,7 @@
 #include "qvhost/collect/collect.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/query.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/show.h"
 #include "qvhost/present/tables.h"
 #include "qvhost/replay/replay.h"
 #include "show/visible.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 

@@ -5,10 +5,10 @@
 #include <ostream>
 #include <string_view>
 
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
 #include "store/store.h"
 
 namespace qvhost {

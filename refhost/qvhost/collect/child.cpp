@@ -19,10 +19,10 @@
 
 #include "journal/journal.h"
 #include "logger/control.h"
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
-#include "qvhost/collect/processes.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
+#include "qvhost/base/processes.h"
 #include "qvhost/collect/selection.h"
 #include "repository/sink.h"
 

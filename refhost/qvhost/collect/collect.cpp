@@ -9,16 +9,17 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "qvhost/collect/ambient.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/processes.h"
+#include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
-#include "qvhost/collect/fill.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/processes.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
-#include "qvhost/collect/trust.h"
-#include "qvhost/complete/complete_report.h"
-#include "qvhost/complete/summary.h"
+#include "qvhost/finish/earlier_report.h"
+#include "qvhost/finish/finish_report.h"
+#include "qvhost/finish/journal_importer.h"
+#include "qvhost/finish/summary.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -109,7 +110,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("seconds", seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
         remove_if_empty(dir.console());
-        complete_report(store, dir, stage.program.parent_path() / "qv_tools", started);
+        finish_report(store, dir, stage.program.parent_path() / "qv_tools", started);
     }
     fs::remove(dir.journal());
     fs::remove(dir.commands());

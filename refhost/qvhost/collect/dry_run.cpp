@@ -4,9 +4,9 @@
 
 #include <iostream>
 
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
 #include "qvhost/collect/selection.h"
 #include "show/terminal.h"
 #include "show/text_table.h"

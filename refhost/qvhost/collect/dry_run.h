@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 

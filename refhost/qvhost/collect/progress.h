@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/collect/fill.h"
+#include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 

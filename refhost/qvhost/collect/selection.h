@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/cli/options.h"
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/options.h"
+#include "qvhost/base/plugin.h"
 
 namespace qvhost {
 

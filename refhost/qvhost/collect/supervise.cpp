@@ -18,8 +18,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "qvhost/base/processes.h"
 #include "qvhost/collect/child.h"
-#include "qvhost/collect/processes.h"
 
 namespace qvhost {
 

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "qvhost/cli/options.h"
-#include "qvhost/collect/fill.h"
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/options.h"
 #include "qvhost/collect/progress.h"
+#include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 

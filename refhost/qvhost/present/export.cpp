@@ -13,7 +13,7 @@
 
 #include "page/write_page.h"
 #include "qvhost/present/export_csv.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/open_report.h"
 #include "report/report_json.h"
 #include "show/headers.h"
 #include "store/names.h"

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "qvhost/present/open_report.h"
 #include "qvhost/present/query_rows.h"
-#include "qvhost/present/report.h"
 #include "show/terminal.h"
 
 namespace qvhost {

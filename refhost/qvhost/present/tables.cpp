@@ -4,8 +4,8 @@
 
 #include <iostream>
 
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/plugin.h"
 #include "repository/sink.h"
 #include "show/terminal.h"
 #include "show/text_table.h"

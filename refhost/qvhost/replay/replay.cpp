@@ -5,9 +5,9 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "qvhost/collect/ambient.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
 #include "qvhost/collect/collect.h"
-#include "qvhost/collect/log_dir.h"
 #include "qvhost/replay/machine.h"
 #include "qvhost/replay/stand_ins.h"
 

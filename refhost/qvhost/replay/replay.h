@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 

@@ -48,11 +48,11 @@ std::string why_not_ours(const LogDir& dir);
 // it cannot be a log directory, or if it is there and not the user's alone.
 std::filesystem::path checked_log_dir(const std::filesystem::path& path);
 
+// Makes the directory (mode 0700) where there is none; its parent must be there. Throws
+// std::runtime_error.
+void make_private_directory(const std::filesystem::path& path);
+
 // Makes it (mode 0700) where there is none.
 std::filesystem::path make_log_dir(const std::filesystem::path& path);
-
-// Makes room for a new report. An earlier one moves aside, with its log, and what was found is told
-// for people; empty: nothing was there. The lock must be held.
-std::string make_room_for_report(const LogDir& dir);
 
 }  // namespace qvhost

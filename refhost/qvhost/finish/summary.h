@@ -2,7 +2,7 @@
 
 #include <iosfwd>
 
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 #include "show/terminal.h"
 #include "store/store.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 #include "store/store.h"
 
 namespace qvhost {

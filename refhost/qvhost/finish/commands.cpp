@@ -1,4 +1,4 @@
-#include "qvhost/complete/commands.h"
+#include "qvhost/finish/commands.h"
 
 #include <sys/wait.h>
 

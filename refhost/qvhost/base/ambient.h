@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "qvhost/collect/limits.h"
+#include "qvhost/base/limits.h"
 
 namespace qvhost {
 

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -12,7 +12,7 @@ namespace qvhost {
 // tables are empty or partial), and writes the views that people and programs read: report.json and
 // the page. `tools` is the directory of the vendors' tools; captures that are older than `started` are
 // those of an earlier collection.
-void complete_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
-                     std::filesystem::file_time_type started);
+void finish_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
+                   std::filesystem::file_time_type started);
 
 }  // namespace qvhost

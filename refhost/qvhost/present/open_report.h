@@ -3,7 +3,6 @@
 
 #include <filesystem>
 
-#include "qvhost/cli/options.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -16,9 +15,5 @@ struct Report {
 // Opens it for reading; that it is incomplete is told on standard error. A directory whose
 // collection was killed gets its store completed first, if nobody is at it.
 Report open_report(const std::filesystem::path& report);
-
-// Shows tables of a report on standard output; without names all that have records, and the empty
-// ones with their reasons.
-void show_report(const ShowOptions& options);
 
 }  // namespace qvhost

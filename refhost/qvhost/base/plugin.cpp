@@ -1,4 +1,4 @@
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/plugin.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "qvhost/collect/ambient.h"
+#include "qvhost/base/ambient.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-#include "qvhost/collect/trust.h"
+#include "qvhost/base/trust.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,40 +1,20 @@
-#include "qvhost/present/report.h"
+#include "qvhost/present/show.h"
 
 #include <unistd.h>
 
-#include <iostream>
 #include <ostream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/complete/recover.h"
+#include "qvhost/present/open_report.h"
 #include "qvhost/present/pager.h"
 #include "show/show_table.h"
 #include "show/terminal.h"
-#include "show/visible.h"
 
 namespace qvhost {
 
-namespace fs = std::filesystem;
-
 namespace {
-
-fs::path store_of(const fs::path& report) {
-    if (!fs::is_directory(report)) return report;
-    const LogDir dir(report);
-    if (fs::exists(dir.journal()) && !DirLock::is_held(report)) {
-        if (const auto reason = why_not_ours(dir); !reason.empty())
-            throw std::runtime_error(report.string() +
-                                     ": a collection was broken off here, and its report cannot be "
-                                     "completed: " +
-                                     reason);
-        const DirLock lock(report);
-        std::cerr << "qvhost: found " << one_line(recover(dir)) << '\n';
-    }
-    return dir.store();
-}
 
 using Shown = std::pair<const ModuleInfo*, const TableInfo*>;
 
@@ -60,15 +40,6 @@ Shown find_table(const std::vector<ModuleInfo>& modules, const std::string& name
 }
 
 }  // namespace
-
-Report open_report(const fs::path& report) {
-    const auto file = store_of(report);
-    Report opened{file, Store(file, Store::Mode::read)};
-    const auto status = opened.store.meta("status");
-    if (status.starts_with("incomplete"))
-        std::cerr << "qvhost: this collection is " << one_line(status) << '\n';
-    return opened;
-}
 
 void show_report(const ShowOptions& options) {
     const auto report = open_report(options.report);

@@ -1,4 +1,4 @@
-#include "qvhost/collect/processes.h"
+#include "qvhost/base/processes.h"
 
 #include <dirent.h>
 #include <fcntl.h>

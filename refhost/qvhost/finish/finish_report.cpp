@@ -1,9 +1,9 @@
-#include "qvhost/complete/complete_report.h"
+#include "qvhost/finish/finish_report.h"
 
 #include "page/write_page.h"
-#include "qvhost/complete/commands.h"
-#include "qvhost/complete/facts.h"
-#include "qvhost/complete/reasons.h"
+#include "qvhost/finish/commands.h"
+#include "qvhost/finish/facts.h"
+#include "qvhost/finish/reasons.h"
 #include "report/report_json.h"
 
 namespace qvhost {
@@ -23,8 +23,8 @@ void explain(Store& store, const Evidence& evidence) {
 
 }  // namespace
 
-void complete_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
-                     std::filesystem::file_time_type started) {
+void finish_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
+                   std::filesystem::file_time_type started) {
     const auto commands = read_commands(dir.commands());
     store.set_commands(commands);
     store.set_facts(machine_facts(store, dir));

@@ -1,4 +1,4 @@
-#include "qvhost/collect/limits.h"
+#include "qvhost/base/limits.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "qvhost/complete/summary.h"
+#include "qvhost/finish/summary.h"
 
 #include <ostream>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 
 namespace qvhost {
 

@@ -1,12 +1,12 @@
-#include "qvhost/complete/recover.h"
+#include "qvhost/finish/recover.h"
 
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/fill.h"
-#include "qvhost/complete/complete_report.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/finish/finish_report.h"
+#include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 
@@ -67,8 +67,8 @@ std::string recover(const LogDir& dir) {
         if (damaged) found += "; " + damage;
         filler.explain_unreached();
         store.set_meta("status", "incomplete: " + found);
-        complete_report(store, dir, program_file().parent_path() / "qv_tools",
-                        std::filesystem::file_time_type::min());
+        finish_report(store, dir, program_file().parent_path() / "qv_tools",
+                      std::filesystem::file_time_type::min());
     }
     fs::remove(dir.commands());
     if (damaged) {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 #include "store/store.h"
 
 namespace qvhost {

@@ -1,4 +1,4 @@
-#include "qvhost/collect/fill.h"
+#include "qvhost/finish/journal_importer.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "qvhost/collect/log_dir.h"
+#include "qvhost/base/log_dir.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -10,9 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "qvhost/collect/trust.h"
-#include "qvhost/complete/recover.h"
-#include "store/store.h"
+#include "qvhost/base/trust.h"
 
 namespace qvhost {
 
@@ -28,34 +26,16 @@ int open_directory(const fs::path& directory) {
     return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-void make_private_directory(const fs::path& path) {
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        fail(path, std::string("cannot make the directory: ") + std::strerror(errno));
-    // mkdir() has taken the umask from it, which may hide the directory from its owner.
-    if (errno != EEXIST) ::chmod(path.c_str(), 0700);
-}
-
-std::string when_it_started(const LogDir& dir) {
-    try {
-        return Store(dir.store(), Store::Mode::read).meta("started");
-    } catch (const std::runtime_error&) {
-        return "";
-    }
-}
-
-fs::path free_name(const LogDir& dir, const std::string& started) {
-    std::string stamp;
-    for (const char c : started) {
-        if (c != '-' && c != ':') stamp += c;
-    }
-    const auto base = dir.path() / ("report-" + (stamp.empty() ? "unfinished" : stamp));
-    auto name = base;
-    for (int i = 2; fs::exists(fs::symlink_status(name)); ++i)
-        name = base.string() + "-" + std::to_string(i);
-    return name;
-}
-
 }  // namespace
+
+void make_private_directory(const fs::path& path) {
+    if (::mkdir(path.c_str(), 0700) == 0) {
+        // mkdir() has taken the umask from it, which may hide the directory from its owner.
+        ::chmod(path.c_str(), 0700);
+    } else if (errno != EEXIST) {
+        fail(path, std::string("cannot make the directory: ") + std::strerror(errno));
+    }
+}
 
 DirLock::DirLock(const fs::path& directory) : fd_(open_directory(directory)) {
     if (fd_ < 0) fail(directory, std::strerror(errno));
@@ -98,27 +78,8 @@ fs::path make_log_dir(const fs::path& path) {
     std::error_code error;
     fs::create_directories(whole.parent_path(), error);
     if (error) fail(whole.parent_path(), error.message());
-    errno = 0;
     make_private_directory(whole);
     return checked_log_dir(whole);  // now that it is there
-}
-
-std::string make_room_for_report(const LogDir& dir) {
-    std::string found;
-    if (fs::exists(fs::symlink_status(dir.report()))) {
-        const auto recovered = recover(dir);
-        const auto started = when_it_started(dir);
-        const auto aside = free_name(dir, started);
-        std::error_code ignored;
-        fs::rename(dir.log(), dir.report() / dir.log().filename(), ignored);
-        fs::rename(dir.report(), aside);
-        found = (recovered.empty() ? "an earlier report" + (started.empty() ? "" : " of " + started)
-                                   : recovered) +
-                "; it is now in " + aside.string();
-    }
-    errno = 0;
-    make_private_directory(dir.report());
-    return found;
 }
 
 }  // namespace qvhost

@@ -1,4 +1,4 @@
-#include "qvhost/complete/reasons.h"
+#include "qvhost/finish/reasons.h"
 
 #include <algorithm>
 #include <charconv>

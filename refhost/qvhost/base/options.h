@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/collect/limits.h"
+#include "qvhost/base/limits.h"
 
 namespace qvhost {
 

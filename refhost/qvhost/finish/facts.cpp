@@ -1,4 +1,4 @@
-#include "qvhost/complete/facts.h"
+#include "qvhost/finish/facts.h"
 
 #include <algorithm>
 #include <charconv>
