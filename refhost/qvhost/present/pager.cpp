@@ -107,7 +107,7 @@ bool print_through(const std::string& command, const std::function<void(std::ost
 
 }  // namespace
 
-void page(bool wanted, const std::function<void(std::ostream&)>& print) {
+void print_paged(bool wanted, const std::function<void(std::ostream&)>& print) {
     const auto command = wanted && ::isatty(STDOUT_FILENO) == 1 ? pager_command() : "";
     if (command.empty() || !print_through(command, print)) print(std::cout);
 }

@@ -53,7 +53,7 @@ void show_report(const ShowOptions& options) {
     if (options.tables.empty()) chosen = all_tables(modules);
 
     const auto style = terminal_style(STDOUT_FILENO);
-    page(!options.no_pager, [&](std::ostream& out) {
+    print_paged(!options.no_pager, [&](std::ostream& out) {
         const char* separator = "";
         for (const auto& [module, table] : chosen) {
             out << separator;
