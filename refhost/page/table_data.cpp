@@ -7,8 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "files/new_file.h"
 #include "page/data_file.h"
-#include "page/new_file.h"
 #include "report/json_text.h"
 
 namespace qvhost::page {

@@ -10,10 +10,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "files/new_file.h"
 #include "page/assets.h"
 #include "page/captures.h"
 #include "page/data_file.h"
-#include "page/new_file.h"
 #include "page/table_data.h"
 #include "report/json_text.h"
 

@@ -1,11 +1,11 @@
 // Opening and closing a store.
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
+#include "files/new_file.h"
 #include "store/impl.h"
 #include "store/schema.h"
 #include "store/typed_table.h"
@@ -25,16 +25,9 @@ int open_flags(Store::Mode mode) {
     return access | SQLite::OPEN_NOMUTEX;
 }
 
-void create_private(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) throw std::runtime_error(path + ": cannot create it: " + std::strerror(errno));
-    ::close(fd);
-}
-
 void check_readable(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw std::runtime_error(path + ": " + std::strerror(errno));
-    ::close(fd);
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file) throw std::runtime_error(path + ": " + std::strerror(errno));
 }
 
 }  // namespace

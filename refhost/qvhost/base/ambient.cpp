@@ -40,9 +40,9 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
         ::unsetenv(variable);
     ::setenv("LC_ALL", "C.UTF-8", 1);
 
-    set_number("QV_TOOL_TIMEOUT", limits.tool);
-    set_number("QV_ARCHIVE_TIMEOUT", limits.archive);
-    set_number("QV_SILENCE_TIMEOUT", limits.silence);
+    set_number("QV_TOOL_TIMEOUT", limits.tool_seconds);
+    set_number("QV_ARCHIVE_TIMEOUT", limits.archive_seconds);
+    set_number("QV_SILENCE_TIMEOUT", limits.silence_seconds);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
 }
 

@@ -1,17 +1,13 @@
 #include "qvhost/base/limits.h"
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace qvhost {
 
 namespace {
-
-constexpr unsigned kTool = 300;
-constexpr unsigned kSilence = 120;
-constexpr unsigned kArchives = 6;  // how many times a tool's time packing whole logs may take
-constexpr unsigned kModule = 3600;
-constexpr unsigned kRun = 7200;
 
 void expect_no_less(const char* outer_name, unsigned outer, const char* inner_name,
                     unsigned inner) {
@@ -22,36 +18,47 @@ void expect_no_less(const char* outer_name, unsigned outer, const char* inner_na
 
 }  // namespace
 
-Limits limits_for(const AskedLimits& asked) {
-    if (asked.run && asked.module)
-        expect_no_less("--run-timeout", *asked.run, "--module-timeout", *asked.module);
-    if (asked.run && asked.tool)
-        expect_no_less("--run-timeout", *asked.run, "--tool-timeout", *asked.tool);
-    if (asked.module && asked.tool)
-        expect_no_less("--module-timeout", *asked.module, "--tool-timeout", *asked.tool);
-    if (asked.tool && asked.silence)
-        expect_no_less("--tool-timeout", *asked.tool, "--silence-timeout", *asked.silence);
+Limits limits_for(const CollectOptions& asked) {
+    const struct {
+        const char* name;
+        std::optional<unsigned> seconds;
+    } run{"--run-timeout", asked.run_seconds}, module{"--module-timeout", asked.module_seconds},
+        tool{"--tool-timeout", asked.tool_seconds},
+        silence{"--silence-timeout", asked.silence_seconds};
+    for (const auto& [outer, inner] : {
+             std::pair{run,    module },
+             {run,    tool   },
+             {module, tool   },
+             {tool,   silence}
+    }) {
+        if (outer.seconds && inner.seconds)
+            expect_no_less(outer.name, *outer.seconds, inner.name, *inner.seconds);
+    }
 
-    // What was asked for stands; what was not fits around it.
     Limits limits;
-    const unsigned most =
-        std::min(asked.run.value_or(kMostSeconds), asked.module.value_or(kMostSeconds));
-    limits.tool = asked.tool.value_or(std::min(std::max(kTool, asked.silence.value_or(0)), most));
-    limits.silence = asked.silence.value_or(std::min(kSilence, limits.tool));
-    limits.archive = std::min(limits.tool * kArchives, most);
-    limits.module = asked.module.value_or(
-        std::min(std::max(kModule, limits.archive), asked.run.value_or(kMostSeconds)));
-    limits.run = asked.run.value_or(std::max(kRun, limits.module));
+    const auto usual = kUsualLimits;
+    const unsigned most = std::min(asked.run_seconds.value_or(kMostSeconds),
+                                   asked.module_seconds.value_or(kMostSeconds));
+    limits.tool_seconds = asked.tool_seconds.value_or(
+        std::min(std::max(usual.tool_seconds, asked.silence_seconds.value_or(0)), most));
+    limits.silence_seconds =
+        asked.silence_seconds.value_or(std::min(usual.silence_seconds, limits.tool_seconds));
+    limits.archive_seconds = std::min(limits.tool_seconds * kArchiveTimes, most);
+    limits.module_seconds = asked.module_seconds.value_or(
+        std::min(std::max(usual.module_seconds, limits.archive_seconds),
+                 asked.run_seconds.value_or(kMostSeconds)));
+    limits.run_seconds =
+        asked.run_seconds.value_or(std::max(usual.run_seconds, limits.module_seconds));
     return limits;
 }
 
 std::string text_of(const Limits& limits) {
-    const auto seconds = [](const char* name, unsigned value) {
-        return std::string(name) + " " + std::to_string(value) + " s";
+    const auto part = [](const char* name, unsigned seconds) {
+        return std::string(name) + " " + std::to_string(seconds) + " s";
     };
-    return seconds("run", limits.run) + ", " + seconds("module", limits.module) + ", " +
-           seconds("archive", limits.archive) + ", " + seconds("tool", limits.tool) + ", " +
-           seconds("silence", limits.silence);
+    return part("run", limits.run_seconds) + ", " + part("module", limits.module_seconds) + ", " +
+           part("archive", limits.archive_seconds) + ", " + part("tool", limits.tool_seconds) +
+           ", " + part("silence", limits.silence_seconds);
 }
 
 }  // namespace qvhost

@@ -1,33 +1,38 @@
-// The limits of a collection: whole run >= module >= archive >= command, and silence within a command.
+// The limits of a collection: whole run >= module >= archive >= tool, and silence within a tool.
 #pragma once
 
-#include <optional>
 #include <string>
+
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 
-// Seconds; what the user did not set is derived from what he did.
-struct AskedLimits {
-    std::optional<unsigned> run;
-    std::optional<unsigned> module;
-    std::optional<unsigned> tool;
-    std::optional<unsigned> silence;
-};
-
 struct Limits {
-    unsigned run = 0;
-    unsigned module = 0;
-    unsigned archive = 0;  // a tool that packs the logs of a whole system
-    unsigned tool = 0;
-    unsigned silence = 0;  // of a tool that neither prints nor writes
+    unsigned run_seconds = 0;
+    unsigned module_seconds = 0;
+    unsigned archive_seconds = 0;  // a tool that packs the logs of a whole system
+    unsigned tool_seconds = 0;
+    unsigned silence_seconds = 0;  // of a tool that neither prints nor writes
     bool operator==(const Limits&) const = default;
 };
 
-inline constexpr unsigned kMostSeconds = 86400;
+// How many times a tool's time a tool may take that packs the logs of a whole system.
+inline constexpr unsigned kArchiveTimes = 6;
 
-// Limits that do not contradict each other. Throws std::invalid_argument, with both limits named, if
-// those that were asked for do.
-Limits limits_for(const AskedLimits& asked);
+// What they are unless the user says otherwise.
+inline constexpr Limits kUsualLimits{
+    .run_seconds = 7200,
+    .module_seconds = 3600,
+    .archive_seconds = kArchiveTimes * 300,
+    .tool_seconds = 300,
+    .silence_seconds = 120,
+};
+
+inline constexpr unsigned kMostSeconds = 86400;  // of each that the user may set
+
+// Limits that do not contradict each other: what was asked for stands, what was not fits around it.
+// Throws std::invalid_argument, with both limits named, if those that were asked for do.
+Limits limits_for(const CollectOptions& asked);
 
 // "tool 300 s, silence 120 s, ..." for people.
 std::string text_of(const Limits& limits);

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -22,8 +21,8 @@ namespace {
     throw std::runtime_error(path.string() + ": " + reason);
 }
 
-int open_directory(const fs::path& directory) {
-    return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+Descriptor open_directory(const fs::path& directory) {
+    return Descriptor(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 }  // namespace
@@ -37,22 +36,15 @@ void make_private_directory(const fs::path& path) {
     }
 }
 
-DirLock::DirLock(const fs::path& directory) : fd_(open_directory(directory)) {
-    if (fd_ < 0) fail(directory, std::strerror(errno));
-    if (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
-        ::close(fd_);
+DirLock::DirLock(const fs::path& directory) : directory_(open_directory(directory)) {
+    if (!directory_) fail(directory, std::strerror(errno));
+    if (::flock(directory_.get(), LOCK_EX | LOCK_NB) != 0)
         fail(directory, "another collection is running in this directory");
-    }
 }
 
-DirLock::~DirLock() { ::close(fd_); }
-
 bool DirLock::is_held(const fs::path& directory) {
-    const int fd = open_directory(directory);
-    if (fd < 0) return false;
-    const bool held = ::flock(fd, LOCK_SH | LOCK_NB) != 0;
-    ::close(fd);
-    return held;
+    const auto opened = open_directory(directory);
+    return opened && ::flock(opened.get(), LOCK_SH | LOCK_NB) != 0;
 }
 
 std::string why_not_ours(const LogDir& dir) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "files/descriptor.h"
+
 namespace qvhost {
 
 // The files of a collection in it.
@@ -30,15 +32,12 @@ class DirLock {
 public:
     // Throws std::runtime_error if another process holds it.
     explicit DirLock(const std::filesystem::path& directory);
-    ~DirLock();
-    DirLock(const DirLock&) = delete;
-    DirLock& operator=(const DirLock&) = delete;
 
     // Whether another process holds the directory now.
     static bool is_held(const std::filesystem::path& directory);
 
 private:
-    int fd_;
+    Descriptor directory_;
 };
 
 // Why nothing may be written there, by root least of all; empty: it is the user's alone, or not there.

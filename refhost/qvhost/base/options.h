@@ -1,31 +1,33 @@
+// What the user asked for, command by command.
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "qvhost/base/limits.h"
-
 namespace qvhost {
 
-// What the user asked of `collect` and `replay`.
+inline constexpr unsigned kUsualLogLevel = 3;
+
+// What `collect` and `replay` are asked to do. Each member has its row in collect_options.cpp.
 struct CollectOptions {
     std::filesystem::path log_dir;
-    unsigned log_level = 3;
+    unsigned log_level = kUsualLogLevel;
     std::vector<std::string> modules;  // none: all
     std::vector<std::string> tables;   // none: all
-    AskedLimits limits;
+    // Limits; those that are not set are derived from those that are (limits.h).
+    std::optional<unsigned> tool_seconds;
+    std::optional<unsigned> silence_seconds;
+    std::optional<unsigned> module_seconds;
+    std::optional<unsigned> run_seconds;
+    std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
     std::filesystem::path plugin;   // empty: the one that was installed with the program
-    std::vector<std::string> also;  // operations that no module calls: "pmc", "fru0", "bios"
+    bool dry_run = false;           // tell what would be done, and do nothing
     bool quiet = false;
-    bool dry_run = false;  // tell what would be done, and do nothing
-};
+    std::string search_path;  // PATH of the tools; empty: the user's own and the system's
 
-// The program whose directory the plug-in takes for its own, and what its tools find around them.
-struct Stage {
-    std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
-    std::string search_path;        // PATH; empty: the user's own and the system's
-    bool kill_leftovers = false;    // whether tools still running at the end are killed
+    bool operator==(const CollectOptions&) const = default;
 };
 
 // What the user asked of `show`.

@@ -10,6 +10,22 @@
 
 namespace qvhost {
 
+// What the plug-in exports and none of its modules calls; the user asks for it with --also NAME.
+struct Operation {
+    const char* name;
+    const char* meaning;
+    const char* symbol;
+    bool takes_repository;
+};
+
+// clang-format off
+inline constexpr Operation kOperations[] = {
+    {"pmc",  "Adaptec controller", "_ZN6marlox10repository8pmc_infoERNS0_11RRepositoryE",      true },
+    {"fru0", "first FRU device",   "_ZN6marlox10repository12fru_info_amdERNS0_11RRepositoryE", true },
+    {"bios", "BIOS settings",      "_ZN6marlox10repository17get_bios_settingsEv",              false},
+};
+// clang-format on
+
 using Modules = std::vector<boost::shared_ptr<marlox::repository::RModule>>;
 
 class Plugin {

@@ -13,19 +13,21 @@
 
 namespace qvhost {
 
-// What the user asked for.
-struct Asked {
+// What a command line says, once it is parsed.
+struct ParsedArguments {
     CollectOptions collect;
     std::filesystem::path machine;
     ShowOptions show;
     QueryOptions query;
     ExportOptions exporting;
-    Stage stage;  // of the collecting child
-    int lifeline = -1;
+    struct {
+        int settings = -1;
+        int lifeline = -1;
+    } child;  // descriptors of the collecting child (collect/child.h)
 };
 
-// `asked` gets what is parsed; it outlives the result.
-std::unique_ptr<CLI::App> command_line(Asked& asked);
+// `parsed` gets what is parsed; it outlives the result.
+std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed);
 
 struct Example {
     const char* command;
@@ -45,6 +47,9 @@ const CommandText& text_of(const CLI::App& command);
 std::vector<const CLI::App*> commands_of(const CLI::App& app);
 std::vector<const CLI::Option*> options_of(const CLI::App& command);
 std::vector<const CLI::Option*> arguments_of(const CLI::App& command);
+
+// An option, not an argument, that must be given.
+bool is_required_option(const CLI::Option& option);
 
 // "REPORT SQL": the arguments as a usage line has them.
 std::string usage_of(const CLI::App& command);

@@ -41,6 +41,7 @@ std::string term_of(const CLI::Option& option) {
 
 std::string description_of(const CLI::Option& option) {
     auto text = option.get_description();
+    if (is_required_option(option)) text += " (required)";
     if (!option.get_default_str().empty()) text += " [" + option.get_default_str() + "]";
     return text;
 }

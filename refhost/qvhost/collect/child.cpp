@@ -17,9 +17,12 @@
 #include <thread>
 #include <utility>
 
+#include "files/new_file.h"
 #include "journal/journal.h"
 #include "logger/control.h"
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/base/processes.h"
@@ -55,20 +58,21 @@ private:
     std::string failure_;
 };
 
-int opened(const std::string& path, int flags) {
-    const int fd = ::open(path.c_str(), flags | O_CLOEXEC, 0600);
-    if (fd < 0) throw std::system_error(errno, std::generic_category(), path);
-    return fd;
-}
-
 // What tools say on the terminal instead of into their captures goes into a file.
 void redirect_standard_streams(const LogDir& dir) {
-    const int nothing = opened("/dev/null", O_RDONLY);
-    const int console =
-        opened(dir.console().string(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW);
-    ::dup2(nothing, STDIN_FILENO);
-    ::dup2(console, STDOUT_FILENO);
-    ::dup2(console, STDERR_FILENO);
+    const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (!nothing) throw std::system_error(errno, std::generic_category(), "/dev/null");
+    std::filesystem::remove(dir.console());
+    const auto console = create_private(dir.console(), O_WRONLY | O_APPEND);
+    ::dup2(nothing.get(), STDIN_FILENO);
+    ::dup2(console.get(), STDOUT_FILENO);
+    ::dup2(console.get(), STDERR_FILENO);
+}
+
+// What the parent has written for this process.
+std::string read_settings(const Descriptor& file) {
+    constexpr std::size_t kMostBytes = 16 << 20;  // more than a command line can hold
+    return read_bytes(file.get(), kMostBytes);
 }
 
 sem_t held;
@@ -91,6 +95,7 @@ void hold_thread(pthread_t thread) {
 }
 
 void end_with_parent(int lifeline) {
+    ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
     ::sem_init(&held, 0, 0);
     struct sigaction action = {};
     action.sa_handler = hold;
@@ -129,19 +134,6 @@ void collect_table(RModule& module, const std::string& table, RRepository& repos
     journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
 }
 
-// Operations that the plug-in exports and none of its modules calls.
-struct Operation {
-    const char* name;
-    const char* symbol;
-    bool takes_repository;
-};
-
-constexpr Operation kOperations[] = {
-    {"pmc",  "_ZN6marlox10repository8pmc_infoERNS0_11RRepositoryE",      true },
-    {"fru0", "_ZN6marlox10repository12fru_info_amdERNS0_11RRepositoryE", true },
-    {"bios", "_ZN6marlox10repository17get_bios_settingsEv",              false},
-};
-
 void call_also(const Plugin& plugin, const std::string& name, RRepository& repository) {
     for (const auto& operation : kOperations) {
         if (name != operation.name) continue;
@@ -159,8 +151,8 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
 // Why the collection is not what was asked for; empty: it is.
 std::string collect(const CollectOptions& options, JournalWriter& journal) {
     using Clock = std::chrono::steady_clock;
-    const auto limits = limits_for(options.limits);
-    const auto end = Clock::now() + std::chrono::seconds(limits.run);
+    const auto limits = limits_for(options);
+    const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
     const Plugin plugin(options.plugin);
     const auto chosen = choose(plugin, options);
     JournalSink sink(journal);
@@ -169,7 +161,8 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
     for (const auto& [module, tables] : chosen)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
     for (const auto& [module, tables] : chosen) {
-        set_tool_deadline(std::min(end, Clock::now() + std::chrono::seconds(limits.module)));
+        set_tool_deadline(
+            std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
         for (const auto& table : tables) {
             collect_table(*module, table, repository, journal);
             // A full disk: what the tools would tell from here on could not be kept.
@@ -192,42 +185,20 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
 
 }  // namespace
 
-std::vector<std::string> child_arguments(const CollectOptions& options, const Stage& stage,
-                                         int lifeline) {
-    std::vector<std::string> arguments{kChildCommand, "--log-dir=" + options.log_dir.string(),
-                                       "--log-level=" + std::to_string(options.log_level),
-                                       "--plugin=" + options.plugin.string(),
-                                       "--lifeline=" + std::to_string(lifeline)};
-    const auto limits = limits_for(options.limits);
-    const std::pair<const char*, unsigned> timeouts[] = {
-        {"--run-timeout=",     limits.run    },
-        {"--module-timeout=",  limits.module },
-        {"--tool-timeout=",    limits.tool   },
-        {"--silence-timeout=", limits.silence}
-    };
-    for (const auto& [option, seconds] : timeouts)
-        arguments.push_back(option + std::to_string(seconds));
-    // An option with nothing behind its "=" would take the next argument for its value.
-    if (!stage.search_path.empty()) arguments.push_back("--search-path=" + stage.search_path);
-    for (const auto& name : options.modules) arguments.push_back("--module=" + name);
-    for (const auto& name : options.tables) arguments.push_back("--table=" + name);
-    for (const auto& name : options.also) arguments.push_back("--also=" + name);
-    return arguments;
-}
-
-int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
+int run_child(int settings, int lifeline) {
     // A terminal's Ctrl-C is the parent's business.
     ::setpgid(0, 0);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     ::signal(SIGPIPE, SIG_DFL);
 
+    const auto options = options_from(read_settings(Descriptor(settings)));
     const LogDir dir(options.log_dir);
     JournalWriter journal(dir.journal());
     std::string error;
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(stage.search_path, limits_for(options.limits), dir.commands());
+        set_tool_environment(options.search_path, limits_for(options), dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/processes.h"
 #include "qvhost/base/trust.h"
@@ -74,7 +75,7 @@ int collect(CollectOptions options, const Stage& stage) {
         tell_plan(options, stage);
         return 0;
     }
-    expect_trusted(stage.program.parent_path() / "qv_tools");
+    expect_trusted(stage.vendor_tools());
     options.log_dir = make_log_dir(options.log_dir);
     options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
     expect_trusted(options.plugin);
@@ -92,25 +93,25 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("started", utc_now());
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
-        store.set_meta("limits", text_of(limits_for(options.limits)));
+        store.set_meta("limits", text_of(limits_for(options)));
         store.commit();
 
         JournalReader journal(dir.journal());
-        Filler filler(journal, store);
+        JournalImporter importer(journal, store);
         Progress progress(dir.path(), options.quiet);
         try {
-            problem = supervise(options, stage, filler, progress);
+            problem = supervise(options, stage, importer, progress);
         } catch (...) {  // a store or journal that fails
             kill_descendants();
             throw;
         }
 
-        filler.explain_unreached();
+        importer.explain_unreached();
         store.set_meta("finished", utc_now());
         store.set_meta("seconds", seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
         remove_if_empty(dir.console());
-        finish_report(store, dir, stage.program.parent_path() / "qv_tools", started);
+        finish_report(store, dir, stage.vendor_tools(), started);
     }
     fs::remove(dir.journal());
     fs::remove(dir.commands());
@@ -121,8 +122,6 @@ int collect(CollectOptions options, const Stage& stage) {
     return problem.empty() ? 0 : 1;
 }
 
-int collect_here(const CollectOptions& options) {
-    return collect(options, {program_file(), "", false});
-}
+int collect_here(const CollectOptions& options) { return collect(options, {program_file()}); }
 
 }  // namespace qvhost

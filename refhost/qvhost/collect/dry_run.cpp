@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/collect/selection.h"
@@ -15,7 +16,7 @@
 namespace qvhost {
 
 void tell_plan(const CollectOptions& options, const Stage& stage) {
-    const auto limits = limits_for(options.limits);
+    const auto limits = limits_for(options);
     const Plugin plugin(options.plugin.empty() ? installed_plugin() : options.plugin);
     std::vector<std::vector<std::string>> rows;
     for (const auto& [module, tables] : choose(plugin, options)) {
@@ -24,13 +25,14 @@ void tell_plan(const CollectOptions& options, const Stage& stage) {
         rows.push_back({module->GetDisplay(), ids});
     }
     const std::vector<std::vector<std::string>> facts{
-        {"Log directory",                     checked_log_dir(options.log_dir).string()          },
-        {"Vendors' tools",                    (stage.program.parent_path() / "qv_tools").string()},
-        {"Run",                               "at most " + std::to_string(limits.run) + " s"     },
-        {"Module",                            "at most " + std::to_string(limits.module) + " s"  },
-        {"Tool",                              "at most " + std::to_string(limits.tool) + " s"    },
-        {"Tool that packs the system's logs", "at most " + std::to_string(limits.archive) + " s" },
-        {"Silence of a tool",                 "at most " + std::to_string(limits.silence) + " s" },
+        {"Log directory",                     checked_log_dir(options.log_dir).string()                 },
+        {"Vendors' tools",                    stage.vendor_tools().string()                             },
+        {"Run",                               "at most " + std::to_string(limits.run_seconds) + " s"    },
+        {"Module",                            "at most " + std::to_string(limits.module_seconds) + " s" },
+        {"Tool",                              "at most " + std::to_string(limits.tool_seconds) + " s"   },
+        {"Tool that packs the system's logs",
+         "at most " + std::to_string(limits.archive_seconds) + " s"                                     },
+        {"Silence of a tool",                 "at most " + std::to_string(limits.silence_seconds) + " s"},
     };
     const auto style = terminal_style(STDOUT_FILENO);
     for (const auto& [titles, lines] : {

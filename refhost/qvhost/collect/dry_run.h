@@ -1,6 +1,8 @@
+// `--dry-run`: what a collection would do.
 #pragma once
 
 #include "qvhost/base/options.h"
+#include "qvhost/collect/stage.h"
 
 namespace qvhost {
 

@@ -9,17 +9,13 @@
 #include <string>
 #include <string_view>
 
+#include "show/visible.h"
+
 namespace qvhost {
 
 namespace {
 
 constexpr std::size_t kMostRead = 4 << 20;  // of one capture, in bytes
-
-std::string trimmed(std::string_view text) {
-    const auto begin = text.find_first_not_of(" \t\r\n");
-    if (begin == std::string_view::npos) return "";
-    return std::string(text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1));
-}
 
 std::vector<std::string> lines_of(const LogDir& dir, const char* capture) {
     std::vector<std::string> lines;

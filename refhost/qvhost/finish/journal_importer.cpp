@@ -15,7 +15,7 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 
 }  // namespace
 
-bool Filler::take_new() {
+bool JournalImporter::take_new() {
     // Between two parts the caller has time for a signal, however fast the journal grows.
     constexpr std::size_t kPart = 262144;
     const auto entries = journal_.read([this](const JournalEntry& entry) { take(entry); }, kPart);
@@ -27,16 +27,16 @@ bool Filler::take_new() {
     return entries > 0;
 }
 
-void Filler::explain_unreached() {
+void JournalImporter::explain_unreached() {
     for (const auto& module : store_.modules()) {
         for (const auto& table : module.tables) {
-            if (table.records == 0 && !standing_.reached.contains(table.id))
+            if (table.records == 0 && !state_.reached.contains(table.id))
                 store_.set_reason(table.id, "the collection ended before");
         }
     }
 }
 
-void Filler::take(const JournalEntry& entry) {
+void JournalImporter::take(const JournalEntry& entry) {
     std::visit(Overloaded{[&](const ModuleEntry& module) {
                               titles_[module.name] = module.display;
                               store_.add_module(module.name, module.display);
@@ -45,22 +45,22 @@ void Filler::take(const JournalEntry& entry) {
                           },
                           [&](const TableStartEntry& start) {
                               if (start.module != module_)
-                                  standing_.modules.push_back(titles_[start.module]);
+                                  state_.modules.push_back(titles_[start.module]);
                               module_ = start.module;
-                              standing_.table = start.table;
-                              standing_.reached.insert(start.table);
+                              state_.table = start.table;
+                              state_.reached.insert(start.table);
                           },
                           [&](const Record& record) {
-                              if (++standing_.records > known_) store_.add(record);
+                              if (++state_.records > known_) store_.add(record);
                           },
                           [&](const TableEndEntry& end) {
-                              standing_.table.clear();
+                              state_.table.clear();
                               store_.set_layout(end.table, end.layout);
                               if (end.error.empty()) return;
                               store_.set_reason(end.table, "broken off: " + end.error);
-                              standing_.errors.push_back(end.table + ": " + end.error);
+                              state_.errors.push_back(end.table + ": " + end.error);
                           },
-                          [&](const EndEntry& end) { standing_.end = end; }},
+                          [&](const EndEntry& end) { state_.end = end; }},
                entry);
 }
 

@@ -14,7 +14,7 @@
 namespace qvhost {
 
 // Where a collection stands, as its journal tells.
-struct Standing {
+struct CollectionState {
     std::vector<std::string> modules;  // those that were asked so far, as people know them
     std::set<std::string> reached;     // tables
     std::string table;                 // the one being collected; empty: none
@@ -23,10 +23,10 @@ struct Standing {
     std::size_t records = 0;
 };
 
-class Filler {
+class JournalImporter {
 public:
     // The first `known` records of the journal are in the store already.
-    Filler(JournalReader& journal, Store& store, std::size_t known = 0)
+    JournalImporter(JournalReader& journal, Store& store, std::size_t known = 0)
         : journal_(journal), store_(store), known_(known) {}
 
     // Takes what is new in the journal, a part of it if that is much. Commits when the last commit is
@@ -36,7 +36,7 @@ public:
     // Gives the tables that were not reached that reason for being empty.
     void explain_unreached();
 
-    const Standing& standing() const { return standing_; }
+    const CollectionState& state() const { return state_; }
 
 private:
     void take(const JournalEntry& entry);
@@ -46,7 +46,7 @@ private:
     std::size_t known_;
     std::map<std::string, std::string> titles_;  // of modules
     std::string module_;
-    Standing standing_;
+    CollectionState state_;
     std::chrono::steady_clock::time_point committed_ = std::chrono::steady_clock::now();
 };
 

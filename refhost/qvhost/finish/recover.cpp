@@ -36,9 +36,9 @@ Store open_store(const LogDir& dir) {
 }
 
 // Takes what can be read of the journal. Returns what is wrong with it.
-std::string take_journal(Filler& filler) {
+std::string take_journal(JournalImporter& importer) {
     try {
-        while (filler.take_new()) {
+        while (importer.take_new()) {
         }
         return "";
     } catch (const std::system_error&) {
@@ -57,15 +57,15 @@ std::string recover(const LogDir& dir) {
     {
         auto store = open_store(dir);
         JournalReader journal(dir.journal());
-        Filler filler(journal, store, records_in(store));
-        const auto damage = take_journal(filler);
-        const auto& standing = filler.standing();
+        JournalImporter importer(journal, store, records_in(store));
+        const auto damage = take_journal(importer);
+        const auto& state = importer.state();
         found = "a collection that was broken off";
-        if (!standing.table.empty()) found += " while it collected " + standing.table;
+        if (!state.table.empty()) found += " while it collected " + state.table;
         found += ", with " + std::to_string(records_in(store)) + " records";
         damaged = !damage.empty();
         if (damaged) found += "; " + damage;
-        filler.explain_unreached();
+        importer.explain_unreached();
         store.set_meta("status", "incomplete: " + found);
         finish_report(store, dir, program_file().parent_path() / "qv_tools",
                       std::filesystem::file_time_type::min());

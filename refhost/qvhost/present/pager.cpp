@@ -1,18 +1,19 @@
 #include "qvhost/present/pager.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ext/stdio_filebuf.h>
 #include <iostream>
 #include <string>
 #include <system_error>
+
+#include "files/descriptor.h"
+#include "qvhost/base/processes.h"
 
 namespace qvhost {
 
@@ -53,41 +54,32 @@ private:
     sigset_t defaults_{};
 };
 
-pid_t start(const std::string& command, int input, const sigset_t& defaults) {
-    // Leave if it fits on one screen, colours as they are, no clearing of the screen.
-    ::setenv("LESS", "FRX", 0);
-    std::string texts[] = {"sh", "-c", command};
-    char* const arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), nullptr};
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    pid_t pid = -1;
-    const int error = ::posix_spawn(&pid, "/bin/sh", &actions, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return error == 0 ? pid : -1;
-}
-
 // Whether the pager could be run.
 bool print_through(const std::string& command, const std::function<void(std::ostream&)>& print) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+    Descriptor input(ends[0]);
     __gnu_cxx::stdio_filebuf<char> buffer(ends[1], std::ios::out);
     const PagerSignals signals;
-    const pid_t pager = start(command, ends[0], signals.defaults());
-    ::close(ends[0]);
-    if (pager < 0) return false;
+    // Leave if it fits on one screen, colours as they are, no clearing of the screen.
+    ::setenv("LESS", "FRX", 0);
+    pid_t pager = -1;
+    try {
+        pager = start_process({
+            .program = "/bin/sh",
+            .arguments = {"-c", command},
+            .descriptors = {{input.get(), STDIN_FILENO}   },
+            .defaults = signals.defaults()
+        });
+    } catch (const std::system_error&) {
+        return false;
+    }
+    input.close();
 
     int status = 0;
     const auto wait = [&] {
         buffer.close();
-        while (::waitpid(pager, &status, 0) < 0 && errno == EINTR) {
-        }
+        status = wait_for_process(pager);
     };
     try {
         std::ostream out(&buffer);

@@ -57,7 +57,8 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
     fs::create_directory_symlink(program_file().parent_path().parent_path() / "lib",
                                  place.path() / "lib");
     write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string());
-    return collect(options, {program, search_path.string(), true});
+    options.search_path = search_path.string();
+    return collect(options, {.program = program, .kill_leftovers = true});
 }
 
 }  // namespace qvhost

@@ -1,3 +1,4 @@
+// `qvhost replay`: a collection from a recorded server.
 #pragma once
 
 #include <filesystem>
