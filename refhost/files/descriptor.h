@@ -1,4 +1,4 @@
-// File descriptors that close themselves, and reads and writes that a signal does not cut short.
+// File descriptors that close themselves; reads and writes that continue after a signal.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +31,7 @@ private:
     int fd_ = -1;
 };
 
-// The next `most` bytes, or what there is of them before the end or an error.
+// Reads up to `most` bytes. Returns fewer at the end of the file or after an error.
 std::string read_bytes(int fd, std::size_t most);
 
 // Writes all of the bytes. False if the system refused some of them (see errno).

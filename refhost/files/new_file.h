@@ -1,4 +1,4 @@
-// New private files: mode 0600, and never one that is there already or that a link leads to.
+// New private files: mode 0600. A file that exists, or a link in its place, is never written to.
 #pragma once
 
 #include <fcntl.h>
@@ -13,7 +13,7 @@
 
 namespace qvhost {
 
-// Creates the file; `flags` are those of open(2) that say what for. Throws std::system_error,
+// Creates the file. `flags` is the access mode for open(2), with O_APPEND if wanted. Throws std::system_error,
 // "PATH: cannot create it: REASON".
 Descriptor create_private(const std::filesystem::path& path, int flags = O_WRONLY);
 

@@ -70,10 +70,10 @@ private:
     std::string path_;
     std::unique_ptr<journal::Encoder> encoder_;
     std::string buffer_;      // the entry that is being appended
-    journal::Mapping start_;  // where the file says how far it is written
+    journal::Mapping start_;  // the file's first bytes, which say how far it is written
     journal::Mapping window_;
     std::size_t window_start_ = 0;
-    std::size_t room_ = 0;  // how far the disk has room
+    std::size_t room_ = 0;  // the offset up to which the disk has room
     std::size_t end_ = 0;
 };
 

@@ -38,7 +38,7 @@ JournalWriter::JournalWriter(const std::string& path)
 }
 
 JournalWriter::~JournalWriter() {
-    // What was set aside and not used; if it stays, no harm is done.
+    // Give back the room that was not used. Failing to do so does no harm.
     [[maybe_unused]] const int ignored = ::ftruncate(file_.get(), static_cast<off_t>(end_));
 }
 
@@ -69,8 +69,8 @@ void JournalWriter::write_buffer() {
     publish(end_ + buffer_.size());
 }
 
-// The disk has to have room before memory is written that stands for it: later it would be a signal
-// and not an error.
+// Reserves room on the disk before the mapped memory is written. Without the room, the write itself
+// would be a SIGBUS instead of an error.
 void JournalWriter::make_room(std::size_t size) {
     if (end_ + size <= room_) return;
     const auto start = down_to_page(end_);
@@ -90,7 +90,7 @@ void JournalWriter::make_room(std::size_t size) {
     fail(error, "cannot write to the journal", path_);
 }
 
-// Not every file system lets its files be written in memory; there it takes calls.
+// For file systems whose files cannot be mapped into memory.
 void JournalWriter::write_at(std::size_t offset, const char* data, std::size_t size) {
     while (size > 0) {
         const ssize_t n = ::pwrite(file_.get(), data, size, static_cast<off_t>(offset));

@@ -61,7 +61,7 @@ void note_failure(const std::string& reason) noexcept {
     try {
         if (state().failure.empty()) state().failure = reason;
     } catch (...) {
-        // No memory to say that the log failed; the log stays as it is.
+        // There is no memory left for the reason.
     }
 }
 

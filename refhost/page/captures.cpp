@@ -41,7 +41,7 @@ std::vector<std::size_t> makers_of(const fs::path& file, const std::vector<Comma
 }  // namespace
 
 std::string beginning_of(const fs::path& path, std::size_t most) {
-    // Neither a link out of the directory nor a pipe that nobody writes to.
+    // Do not follow a link out of the directory. Do not wait at a pipe that nobody writes to.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     struct stat info {};
     if (!file || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return "";

@@ -13,7 +13,7 @@ struct Capture {
     std::string name;
     std::uintmax_t size = 0;
     const char* kind = "other";         // "text", "binary", "directory" or "other"
-    std::vector<std::size_t> commands;  // those that made it, by their place
+    std::vector<std::size_t> commands;  // those that wrote it, by their position
 };
 
 // Everything in the directory but the reports, by name.

@@ -85,7 +85,7 @@ public:
 
     std::size_t count() const { return count_; }
 
-    // The rows so far; the next chunk begins.
+    // The rows so far as JSON. The next chunk begins empty.
     std::string take() {
         put_name();
         auto json =

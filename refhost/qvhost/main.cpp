@@ -33,7 +33,7 @@ using SignalHandler = void (*)(int);
 // If a standard stream is closed, open() would reuse its number, and what is meant for the stream would
 // go into that file. So a closed stream gets a file that cannot be written; standard error gets one
 // that drops what is written.
-void hold_standard_streams() {
+void open_closed_standard_streams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)
             ::open("/dev/null", stream == STDERR_FILENO ? O_WRONLY : O_RDONLY);
@@ -64,7 +64,7 @@ constexpr struct {
 };
 // clang-format on
 
-// For the build and for shells, not for people.
+// Commands for the build and for shells, which the help does not show.
 bool answers_hidden(const CLI::App& app, const std::vector<std::string>& arguments) {
     const std::string name = arguments.empty() ? "" : arguments[0];
     if (name == "manual") {
@@ -105,9 +105,10 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
 
 int main(int argc, char** argv) {
     const SignalHandler on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);
-    // A limit on the size of files (ulimit -f) is an error to tell. Tools do not inherit a handler.
+    // With this handler a limit on the size of files (ulimit -f) is an error and not the end. Tools do not
+    // inherit handlers.
     std::signal(SIGXFSZ, [](int) {});
-    hold_standard_streams();
+    open_closed_standard_streams();
     // All that is written is private: captures hold serial numbers, addresses and logs.
     ::umask(077);
     try {

@@ -1,4 +1,4 @@
-// What surrounds the program: where it lies, and the environment that tools get.
+// The surroundings: where the program lies, and the environment that its tools get.
 #pragma once
 
 #include <chrono>
@@ -15,13 +15,13 @@ std::filesystem::path program_file();
 // The plug-in that was installed with the program.
 std::filesystem::path installed_plugin();
 
-// Sets what the tools of a collection find in their environment: a search path that has the
-// system's directories, one locale, so that they print what parsers know, and their limits. What
-// is run is told in `command_log`.
+// Sets the environment of the tools of a collection: a search path that has the system's directories,
+// one locale, so that they print what parsers know, their limits, and the file in which the plug-in logs
+// its commands.
 void set_tool_environment(const std::string& search_path, const Limits& limits,
                           const std::filesystem::path& command_log);
 
-// No tool runs beyond that time.
+// Sets the time at which the plug-in stops every tool.
 void set_tool_deadline(std::chrono::steady_clock::time_point deadline);
 
 }  // namespace qvhost

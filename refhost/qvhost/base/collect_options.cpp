@@ -35,7 +35,7 @@ std::string operation_meanings() {
 }
 
 constexpr CollectOption::Range limit(unsigned usual_seconds) {
-    return {usual_seconds, 1, kMostSeconds};
+    return {usual_seconds, 1, kMaxSeconds};
 }
 
 constexpr CollectOption::Range kNoRange{};
@@ -74,7 +74,7 @@ std::vector<CollectOption> all_rows() {
                                   dry_run, quiet, search_path] = options;
 }
 
-// A value as texts: of a list each entry, of what is not set none.
+// A value as texts: one for each entry of a list, none for what is not set.
 std::vector<std::string> texts_of(bool value) {
     return value ? std::vector<std::string>{""} : std::vector<std::string>{};
 }

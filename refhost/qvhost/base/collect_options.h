@@ -26,7 +26,7 @@ struct CollectOption {
         required,
         internal,  // never offered on the command line: for the collecting child alone
     };
-    // Of a number; its unit is the option's `value`.
+    // For numbers. The unit is the option's `value`.
     struct Range {
         unsigned usual = 0;  // what it is unless the user says otherwise
         unsigned least = 0;
@@ -43,11 +43,11 @@ struct CollectOption {
 
 const std::vector<CollectOption>& collect_options();
 
-// The options as "NAME=VALUE" texts, each ended by a NUL: what the collecting child is told. A value
-// has no NUL in it, since it came from a command line.
+// The options as "NAME=VALUE" texts, each ended by a NUL, for the collecting child. A value has no NUL in
+// it, since it came from a command line.
 std::string settings_of(const CollectOptions& options);
 
-// The options again. Throws std::runtime_error for a text that settings_of() does not write.
+// Reads them again. Throws std::runtime_error for a text that settings_of() does not write.
 CollectOptions options_from(std::string_view settings);
 
 }  // namespace qvhost

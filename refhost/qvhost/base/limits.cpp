@@ -37,8 +37,8 @@ Limits limits_for(const CollectOptions& asked) {
 
     Limits limits;
     const auto usual = kUsualLimits;
-    const unsigned most = std::min(asked.run_seconds.value_or(kMostSeconds),
-                                   asked.module_seconds.value_or(kMostSeconds));
+    const unsigned most = std::min(asked.run_seconds.value_or(kMaxSeconds),
+                                   asked.module_seconds.value_or(kMaxSeconds));
     limits.tool_seconds = asked.tool_seconds.value_or(
         std::min(std::max(usual.tool_seconds, asked.silence_seconds.value_or(0)), most));
     limits.silence_seconds =
@@ -46,7 +46,7 @@ Limits limits_for(const CollectOptions& asked) {
     limits.archive_seconds = std::min(limits.tool_seconds * kArchiveTimes, most);
     limits.module_seconds = asked.module_seconds.value_or(
         std::min(std::max(usual.module_seconds, limits.archive_seconds),
-                 asked.run_seconds.value_or(kMostSeconds)));
+                 asked.run_seconds.value_or(kMaxSeconds)));
     limits.run_seconds =
         asked.run_seconds.value_or(std::max(usual.run_seconds, limits.module_seconds));
     return limits;

@@ -16,7 +16,7 @@ struct Limits {
     bool operator==(const Limits&) const = default;
 };
 
-// How many times a tool's time a tool may take that packs the logs of a whole system.
+// A tool that packs the logs of a whole system may take so many times as long as another tool.
 inline constexpr unsigned kArchiveTimes = 6;
 
 // What they are unless the user says otherwise.
@@ -28,13 +28,13 @@ inline constexpr Limits kUsualLimits{
     .silence_seconds = 120,
 };
 
-inline constexpr unsigned kMostSeconds = 86400;  // of each that the user may set
+inline constexpr unsigned kMaxSeconds = 86400;  // the highest limit that can be set
 
 // Limits that do not contradict each other: what was asked for stands, what was not fits around it.
 // Throws std::invalid_argument, with both limits named, if those that were asked for do.
 Limits limits_for(const CollectOptions& asked);
 
-// "tool 300 s, silence 120 s, ..." for people.
+// "run 7200 s, module 3600 s, ..." for people.
 std::string text_of(const Limits& limits);
 
 }  // namespace qvhost

@@ -29,7 +29,7 @@ Descriptor open_directory(const fs::path& directory) {
 
 void make_private_directory(const fs::path& path) {
     if (::mkdir(path.c_str(), 0700) == 0) {
-        // mkdir() has taken the umask from it, which may hide the directory from its owner.
+        // mkdir() subtracts the umask, which may take the owner's own rights.
         ::chmod(path.c_str(), 0700);
     } else if (errno != EEXIST) {
         fail(path, std::string("cannot make the directory: ") + std::strerror(errno));

@@ -40,7 +40,7 @@ private:
     Descriptor directory_;
 };
 
-// Why nothing may be written there, by root least of all; empty: it is the user's alone, or not there.
+// Why nothing may be written there; empty: the directory is the user's alone, or does not exist.
 std::string why_not_ours(const LogDir& dir);
 
 // The directory as an absolute path without "." and ".."; nothing is made. Throws std::runtime_error if
@@ -51,7 +51,8 @@ std::filesystem::path checked_log_dir(const std::filesystem::path& path);
 // std::runtime_error.
 void make_private_directory(const std::filesystem::path& path);
 
-// Makes it (mode 0700) where there is none.
+// Makes the log directory (mode 0700) where there is none, with the directories above it. Returns and
+// throws as checked_log_dir() does.
 std::filesystem::path make_log_dir(const std::filesystem::path& path);
 
 }  // namespace qvhost

@@ -10,7 +10,7 @@
 
 namespace qvhost {
 
-// What the plug-in exports and none of its modules calls; the user asks for it with --also NAME.
+// Functions that the plug-in exports and none of its modules calls. --also NAME calls them.
 struct Operation {
     const char* name;
     const char* meaning;
@@ -43,7 +43,7 @@ public:
 
 private:
     void* handle_;
-    Modules modules_;  // gone before the library that made them
+    Modules modules_;  // destroyed before the library is closed
 };
 
 }  // namespace qvhost

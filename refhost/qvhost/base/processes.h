@@ -13,8 +13,8 @@ namespace qvhost {
 struct Start {
     std::string program;                 // a path
     std::vector<std::string> arguments;  // behind the program's name
-    // Descriptors that the process gets, under their numbers here or under another one. Others that
-    // are open here it gets only if they are not closed on exec.
+    // Descriptors that the process gets, under the same or another number. It also inherits each that
+    // is not marked as closed on exec.
     struct Inherited {
         int ours;
         int its;

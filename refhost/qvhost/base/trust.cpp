@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace {
 
 bool others_write(const struct stat& info) {
-    // A group of one's own is usual among users; root shares with nobody.
+    // Users mostly have a group of their own. Root trusts no group but its own.
     const bool group_counts = ::geteuid() == 0 && info.st_gid != 0;
     return (info.st_mode & S_IWOTH) != 0 || (group_counts && (info.st_mode & S_IWGRP) != 0);
 }
@@ -33,7 +33,7 @@ std::string why_way_is_open(const fs::path& directory) {
     return "";
 }
 
-// Tools write through a link as through any name, and wait at a pipe that nobody reads.
+// A tool would write through a link to wherever it leads, and wait at a pipe that nobody reads.
 std::string why_not_plain(const fs::path& directory) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(directory, error)) {
@@ -48,7 +48,7 @@ std::string why_not_plain(const fs::path& directory) {
 
 std::string why_file_is_not_trusted(const fs::path& path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) return "";  // what is not there does nothing
+    if (::stat(path.c_str(), &info) != 0) return "";  // there is nothing to run
     if (!is_ours_or_roots(info)) return path.string() + " belongs to another user";
     if (others_write(info)) return path.string() + " can be written by others";
     return "";

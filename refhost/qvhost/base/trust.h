@@ -6,14 +6,14 @@
 
 namespace qvhost {
 
-// Why others could put something of theirs into the directory, or something else in its place; empty:
-// they cannot. It must be the user's own, no link, closed to other writers, and so must be the way to
-// it, but for directories that protect each user's entries (mode 1777). In it are files and directories
-// and nothing else.
+// Why other users could write into the directory or replace it; empty: they cannot. The directory must
+// belong to the user, must be no link, and others must not be able to write to it. The same holds for
+// each directory above it, unless that protects each user's entries (mode 1777). It may contain files
+// and directories and nothing else.
 std::string why_not_private(const std::filesystem::path& directory);
 
-// Why a program, or a directory of programs, could be another user's work; empty: it is the user's own
-// or root's. Of a directory each entry counts.
+// Why another user could have written a program, or a program in a directory; empty: all belong to the
+// user or to root, and others cannot write to them.
 std::string why_not_trusted(const std::filesystem::path& path);
 
 }  // namespace qvhost

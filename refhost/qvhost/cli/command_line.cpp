@@ -1,6 +1,9 @@
 #include "qvhost/cli/command_line.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/join.hpp>
+#include <boost/algorithm/string/split.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -63,14 +66,7 @@ const std::vector<CommandText> kTexts = {
 
 std::string not_empty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
-// "table|csv|json"
-std::string alternatives(const std::vector<std::string>& values) {
-    std::string text;
-    for (const auto& value : values) text += (text.empty() ? "" : "|") + value;
-    return text;
-}
-
-// Checks without words of their own: the descriptions have them.
+// Checks that add no words to the help: the descriptions already say what is allowed.
 CLI::Validator one_of(const std::vector<std::string>& values) {
     return CLI::IsMember(values).description("");
 }
@@ -84,7 +80,7 @@ CLI::App& add_command(CLI::App& app, const char* name) {
     return command;
 }
 
-// The option of a row, with the member of `options` that its value goes to.
+// Adds the option of a row; its value goes to the last parameter.
 CLI::Option& add_option(CLI::App& command, const CollectOption& row, bool& flag) {
     return *command.add_flag("--" + std::string(row.name), flag, row.meaning);
 }
@@ -108,11 +104,12 @@ CLI::Option& add_option(CLI::App& command, const CollectOption& row, Text& text)
     return *command.add_option("--" + std::string(row.name), text, row.meaning)->check(not_empty);
 }
 
-// Texts from a list that the row gives, or any.
+// If the row lists words, these alone are allowed.
 CLI::Option& add_option(CLI::App& command, const CollectOption& row,
                         std::vector<std::string>& texts) {
     auto& option = *command.add_option("--" + std::string(row.name), texts, row.meaning);
-    const auto choices = CLI::detail::split(row.value, '|');
+    std::vector<std::string> choices;
+    boost::split(choices, row.value, boost::is_any_of("|"));
     if (choices.size() > 1) return *option.delimiter(',')->check(one_of(choices));
     return *option.allow_extra_args(false)->check(not_empty);
 }
@@ -159,7 +156,7 @@ void add_query(CLI::App& app, QueryOptions& options) {
     query.add_option("SQL", options.sql, "One statement that reads, mostly a SELECT")->required();
     query.add_option("--format", options.format, "How the rows are printed")
         ->check(one_of(query_formats()))
-        ->type_name(alternatives(query_formats()))
+        ->type_name(boost::join(query_formats(), "|"))
         ->capture_default_str();
     add_raw_flag(query, options.raw);
     query.final_callback([&options] {
@@ -174,7 +171,7 @@ void add_export(CLI::App& app, ExportOptions& options) {
     exporting.add_option("--format", options.format, "What to write")
         ->required()
         ->check(one_of(export_formats()))
-        ->type_name(alternatives(export_formats()));
+        ->type_name(boost::join(export_formats(), "|"));
     exporting
         .add_option(
             "--output", options.output,
@@ -198,7 +195,7 @@ std::vector<const CLI::Option*> options_where(const CLI::App& command, bool posi
         if (option->get_positional() == positional && !option->get_group().empty())
             found.push_back(option);
     }
-    // --help, which is the first, is the last that people look for.
+    // --help is the first of the options, but people look for the others: it comes last.
     const auto* help = command.get_help_ptr();
     std::stable_partition(found.begin(), found.end(), [&](const auto* o) { return o != help; });
     return found;

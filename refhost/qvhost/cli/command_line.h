@@ -34,7 +34,7 @@ struct Example {
     const char* meaning;
 };
 
-// What is told of a command beside its options; of the program itself, too.
+// What help and manual say about a command, or about the program, beside its options.
 struct CommandText {
     const char* name;
     const char* summary;
@@ -51,14 +51,14 @@ std::vector<const CLI::Option*> arguments_of(const CLI::App& command);
 // An option, not an argument, that must be given.
 bool is_required_option(const CLI::Option& option);
 
-// "REPORT SQL": the arguments as a usage line has them.
+// "qvhost query [OPTION]... REPORT SQL": the usage line.
 std::string usage_of(const CLI::App& command);
 
 // The manual page qvhost(1), as roff.
 void write_manual(std::ostream& out, const CLI::App& app);
 
-// What the last word of a command line could become, for a shell: "words" or "paths" in the first
-// line, then a candidate a line. The words are as they were typed, without the program's name.
+// Writes how the last word of a command line could be completed: "words" or "paths" in the first line,
+// then one candidate a line. `words` are as they were typed, without the program's name.
 void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words);
 
 }  // namespace qvhost

@@ -9,7 +9,7 @@ namespace qvhost {
 
 namespace {
 
-// What roff would take for something else.
+// Characters that have a meaning in roff, and how to print them.
 constexpr struct {
     char plain;
     const char* escaped;
@@ -22,7 +22,7 @@ constexpr struct {
     {'`',  "\\(ga"},
 };
 
-// Text in which roff sees nothing of its own.
+// The text so that roff prints it as it is.
 std::string roff(const std::string& text) {
     std::string out;
     bool line_begins = true;
@@ -77,7 +77,7 @@ void write_command(std::ostream& out, const CLI::App& command) {
     write_examples(out, text);
 }
 
-// What no option says.
+// An entry of the sections that are not about options.
 struct Entry {
     const char* term;
     const char* text;

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <semaphore.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,7 +51,7 @@ public:
         }
     }
 
-    // Why a record could not be kept, also if the module swallowed the exception; empty: all were.
+    // Why a record could not be kept, even if the module caught the exception; empty: all were kept.
     const std::string& failure() const { return failure_; }
 
 private:
@@ -58,7 +59,7 @@ private:
     std::string failure_;
 };
 
-// What tools say on the terminal instead of into their captures goes into a file.
+// What tools print on the terminal, and not into their captures, goes into a file.
 void redirect_standard_streams(const LogDir& dir) {
     const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     if (!nothing) throw std::system_error(errno, std::generic_category(), "/dev/null");
@@ -69,49 +70,51 @@ void redirect_standard_streams(const LogDir& dir) {
     ::dup2(console.get(), STDERR_FILENO);
 }
 
-// What the parent has written for this process.
+// The settings that the parent wrote.
 std::string read_settings(const Descriptor& file) {
-    constexpr std::size_t kMostBytes = 16 << 20;  // more than a command line can hold
-    return read_bytes(file.get(), kMostBytes);
+    struct stat info {};
+    if (::fstat(file.get(), &info) != 0)
+        throw std::system_error(errno, std::generic_category(), "the settings");
+    return read_bytes(file.get(), static_cast<std::size_t>(info.st_size));
 }
 
-sem_t held;
+sem_t thread_stopped;
 
-// Where the collecting thread stays once the parent is gone.
-void hold(int) {
-    ::sem_post(&held);
+// The collecting thread stops here when the parent is gone.
+void stop_here(int) {
+    ::sem_post(&thread_stopped);
     for (;;) ::pause();
 }
 
-// Stops the thread that runs the modules: it would take a killed tool for a failed one and start the
-// next.
-void hold_thread(pthread_t thread) {
+// Stops the thread that runs the modules. It would take a killed tool for a failed one and start the
+// next tool.
+void stop_thread(pthread_t thread) {
     ::pthread_kill(thread, SIGRTMIN);
-    timespec patience{};
-    ::clock_gettime(CLOCK_REALTIME, &patience);
-    patience.tv_sec += 1;
-    while (::sem_timedwait(&held, &patience) != 0 && errno == EINTR) {
+    timespec give_up{};
+    ::clock_gettime(CLOCK_REALTIME, &give_up);
+    give_up.tv_sec += 1;
+    while (::sem_timedwait(&thread_stopped, &give_up) != 0 && errno == EINTR) {
     }
 }
 
 void end_with_parent(int lifeline) {
     ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
-    ::sem_init(&held, 0, 0);
+    ::sem_init(&thread_stopped, 0, 0);
     struct sigaction action = {};
-    action.sa_handler = hold;
+    action.sa_handler = stop_here;
     ::sigaction(SIGRTMIN, &action, nullptr);
     std::thread([lifeline, collecting = ::pthread_self()] {
         char byte = 0;
         while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
         }
-        hold_thread(collecting);
+        stop_thread(collecting);
         kill_descendants();
         ::_exit(1);
     }).detach();
 }
 
 template <class Call>
-std::string what_it_throws(Call call) {
+std::string thrown_by(Call call) {
     try {
         call();
         return "";
@@ -128,8 +131,8 @@ void collect_table(RModule& module, const std::string& table, RRepository& repos
     journal.append(TableStartEntry{module.GetName(), table});
     RInstancesWrapper::Impl layout;
     RInstancesWrapper wrapper(layout);
-    auto error = what_it_throws([&] { callbacks.enumerate(repository); });
-    const auto wrap_error = what_it_throws([&] { callbacks.wrap(wrapper); });
+    auto error = thrown_by([&] { callbacks.enumerate(repository); });
+    const auto wrap_error = thrown_by([&] { callbacks.wrap(wrapper); });
     if (error.empty()) error = wrap_error;
     journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
 }
@@ -139,7 +142,7 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
         if (name != operation.name) continue;
         void* const address = plugin.operation(operation.symbol);
         if (!address) throw std::runtime_error("the plug-in has no operation for --also " + name);
-        // What they return is in the log as well, in words.
+        // What they return is ignored: the log has it in words.
         if (operation.takes_repository) {
             reinterpret_cast<void (*)(RRepository&)>(address)(repository);
         } else {
@@ -148,31 +151,31 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
     }
 }
 
-// Why the collection is not what was asked for; empty: it is.
+// Why the collection is incomplete; empty: it is complete.
 std::string collect(const CollectOptions& options, JournalWriter& journal) {
     using Clock = std::chrono::steady_clock;
     const auto limits = limits_for(options);
     const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
     const Plugin plugin(options.plugin);
-    const auto chosen = choose(plugin, options);
+    const auto selected = select_modules(plugin, options);
     JournalSink sink(journal);
     RRepository repository(sink);
-    // All of them first: a collection that is cut off can tell what it did not reach.
-    for (const auto& [module, tables] : chosen)
+    // All modules first, so that a collection that is cut off can say what it did not reach.
+    for (const auto& [module, tables] : selected)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
-    for (const auto& [module, tables] : chosen) {
+    for (const auto& [module, tables] : selected) {
         set_tool_deadline(
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
         for (const auto& table : tables) {
             collect_table(*module, table, repository, journal);
-            // A full disk: what the tools would tell from here on could not be kept.
+            // The disk is full: what the tools would say from here on could not be kept.
             if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
         }
     }
 
     std::vector<std::string> errors;
     for (const auto& name : options.also)
-        errors.push_back(what_it_throws([&] { call_also(plugin, name, repository); }));
+        errors.push_back(thrown_by([&] { call_also(plugin, name, repository); }));
     errors.push_back(sink.failure());
     if (!log_failure().empty()) errors.push_back("the log could not be written: " + log_failure());
 
@@ -186,7 +189,7 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
 }  // namespace
 
 int run_child(int settings, int lifeline) {
-    // A terminal's Ctrl-C is the parent's business.
+    // In a process group of its own, so that Ctrl-C on a terminal reaches the parent alone.
     ::setpgid(0, 0);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     ::signal(SIGPIPE, SIG_DFL);

@@ -40,7 +40,7 @@ std::string utc_now() {
 }
 
 // "12.345"
-std::string seconds_since(std::chrono::steady_clock::time_point begin) {
+std::string text_of_seconds_since(std::chrono::steady_clock::time_point begin) {
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
     char text[32];
     std::snprintf(text, sizeof text, "%.3f", passed.count());
@@ -57,7 +57,7 @@ void warn_if_others_can_read(const fs::path& directory) {
          "addresses and logs");
 }
 
-// What lies there is run as the user, who may be root.
+// Refuses programs that another user could have put there: they would run as this user, maybe root.
 void expect_trusted(const fs::path& programs) {
     if (const auto reason = why_not_trusted(programs); !reason.empty())
         throw std::runtime_error("nothing is run from there: " + reason);
@@ -72,7 +72,7 @@ void remove_if_empty(const fs::path& file) {
 
 int collect(CollectOptions options, const Stage& stage) {
     if (options.dry_run) {
-        tell_plan(options, stage);
+        print_plan(options, stage);
         return 0;
     }
     expect_trusted(stage.vendor_tools());
@@ -84,7 +84,7 @@ int collect(CollectOptions options, const Stage& stage) {
     const DirLock lock(dir.path());
     if (const auto found = make_room_for_report(dir); !found.empty()) warn("found " + found);
 
-    // A second's grace: file systems keep times more coarsely than clocks.
+    // One second earlier, since file systems keep times more coarsely than clocks.
     const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
     const auto begun = std::chrono::steady_clock::now();
     std::string problem;
@@ -101,14 +101,15 @@ int collect(CollectOptions options, const Stage& stage) {
         Progress progress(dir.path(), options.quiet);
         try {
             problem = supervise(options, stage, importer, progress);
-        } catch (...) {  // a store or journal that fails
+        } catch (...) {
+            // The store or the journal failed. The tools must not go on without us.
             kill_descendants();
             throw;
         }
 
         importer.explain_unreached();
         store.set_meta("finished", utc_now());
-        store.set_meta("seconds", seconds_since(begun));
+        store.set_meta("seconds", text_of_seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
         remove_if_empty(dir.console());
         finish_report(store, dir, stage.vendor_tools(), started);

@@ -31,13 +31,14 @@ Progress::Progress(const std::filesystem::path& log_dir, bool quiet)
     : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1) {
     if (quiet_) return;
     watch_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    // Without the watch (no watches left) the line shows the table alone.
+    // If there is no watch (the user has too many), the line shows the table alone.
     if (watch_) ::inotify_add_watch(watch_.get(), log_dir.c_str(), IN_CREATE | IN_MODIFY);
 }
 
 Progress::~Progress() { clear(); }
 
-// In the order in which they were written to, each once in a row.
+// In the order in which they were written to. A capture that is written to several times in a row is
+// there once.
 std::vector<std::string> Progress::new_captures() {
     std::vector<std::string> captures{capture_};
     alignas(inotify_event) char buffer[4096];

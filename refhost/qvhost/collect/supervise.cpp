@@ -29,7 +29,7 @@ namespace qvhost {
 
 namespace {
 
-// The signals that ask the program to end, as something to wait for.
+// The signals that ask the program to end, as a descriptor to wait for.
 class EndSignals {
 public:
     EndSignals() {
@@ -37,7 +37,7 @@ public:
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             struct sigaction current = {};
             ::sigaction(signal, nullptr, &current);
-            // nohup(1) and background jobs have some of them ignored, and mean it.
+            // nohup(1) and background jobs ignore some of them, which stays so.
             if (current.sa_handler != SIG_IGN) sigaddset(&ends_, signal);
         }
         ::pthread_sigmask(SIG_BLOCK, &ends_, &before_);
@@ -58,7 +58,7 @@ public:
                    : 0;
     }
 
-    // From here on a signal to end does what it does by default.
+    // From here on such a signal ends the program at once.
     void let_through() const { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
 private:
@@ -67,7 +67,7 @@ private:
     Descriptor file_;
 };
 
-// A file in memory, which stands at its beginning.
+// A file in memory, positioned at its beginning.
 Descriptor memory_file(const std::string& text) {
     Descriptor file(::memfd_create("qvhost-settings", MFD_CLOEXEC));
     if (!file || !write_bytes(file.get(), text) || ::lseek(file.get(), 0, SEEK_SET) != 0)
@@ -77,7 +77,7 @@ Descriptor memory_file(const std::string& text) {
 
 struct Child {
     pid_t pid;
-    Descriptor lifeline;  // it ends when this closes
+    Descriptor lifeline;  // the child ends when this closes
 };
 
 Child start_child(const CollectOptions& options, const Stage& stage, const sigset_t& blocked) {
@@ -104,13 +104,14 @@ std::optional<int> ended(pid_t child) {
     return ::waitpid(child, &status, WNOHANG) == child ? std::optional(status) : std::nullopt;
 }
 
-// What keeps the collecting process's own code within the limits: its tools it keeps there itself.
+// Ends a collecting process that exceeds its limits. The process itself sees to the limits of its tools,
+// so the watchdog bites only where the code of a module hangs.
 class Watchdog {
 public:
     explicit Watchdog(const Limits& limits) : limits_(limits) {}
 
-    // Why the collection must end now; empty: it need not.
-    std::string verdict(const CollectionState& state) {
+    // Why the collection must end now; empty: it may go on.
+    std::string why_to_end(const CollectionState& state) {
         const auto now = Clock::now();
         if (state.modules.size() != modules_) {
             modules_ = state.modules.size();
@@ -127,7 +128,8 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    static constexpr auto kGrace = std::chrono::seconds(8);  // for tools to die, and what follows
+    static constexpr auto kGrace =
+        std::chrono::seconds(8);  // for the tools to be killed and the module to return
 
     Limits limits_;
     Clock::time_point start_ = Clock::now();
@@ -139,7 +141,7 @@ std::string place(const CollectionState& state) {
     return state.table.empty() ? "" : " while it collected " + state.table;
 }
 
-std::string judged(int status, const CollectionState& state) {
+std::string why_incomplete(int status, const CollectionState& state) {
     if (state.end) {
         if (!state.end->error.empty()) return state.end->error;
         if (state.errors.empty()) return "";
@@ -167,9 +169,9 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Journal
     int signal = 0;
     std::optional<int> status;
     Watchdog watchdog(limits_for(options));
-    std::string verdict;
+    std::string overrun;
     bool more = false;
-    while (!status && signal == 0 && verdict.empty()) {
+    while (!status && signal == 0 && overrun.empty()) {
         pollfd waiting[] = {
             {handle.get(),     POLLIN, 0},
             {signals.fd(),     POLLIN, 0},
@@ -180,7 +182,7 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Journal
         status = ended(child.pid);
         more = importer.take_new();
         progress.update(importer.state());
-        verdict = watchdog.verdict(importer.state());
+        overrun = watchdog.why_to_end(importer.state());
     }
 
     if (signal != 0) signals.let_through();
@@ -195,10 +197,10 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Journal
         if (signals.arrived() != 0) signals.let_through();
     }
     progress.clear();
-    if (!verdict.empty()) return verdict + place(importer.state());
+    if (!overrun.empty()) return overrun + place(importer.state());
     if (signal != 0)
         return std::string("ended by ") + ::strsignal(signal) + place(importer.state());
-    return judged(*status, importer.state());
+    return why_incomplete(*status, importer.state());
 }
 
 }  // namespace qvhost

@@ -36,7 +36,7 @@ constexpr struct {
 
 std::string signal_text(int signal) { return "killed by signal " + std::to_string(signal); }
 
-// What became of a command that ended by itself.
+// Sets how a command ended that was not stopped.
 void set_outcome(CommandInfo& command, int status) {
     if (status == 0) {
         command.outcome.clear();
@@ -49,7 +49,7 @@ void set_outcome(CommandInfo& command, int status) {
         const int code = WEXITSTATUS(status);
         command.outcome = "exit code " + std::to_string(code);
         if (code == 127) command.outcome += ": not installed";
-        // What a shell says of a tool that a signal ended.
+        // A shell exits with 128 and the signal's number if a signal ended the tool.
         command.cut_off = code > 128 && code <= 128 + 64;
         if (command.cut_off) command.outcome += ": " + signal_text(code - 128);
     }

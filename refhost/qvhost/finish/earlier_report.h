@@ -7,8 +7,8 @@
 
 namespace qvhost {
 
-// Makes room for a new report. An earlier one moves aside, with its log, and what was found is told
-// for people; empty: nothing was there. The lock must be held.
+// Makes an empty report directory. An earlier report moves aside, with its log. Returns for people what
+// was found; empty: nothing was there. The lock must be held.
 std::string make_room_for_report(const LogDir& dir);
 
 }  // namespace qvhost

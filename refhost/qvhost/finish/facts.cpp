@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "show/visible.h"
 
@@ -15,13 +16,13 @@ namespace qvhost {
 
 namespace {
 
-constexpr std::size_t kMostRead = 4 << 20;  // of one capture, in bytes
+constexpr std::size_t kMaxBytes = 4 << 20;  // read of each capture
 
 std::vector<std::string> lines_of(const LogDir& dir, const char* capture) {
     std::vector<std::string> lines;
     std::ifstream file(dir.path() / capture, std::ios::binary);
     std::size_t size = 0;
-    for (std::string line; size < kMostRead && std::getline(file, line);) {
+    for (std::string line; size < kMaxBytes && std::getline(file, line);) {
         size += line.size() + 1;
         lines.push_back(std::move(line));
     }
@@ -135,25 +136,12 @@ std::string processor_text(const std::vector<std::string>& lines) {
     return count + model + ", " + std::to_string(threads) + (threads == 1 ? " thread" : " threads");
 }
 
-// dmesg: "[    2.18] Linux version 5.14.21-150500.55-default (...". Old kernels' rings have lost it.
-std::string version_in_dmesg(const std::vector<std::string>& lines) {
-    constexpr std::string_view kWords = "Linux version ";
+// What follows the words in the first line that has them, up to the next blank.
+std::string word_behind(const std::vector<std::string>& lines, std::string_view words) {
     for (const auto& line : lines) {
-        const auto at = line.find(kWords);
+        const auto at = line.find(words);
         if (at == std::string::npos) continue;
-        const auto rest = line.substr(at + kWords.size());
-        return rest.substr(0, rest.find(' '));
-    }
-    return "";
-}
-
-// /proc/cmdline: "BOOT_IMAGE=/boot/vmlinuz-5.14.21-150500.55-default root=..."
-std::string version_in_command_line(const std::vector<std::string>& lines) {
-    constexpr std::string_view kWords = "vmlinuz-";
-    for (const auto& line : lines) {
-        const auto at = line.find(kWords);
-        if (at == std::string::npos) continue;
-        const auto rest = line.substr(at + kWords.size());
+        const auto rest = line.substr(at + words.size());
         return rest.substr(0, rest.find_first_of(" \t"));
     }
     return "";
@@ -208,12 +196,16 @@ std::vector<Fact> machine_facts(const Store& store, const LogDir& dir) {
         add("Firmware", joined(*bios, {"Vendor", "Version", "Release Date"}), "dmidecode.log");
     add("BMC", bmc_text(store), "mcinfo.txt");
     add("BMC self test", labelled(store, "SELFINFO", ""), "selfinfo.txt");
-    const auto kernel = version_in_dmesg(lines_of(dir, "dmesg.log"));
-    if (!kernel.empty()) {
-        add("Kernel", "Linux " + kernel, "dmesg.log");
-    } else if (const auto booted = version_in_command_line(lines_of(dir, "cmdline.log"));
-               !booted.empty()) {
-        add("Kernel", "Linux " + booted, "cmdline.log");
+    // dmesg: "[    2.18] Linux version 5.14.21-150500.55-default (...". After some time the kernel's buffer
+    // has lost this line. /proc/cmdline: "BOOT_IMAGE=/boot/vmlinuz-5.14.21-150500.55-default root=..."
+    for (const auto& [capture, words] : {
+             std::pair{"dmesg.log",   "Linux version "},
+             {"cmdline.log", "vmlinuz-"      }
+    }) {
+        const auto version = word_behind(lines_of(dir, capture), words);
+        if (version.empty()) continue;
+        add("Kernel", "Linux " + version, capture);
+        break;
     }
     add("Processors", processor_text(lines_of(dir, "cpuinfo.log")), "cpuinfo.log");
     add("Memory", memory_text(dmi), "dmidecode.log");

@@ -1,4 +1,4 @@
-// The machine in a few lines, as far as its captures tell.
+// Facts about the machine, a few lines that its captures tell.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// What follows once a store has all records.
+// Finishes a report once its store has all records.
 #pragma once
 
 #include <filesystem>

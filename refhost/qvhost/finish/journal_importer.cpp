@@ -16,9 +16,10 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 }  // namespace
 
 bool JournalImporter::take_new() {
-    // Between two parts the caller has time for a signal, however fast the journal grows.
-    constexpr std::size_t kPart = 262144;
-    const auto entries = journal_.read([this](const JournalEntry& entry) { take(entry); }, kPart);
+    // In parts, so that the caller can look for a signal however fast the journal grows.
+    constexpr std::size_t kPartBytes = 262144;
+    const auto entries =
+        journal_.read([this](const JournalEntry& entry) { take(entry); }, kPartBytes);
     const auto now = std::chrono::steady_clock::now();
     if (now - committed_ >= std::chrono::milliseconds(500)) {
         store_.commit();

@@ -1,4 +1,4 @@
-// From the journal into the store.
+// Imports the journal of a collection into its store.
 #pragma once
 
 #include <chrono>
@@ -13,7 +13,7 @@
 
 namespace qvhost {
 
-// Where a collection stands, as its journal tells.
+// How far a collection has come, as its journal tells.
 struct CollectionState {
     std::vector<std::string> modules;  // those that were asked so far, as people know them
     std::set<std::string> reached;     // tables
@@ -29,11 +29,11 @@ public:
     JournalImporter(JournalReader& journal, Store& store, std::size_t known = 0)
         : journal_(journal), store_(store), known_(known) {}
 
-    // Takes what is new in the journal, a part of it if that is much. Commits when the last commit is
-    // half a second ago. False: there was nothing new.
+    // Takes what is new in the journal, or the first part of it if it is long. Commits if the last
+    // commit is half a second ago. False: there was nothing new.
     bool take_new();
 
-    // Gives the tables that were not reached that reason for being empty.
+    // Notes as the reason of tables that were not reached that the collection ended before.
     void explain_unreached();
 
     const CollectionState& state() const { return state_; }

@@ -31,7 +31,7 @@ private:
     std::string from_log(const Source& source) const;
     std::string from_capture(const Source& source) const;
     bool is_installed(const std::string& tool) const;
-    // What stands in the log behind the words; nothing if they are not there.
+    // Sets `text` to what follows the words in the log; null if they are not there.
     const std::string* behind(const std::string& words, std::string& text) const;
 
     std::filesystem::path captures_;

@@ -22,7 +22,7 @@ std::size_t records_in(const Store& store) {
     return records;
 }
 
-// The store as it was left. One that is damaged is made anew: the journal has everything.
+// The store as it was left. A damaged one is replaced by an empty one: the journal has everything.
 Store open_store(const LogDir& dir) {
     if (fs::exists(dir.store())) {
         try {

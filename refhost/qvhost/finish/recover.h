@@ -1,3 +1,4 @@
+// Recovers what a collection that was killed has left.
 #pragma once
 
 #include <string>
@@ -6,9 +7,9 @@
 
 namespace qvhost {
 
-// Brings what a collection that was killed has left in its journal into its store. Tells for people
-// what was found; empty: nothing was left. Throws std::runtime_error if it cannot be saved. The
-// directory's lock must be held, or nobody be collecting.
+// Imports the rest of the journal into the store and finishes the report. Returns for people what was
+// found; empty: nothing was left. Throws std::runtime_error if it cannot be saved. The directory's lock
+// must be held.
 std::string recover(const LogDir& dir);
 
 }  // namespace qvhost

@@ -21,9 +21,7 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
             title.clear();  // once for all its tables
         }
     }
-    const TextTable text(columns_for({"Module", "Table", "Records", "Note"}, rows, style), style);
-    text.print_header(out);
-    for (const auto& row : rows) text.print_row(out, row);
+    print_table(out, {"Module", "Table", "Records", "Note"}, rows, style);
     out << '\n';
     if (const auto status = store.meta("status"); status != "complete")
         out << "The collection is " << one_line(status) << '\n';

@@ -1,3 +1,4 @@
+// What a collection prints when it is done.
 #pragma once
 
 #include <iosfwd>
@@ -8,7 +9,8 @@
 
 namespace qvhost {
 
-// All tables with their numbers of records, why the empty ones are empty, and where the report is.
+// Prints all tables with their numbers of records, why tables are empty or partial, and where the report
+// is.
 void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
                    const TerminalStyle& style);
 

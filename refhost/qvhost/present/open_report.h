@@ -12,8 +12,8 @@ struct Report {
     Store store;
 };
 
-// Opens it for reading; that it is incomplete is told on standard error. A directory whose
-// collection was killed gets its store completed first, if nobody is at it.
+// Opens it for reading, and warns on standard error if it is incomplete. If the collection in a directory
+// was killed, its report is completed first.
 Report open_report(const std::filesystem::path& report);
 
 }  // namespace qvhost

@@ -19,7 +19,7 @@ namespace qvhost {
 
 namespace {
 
-// What the shell says of a command that it cannot run, or cannot find.
+// The shell's exit codes for a command that it cannot run, or cannot find.
 constexpr int kCannotRun = 126;
 constexpr int kNotFound = 127;
 
@@ -29,8 +29,9 @@ std::string pager_command() {
     return command == "cat" ? "" : command;
 }
 
-// Signals of the terminal are the pager's business, as long as it runs, and its end is an error of
-// writing. The pager itself gets them as we did.
+// While the pager runs, this program ignores the signals of the terminal, which the pager handles, and
+// sees the pager's end as an error of writing. The pager starts with the signals as this program had
+// them.
 class PagerSignals {
 public:
     PagerSignals() {
@@ -61,7 +62,7 @@ bool print_through(const std::string& command, const std::function<void(std::ost
     Descriptor input(ends[0]);
     __gnu_cxx::stdio_filebuf<char> buffer(ends[1], std::ios::out);
     const PagerSignals signals;
-    // Leave if it fits on one screen, colours as they are, no clearing of the screen.
+    // F: quit if it fits on one screen; R: print colours; X: do not clear the screen.
     ::setenv("LESS", "FRX", 0);
     pid_t pager = -1;
     try {
@@ -87,7 +88,7 @@ bool print_through(const std::string& command, const std::function<void(std::ost
         print(out);
         out.flush();
     } catch (const std::ios_base::failure&) {
-        // Who quits the pager has seen enough.
+        // The user has quit the pager.
     } catch (...) {
         wait();
         throw;

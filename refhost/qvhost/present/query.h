@@ -1,3 +1,4 @@
+// `qvhost query`: SQL on a report.
 #pragma once
 
 #include "qvhost/base/options.h"
