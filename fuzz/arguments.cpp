@@ -7,21 +7,22 @@
 
 #include "check.h"
 #include "outcome.h"
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/cli/command_line.h"
-#include "qvhost/collect/child.h"
 
 namespace {
 
-using qvhost::Asked;
+using qvhost::ParsedArguments;
 
 // What was asked for; nothing if the command line was wrong, or asked for help.
-std::optional<Asked> parsed(std::vector<std::string> arguments) {
+std::optional<ParsedArguments> parsed(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "qvhost");
     std::vector<char*> argv;
     for (auto& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
-    Asked asked;
-    const auto app = qvhost::command_line(asked);
+    ParsedArguments result;
+    const auto app = qvhost::command_line(result);
     try {
         app->parse(static_cast<int>(arguments.size()), argv.data());
     } catch (const CLI::Success& wanted) {
@@ -33,13 +34,7 @@ std::optional<Asked> parsed(std::vector<std::string> arguments) {
         fuzz::expect(!printed.text().empty(), "a failure says what it is");
         return std::nullopt;
     }
-    return asked;
-}
-
-bool same(const qvhost::CollectOptions& a, const qvhost::CollectOptions& b) {
-    return a.log_dir == b.log_dir && a.log_level == b.log_level && a.modules == b.modules &&
-           a.tables == b.tables && qvhost::limits_for(a.limits) == qvhost::limits_for(b.limits) &&
-           a.plugin == b.plugin && a.also == b.also;
+    return result;
 }
 
 }  // namespace
@@ -50,23 +45,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!input.at_end()) arguments.emplace_back(input.until('\n'));
 
     const fuzz::Printed printed;
-    Asked nothing;
+    ParsedArguments nothing;
     fuzz::told(
         [&] { qvhost::write_completions(std::cout, *qvhost::command_line(nothing), arguments); });
 
-    auto asked = parsed(arguments);
-    if (!asked || asked->collect.log_dir.empty()) return 0;
-    auto& wanted = asked->collect;
-    const auto limits = qvhost::limits_for(wanted.limits);
-    fuzz::expect(wanted.log_level <= 4, "options are in their ranges");
-    fuzz::expect(limits.silence >= 1 && limits.silence <= limits.tool &&
-                     limits.tool <= limits.archive && limits.archive <= limits.module &&
-                     limits.module <= limits.run,
+    const auto result = parsed(arguments);
+    if (!result || result->collect.log_dir.empty()) return 0;
+    const auto& options = result->collect;
+    const auto limits = qvhost::limits_for(options);
+    fuzz::expect(options.log_level <= 4, "options are in their ranges");
+    fuzz::expect(limits.silence_seconds >= 1 && limits.silence_seconds <= limits.tool_seconds &&
+                     limits.tool_seconds <= limits.archive_seconds &&
+                     limits.archive_seconds <= limits.module_seconds &&
+                     limits.module_seconds <= limits.run_seconds,
                  "limits do not contradict each other");
-    wanted.log_dir = "/log" / wanted.log_dir;  // both are absolute by then
-    wanted.plugin = "/plugin" / wanted.plugin;
-    const auto child = parsed(qvhost::child_arguments(wanted, {"", "-p", false}, 7));
-    fuzz::expect(child && same(child->collect, wanted) && child->stage.search_path == "-p",
+    fuzz::expect(qvhost::options_from(qvhost::settings_of(options)) == options,
                  "the child gets the options that were given");
     return 0;
 }

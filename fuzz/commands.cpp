@@ -1,6 +1,6 @@
 // The command log: of any bytes, and as the plug-in writes it of any commands.
 //     input: the log's bytes, and again commands (text up to a NUL, status, reason, processes)
-#include "qvhost/complete/commands.h"
+#include "qvhost/finish/commands.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Why a table is empty, told from a log and a capture of any text.
 //     input: log, NUL, capture
-#include "qvhost/complete/reasons.h"
+#include "qvhost/finish/reasons.h"
 
 #include "check.h"
 #include "scratch.h"

@@ -1,6 +1,6 @@
 // A collection that was broken off: whatever stands in its journal, all of its records come into the
 // store, in order, and the report can be shown.
-#include "qvhost/complete/recover.h"
+#include "qvhost/finish/recover.h"
 
 #include <nlohmann/json.hpp>
 
@@ -8,7 +8,7 @@
 #include "check.h"
 #include "journal/journal.h"
 #include "outcome.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/show.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "store/store.h"

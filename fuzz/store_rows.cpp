@@ -5,7 +5,7 @@
 #include "check.h"
 #include "odd_rows.h"
 #include "outcome.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/show.h"
 #include "report/report_json.h"
 #include "scratch.h"
 #include "sound_store.h"

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "files/descriptor.h"
 #include "journal/mapping.h"
 #include "repository/record.h"
 
@@ -65,14 +66,14 @@ private:
     void write_at(std::size_t offset, const char* data, std::size_t size);
     void publish(std::size_t end);
 
-    int fd_;
+    Descriptor file_;
     std::string path_;
     std::unique_ptr<journal::Encoder> encoder_;
     std::string buffer_;      // the entry that is being appended
-    journal::Mapping start_;  // where the file says how far it is written
+    journal::Mapping start_;  // the file's first bytes, which say how far it is written
     journal::Mapping window_;
     std::size_t window_start_ = 0;
-    std::size_t room_ = 0;  // how far the disk has room
+    std::size_t room_ = 0;  // the offset up to which the disk has room
     std::size_t end_ = 0;
 };
 
@@ -80,9 +81,6 @@ class JournalReader {
 public:
     // The file need not exist yet.
     explicit JournalReader(std::string path);
-    ~JournalReader();
-    JournalReader(const JournalReader&) = delete;
-    JournalReader& operator=(const JournalReader&) = delete;
 
     // Hands over every entry that is there by now and has not been handed over before, or those
     // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
@@ -95,7 +93,7 @@ private:
     std::size_t written() const;
 
     std::string path_;
-    int fd_ = -1;
+    Descriptor file_;
     std::size_t next_;     // where to read on
     std::string pending_;  // the beginning of an entry
     JournalEntry entry_;   // the one being handed over

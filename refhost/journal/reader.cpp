@@ -33,13 +33,10 @@ std::size_t read_at(int fd, std::size_t offset, char* data, std::size_t size,
 
 JournalReader::JournalReader(std::string path) : path_(std::move(path)), next_(journal::kStart) {}
 
-JournalReader::~JournalReader() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
 std::size_t JournalReader::written() const {
     std::uint64_t end = 0;
-    if (read_at(fd_, 0, reinterpret_cast<char*>(&end), sizeof end, path_) < sizeof end) return 0;
+    if (read_at(file_.get(), 0, reinterpret_cast<char*>(&end), sizeof end, path_) < sizeof end)
+        return 0;
     std::atomic_thread_fence(std::memory_order_acquire);
     return end;
 }
@@ -47,11 +44,10 @@ std::size_t JournalReader::written() const {
 std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& take,
                                 std::size_t most) {
     constexpr std::size_t kBlock = 262144;
-    if (fd_ < 0) {
-        fd_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd_ < 0 && errno == ENOENT) return 0;
-        if (fd_ < 0)
-            throw std::system_error(errno, std::generic_category(), "cannot read " + path_);
+    if (!file_) {
+        file_ = Descriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!file_ && errno == ENOENT) return 0;
+        if (!file_) throw std::system_error(errno, std::generic_category(), "cannot read " + path_);
     }
 
     std::size_t entries = 0;
@@ -62,7 +58,7 @@ std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& 
         const auto size = pending_.size();
         const auto wanted = std::min(kBlock, end - next_);
         pending_.resize(size + wanted);
-        const auto n = read_at(fd_, next_, pending_.data() + size, wanted, path_);
+        const auto n = read_at(file_.get(), next_, pending_.data() + size, wanted, path_);
         pending_.resize(size + n);
         if (n == 0) break;
         next_ += n;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "files/new_file.h"
 #include "journal/codec.h"
 #include "journal/journal.h"
 
@@ -28,24 +29,17 @@ std::size_t down_to_page(std::size_t offset) {
 }  // namespace
 
 JournalWriter::JournalWriter(const std::string& path)
-    : fd_(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600)),
+    : file_(create_private(path, O_RDWR)),
       path_(path),
       encoder_(std::make_unique<journal::Encoder>()) {
-    if (fd_ < 0) fail(errno, "cannot create the journal", path_);
-    try {
-        make_room(journal::kStart);
-        start_ = journal::Mapping(fd_, 0, journal::kStart);
-        publish(journal::kStart);
-    } catch (...) {
-        ::close(fd_);
-        throw;
-    }
+    make_room(journal::kStart);
+    start_ = journal::Mapping(file_.get(), 0, journal::kStart);
+    publish(journal::kStart);
 }
 
 JournalWriter::~JournalWriter() {
-    // What was set aside and not used; if it stays, no harm is done.
-    [[maybe_unused]] const int ignored = ::ftruncate(fd_, static_cast<off_t>(end_));
-    ::close(fd_);
+    // Give back the room that was not used. Failing to do so does no harm.
+    [[maybe_unused]] const int ignored = ::ftruncate(file_.get(), static_cast<off_t>(end_));
 }
 
 void JournalWriter::append(const JournalEntry& entry) {
@@ -75,8 +69,8 @@ void JournalWriter::write_buffer() {
     publish(end_ + buffer_.size());
 }
 
-// The disk has to have room before memory is written that stands for it: later it would be a signal
-// and not an error.
+// Reserves room on the disk before the mapped memory is written. Without the room, the write itself
+// would be a SIGBUS instead of an error.
 void JournalWriter::make_room(std::size_t size) {
     if (end_ + size <= room_) return;
     const auto start = down_to_page(end_);
@@ -84,10 +78,11 @@ void JournalWriter::make_room(std::size_t size) {
     int error = 0;
     for (const auto wanted : {std::max(kWindow, least), least}) {
         do {
-            error = ::posix_fallocate(fd_, static_cast<off_t>(start), static_cast<off_t>(wanted));
+            error = ::posix_fallocate(file_.get(), static_cast<off_t>(start),
+                                      static_cast<off_t>(wanted));
         } while (error == EINTR);
         if (error != 0) continue;
-        window_ = journal::Mapping(fd_, static_cast<off_t>(start), wanted);
+        window_ = journal::Mapping(file_.get(), static_cast<off_t>(start), wanted);
         window_start_ = start;
         room_ = start + wanted;
         return;
@@ -95,10 +90,10 @@ void JournalWriter::make_room(std::size_t size) {
     fail(error, "cannot write to the journal", path_);
 }
 
-// Not every file system lets its files be written in memory; there it takes calls.
+// For file systems whose files cannot be mapped into memory.
 void JournalWriter::write_at(std::size_t offset, const char* data, std::size_t size) {
     while (size > 0) {
-        const ssize_t n = ::pwrite(fd_, data, size, static_cast<off_t>(offset));
+        const ssize_t n = ::pwrite(file_.get(), data, size, static_cast<off_t>(offset));
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) fail(errno, "cannot write to the journal", path_);
         offset += static_cast<std::size_t>(n);

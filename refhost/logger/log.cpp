@@ -2,7 +2,6 @@
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/base_sink.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -11,6 +10,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "files/descriptor.h"
 #include "logger/control.h"
 #include "xmodule.h"
 
@@ -32,29 +32,23 @@ State& state() {
 class FileSink : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
 public:
     explicit FileSink(const std::string& path)
-        : fd_(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600)) {
-        if (fd_ < 0)
+        : file_(
+              ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0600)) {
+        if (!file_)
             throw std::system_error(errno, std::generic_category(),
                                     "cannot open the log file " + path);
     }
-    ~FileSink() override { ::close(fd_); }
-    FileSink(const FileSink&) = delete;
-    FileSink& operator=(const FileSink&) = delete;
 
 private:
     void sink_it_(const spdlog::details::log_msg& message) override {
         spdlog::memory_buf_t line;
         formatter_->format(message, line);
-        for (std::size_t done = 0; done < line.size();) {
-            const ssize_t n = ::write(fd_, line.data() + done, line.size() - done);
-            if (n < 0 && errno == EINTR) continue;
-            if (n < 0) throw std::system_error(errno, std::generic_category());
-            done += static_cast<std::size_t>(n);
-        }
+        if (!qvhost::write_bytes(file_.get(), {line.data(), line.size()}))
+            throw std::system_error(errno, std::generic_category());
     }
     void flush_() override {}
 
-    int fd_;
+    qvhost::Descriptor file_;
 };
 
 // "2026-11-21T01:20:40.123Z ", then the text.
@@ -67,7 +61,7 @@ void note_failure(const std::string& reason) noexcept {
     try {
         if (state().failure.empty()) state().failure = reason;
     } catch (...) {
-        // No memory to say that the log failed; the log stays as it is.
+        // There is no memory left for the reason.
     }
 }
 

@@ -2,12 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <system_error>
 #include <utility>
+
+#include "files/descriptor.h"
 
 namespace qvhost::page {
 
@@ -40,25 +40,12 @@ std::vector<std::size_t> makers_of(const fs::path& file, const std::vector<Comma
 
 }  // namespace
 
-std::string beginning_of(const fs::path& file, std::size_t most) {
-    // Neither a link out of the directory nor a pipe that nobody writes to.
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0) return "";
+std::string beginning_of(const fs::path& path, std::size_t most) {
+    // Do not follow a link out of the directory. Do not wait at a pipe that nobody writes to.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     struct stat info {};
-    std::string text;
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
-        text.resize(std::min(most, static_cast<std::size_t>(info.st_size)));
-        std::size_t size = 0;
-        while (size < text.size()) {
-            const ssize_t n = ::read(fd, text.data() + size, text.size() - size);
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) break;
-            size += static_cast<std::size_t>(n);
-        }
-        text.resize(size);
-    }
-    ::close(fd);
-    return text;
+    if (!file || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return "";
+    return read_bytes(file.get(), std::min(most, static_cast<std::size_t>(info.st_size)));
 }
 
 std::vector<Capture> captures_in(const fs::path& log_dir,

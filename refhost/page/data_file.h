@@ -1,3 +1,4 @@
+// Data files of the page: scripts, since a page opened from disk may not fetch files.
 #pragma once
 
 #include <string>
@@ -5,8 +6,7 @@
 
 namespace qvhost::page {
 
-// A script that hands a JSON text to the page: a page opened from disk may load scripts, but not
-// fetch files.
+// A script that calls the page's function with a JSON text.
 std::string data_script(const char* function, std::string_view json);
 
 }  // namespace qvhost::page

@@ -7,8 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "files/new_file.h"
 #include "page/data_file.h"
-#include "page/new_file.h"
 #include "report/json_text.h"
 
 namespace qvhost::page {
@@ -85,7 +85,7 @@ public:
 
     std::size_t count() const { return count_; }
 
-    // The rows so far; the next chunk begins.
+    // The rows so far as JSON. The next chunk begins empty.
     std::string take() {
         put_name();
         auto json =

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 #include <cerrno>
 #include <cstring>
 #include <nlohmann/json.hpp>
@@ -10,10 +11,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "files/new_file.h"
 #include "page/assets.h"
 #include "page/captures.h"
 #include "page/data_file.h"
-#include "page/new_file.h"
 #include "page/table_data.h"
 #include "report/json_text.h"
 
@@ -25,9 +26,9 @@ using nlohmann::ordered_json;
 namespace page {
 namespace {
 
-constexpr std::size_t kMostOfCapture = 1 << 20;  // bytes that the page itself can show
+constexpr std::size_t kMaxCaptureBytes = 1 << 20;  // shown of each capture
 
-// Anew: a killed program may have left half a page.
+// Makes an empty directory. A program that was killed may have left half a page there.
 void make_directory(const fs::path& path) {
     fs::remove_all(path);
     if (::mkdir(path.c_str(), 0700) != 0)
@@ -53,7 +54,7 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
         std::string file;
         std::size_t shown = 0;
         if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0) {
-            const auto text = beginning_of(log_dir / capture.name, kMostOfCapture);
+            const auto text = beginning_of(log_dir / capture.name, kMaxCaptureBytes);
             const auto name = "capture-" + file_stem(all.size() + 1, capture.name) + ".js";
             std::string json;
             put_json_text(text, json);
@@ -78,15 +79,11 @@ ordered_json meta_of(const Store& store) {
     return meta;
 }
 
-// The grid makes a style sheet while it runs; only one that carries this word is let in.
+// The grid adds a style sheet while it runs. The page's policy admits only styles with this nonce.
 std::string with_nonce(std::string_view html) {
     std::random_device random;
     const auto nonce = std::to_string(random()) + std::to_string(random());
-    std::string text(html);
-    constexpr std::string_view kPlace = "@NONCE@";
-    for (auto at = text.find(kPlace); at != std::string::npos; at = text.find(kPlace, at))
-        text.replace(at, kPlace.size(), nonce);
-    return text;
+    return boost::replace_all_copy(std::string(html), "@NONCE@", nonce);
 }
 
 }  // namespace

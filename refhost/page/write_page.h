@@ -7,9 +7,9 @@
 
 namespace qvhost {
 
-// Writes index.html, assets/ and data/ into `report` (directories mode 0700, files 0600), index.html
-// last; an earlier page gives way. `log_dir` holds the captures that the page shows; empty: none. Memory does not grow with the
-// number of records. Throws std::runtime_error naming the file.
+// Writes index.html, assets/ and data/ into `report` (directories mode 0700, files 0600) and replaces an
+// earlier page. index.html comes last. `log_dir` holds the captures that the page shows; empty: none.
+// Memory does not grow with the number of records. Throws std::runtime_error naming the file.
 void write_page(const Store& store, const std::filesystem::path& report,
                 const std::filesystem::path& log_dir);
 

@@ -16,55 +16,55 @@
 #include "qvhost/collect/collect.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/query.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/show.h"
 #include "qvhost/present/tables.h"
 #include "qvhost/replay/replay.h"
 #include "show/visible.h"
 
 namespace {
 
-using qvhost::Asked;
+using qvhost::ParsedArguments;
 
 constexpr int kCouldNot = 1;
 constexpr int kUsage = 2;
 
 using SignalHandler = void (*)(int);
 
-// Of a standard stream that is closed, a file of ours would get the number, and what is meant for
-// the stream. In its place there is one that cannot be written; errors alone are dropped.
-void hold_standard_streams() {
+// If a standard stream is closed, open() would reuse its number, and what is meant for the stream would
+// go into that file. So a closed stream gets a file that cannot be written; standard error gets one
+// that drops what is written.
+void open_closed_standard_streams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)
             ::open("/dev/null", stream == STDERR_FILENO ? O_WRONLY : O_RDONLY);
     }
 }
 
-// Commands that collect: a reader of their output that goes away is an error of writing, not the end
-// of the collection.
+// clang-format off
+// Commands that collect. If the reader of their output goes away, that is an error of writing and not
+// the end of the collection.
 constexpr struct {
     const char* name;
-    int (*run)(const Asked& asked);
+    int (*run)(const ParsedArguments& parsed);
 } kCollecting[] = {
-    {"collect",             [](const Asked& asked) { return qvhost::collect_here(asked.collect); }         },
-    {"replay",              [](const Asked& asked) { return qvhost::replay(asked.machine, asked.collect); }},
-    {qvhost::kChildCommand,
-     [](const Asked& asked) {
-         return qvhost::run_child(asked.collect, asked.stage, asked.lifeline);
-     }                                                                                                     },
+    {"collect",             [](const ParsedArguments& parsed) { return qvhost::collect_here(parsed.collect); }},
+    {"replay",              [](const ParsedArguments& parsed) { return qvhost::replay(parsed.machine, parsed.collect); }},
+    {qvhost::kChildCommand, [](const ParsedArguments& parsed) { return qvhost::run_child(parsed.child.settings, parsed.child.lifeline); }},
 };
 
-// Commands that print and leave no more behind than that: they end with their reader.
+// Commands that only print: they end when their reader does.
 constexpr struct {
     const char* name;
-    void (*run)(const Asked& asked);
+    void (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
-    {"tables", [](const Asked& asked) { qvhost::list_tables(asked.collect.plugin); }},
-    {"show",   [](const Asked& asked) { qvhost::show_report(asked.show); }          },
-    {"query",  [](const Asked& asked) { qvhost::query_report(asked.query); }        },
-    {"export", [](const Asked& asked) { qvhost::export_report(asked.exporting); }   },
+    {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); }},
+    {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); }},
+    {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); }},
+    {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); }},
 };
+// clang-format on
 
-// For the build and for shells, not for people.
+// Commands for the build and for shells, which the help does not show.
 bool answers_hidden(const CLI::App& app, const std::vector<std::string>& arguments) {
     const std::string name = arguments.empty() ? "" : arguments[0];
     if (name == "manual") {
@@ -78,8 +78,8 @@ bool answers_hidden(const CLI::App& app, const std::vector<std::string>& argumen
 }
 
 int run(int argc, char** argv, SignalHandler on_broken_pipe) {
-    Asked asked;
-    const auto app = qvhost::command_line(asked);
+    ParsedArguments parsed;
+    const auto app = qvhost::command_line(parsed);
     if (answers_hidden(*app, {argv + 1, argv + argc})) return 0;
     try {
         app->parse(argc, argv);
@@ -91,12 +91,12 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
         return kUsage;
     }
     for (const auto& command : kCollecting) {
-        if (app->got_subcommand(command.name)) return command.run(asked);
+        if (app->got_subcommand(command.name)) return command.run(parsed);
     }
     std::signal(SIGPIPE, on_broken_pipe);
     std::cout.exceptions(std::ios::badbit);
     for (const auto& command : kPrinting) {
-        if (app->got_subcommand(command.name)) command.run(asked);
+        if (app->got_subcommand(command.name)) command.run(parsed);
     }
     return 0;
 }
@@ -105,9 +105,10 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
 
 int main(int argc, char** argv) {
     const SignalHandler on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);
-    // A limit on the size of files (ulimit -f) is an error to tell. Tools do not inherit a handler.
+    // With this handler a limit on the size of files (ulimit -f) is an error and not the end. Tools do not
+    // inherit handlers.
     std::signal(SIGXFSZ, [](int) {});
-    hold_standard_streams();
+    open_closed_standard_streams();
     // All that is written is private: captures hold serial numbers, addresses and logs.
     ::umask(077);
     try {

@@ -8,7 +8,7 @@ namespace qvhost {
 
 namespace {
 
-// What stands in a JSON string as it is. Bytes beyond ASCII are another matter.
+// ASCII characters that a JSON string holds unescaped.
 constexpr auto kPlain = [] {
     std::array<bool, 256> plain{};
     for (std::size_t c = 0x20; c < 0x80; ++c) plain[c] = c != '"' && c != '\\';
@@ -41,7 +41,7 @@ void put_json_text(std::string_view text, std::string& json) {
         json.append(at, stop);
         if (stop == text.end()) break;
         if (static_cast<unsigned char>(*stop) >= 0x80) {
-            // Rare enough to leave it to the library, which knows what is UTF-8.
+            // Texts beyond ASCII are rare. The library knows which of them are UTF-8.
             json.resize(start);
             json +=
                 nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);

@@ -1,4 +1,4 @@
-// Texts in JSON.
+// Writes texts as JSON strings.
 #pragma once
 
 #include <string>

@@ -1,15 +1,9 @@
 #include "report/report_json.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+#include <ostream>
 
+#include "files/new_file.h"
 #include "report/json_text.h"
 
 namespace qvhost {
@@ -104,26 +98,7 @@ void write_report_json(const Store& store, std::ostream& out) {
 }
 
 void write_report_json(const Store& store, const std::string& path) {
-    const auto fail = [&](const char* what) {
-        const int error = errno;
-        throw std::runtime_error(path + ": " + what + ": " + std::strerror(error));
-    };
-    const auto unfinished = path + ".new";
-    ::unlink(unfinished.c_str());
-    const int fd = ::open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) fail("cannot create it");
-    ::close(fd);
-
-    std::ofstream out(unfinished, std::ios::binary);
-    write_report_json(store, out);
-    out.close();
-    if (!out) {
-        const int error = errno;
-        ::unlink(unfinished.c_str());
-        errno = error;
-        fail("cannot write it");
-    }
-    if (std::rename(unfinished.c_str(), path.c_str()) != 0) fail("cannot put it in its place");
+    replace_file(path, [&](std::ostream& out) { write_report_json(store, out); });
 }
 
 }  // namespace qvhost

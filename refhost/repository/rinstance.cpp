@@ -11,7 +11,7 @@ struct RInstance::Impl {
     std::size_t expected = 0;  // the property that is likely to be set next
 
     // The property of that id, a new one if there is none. Rows set the same properties in the same
-    // order over and over, so the one behind the last is looked at first.
+    // order again and again, so look first at the one behind the last.
     qvhost::Property& property(const std::string& id) {
         auto& properties = record.properties;
         if (expected >= properties.size()) expected = 0;
@@ -37,7 +37,7 @@ void RInstance::AddProperty(const std::string& id, const std::string& display,
                             const std::string& value) {
     auto& property = impl_->property(id);
     property.display = display;
-    // In place: the text before it was as long, more or less.
+    // Assign to the text that is there, whose memory is mostly large enough.
     if (auto* text = std::get_if<std::string>(&property.value)) {
         *text = value;
     } else {

@@ -41,7 +41,7 @@ void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
                   const TerminalStyle& style) {
     // No more than can be read beside each other, whatever the layout asks.
     const std::size_t beside = std::clamp(layout.count, 1u, std::max(1u, style.width / 10));
-    // Of a hundred. The layouts ask for as little as 10, but labels should not be cut into syllables.
+    // Percent. Layouts ask for as little as 10, which would cut labels into syllables.
     std::size_t longest = 0;
     for (const auto& header : headers) longest = std::max(longest, display_width(header.label));
     const auto for_labels = static_cast<unsigned>(100 * (longest + 1) / std::max(1u, style.width));

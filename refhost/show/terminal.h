@@ -1,3 +1,4 @@
+// The terminal: its width, and whether it shows colours.
 #pragma once
 
 #include <string>
@@ -9,8 +10,8 @@ struct TerminalStyle {
     bool colour = false;
 };
 
-// What the terminal behind `fd` can show: its width (or $COLUMNS), colour unless $NO_COLOR is set.
-// Where there is no terminal: 80 columns, no colour.
+// The width of the terminal behind `fd` (or $COLUMNS), and colour unless $NO_COLOR is set. If `fd` is
+// no terminal: 80 columns, no colour.
 TerminalStyle terminal_style(int fd);
 
 // The text in bold, if the terminal shows it.

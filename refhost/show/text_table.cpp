@@ -26,7 +26,7 @@ std::vector<std::size_t> share_out(const std::vector<TextColumn>& columns, std::
     for (const auto& column : columns)
         widths.push_back(std::max(kLeast, shares == 0 ? kLeast : room * column.share / shares));
 
-    // What the least width gave to narrow columns comes from the widest.
+    // Narrow columns were widened to the least width; take that from the widest column.
     auto total = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
     for (; total > room; --total) --*std::max_element(widths.begin(), widths.end());
     return widths;
@@ -99,13 +99,20 @@ std::vector<TextColumn> columns_for(const std::vector<std::string>& titles,
         columns.push_back({titles[i], static_cast<unsigned>(widest)});
         total += widest + (i > 0 ? gap_for(titles.size()) : 0);
     }
-    // The last column takes what is left or gives what is missing.
+    // The last column takes the rest, or is cut by what is missing.
     if (!columns.empty()) {
         auto& last = columns.back().share;
         const auto others = total - last;
         last = others + kLeast < style.width ? static_cast<unsigned>(style.width - others) : kLeast;
     }
     return columns;
+}
+
+void print_table(std::ostream& out, const std::vector<std::string>& titles,
+                 const std::vector<std::vector<std::string>>& rows, const TerminalStyle& style) {
+    const TextTable table(columns_for(titles, rows, style), style);
+    table.print_header(out);
+    for (const auto& row : rows) table.print_row(out, row);
 }
 
 }  // namespace qvhost

@@ -42,4 +42,8 @@ std::vector<TextColumn> columns_for(const std::vector<std::string>& titles,
                                     const std::vector<std::vector<std::string>>& rows,
                                     const TerminalStyle& style);
 
+// Prints such a table.
+void print_table(std::ostream& out, const std::vector<std::string>& titles,
+                 const std::vector<std::vector<std::string>>& rows, const TerminalStyle& style);
+
 }  // namespace qvhost

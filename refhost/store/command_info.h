@@ -9,7 +9,7 @@ struct CommandInfo {
     std::string text;
     double seconds = 0;
     std::string outcome;   // for people; empty: all went well
-    bool cut_off = false;  // whether it ended before it had said all
+    bool cut_off = false;  // whether it ended before it had printed everything
     bool operator==(const CommandInfo&) const = default;
 };
 

@@ -11,7 +11,7 @@ using store::identifier;
 
 namespace {
 
-constexpr std::size_t kMostColumns = 1900;  // of one SQL table; SQLite allows 2000
+constexpr std::size_t kMaxColumns = 1900;  // of one SQL table; SQLite allows 2000
 
 void bind(Statement& statement, int place, const std::variant<std::string, int>& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
@@ -64,7 +64,7 @@ void Store::Impl::add_columns(Table& table, const std::vector<std::string>& ids)
     std::vector<std::string> added;
     Statement insert(db, "INSERT INTO qv_column VALUES(?,?,?)");
     for (const auto& id : ids) {
-        if (table.columns.contains(id) || table.columns.size() >= kMostColumns) continue;
+        if (table.columns.contains(id) || table.columns.size() >= kMaxColumns) continue;
         const auto name = table.names.claim(id);
         insert.reset();
         insert.bind(1, table.key);

@@ -1,4 +1,4 @@
-// What a store is made of; open.cpp, fill.cpp and records.cpp are its parts.
+// The inside of a store, shared by open.cpp, fill.cpp and records.cpp.
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -28,11 +28,11 @@ struct Table {
     std::map<std::string, std::string> columns;  // property id -> column
 };
 
-// The properties of alike records, and the statement that writes their values.
+// Properties that many records have in common, and the statement that inserts their values.
 struct Shape {
     std::int64_t key = 0;
     std::vector<Property> properties;  // without values
-    std::vector<bool> extra;           // of each: its value is in qv_extra
+    std::vector<bool> extra;           // for each property: whether its value is in qv_extra
     std::unique_ptr<SQLite::Statement> insert;
 };
 
@@ -45,9 +45,9 @@ struct Run {
     Shape* shape = nullptr;
 };
 
-// Everything that goes wrong in here is told with the file's name.
+// Runs `work`. SQLite's errors get the file's name.
 template <class Work>
-auto told_with(const std::string& path, Work work) {
+auto with_file_name(const std::string& path, Work work) {
     try {
         return work();
     } catch (const SQLite::Exception& error) {

@@ -1,11 +1,11 @@
 // Opening and closing a store.
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
+#include "files/new_file.h"
 #include "store/impl.h"
 #include "store/schema.h"
 #include "store/typed_table.h"
@@ -16,7 +16,7 @@ using SQLite::Statement;
 
 namespace {
 
-// Somebody may look into a store, or write notes of his own into it, while it grows.
+// How long to wait for another program that has the store open while it grows.
 constexpr int kBusyMs = 3000;
 
 int open_flags(Store::Mode mode) {
@@ -25,16 +25,9 @@ int open_flags(Store::Mode mode) {
     return access | SQLite::OPEN_NOMUTEX;
 }
 
-void create_private(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) throw std::runtime_error(path + ": cannot create it: " + std::strerror(errno));
-    ::close(fd);
-}
-
 void check_readable(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw std::runtime_error(path + ": " + std::strerror(errno));
-    ::close(fd);
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file) throw std::runtime_error(path + ": " + std::strerror(errno));
 }
 
 }  // namespace
@@ -43,9 +36,9 @@ Store::Impl::Impl(const std::string& file, Mode open_mode)
     : path(file), mode(open_mode), db(file, open_flags(open_mode), kBusyMs) {
     for (const auto name : kTypedTables) table_names.claim(name);
     if (mode == Mode::create) {
-        // Power may fail; but what is lost then is in the raw captures. Against the death of
-        // the process no waiting for the disk is needed.
-        // Pages of 8 KiB: half the system calls of the default, no larger file.
+        // synchronous=OFF does not wait for the disk. If the process dies, nothing is lost; if the
+        // power fails, the raw captures still have what is lost here.
+        // Pages of 8 KiB take half the system calls of the default and make no larger file.
         db.exec("PRAGMA synchronous=OFF; PRAGMA page_size=8192; PRAGMA journal_mode=WAL;");
         db.exec("PRAGMA application_id=" + std::to_string(store::kApplicationId));
         db.exec("PRAGMA user_version=" + std::to_string(store::kVersion));
@@ -66,15 +59,15 @@ Store::Impl::~Impl() {
     try {
         commit();
         shapes.clear();  // their statements
-        // One file, which can be read where nothing can be written.
+            // Leave one file, which can be read from a place where nothing can be written.
         db.exec("PRAGMA journal_mode=DELETE");
     } catch (const std::exception&) {
         // The store stays as of its last commit, with its log beside it.
     }
 }
 
-// A store may come from anywhere. It is only read; but a view can be endless, a computed column
-// as large as memory, and a trigger or a virtual table is code.
+// A store may come from an untrusted place. Reading it must not run what somebody put into it: a view
+// may never end, a computed column may fill the memory, a trigger or a virtual table is code.
 void Store::Impl::expect_plain_tables() {
     for (const char* others :
          {"SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR "
@@ -145,7 +138,7 @@ Store::Store(const std::string& path, Mode mode) {
     } else {
         check_readable(path);
     }
-    impl_ = store::told_with(path, [&] { return std::make_unique<Impl>(path, mode); });
+    impl_ = store::with_file_name(path, [&] { return std::make_unique<Impl>(path, mode); });
 }
 
 Store::~Store() = default;

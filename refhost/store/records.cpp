@@ -11,7 +11,7 @@ using store::identifier;
 
 namespace {
 
-// A text is set in place: the one of the row before was as long, more or less.
+// Assigns to the text of the row before, whose memory is mostly large enough.
 void set_value(std::variant<std::string, int>& value, const SQLite::Column& column) {
     if (column.isInteger()) {
         value = column.getInt();
@@ -62,7 +62,7 @@ Reader reader_for(const SQLite::Database& db, const store::Table& table, std::in
 }  // namespace
 
 void Store::Impl::each_record(const Table* only, const std::function<void(const Record&)>& take) {
-    // A transaction that fills the store has its last run in memory.
+    // While the store is filled, its last run is only in memory.
     if (transaction) save_run();
     std::map<std::int64_t, Reader> readers;
     Statement extra(db, "SELECT value FROM qv_extra WHERE qv_seq=? AND position=?");
@@ -105,12 +105,12 @@ void Store::Impl::each_record(const Table* only, const std::function<void(const 
 }
 
 void Store::each_record(const std::function<void(const Record&)>& take) const {
-    store::told_with(impl_->path, [&] { impl_->each_record(nullptr, take); });
+    store::with_file_name(impl_->path, [&] { impl_->each_record(nullptr, take); });
 }
 
 void Store::each_record(const std::string& table,
                         const std::function<void(const Record&)>& take) const {
-    store::told_with(impl_->path, [&] {
+    store::with_file_name(impl_->path, [&] {
         if (const auto* known = impl_->find_table(table)) impl_->each_record(known, take);
     });
 }

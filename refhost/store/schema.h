@@ -1,3 +1,4 @@
+// The SQL schema of a store.
 #pragma once
 
 namespace qvhost::store {
@@ -5,7 +6,7 @@ namespace qvhost::store {
 inline constexpr int kApplicationId = 0x71767374;  // "qvst": tells a store from any other database
 inline constexpr int kVersion = 2;
 
-// The tables beside those of the collected tables.
+// Creates the tables qv_*.
 extern const char* const kSchema;
 
 }  // namespace qvhost::store

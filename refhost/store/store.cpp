@@ -10,10 +10,10 @@ namespace qvhost {
 
 using SQLite::Statement;
 using store::identifier;
-using store::told_with;
+using store::with_file_name;
 
 void Store::add_module(const std::string& name, const std::string& display) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         impl_->begin();
         Statement insert(impl_->db, "INSERT OR IGNORE INTO qv_module(name, display) VALUES(?,?)");
         insert.bind(1, name);
@@ -23,7 +23,7 @@ void Store::add_module(const std::string& name, const std::string& display) {
 }
 
 void Store::add_table(const std::string& module, const std::string& id) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         Statement q(impl_->db, "SELECT module FROM qv_module WHERE name=?");
         q.bind(1, module);
         const std::int64_t key = q.executeStep() ? q.getColumn(0).getInt64() : 0;
@@ -44,14 +44,14 @@ void Store::add_table(const std::string& module, const std::string& id) {
 }
 
 void Store::set_layout(const std::string& id, const Layout& layout) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         auto* table = impl_->find_table(id);
         impl_->set_layout(table ? *table : impl_->add_table(0, id), layout);
     });
 }
 
 void Store::set_reason(const std::string& id, const std::string& reason) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         auto* table = impl_->find_table(id);
         if (!table) return;
         impl_->begin();
@@ -64,15 +64,15 @@ void Store::set_reason(const std::string& id, const std::string& reason) {
 }
 
 void Store::add(const Record& record) {
-    told_with(impl_->path, [&] { impl_->add(record); });
+    with_file_name(impl_->path, [&] { impl_->add(record); });
 }
 
 void Store::commit() {
-    told_with(impl_->path, [&] { impl_->commit(); });
+    with_file_name(impl_->path, [&] { impl_->commit(); });
 }
 
 void Store::set_meta(const std::string& key, const std::string& value) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         impl_->begin();
         Statement insert(impl_->db, "INSERT OR REPLACE INTO qv_meta VALUES(?,?)");
         insert.bind(1, key);
@@ -82,7 +82,7 @@ void Store::set_meta(const std::string& key, const std::string& value) {
 }
 
 std::string Store::meta(const std::string& key) const {
-    return told_with(impl_->path, [&] {
+    return with_file_name(impl_->path, [&] {
         Statement q(impl_->db, "SELECT value FROM qv_meta WHERE key=?");
         q.bind(1, key);
         return q.executeStep() ? q.getColumn(0).getString() : std::string();
@@ -90,7 +90,7 @@ std::string Store::meta(const std::string& key) const {
 }
 
 void Store::set_facts(const std::vector<Fact>& facts) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         impl_->begin();
         impl_->db.exec("DELETE FROM qv_fact");
         Statement insert(impl_->db, "INSERT INTO qv_fact(label, value, source) VALUES(?,?,?)");
@@ -105,7 +105,7 @@ void Store::set_facts(const std::vector<Fact>& facts) {
 }
 
 std::vector<Fact> Store::facts() const {
-    return told_with(impl_->path, [&] {
+    return with_file_name(impl_->path, [&] {
         std::vector<Fact> facts;
         for (Statement q(impl_->db, "SELECT label, value, source FROM qv_fact ORDER BY position");
              q.executeStep();)
@@ -116,7 +116,7 @@ std::vector<Fact> Store::facts() const {
 }
 
 void Store::set_commands(const std::vector<CommandInfo>& commands) {
-    told_with(impl_->path, [&] {
+    with_file_name(impl_->path, [&] {
         impl_->begin();
         impl_->db.exec("DELETE FROM qv_command");
         Statement insert(
@@ -134,7 +134,7 @@ void Store::set_commands(const std::vector<CommandInfo>& commands) {
 }
 
 std::vector<CommandInfo> Store::commands() const {
-    return told_with(impl_->path, [&] {
+    return with_file_name(impl_->path, [&] {
         std::vector<CommandInfo> commands;
         for (Statement q(
                  impl_->db,
@@ -147,7 +147,7 @@ std::vector<CommandInfo> Store::commands() const {
 }
 
 std::vector<ModuleInfo> Store::modules() const {
-    return told_with(impl_->path, [&] {
+    return with_file_name(impl_->path, [&] {
         std::vector<ModuleInfo> modules;
         std::map<std::int64_t, std::size_t> place;
         for (Statement q(impl_->db, "SELECT module, name, display FROM qv_module ORDER BY module");
@@ -171,7 +171,7 @@ std::vector<ModuleInfo> Store::modules() const {
 }
 
 std::vector<PropertyInfo> Store::properties(const std::string& table) const {
-    return told_with(impl_->path, [&] {
+    return with_file_name(impl_->path, [&] {
         if (impl_->transaction) impl_->save_run();
         std::vector<PropertyInfo> properties;
         std::set<std::string> seen;

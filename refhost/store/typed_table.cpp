@@ -8,7 +8,7 @@ namespace qvhost {
 
 using SQLite::Statement;
 using store::identifier;
-using store::told_with;
+using store::with_file_name;
 
 namespace {
 
@@ -77,14 +77,14 @@ struct TypedTableWriter::Impl {
 
 TypedTableWriter::TypedTableWriter(Store& store, const char* table,
                                    std::span<const TypedColumn> columns)
-    : impl_(told_with(store.impl_->path,
-                      [&] { return std::make_unique<Impl>(*store.impl_, table, columns); })) {}
+    : impl_(with_file_name(store.impl_->path,
+                           [&] { return std::make_unique<Impl>(*store.impl_, table, columns); })) {}
 
 TypedTableWriter::~TypedTableWriter() = default;
 TypedTableWriter::TypedTableWriter(TypedTableWriter&&) noexcept = default;
 
 void TypedTableWriter::add(const std::vector<TypedValue>& row) {
-    told_with(impl_->store.path, [&] {
+    with_file_name(impl_->store.path, [&] {
         impl_->insert.reset();
         int place = 0;
         for (const auto& value : row) bind(impl_->insert, ++place, value);
@@ -94,7 +94,7 @@ void TypedTableWriter::add(const std::vector<TypedValue>& row) {
 
 void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
                     const std::function<void(const std::vector<TypedValue>&)>& take) {
-    told_with(store.impl_->path, [&] {
+    with_file_name(store.impl_->path, [&] {
         auto& db = store.impl_->db;
         if (!db.tableExists(table)) return;
         std::string names;

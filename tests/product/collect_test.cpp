@@ -95,7 +95,8 @@ TEST_F(Collect, NamesThatNoModuleHasAreRefusedWithThoseThatThereAre) {
 
 TEST_F(Collect, ToolsFindAKnownEnvironment) {
     const Invocation invocation{
-        .arguments = collect("calm", {"--table", "SURROUNDINGS", "--tool-timeout", "7"}),
+        .arguments = collect(
+            "calm", {"--table", "SURROUNDINGS", "--tool-timeout", "7", "--silence-timeout", "5"}),
         .environment = {{"PATH", "/opt/tools:/usr/bin"},
                         {"LANG", "tr_TR.UTF-8"},
                         {"LANGUAGE", "tr"},
@@ -120,6 +121,7 @@ TEST_F(Collect, ToolsFindAKnownEnvironment) {
         {"LC_TIME", "(unset)"},
         {"QV_TOOL_TIMEOUT", "7"},
         {"QV_ARCHIVE_TIMEOUT", "42"},
+        {"QV_SILENCE_TIMEOUT", "5"},
         {"QV_TEST_OWN", "kept"},
         {"log_dir", log_dir().string() + "/"},
         {"directory", log_dir().string()},

@@ -7,14 +7,10 @@ import {pictures} from "./pictures";
 import {PrintView} from "./print";
 import {routeOf, tableHash, viewHash, type Route} from "./route";
 import {SearchView} from "./search";
+import {serverName} from "./server_name";
 import {TableView} from "./table_view";
 import {applyTheme, nextTheme, savedTheme} from "./theme";
 import {visible} from "./text";
-
-export function serverName(overview: Overview): string {
-  const product = overview.facts.find(fact => fact.label === "Product");
-  return product ? visible(product.value) : "Server report";
-}
 
 export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const [route, setRoute] = useState<Route>(() => routeOf(location.hash));

@@ -2,7 +2,7 @@
 import {Concerns} from "./concerns";
 import type {Overview, Table} from "./data";
 import {tableHash, viewHash} from "./route";
-import {serverName} from "./app";
+import {serverName} from "./server_name";
 import {count, seconds, visible} from "./text";
 
 export function OverviewView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {

@@ -1,10 +1,10 @@
 // The whole report as one document, for paper or a PDF.
 import {render} from "preact";
 import {useEffect, useRef, useState} from "preact/hooks";
-import {serverName} from "./app";
 import {Concerns} from "./concerns";
 import {loadRows, type Overview, type Table} from "./data";
 import {plainTable} from "./plain_table";
+import {serverName} from "./server_name";
 import {Sheet} from "./sheet";
 import {count, visible} from "./text";
 

@@ -1,9 +1,16 @@
 #include "qvhost/cli/command_line.h"
 
 #include <algorithm>
-#include <array>
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/join.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
+#include <variant>
 
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/cli/help.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/present/export.h"
@@ -13,83 +20,53 @@ namespace qvhost {
 
 namespace {
 
+// clang-format off
 const std::vector<CommandText> kTexts = {
-    {"qvhost",
-     "Gathers what a Linux server knows about itself into one report", {"It runs the tools that know something (of the BMC, of RAID controllers, of the system), keeps "
-      "what each of them printed in a log directory, and files it as records in named tables, which "
-      "can be read in a terminal, queried with SQL, or handed to other programs."},
-     {
-         {"qvhost collect --log-dir /var/tmp/collection", "Collect this machine, as root."},
-         {"qvhost show /var/tmp/collection SENSORINFO", "Read a table of it."},
-     }},
-    {"collect",
-     "Collect from this machine",                                      {"The log directory is made for its owner alone: captures hold serial numbers, addresses and "
-      "logs. A report that is there already moves aside."},
-     {
-         {"qvhost collect --log-dir /var/tmp/collection", "Everything."},
-         {"qvhost collect --log-dir bmc --module BMC_Info --quiet",
-          "One module, without progress. \"qvhost tables\" lists them."},
-         {"qvhost collect --log-dir adaptec --also pmc --tool-timeout 60",
-          "With the Adaptec controller; no tool may take more than a minute."},
-     }},
-    {"replay",
-     "Collect from a recorded server",                                 {"A recorded server is a directory with a file machine.json, which tells what each tool "
-      "printed. No tool of this machine is asked."},
-     {
-         {"qvhost replay samples/x86_64-kp220-megaraid --log-dir out",
-          "Collect as if this machine were the recorded one."},
-     }},
-    {"tables",
-     "List modules, tables and layouts",                               {},
-     {
-         {"qvhost tables", "What can be collected, and the properties that each table shows."},
-     }},
-    {"show",
-     "Show tables of a report",                                        {"Tables with records come first, then the empty ones with the reason why they are empty. On a "
-      "terminal the output goes through the pager in $PAGER, or less."},
-     {
-         {"qvhost show /var/tmp/collection", "All tables."},
-         {"qvhost show /var/tmp/collection SENSORINFO PDLIST", "Two of them."},
-         {"qvhost show report.sqlite SELINFO --no-pager | grep -i temperature",
-          "The store alone is a report as well."},
-     }},
-    {"query",
-     "Ask a report with SQL",                                          {"Each table of the report is an SQL table with one column for each property, and qv_seq, the "
-      "record's place in the collection; the tables qv_* hold modules, layouts and record names. The "
-      "statement can read the report and do nothing else."},
-     {
-         {"qvhost query DIR \"SELECT item1, item2 FROM SENSORINFO\"", "Two columns of a table."},
-         {"qvhost query DIR \"SELECT Class, count(*) FROM EVENTLOG1 GROUP BY 1\" --format csv",
-          "The events of each class, for a spreadsheet."},
-         {"qvhost query DIR \"SELECT id, reason FROM qv_table WHERE reason <> ''\" --format json",
-          "Why tables are empty, for a program."},
-         {"qvhost query DIR \"PRAGMA table_info(PDLIST)\"", "The columns of a table."},
-     }},
-    {"export",
-     "Write a report in another format",                               {"json is report.json: all modules, layouts and records, values without loss but for bytes that "
-      "are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first "
-      "row. html is the page of the report, index.html, without the captures.",
-      "A spreadsheet takes a text for a formula if it begins with =, +, -, @ or a control character; "
-      "in csv such a text gets an apostrophe before it, unless --raw is given."},
-     {
-         {"qvhost export DIR --format json | jq '.records | length'",
-          "All records, for a program."},
-         {"qvhost export DIR --format csv --output tables", "Every table as tables/ID.csv."},
-         {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv", "One table."},
-         {"qvhost export DIR --format html --output page", "The page, as page/index.html."},
-     }},
+    {"qvhost", "Gathers what a Linux server knows about itself into one report",
+     {"It runs the tools that know something (of the BMC, of RAID controllers, of the system), keeps what each of them printed in a log directory, and files it as records in named tables, which can be read in a terminal, queried with SQL, or handed to other programs."},
+     {{"qvhost collect --log-dir /var/tmp/collection",   "Collect this machine, as root."},
+      {"qvhost show /var/tmp/collection SENSORINFO",     "Read a table of it."}}},
+
+    {"collect", "Collect from this machine",
+     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. A report that is there already moves aside."},
+     {{"qvhost collect --log-dir /var/tmp/collection",                      "Everything."},
+      {"qvhost collect --log-dir bmc --module BMC_Info --quiet",            "One module, without progress. \"qvhost tables\" lists them."},
+      {"qvhost collect --log-dir adaptec --also pmc --tool-timeout 60",     "With the Adaptec controller; no tool may take more than a minute."}}},
+
+    {"replay", "Collect from a recorded server",
+     {"A recorded server is a directory with a file machine.json, which tells what each tool printed. No tool of this machine is asked."},
+     {{"qvhost replay samples/x86_64-kp220-megaraid --log-dir out",         "Collect as if this machine were the recorded one."}}},
+
+    {"tables", "List modules, tables and layouts",
+     {},
+     {{"qvhost tables",                                                     "What can be collected, and the properties that each table shows."}}},
+
+    {"show", "Show tables of a report",
+     {"Tables with records come first, then the empty ones with the reason why they are empty. On a terminal the output goes through the pager in $PAGER, or less."},
+     {{"qvhost show /var/tmp/collection",                                   "All tables."},
+      {"qvhost show /var/tmp/collection SENSORINFO PDLIST",                 "Two of them."},
+      {"qvhost show report.sqlite SELINFO --no-pager | grep -i temperature", "The store alone is a report as well."}}},
+
+    {"query", "Ask a report with SQL",
+     {"Each table of the report is an SQL table with one column for each property, and qv_seq, the record's place in the collection; the tables qv_* hold modules, layouts and record names. The statement can read the report and do nothing else."},
+     {{"qvhost query DIR \"SELECT item1, item2 FROM SENSORINFO\"",                                 "Two columns of a table."},
+      {"qvhost query DIR \"SELECT Class, count(*) FROM EVENTLOG1 GROUP BY 1\" --format csv",       "The events of each class, for a spreadsheet."},
+      {"qvhost query DIR \"SELECT id, reason FROM qv_table WHERE reason <> ''\" --format json",    "Why tables are empty, for a program."},
+      {"qvhost query DIR \"PRAGMA table_info(PDLIST)\"",                                           "The columns of a table."}}},
+
+    {"export", "Write a report in another format",
+     {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures.",
+      "A spreadsheet takes a text for a formula if it begins with =, +, -, @ or a control character; in csv such a text gets an apostrophe before it, unless --raw is given."},
+     {{"qvhost export DIR --format json | jq '.records | length'",          "All records, for a program."},
+      {"qvhost export DIR --format csv --output tables",                    "Every table as tables/ID.csv."},
+      {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv",   "One table."},
+      {"qvhost export DIR --format html --output page",                     "The page, as page/index.html."}}},
 };
+// clang-format on
 
 std::string not_empty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
-// "table|csv|json"
-std::string alternatives(const std::vector<std::string>& values) {
-    std::string text;
-    for (const auto& value : values) text += (text.empty() ? "" : "|") + value;
-    return text;
-}
-
-// Checks without words of their own: the descriptions have them.
+// Checks that add no words to the help: the descriptions already say what is allowed.
 CLI::Validator one_of(const std::vector<std::string>& values) {
     return CLI::IsMember(values).description("");
 }
@@ -103,68 +80,66 @@ CLI::App& add_command(CLI::App& app, const char* name) {
     return command;
 }
 
-void add_plugin_option(CLI::App& command, CollectOptions& options) {
-    command.add_option("--plugin", options.plugin, "Another plug-in than the installed one")
-        ->type_name("FILE")
-        ->check(not_empty);
+// Adds the option of a row; its value goes to the last parameter.
+CLI::Option& add_option(CLI::App& command, const CollectOption& row, bool& flag) {
+    return *command.add_flag("--" + std::string(row.name), flag, row.meaning);
+}
+
+template <class Number>
+CLI::Option& add_number(CLI::App& command, const CollectOption& row, Number& number) {
+    return *command.add_option("--" + std::string(row.name), number, row.meaning)
+                ->check(range(row.range.least, row.range.most))
+                ->default_str(std::to_string(row.range.usual));
+}
+CLI::Option& add_option(CLI::App& command, const CollectOption& row, unsigned& number) {
+    return add_number(command, row, number);
+}
+CLI::Option& add_option(CLI::App& command, const CollectOption& row,
+                        std::optional<unsigned>& number) {
+    return add_number(command, row, number);
+}
+
+template <class Text>
+CLI::Option& add_option(CLI::App& command, const CollectOption& row, Text& text) {
+    return *command.add_option("--" + std::string(row.name), text, row.meaning)->check(not_empty);
+}
+
+// If the row lists words, these alone are allowed.
+CLI::Option& add_option(CLI::App& command, const CollectOption& row,
+                        std::vector<std::string>& texts) {
+    auto& option = *command.add_option("--" + std::string(row.name), texts, row.meaning);
+    std::vector<std::string> choices;
+    boost::split(choices, row.value, boost::is_any_of("|"));
+    if (choices.size() > 1) return *option.delimiter(',')->check(one_of(choices));
+    return *option.allow_extra_args(false)->check(not_empty);
+}
+
+void add_row(CLI::App& command, const CollectOption& row, CollectOptions& options) {
+    auto& option = std::visit(
+        [&](auto member) -> CLI::Option& { return add_option(command, row, options.*member); },
+        row.place);
+    option.required(row.use == CollectOption::Use::required);
+    if (!row.value.empty()) option.type_name(row.value);
 }
 
 void add_collect_options(CLI::App& command, CollectOptions& options) {
-    static const std::vector<std::string> operations{"pmc", "fru0", "bios"};
-    command
-        .add_option("--log-dir", options.log_dir, "Where captures, log and report go (required)")
-        ->required()
-        ->type_name("DIR")
-        ->check(not_empty);
-    command
-        .add_option("--log-level", options.log_level,
-                    "How much is logged, 0 to 4: 2 silences the modules, 4 tells details")
-        ->check(range(0, 4))
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--module", options.modules, "Only this module (more than one: repeat)")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(not_empty);
-    command.add_option("--table", options.tables, "Only this table (more than one: repeat)")
-        ->type_name("ID")
-        ->allow_extra_args(false)
-        ->check(not_empty);
-    const std::tuple<const char*, std::optional<unsigned>*, const char*> timeouts[] = {
-        {"--tool-timeout",    &options.limits.tool,
-         "Stop a tool after so many seconds, 1 to 86400; six times as many if it packs the logs of the "
-         "whole system [300]"                                                        },
-        {"--silence-timeout", &options.limits.silence,
-         "Stop a tool that has neither printed nor written for so many seconds [120]"},
-        {"--module-timeout",  &options.limits.module,
-         "Stop what runs when a module has taken so many seconds [3600]"             },
-        {"--run-timeout",     &options.limits.run,
-         "Stop what runs when the whole collection has taken so many seconds [7200]" },
-    };
-    for (const auto& [name, seconds, meaning] : timeouts)
-        command.add_option(name, *seconds, meaning)
-            ->check(range(1, kMostSeconds))
-            ->type_name("SECONDS");
+    for (const auto& row : collect_options()) {
+        if (row.use != CollectOption::Use::internal) add_row(command, row, options);
+    }
     // The outer limits are no less than the inner ones.
     command.final_callback([&options] {
         try {
-            limits_for(options.limits);
+            limits_for(options);
         } catch (const std::invalid_argument& error) {
             throw CLI::ValidationError(error.what());
         }
     });
-    command
-        .add_option("--also", options.also,
-                    "Also call what no module calls: pmc (Adaptec controller), fru0 (first FRU "
-                    "device), bios (BIOS settings); more than one: with commas")
-        ->delimiter(',')
-        ->check(one_of(operations))
-        ->type_name(alternatives(operations));
-    add_plugin_option(command, options);
-    command.add_flag(
-        "--dry-run", options.dry_run,
-        "Tell what would be collected, where to and with which limits, and do nothing");
-    command.add_flag("--quiet", options.quiet, "No progress");
+}
+
+void add_plugin_option(CLI::App& command, CollectOptions& options) {
+    for (const auto& row : collect_options()) {
+        if (std::string_view(row.name) == "plugin") add_row(command, row, options);
+    }
 }
 
 void add_report_argument(CLI::App& command, std::filesystem::path& report) {
@@ -181,7 +156,7 @@ void add_query(CLI::App& app, QueryOptions& options) {
     query.add_option("SQL", options.sql, "One statement that reads, mostly a SELECT")->required();
     query.add_option("--format", options.format, "How the rows are printed")
         ->check(one_of(query_formats()))
-        ->type_name(alternatives(query_formats()))
+        ->type_name(boost::join(query_formats(), "|"))
         ->capture_default_str();
     add_raw_flag(query, options.raw);
     query.final_callback([&options] {
@@ -193,10 +168,10 @@ void add_query(CLI::App& app, QueryOptions& options) {
 void add_export(CLI::App& app, ExportOptions& options) {
     auto& exporting = add_command(app, "export");
     add_report_argument(exporting, options.report);
-    exporting.add_option("--format", options.format, "What to write (required)")
+    exporting.add_option("--format", options.format, "What to write")
         ->required()
         ->check(one_of(export_formats()))
-        ->type_name(alternatives(export_formats()));
+        ->type_name(boost::join(export_formats(), "|"));
     exporting
         .add_option(
             "--output", options.output,
@@ -220,7 +195,7 @@ std::vector<const CLI::Option*> options_where(const CLI::App& command, bool posi
         if (option->get_positional() == positional && !option->get_group().empty())
             found.push_back(option);
     }
-    // --help, which is the first, is the last that people look for.
+    // --help is the first of the options, but people look for the others: it comes last.
     const auto* help = command.get_help_ptr();
     std::stable_partition(found.begin(), found.end(), [&](const auto* o) { return o != help; });
     return found;
@@ -228,33 +203,32 @@ std::vector<const CLI::Option*> options_where(const CLI::App& command, bool posi
 
 }  // namespace
 
-std::unique_ptr<CLI::App> command_line(Asked& asked) {
+std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     auto app = std::make_unique<CLI::App>("", "qvhost");
     app->formatter(std::make_shared<HelpText>());
     app->set_help_flag("-h,--help", "Show this help");
     app->set_version_flag("--version", std::string("qvhost ") + QV_VERSION, "Show the version");
     app->require_subcommand(1);
 
-    add_collect_options(add_command(*app, "collect"), asked.collect);
+    add_collect_options(add_command(*app, "collect"), parsed.collect);
 
     auto& replay = add_command(*app, "replay");
-    replay.add_option("MACHINE", asked.machine, "Its directory, with machine.json")->required();
-    add_collect_options(replay, asked.collect);
+    replay.add_option("MACHINE", parsed.machine, "Its directory, with machine.json")->required();
+    add_collect_options(replay, parsed.collect);
 
-    add_plugin_option(add_command(*app, "tables"), asked.collect);
+    add_plugin_option(add_command(*app, "tables"), parsed.collect);
 
     auto& show = add_command(*app, "show");
-    add_report_argument(show, asked.show.report);
-    show.add_option("TABLE", asked.show.tables, "Tables to show; none: all");
-    show.add_flag("--no-pager", asked.show.no_pager, "No pager, also on a terminal");
+    add_report_argument(show, parsed.show.report);
+    show.add_option("TABLE", parsed.show.tables, "Tables to show; none: all");
+    show.add_flag("--no-pager", parsed.show.no_pager, "No pager, also on a terminal");
 
-    add_query(*app, asked.query);
-    add_export(*app, asked.exporting);
+    add_query(*app, parsed.query);
+    add_export(*app, parsed.exporting);
 
     auto& child = *app->add_subcommand(kChildCommand)->group("");
-    add_collect_options(child, asked.collect);
-    child.add_option("--search-path", asked.stage.search_path);
-    child.add_option("--lifeline", asked.lifeline)->required();
+    child.add_option("SETTINGS", parsed.child.settings)->required();
+    child.add_option("LIFELINE", parsed.child.lifeline)->required();
     return app;
 }
 
@@ -276,6 +250,10 @@ std::vector<const CLI::Option*> options_of(const CLI::App& command) {
 
 std::vector<const CLI::Option*> arguments_of(const CLI::App& command) {
     return options_where(command, true);
+}
+
+bool is_required_option(const CLI::Option& option) {
+    return option.get_required() && !option.get_positional();
 }
 
 std::string usage_of(const CLI::App& command) {

@@ -9,30 +9,32 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 
-// What the user asked for.
-struct Asked {
+// What a command line says, once it is parsed.
+struct ParsedArguments {
     CollectOptions collect;
     std::filesystem::path machine;
     ShowOptions show;
     QueryOptions query;
     ExportOptions exporting;
-    Stage stage;  // of the collecting child
-    int lifeline = -1;
+    struct {
+        int settings = -1;
+        int lifeline = -1;
+    } child;  // descriptors of the collecting child (collect/child.h)
 };
 
-// `asked` gets what is parsed; it outlives the result.
-std::unique_ptr<CLI::App> command_line(Asked& asked);
+// `parsed` gets what is parsed; it outlives the result.
+std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed);
 
 struct Example {
     const char* command;
     const char* meaning;
 };
 
-// What is told of a command beside its options; of the program itself, too.
+// What help and manual say about a command, or about the program, beside its options.
 struct CommandText {
     const char* name;
     const char* summary;
@@ -46,14 +48,17 @@ std::vector<const CLI::App*> commands_of(const CLI::App& app);
 std::vector<const CLI::Option*> options_of(const CLI::App& command);
 std::vector<const CLI::Option*> arguments_of(const CLI::App& command);
 
-// "REPORT SQL": the arguments as a usage line has them.
+// An option, not an argument, that must be given.
+bool is_required_option(const CLI::Option& option);
+
+// "qvhost query [OPTION]... REPORT SQL": the usage line.
 std::string usage_of(const CLI::App& command);
 
 // The manual page qvhost(1), as roff.
 void write_manual(std::ostream& out, const CLI::App& app);
 
-// What the last word of a command line could become, for a shell: "words" or "paths" in the first
-// line, then a candidate a line. The words are as they were typed, without the program's name.
+// Writes how the last word of a command line could be completed: "words" or "paths" in the first line,
+// then one candidate a line. `words` are as they were typed, without the program's name.
 void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words);
 
 }  // namespace qvhost

@@ -1,14 +1,16 @@
 #include <algorithm>
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <ostream>
 #include <string_view>
 
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -24,7 +26,7 @@ struct Candidates {
     bool are_paths = false;
 };
 
-// A word as it was typed, without the shell's quotes. Nothing in it is expanded but "~/".
+// The typed word without the shell's quotes. Variables and patterns in it stay as they are.
 std::string unquoted(std::string_view typed) {
     std::string word;
     char quote = 0;
@@ -104,7 +106,7 @@ Words table_names() {
     return names;
 }
 
-// Those of the report, which is only read: a broken collection is completed by who opens it.
+// The report is only read here: `show` and `query` complete a collection that was cut off.
 Words table_names(const std::string& report) {
     Words names;
     const auto path = path_of(report);
@@ -113,18 +115,6 @@ Words table_names(const std::string& report) {
         for (const auto& table : module.tables) names.push_back(table.id);
     }
     return names;
-}
-
-Words split(const std::string& text, char separator) {
-    Words parts;
-    std::size_t begin = 0;
-    for (auto end = text.find(separator); end != std::string::npos;
-         end = text.find(separator, begin)) {
-        parts.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    parts.push_back(text.substr(begin));
-    return parts;
 }
 
 // What can stand for an argument or the value of an option, by the name that the help gives it.
@@ -136,7 +126,11 @@ Candidates values(const std::string& kind, const std::string& word, const std::s
     if (kind == "NAME") return {module_names()};
     if (kind == "ID" || kind == "TABLE")
         return {report.empty() ? table_names() : table_names(report)};
-    if (kind.find('|') != std::string::npos) return {split(kind, '|')};
+    if (kind.find('|') != std::string::npos) {
+        Candidates found;
+        boost::split(found.words, kind, boost::is_any_of("|"));
+        return found;
+    }
     return {};
 }
 
@@ -194,7 +188,7 @@ Candidates of_command(const CLI::App& command, const Words& before, const std::s
     return values(arguments[place]->get_name(true), word, report);
 }
 
-// Shells that take "=" for a word of its own give "--option", "=", "value".
+// Some shells split "--option=value" into "--option", "=", "value".
 Words without_equal_signs(const Words& words) {
     Words joined;
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -223,8 +217,8 @@ Candidates candidates(const CLI::App& app, Words& words) {
     return {word.starts_with("-") ? option_names(app) : command_names(app)};
 }
 
-// Paths are quoted by the shell, words are not: one of a report from elsewhere must not become a
-// command of the shell.
+// The shell quotes paths but not words, and a word may come from an untrusted report: it must not
+// become a command of the shell.
 bool can_be_offered(const std::string& word, bool is_path) {
     if (is_path) return word.find('\n') == std::string::npos;
     return std::all_of(word.begin(), word.end(), [](char c) {

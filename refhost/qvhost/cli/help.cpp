@@ -12,7 +12,7 @@ namespace qvhost {
 
 namespace {
 
-constexpr unsigned kMostWidth = 100;  // longer lines are hard to read
+constexpr unsigned kMaxWidth = 100;  // longer lines are hard to read
 constexpr std::size_t kTermColumn = 2;
 constexpr std::size_t kTextColumn = 26;
 
@@ -41,6 +41,7 @@ std::string term_of(const CLI::Option& option) {
 
 std::string description_of(const CLI::Option& option) {
     auto text = option.get_description();
+    if (is_required_option(option)) text += " (required)";
     if (!option.get_default_str().empty()) text += " [" + option.get_default_str() + "]";
     return text;
 }
@@ -48,7 +49,7 @@ std::string description_of(const CLI::Option& option) {
 }  // namespace
 
 std::string HelpText::make_help(const CLI::App* command, std::string, CLI::AppFormatMode) const {
-    const auto width = std::min(kMostWidth, terminal_style(STDOUT_FILENO).width);
+    const auto width = std::min(kMaxWidth, terminal_style(STDOUT_FILENO).width);
     const auto& text = text_of(*command);
     const bool is_program = !command->get_parent();
 

@@ -1,3 +1,4 @@
+// How --help prints a command.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <ostream>
 
 #include "qvhost/cli/command_line.h"
@@ -7,28 +9,29 @@ namespace qvhost {
 
 namespace {
 
-// Text in which roff sees nothing of its own.
+// Characters that have a meaning in roff, and how to print them.
+constexpr struct {
+    char plain;
+    const char* escaped;
+} kEscapes[] = {
+    {'\\', "\\e"  },
+    {'-',  "\\-"  },
+    {'\'', "\\(aq"},
+    {'~',  "\\(ti"},
+    {'^',  "\\(ha"},
+    {'`',  "\\(ga"},
+};
+
+// The text so that roff prints it as it is.
 std::string roff(const std::string& text) {
     std::string out;
     bool line_begins = true;
     for (const char c : text) {
         if (line_begins && (c == '.' || c == '\'')) out += "\\&";
         line_begins = c == '\n';
-        if (c == '\\') {
-            out += "\\e";
-        } else if (c == '-') {
-            out += "\\-";
-        } else if (c == '\'') {
-            out += "\\(aq";
-        } else if (c == '~') {
-            out += "\\(ti";
-        } else if (c == '^') {
-            out += "\\(ha";
-        } else if (c == '`') {
-            out += "\\(ga";
-        } else {
-            out += c;
-        }
+        const auto* const escape = std::find_if(std::begin(kEscapes), std::end(kEscapes),
+                                                [&](const auto& one) { return one.plain == c; });
+        out += escape == std::end(kEscapes) ? std::string(1, c) : escape->escaped;
     }
     return out;
 }
@@ -50,6 +53,7 @@ std::string term_of(const CLI::Option& option) {
 void write_entries(std::ostream& out, const std::vector<const CLI::Option*>& options) {
     for (const auto* option : options) {
         out << ".TP\n" << term_of(*option) << '\n' << roff(option->get_description());
+        if (is_required_option(*option)) out << " (required)";
         if (!option->get_default_str().empty())
             out << "; by default " << roff(option->get_default_str());
         out << ".\n";
@@ -73,31 +77,33 @@ void write_command(std::ostream& out, const CLI::App& command) {
     write_examples(out, text);
 }
 
-// What no option says.
-constexpr struct {
+// An entry of the sections that are not about options.
+struct Entry {
     const char* term;
     const char* text;
-} kExitStatus[] =
-    {
-        {"0", "Done; also if tools failed, whose failures the report tells."                 },
-        {"1", "It could not be done, or is incomplete. A message on standard error says why."},
-        {"2", "The command line was wrong."                                                  },
-},
-  kEnvironment[] =
-      {
-          {"PAGER",
-           "The command through which show prints on a terminal; less if it is not set. Empty "
-           "or cat: none."},
-          {"LESS", "Options of less; FRX if it is not set."},
-          {"COLUMNS", "The width of tables, instead of the terminal's."},
-          {"NO_COLOR", "If it is not empty, nothing is printed in bold."},
-},
-  kFiles[] = {
-      {"DIR/*", "What the tools printed, one file a command."},
-      {"DIR/qvhost.log", "What was done, line by line."},
-      {"DIR/report/report.json", "All records, for programs."},
-      {"DIR/report/report.sqlite", "The same as an SQLite database, the store."},
 };
+
+// clang-format off
+constexpr Entry kExitStatus[] = {
+    {"0", "Done; also if tools failed, whose failures the report tells."},
+    {"1", "It could not be done, or is incomplete. A message on standard error says why."},
+    {"2", "The command line was wrong."},
+};
+
+constexpr Entry kEnvironment[] = {
+    {"PAGER",    "The command through which show prints on a terminal; less if it is not set. Empty or cat: none."},
+    {"LESS",     "Options of less; FRX if it is not set."},
+    {"COLUMNS",  "The width of tables, instead of the terminal's."},
+    {"NO_COLOR", "If it is not empty, nothing is printed in bold."},
+};
+
+constexpr Entry kFiles[] = {
+    {"DIR/*",                    "What the tools printed, one file a command."},
+    {"DIR/qvhost.log",           "What was done, line by line."},
+    {"DIR/report/report.json",   "All records, for programs."},
+    {"DIR/report/report.sqlite", "The same as an SQLite database, the store."},
+};
+// clang-format on
 
 template <class Entries>
 void write_section(std::ostream& out, const char* title, const Entries& entries) {

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <semaphore.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,12 +18,15 @@
 #include <thread>
 #include <utility>
 
+#include "files/new_file.h"
 #include "journal/journal.h"
 #include "logger/control.h"
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
-#include "qvhost/collect/processes.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
+#include "qvhost/base/processes.h"
 #include "qvhost/collect/selection.h"
 #include "repository/sink.h"
 
@@ -47,7 +51,7 @@ public:
         }
     }
 
-    // Why a record could not be kept, also if the module swallowed the exception; empty: all were.
+    // Why a record could not be kept, even if the module caught the exception; empty: all were kept.
     const std::string& failure() const { return failure_; }
 
 private:
@@ -55,58 +59,62 @@ private:
     std::string failure_;
 };
 
-int opened(const std::string& path, int flags) {
-    const int fd = ::open(path.c_str(), flags | O_CLOEXEC, 0600);
-    if (fd < 0) throw std::system_error(errno, std::generic_category(), path);
-    return fd;
-}
-
-// What tools say on the terminal instead of into their captures goes into a file.
+// What tools print on the terminal, and not into their captures, goes into a file.
 void redirect_standard_streams(const LogDir& dir) {
-    const int nothing = opened("/dev/null", O_RDONLY);
-    const int console =
-        opened(dir.console().string(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW);
-    ::dup2(nothing, STDIN_FILENO);
-    ::dup2(console, STDOUT_FILENO);
-    ::dup2(console, STDERR_FILENO);
+    const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (!nothing) throw std::system_error(errno, std::generic_category(), "/dev/null");
+    std::filesystem::remove(dir.console());
+    const auto console = create_private(dir.console(), O_WRONLY | O_APPEND);
+    ::dup2(nothing.get(), STDIN_FILENO);
+    ::dup2(console.get(), STDOUT_FILENO);
+    ::dup2(console.get(), STDERR_FILENO);
 }
 
-sem_t held;
+// The settings that the parent wrote.
+std::string read_settings(const Descriptor& file) {
+    struct stat info {};
+    if (::fstat(file.get(), &info) != 0)
+        throw std::system_error(errno, std::generic_category(), "the settings");
+    return read_bytes(file.get(), static_cast<std::size_t>(info.st_size));
+}
 
-// Where the collecting thread stays once the parent is gone.
-void hold(int) {
-    ::sem_post(&held);
+sem_t thread_stopped;
+
+// The collecting thread stops here when the parent is gone.
+void stop_here(int) {
+    ::sem_post(&thread_stopped);
     for (;;) ::pause();
 }
 
-// Stops the thread that runs the modules: it would take a killed tool for a failed one and start the
-// next.
-void hold_thread(pthread_t thread) {
+// Stops the thread that runs the modules. It would take a killed tool for a failed one and start the
+// next tool.
+void stop_thread(pthread_t thread) {
     ::pthread_kill(thread, SIGRTMIN);
-    timespec patience{};
-    ::clock_gettime(CLOCK_REALTIME, &patience);
-    patience.tv_sec += 1;
-    while (::sem_timedwait(&held, &patience) != 0 && errno == EINTR) {
+    timespec give_up{};
+    ::clock_gettime(CLOCK_REALTIME, &give_up);
+    give_up.tv_sec += 1;
+    while (::sem_timedwait(&thread_stopped, &give_up) != 0 && errno == EINTR) {
     }
 }
 
 void end_with_parent(int lifeline) {
-    ::sem_init(&held, 0, 0);
+    ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
+    ::sem_init(&thread_stopped, 0, 0);
     struct sigaction action = {};
-    action.sa_handler = hold;
+    action.sa_handler = stop_here;
     ::sigaction(SIGRTMIN, &action, nullptr);
     std::thread([lifeline, collecting = ::pthread_self()] {
         char byte = 0;
         while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
         }
-        hold_thread(collecting);
+        stop_thread(collecting);
         kill_descendants();
         ::_exit(1);
     }).detach();
 }
 
 template <class Call>
-std::string what_it_throws(Call call) {
+std::string thrown_by(Call call) {
     try {
         call();
         return "";
@@ -123,31 +131,18 @@ void collect_table(RModule& module, const std::string& table, RRepository& repos
     journal.append(TableStartEntry{module.GetName(), table});
     RInstancesWrapper::Impl layout;
     RInstancesWrapper wrapper(layout);
-    auto error = what_it_throws([&] { callbacks.enumerate(repository); });
-    const auto wrap_error = what_it_throws([&] { callbacks.wrap(wrapper); });
+    auto error = thrown_by([&] { callbacks.enumerate(repository); });
+    const auto wrap_error = thrown_by([&] { callbacks.wrap(wrapper); });
     if (error.empty()) error = wrap_error;
     journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
 }
-
-// Operations that the plug-in exports and none of its modules calls.
-struct Operation {
-    const char* name;
-    const char* symbol;
-    bool takes_repository;
-};
-
-constexpr Operation kOperations[] = {
-    {"pmc",  "_ZN6marlox10repository8pmc_infoERNS0_11RRepositoryE",      true },
-    {"fru0", "_ZN6marlox10repository12fru_info_amdERNS0_11RRepositoryE", true },
-    {"bios", "_ZN6marlox10repository17get_bios_settingsEv",              false},
-};
 
 void call_also(const Plugin& plugin, const std::string& name, RRepository& repository) {
     for (const auto& operation : kOperations) {
         if (name != operation.name) continue;
         void* const address = plugin.operation(operation.symbol);
         if (!address) throw std::runtime_error("the plug-in has no operation for --also " + name);
-        // What they return is in the log as well, in words.
+        // What they return is ignored: the log has it in words.
         if (operation.takes_repository) {
             reinterpret_cast<void (*)(RRepository&)>(address)(repository);
         } else {
@@ -156,30 +151,31 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
     }
 }
 
-// Why the collection is not what was asked for; empty: it is.
+// Why the collection is incomplete; empty: it is complete.
 std::string collect(const CollectOptions& options, JournalWriter& journal) {
     using Clock = std::chrono::steady_clock;
-    const auto limits = limits_for(options.limits);
-    const auto end = Clock::now() + std::chrono::seconds(limits.run);
+    const auto limits = limits_for(options);
+    const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
     const Plugin plugin(options.plugin);
-    const auto chosen = choose(plugin, options);
+    const auto selected = select_modules(plugin, options);
     JournalSink sink(journal);
     RRepository repository(sink);
-    // All of them first: a collection that is cut off can tell what it did not reach.
-    for (const auto& [module, tables] : chosen)
+    // All modules first, so that a collection that is cut off can say what it did not reach.
+    for (const auto& [module, tables] : selected)
         journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
-    for (const auto& [module, tables] : chosen) {
-        set_tool_deadline(std::min(end, Clock::now() + std::chrono::seconds(limits.module)));
+    for (const auto& [module, tables] : selected) {
+        set_tool_deadline(
+            std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
         for (const auto& table : tables) {
             collect_table(*module, table, repository, journal);
-            // A full disk: what the tools would tell from here on could not be kept.
+            // The disk is full: what the tools would say from here on could not be kept.
             if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
         }
     }
 
     std::vector<std::string> errors;
     for (const auto& name : options.also)
-        errors.push_back(what_it_throws([&] { call_also(plugin, name, repository); }));
+        errors.push_back(thrown_by([&] { call_also(plugin, name, repository); }));
     errors.push_back(sink.failure());
     if (!log_failure().empty()) errors.push_back("the log could not be written: " + log_failure());
 
@@ -192,42 +188,20 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
 
 }  // namespace
 
-std::vector<std::string> child_arguments(const CollectOptions& options, const Stage& stage,
-                                         int lifeline) {
-    std::vector<std::string> arguments{kChildCommand, "--log-dir=" + options.log_dir.string(),
-                                       "--log-level=" + std::to_string(options.log_level),
-                                       "--plugin=" + options.plugin.string(),
-                                       "--lifeline=" + std::to_string(lifeline)};
-    const auto limits = limits_for(options.limits);
-    const std::pair<const char*, unsigned> timeouts[] = {
-        {"--run-timeout=",     limits.run    },
-        {"--module-timeout=",  limits.module },
-        {"--tool-timeout=",    limits.tool   },
-        {"--silence-timeout=", limits.silence}
-    };
-    for (const auto& [option, seconds] : timeouts)
-        arguments.push_back(option + std::to_string(seconds));
-    // An option with nothing behind its "=" would take the next argument for its value.
-    if (!stage.search_path.empty()) arguments.push_back("--search-path=" + stage.search_path);
-    for (const auto& name : options.modules) arguments.push_back("--module=" + name);
-    for (const auto& name : options.tables) arguments.push_back("--table=" + name);
-    for (const auto& name : options.also) arguments.push_back("--also=" + name);
-    return arguments;
-}
-
-int run_child(const CollectOptions& options, const Stage& stage, int lifeline) {
-    // A terminal's Ctrl-C is the parent's business.
+int run_child(int settings, int lifeline) {
+    // In a process group of its own, so that Ctrl-C on a terminal reaches the parent alone.
     ::setpgid(0, 0);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     ::signal(SIGPIPE, SIG_DFL);
 
+    const auto options = options_from(read_settings(Descriptor(settings)));
     const LogDir dir(options.log_dir);
     JournalWriter journal(dir.journal());
     std::string error;
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(stage.search_path, limits_for(options.limits), dir.commands());
+        set_tool_environment(options.search_path, limits_for(options), dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),

@@ -9,16 +9,18 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "qvhost/collect/ambient.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/limits.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/processes.h"
+#include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
-#include "qvhost/collect/fill.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/processes.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
-#include "qvhost/collect/trust.h"
-#include "qvhost/complete/complete_report.h"
-#include "qvhost/complete/summary.h"
+#include "qvhost/finish/earlier_report.h"
+#include "qvhost/finish/finish_report.h"
+#include "qvhost/finish/journal_importer.h"
+#include "qvhost/finish/summary.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -38,7 +40,7 @@ std::string utc_now() {
 }
 
 // "12.345"
-std::string seconds_since(std::chrono::steady_clock::time_point begin) {
+std::string text_of_seconds_since(std::chrono::steady_clock::time_point begin) {
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
     char text[32];
     std::snprintf(text, sizeof text, "%.3f", passed.count());
@@ -55,7 +57,7 @@ void warn_if_others_can_read(const fs::path& directory) {
          "addresses and logs");
 }
 
-// What lies there is run as the user, who may be root.
+// Refuses programs that another user could have put there: they would run as this user, maybe root.
 void expect_trusted(const fs::path& programs) {
     if (const auto reason = why_not_trusted(programs); !reason.empty())
         throw std::runtime_error("nothing is run from there: " + reason);
@@ -70,10 +72,10 @@ void remove_if_empty(const fs::path& file) {
 
 int collect(CollectOptions options, const Stage& stage) {
     if (options.dry_run) {
-        tell_plan(options, stage);
+        print_plan(options, stage);
         return 0;
     }
-    expect_trusted(stage.program.parent_path() / "qv_tools");
+    expect_trusted(stage.vendor_tools());
     options.log_dir = make_log_dir(options.log_dir);
     options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
     expect_trusted(options.plugin);
@@ -82,7 +84,7 @@ int collect(CollectOptions options, const Stage& stage) {
     const DirLock lock(dir.path());
     if (const auto found = make_room_for_report(dir); !found.empty()) warn("found " + found);
 
-    // A second's grace: file systems keep times more coarsely than clocks.
+    // One second earlier, since file systems keep times more coarsely than clocks.
     const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
     const auto begun = std::chrono::steady_clock::now();
     std::string problem;
@@ -91,25 +93,26 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("started", utc_now());
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
-        store.set_meta("limits", text_of(limits_for(options.limits)));
+        store.set_meta("limits", text_of(limits_for(options)));
         store.commit();
 
         JournalReader journal(dir.journal());
-        Filler filler(journal, store);
+        JournalImporter importer(journal, store);
         Progress progress(dir.path(), options.quiet);
         try {
-            problem = supervise(options, stage, filler, progress);
-        } catch (...) {  // a store or journal that fails
+            problem = supervise(options, stage, importer, progress);
+        } catch (...) {
+            // The store or the journal failed. The tools must not go on without us.
             kill_descendants();
             throw;
         }
 
-        filler.explain_unreached();
+        importer.explain_unreached();
         store.set_meta("finished", utc_now());
-        store.set_meta("seconds", seconds_since(begun));
+        store.set_meta("seconds", text_of_seconds_since(begun));
         store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
         remove_if_empty(dir.console());
-        complete_report(store, dir, stage.program.parent_path() / "qv_tools", started);
+        finish_report(store, dir, stage.vendor_tools(), started);
     }
     fs::remove(dir.journal());
     fs::remove(dir.commands());
@@ -120,8 +123,6 @@ int collect(CollectOptions options, const Stage& stage) {
     return problem.empty() ? 0 : 1;
 }
 
-int collect_here(const CollectOptions& options) {
-    return collect(options, {program_file(), "", false});
-}
+int collect_here(const CollectOptions& options) { return collect(options, {program_file()}); }
 
 }  // namespace qvhost

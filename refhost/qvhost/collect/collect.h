@@ -1,6 +1,8 @@
+// A collection from its beginning to its report.
 #pragma once
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
+#include "qvhost/collect/stage.h"
 
 namespace qvhost {
 

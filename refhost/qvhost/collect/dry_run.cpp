@@ -2,11 +2,13 @@
 
 #include <unistd.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <iostream>
 
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/log_dir.h"
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/limits.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/base/plugin.h"
 #include "qvhost/collect/selection.h"
 #include "show/terminal.h"
 #include "show/text_table.h"
@@ -14,34 +16,32 @@
 
 namespace qvhost {
 
-void tell_plan(const CollectOptions& options, const Stage& stage) {
-    const auto limits = limits_for(options.limits);
+void print_plan(const CollectOptions& options, const Stage& stage) {
+    const auto limits = limits_for(options);
     const Plugin plugin(options.plugin.empty() ? installed_plugin() : options.plugin);
     std::vector<std::vector<std::string>> rows;
-    for (const auto& [module, tables] : choose(plugin, options)) {
-        std::string ids;
-        for (const auto& table : tables) ids += (ids.empty() ? "" : " ") + table;
-        rows.push_back({module->GetDisplay(), ids});
+    for (const auto& [module, tables] : select_modules(plugin, options)) {
+        rows.push_back({module->GetDisplay(), boost::join(tables, " ")});
     }
-    const std::vector<std::vector<std::string>> facts{
-        {"Log directory",                     checked_log_dir(options.log_dir).string()          },
-        {"Vendors' tools",                    (stage.program.parent_path() / "qv_tools").string()},
-        {"Run",                               "at most " + std::to_string(limits.run) + " s"     },
-        {"Module",                            "at most " + std::to_string(limits.module) + " s"  },
-        {"Tool",                              "at most " + std::to_string(limits.tool) + " s"    },
-        {"Tool that packs the system's logs", "at most " + std::to_string(limits.archive) + " s" },
-        {"Silence of a tool",                 "at most " + std::to_string(limits.silence) + " s" },
+    const auto at_most = [](unsigned seconds) {
+        return "at most " + std::to_string(seconds) + " s";
     };
+    // clang-format off
+    const std::vector<std::vector<std::string>> facts{
+        {"Log directory",                     checked_log_dir(options.log_dir).string()},
+        {"Vendors' tools",                    stage.vendor_tools().string()},
+        {"Run",                               at_most(limits.run_seconds)},
+        {"Module",                            at_most(limits.module_seconds)},
+        {"Tool",                              at_most(limits.tool_seconds)},
+        {"Tool that packs the system's logs", at_most(limits.archive_seconds)},
+        {"Silence of a tool",                 at_most(limits.silence_seconds)},
+    };
+    // clang-format on
     const auto style = terminal_style(STDOUT_FILENO);
-    for (const auto& [titles, lines] : {
-             std::pair{std::vector<std::string>{"What", "Plan"},     facts},
-             std::pair{std::vector<std::string>{"Module", "Tables"}, rows }
-    }) {
-        const TextTable text(columns_for(titles, lines, style), style);
-        text.print_header(std::cout);
-        for (const auto& line : lines) text.print_row(std::cout, line);
-        std::cout << '\n';
-    }
+    print_table(std::cout, {"What", "Plan"}, facts, style);
+    std::cout << '\n';
+    print_table(std::cout, {"Module", "Tables"}, rows, style);
+    std::cout << '\n';
     std::cout << "Nothing was run and nothing was written.\n";
 }
 

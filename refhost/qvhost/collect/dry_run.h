@@ -1,11 +1,13 @@
+// `--dry-run`: what a collection would do.
 #pragma once
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
+#include "qvhost/collect/stage.h"
 
 namespace qvhost {
 
-// Tells on standard output what a collection would do: where it writes, its limits, its modules and
+// Prints what a collection would do: where it writes, its limits, its modules and
 // tables. Nothing is run and nothing is written. Throws as the collection would.
-void tell_plan(const CollectOptions& options, const Stage& stage);
+void print_plan(const CollectOptions& options, const Stage& stage);
 
 }  // namespace qvhost

@@ -30,22 +30,20 @@ bool is_ours(const std::string& name) {
 Progress::Progress(const std::filesystem::path& log_dir, bool quiet)
     : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1) {
     if (quiet_) return;
-    watch_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    // Without the watch (no watches left) the line shows the table alone.
-    if (watch_ >= 0) ::inotify_add_watch(watch_, log_dir.c_str(), IN_CREATE | IN_MODIFY);
+    watch_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    // If there is no watch (the user has too many), the line shows the table alone.
+    if (watch_) ::inotify_add_watch(watch_.get(), log_dir.c_str(), IN_CREATE | IN_MODIFY);
 }
 
-Progress::~Progress() {
-    clear();
-    if (watch_ >= 0) ::close(watch_);
-}
+Progress::~Progress() { clear(); }
 
-// In the order in which they were written to, each once in a row.
+// In the order in which they were written to. A capture that is written to several times in a row is
+// there once.
 std::vector<std::string> Progress::new_captures() {
     std::vector<std::string> captures{capture_};
     alignas(inotify_event) char buffer[4096];
     ssize_t size = 0;
-    while (watch_ >= 0 && (size = ::read(watch_, buffer, sizeof buffer)) > 0) {
+    while (watch_ && (size = ::read(watch_.get(), buffer, sizeof buffer)) > 0) {
         for (ssize_t at = 0; at < size;) {
             inotify_event event{};
             std::memcpy(&event, buffer + at, sizeof event);
@@ -59,10 +57,10 @@ std::vector<std::string> Progress::new_captures() {
     return captures;
 }
 
-void Progress::update(const Standing& standing) {
+void Progress::update(const CollectionState& state) {
     if (quiet_) return;
     const auto captures = new_captures();
-    const auto& modules = standing.modules;
+    const auto& modules = state.modules;
     if (!terminal_) {
         const auto time = elapsed(Clock::now() - start_);
         for (auto i = modules_; i < modules.size(); ++i)
@@ -74,7 +72,7 @@ void Progress::update(const Standing& standing) {
     const bool module_changed = modules.size() != modules_;
     if (module_changed) module_ = modules.back();
     modules_ = modules.size();
-    table_ = standing.table;
+    table_ = state.table;
     if (module_changed) capture_.clear();
     if (!captures.empty()) capture_ = captures.back();
     if (module_changed || !captures.empty()) capture_start_ = Clock::now();

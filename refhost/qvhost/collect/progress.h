@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/collect/fill.h"
+#include "files/descriptor.h"
+#include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 
@@ -20,9 +21,9 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     // A descriptor that becomes readable when a capture appears; -1 if there is none.
-    int watch() const { return watch_; }
+    int watch() const { return watch_.get(); }
 
-    void update(const Standing& standing);
+    void update(const CollectionState& state);
 
     // Clears the line. Call it before anything else is written to the terminal.
     void clear();
@@ -35,7 +36,7 @@ private:
 
     bool quiet_;
     bool terminal_;
-    int watch_ = -1;
+    Descriptor watch_;
     std::size_t modules_ = 0;  // how many have begun
     std::string module_;
     std::string table_;

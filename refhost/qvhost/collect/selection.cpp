@@ -34,19 +34,19 @@ void check_names(const Plugin& plugin, const CollectOptions& options) {
 
 }  // namespace
 
-std::vector<Chosen> choose(const Plugin& plugin, const CollectOptions& options) {
+std::vector<SelectedModule> select_modules(const Plugin& plugin, const CollectOptions& options) {
     for (const auto& module : plugin.modules()) module->InitCallbacks();
     check_names(plugin, options);
-    std::vector<Chosen> chosen;
+    std::vector<SelectedModule> selected;
     for (const auto& module : plugin.modules()) {
         if (!wanted(options.modules, module->GetName())) continue;
         std::vector<std::string> tables;
         for (const auto& [table, callbacks] : module->callbacks) {
             if (wanted(options.tables, table)) tables.push_back(table);
         }
-        if (!tables.empty()) chosen.push_back({module.get(), std::move(tables)});
+        if (!tables.empty()) selected.push_back({module.get(), std::move(tables)});
     }
-    return chosen;
+    return selected;
 }
 
 }  // namespace qvhost

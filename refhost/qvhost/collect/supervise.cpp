@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/syscall.h>
@@ -17,31 +17,19 @@
 #include <optional>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
+#include "files/descriptor.h"
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
+#include "qvhost/base/processes.h"
 #include "qvhost/collect/child.h"
-#include "qvhost/collect/processes.h"
 
 namespace qvhost {
 
 namespace {
 
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() { reset(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return fd_; }
-    void reset() {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = -1;
-    }
-
-private:
-    int fd_;
-};
-
-// The signals that ask the program to end, as something to wait for.
+// The signals that ask the program to end, as a descriptor to wait for.
 class EndSignals {
 public:
     EndSignals() {
@@ -49,57 +37,65 @@ public:
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             struct sigaction current = {};
             ::sigaction(signal, nullptr, &current);
-            // nohup(1) and background jobs have some of them ignored, and mean it.
+            // nohup(1) and background jobs ignore some of them, which stays so.
             if (current.sa_handler != SIG_IGN) sigaddset(&ends_, signal);
         }
         ::pthread_sigmask(SIG_BLOCK, &ends_, &before_);
-        fd_ = ::signalfd(-1, &ends_, SFD_CLOEXEC | SFD_NONBLOCK);
+        file_ = Descriptor(::signalfd(-1, &ends_, SFD_CLOEXEC | SFD_NONBLOCK));
     }
-    ~EndSignals() {
-        ::close(fd_);
-        ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    }
+    ~EndSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
     EndSignals(const EndSignals&) = delete;
     EndSignals& operator=(const EndSignals&) = delete;
 
-    int fd() const { return fd_; }
+    int fd() const { return file_.get(); }
     const sigset_t& mask_before() const { return before_; }
 
     // The signal that came, or 0.
     int arrived() const {
         signalfd_siginfo info{};
-        return ::read(fd_, &info, sizeof info) == sizeof info ? static_cast<int>(info.ssi_signo)
-                                                              : 0;
+        return ::read(file_.get(), &info, sizeof info) == sizeof info
+                   ? static_cast<int>(info.ssi_signo)
+                   : 0;
     }
 
-    // From here on a signal to end does what it does by default.
+    // From here on such a signal ends the program at once.
     void let_through() const { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
 private:
     sigset_t ends_ = {};
     sigset_t before_ = {};
-    int fd_ = -1;
+    Descriptor file_;
 };
 
-pid_t start(const Stage& stage, const std::vector<std::string>& arguments, const sigset_t& mask) {
-    std::vector<std::string> texts{stage.program.string()};
-    texts.insert(texts.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    for (auto& text : texts) pointers.push_back(text.data());
-    pointers.push_back(nullptr);
+// A file in memory, positioned at its beginning.
+Descriptor memory_file(const std::string& text) {
+    Descriptor file(::memfd_create("qvhost-settings", MFD_CLOEXEC));
+    if (!file || !write_bytes(file.get(), text) || ::lseek(file.get(), 0, SEEK_SET) != 0)
+        throw std::system_error(errno, std::generic_category(), "a file in memory");
+    return file;
+}
 
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigmask(&attributes, &mask);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
-    pid_t pid = 0;
-    const int error =
-        ::posix_spawn(&pid, stage.program.c_str(), nullptr, &attributes, pointers.data(), environ);
-    posix_spawnattr_destroy(&attributes);
-    if (error != 0)
-        throw std::system_error(error, std::generic_category(),
-                                "cannot start " + stage.program.string());
-    return pid;
+struct Child {
+    pid_t pid;
+    Descriptor lifeline;  // the child ends when this closes
+};
+
+Child start_child(const CollectOptions& options, const Stage& stage, const sigset_t& blocked) {
+    const auto settings = memory_file(settings_of(options));
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    const Descriptor childs_end(ends[0]);
+    Descriptor lifeline(ends[1]);
+    const std::string numbers[] = {std::to_string(settings.get()),
+                                   std::to_string(childs_end.get())};
+    const pid_t pid = start_process({
+        .program = stage.program.string(),
+        .arguments = {kChildCommand, numbers[0],          numbers[1]},
+        .descriptors = {{settings.get(), settings.get()},             {childs_end.get(), childs_end.get()}},
+        .blocked = blocked
+    });
+    return {pid, std::move(lifeline)};
 }
 
 // The child's wait status if it has ended.
@@ -108,29 +104,32 @@ std::optional<int> ended(pid_t child) {
     return ::waitpid(child, &status, WNOHANG) == child ? std::optional(status) : std::nullopt;
 }
 
-// What keeps the collecting process's own code within the limits: its tools it keeps there itself.
-class Overdue {
+// Ends a collecting process that exceeds its limits. The process itself sees to the limits of its tools,
+// so the watchdog bites only where the code of a module hangs.
+class Watchdog {
 public:
-    explicit Overdue(const Limits& limits) : limits_(limits) {}
+    explicit Watchdog(const Limits& limits) : limits_(limits) {}
 
-    // Why the collection must end now; empty: it need not.
-    std::string verdict(const Standing& standing) {
+    // Why the collection must end now; empty: it may go on.
+    std::string why_to_end(const CollectionState& state) {
         const auto now = Clock::now();
-        if (standing.modules.size() != modules_) {
-            modules_ = standing.modules.size();
+        if (state.modules.size() != modules_) {
+            modules_ = state.modules.size();
             module_start_ = now;
         }
-        if (now - start_ >= std::chrono::seconds(limits_.run) + kGrace)
-            return "it took longer than " + std::to_string(limits_.run) + " s";
-        if (modules_ > 0 && now - module_start_ >= std::chrono::seconds(limits_.module) + kGrace)
-            return standing.modules.back() + " took longer than " + std::to_string(limits_.module) +
-                   " s";
+        if (now - start_ >= std::chrono::seconds(limits_.run_seconds) + kGrace)
+            return "it took longer than " + std::to_string(limits_.run_seconds) + " s";
+        if (modules_ > 0 &&
+            now - module_start_ >= std::chrono::seconds(limits_.module_seconds) + kGrace)
+            return state.modules.back() + " took longer than " +
+                   std::to_string(limits_.module_seconds) + " s";
         return "";
     }
 
 private:
     using Clock = std::chrono::steady_clock;
-    static constexpr auto kGrace = std::chrono::seconds(8);  // for tools to die, and what follows
+    static constexpr auto kGrace =
+        std::chrono::seconds(8);  // for the tools to be killed and the module to return
 
     Limits limits_;
     Clock::time_point start_ = Clock::now();
@@ -138,48 +137,41 @@ private:
     std::size_t modules_ = 0;
 };
 
-std::string place(const Standing& standing) {
-    return standing.table.empty() ? "" : " while it collected " + standing.table;
+std::string place(const CollectionState& state) {
+    return state.table.empty() ? "" : " while it collected " + state.table;
 }
 
-std::string judged(int status, const Standing& standing) {
-    if (standing.end) {
-        if (!standing.end->error.empty()) return standing.end->error;
-        if (standing.errors.empty()) return "";
+std::string why_incomplete(int status, const CollectionState& state) {
+    if (state.end) {
+        if (!state.end->error.empty()) return state.end->error;
+        if (state.errors.empty()) return "";
         std::string text = "a module broke off:";
-        for (const auto& error : standing.errors) text += " " + error;
+        for (const auto& error : state.errors) text += " " + error;
         return text;
     }
     if (WIFSIGNALED(status))
         return std::string("the collecting process was ended by ") + ::strsignal(WTERMSIG(status)) +
-               place(standing);
+               place(state);
     return "the collecting process ended early, with code " + std::to_string(WEXITSTATUS(status)) +
-           place(standing);
+           place(state);
 }
 
 }  // namespace
 
-std::string supervise(const CollectOptions& options, const Stage& stage, Filler& filler,
+std::string supervise(const CollectOptions& options, const Stage& stage, JournalImporter& importer,
                       Progress& progress) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const EndSignals signals;
 
-    int ends[2];
-    if (::pipe(ends) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-    Descriptor childs_end(ends[0]);
-    const Descriptor lifeline(ends[1]);
-    ::fcntl(lifeline.get(), F_SETFD, FD_CLOEXEC);
-    const pid_t child =
-        start(stage, child_arguments(options, stage, childs_end.get()), signals.mask_before());
-    childs_end.reset();
-    const Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+    const auto child = start_child(options, stage, signals.mask_before());
+    const Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, child.pid, 0)));
 
     int signal = 0;
     std::optional<int> status;
-    Overdue overdue(limits_for(options.limits));
-    std::string verdict;
+    Watchdog watchdog(limits_for(options));
+    std::string overrun;
     bool more = false;
-    while (!status && signal == 0 && verdict.empty()) {
+    while (!status && signal == 0 && overrun.empty()) {
         pollfd waiting[] = {
             {handle.get(),     POLLIN, 0},
             {signals.fd(),     POLLIN, 0},
@@ -187,10 +179,10 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
         };
         ::poll(waiting, 3, more ? 0 : 100);
         signal = signals.arrived();
-        status = ended(child);
-        more = filler.take_new();
-        progress.update(filler.standing());
-        verdict = overdue.verdict(filler.standing());
+        status = ended(child.pid);
+        more = importer.take_new();
+        progress.update(importer.state());
+        overrun = watchdog.why_to_end(importer.state());
     }
 
     if (signal != 0) signals.let_through();
@@ -201,14 +193,14 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Filler&
             std::fprintf(stderr, "qvhost: process %d cannot be killed and is left behind\n", pid);
         }
     }
-    while (filler.take_new()) {
+    while (importer.take_new()) {
         if (signals.arrived() != 0) signals.let_through();
     }
     progress.clear();
-    if (!verdict.empty()) return verdict + place(filler.standing());
+    if (!overrun.empty()) return overrun + place(importer.state());
     if (signal != 0)
-        return std::string("ended by ") + ::strsignal(signal) + place(filler.standing());
-    return judged(*status, filler.standing());
+        return std::string("ended by ") + ::strsignal(signal) + place(importer.state());
+    return why_incomplete(*status, importer.state());
 }
 
 }  // namespace qvhost

@@ -1,19 +1,17 @@
 #include "qvhost/present/export.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
+#include "files/new_file.h"
 #include "page/write_page.h"
 #include "qvhost/present/export_csv.h"
-#include "qvhost/present/report.h"
+#include "qvhost/present/open_report.h"
 #include "report/report_json.h"
 #include "show/headers.h"
 #include "store/names.h"
@@ -85,18 +83,10 @@ public:
     NewFiles(const NewFiles&) = delete;
     NewFiles& operator=(const NewFiles&) = delete;
 
-    std::ofstream create(const std::string& name) {
-        const auto file = directory_ / name;
-        const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (fd < 0) fail(file, std::string("cannot create it: ") + std::strerror(errno));
-        ::close(fd);
-        adopt(name);
-        return std::ofstream(file, std::ios::binary);
-    }
-    // An entry that somebody else is going to make.
-    void adopt(const std::string& name) { entries_.push_back(directory_ / name); }
+    fs::path path(const std::string& name) const { return directory_ / name; }
+    // The entry of that name is one of them: made by now, or going to be made.
+    void adopt(const std::string& name) { entries_.push_back(path(name)); }
     void keep() { kept_ = true; }
-    const fs::path& last() const { return entries_.back(); }
 
 private:
     fs::path directory_;
@@ -110,10 +100,11 @@ void export_tables(const ExportOptions& options, const Store& store) {
     store::NameSet names;
     for (const auto& module : store.modules()) {
         for (const auto& table : module.tables) {
-            auto out = files.create(names.claim(file_name(table.id)) + ".csv");
+            const auto name = names.claim(file_name(table.id)) + ".csv";
+            NewFile out(files.path(name));
+            files.adopt(name);
             write_csv(out, store, table, options.raw);
             out.close();
-            if (!out) fail(files.last(), std::string("cannot write it: ") + std::strerror(errno));
         }
     }
     files.keep();

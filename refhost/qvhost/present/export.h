@@ -1,16 +1,17 @@
+// `qvhost export`: a report in another format.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 
-// What `export` can make of a report.
+// The formats.
 std::vector<std::string> export_formats();
 
-// Why the options do not go together; empty: they do.
+// Why the options contradict each other; empty: they do not.
 std::string export_misuse(const ExportOptions& options);
 
 // Writes the report in another format, to standard output or to where the options say; there it

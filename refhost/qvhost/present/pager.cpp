@@ -1,12 +1,10 @@
 #include "qvhost/present/pager.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ext/stdio_filebuf.h>
@@ -14,11 +12,14 @@
 #include <string>
 #include <system_error>
 
+#include "files/descriptor.h"
+#include "qvhost/base/processes.h"
+
 namespace qvhost {
 
 namespace {
 
-// What the shell says of a command that it cannot run, or cannot find.
+// The shell's exit codes for a command that it cannot run, or cannot find.
 constexpr int kCannotRun = 126;
 constexpr int kNotFound = 127;
 
@@ -28,8 +29,9 @@ std::string pager_command() {
     return command == "cat" ? "" : command;
 }
 
-// Signals of the terminal are the pager's business, as long as it runs, and its end is an error of
-// writing. The pager itself gets them as we did.
+// While the pager runs, this program ignores the signals of the terminal, which the pager handles, and
+// sees the pager's end as an error of writing. The pager starts with the signals as this program had
+// them.
 class PagerSignals {
 public:
     PagerSignals() {
@@ -53,41 +55,32 @@ private:
     sigset_t defaults_{};
 };
 
-pid_t start(const std::string& command, int input, const sigset_t& defaults) {
-    // Leave if it fits on one screen, colours as they are, no clearing of the screen.
-    ::setenv("LESS", "FRX", 0);
-    std::string texts[] = {"sh", "-c", command};
-    char* const arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), nullptr};
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    pid_t pid = -1;
-    const int error = ::posix_spawn(&pid, "/bin/sh", &actions, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return error == 0 ? pid : -1;
-}
-
 // Whether the pager could be run.
 bool print_through(const std::string& command, const std::function<void(std::ostream&)>& print) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+    Descriptor input(ends[0]);
     __gnu_cxx::stdio_filebuf<char> buffer(ends[1], std::ios::out);
     const PagerSignals signals;
-    const pid_t pager = start(command, ends[0], signals.defaults());
-    ::close(ends[0]);
-    if (pager < 0) return false;
+    // F: quit if it fits on one screen; R: print colours; X: do not clear the screen.
+    ::setenv("LESS", "FRX", 0);
+    pid_t pager = -1;
+    try {
+        pager = start_process({
+            .program = "/bin/sh",
+            .arguments = {"-c", command},
+            .descriptors = {{input.get(), STDIN_FILENO}   },
+            .defaults = signals.defaults()
+        });
+    } catch (const std::system_error&) {
+        return false;
+    }
+    input.close();
 
     int status = 0;
     const auto wait = [&] {
         buffer.close();
-        while (::waitpid(pager, &status, 0) < 0 && errno == EINTR) {
-        }
+        status = wait_for_process(pager);
     };
     try {
         std::ostream out(&buffer);
@@ -95,7 +88,7 @@ bool print_through(const std::string& command, const std::function<void(std::ost
         print(out);
         out.flush();
     } catch (const std::ios_base::failure&) {
-        // Who quits the pager has seen enough.
+        // The user has quit the pager.
     } catch (...) {
         wait();
         throw;
@@ -107,7 +100,7 @@ bool print_through(const std::string& command, const std::function<void(std::ost
 
 }  // namespace
 
-void page(bool wanted, const std::function<void(std::ostream&)>& print) {
+void print_paged(bool wanted, const std::function<void(std::ostream&)>& print) {
     const auto command = wanted && ::isatty(STDOUT_FILENO) == 1 ? pager_command() : "";
     if (command.empty() || !print_through(command, print)) print(std::cout);
 }

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "qvhost/present/open_report.h"
 #include "qvhost/present/query_rows.h"
-#include "qvhost/present/report.h"
 #include "show/terminal.h"
 
 namespace qvhost {
@@ -21,17 +21,17 @@ namespace {
 using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
-// Of a hundred pragmas those that only tell something: about names, and about the file.
+// The pragmas that only tell something about the schema and the file, and change nothing.
 constexpr const char* kTellingPragmas[] = {
     "compile_options", "database_list", "foreign_key_list", "function_list", "index_info",
     "index_list",      "index_xinfo",   "integrity_check",  "pragma_list",   "quick_check",
     "table_info",      "table_list",    "table_xinfo",
 };
-// These would be set with a value.
+// These are refused when they get a value, which would set them.
 constexpr const char* kFilePragmas[] = {"application_id", "encoding", "page_count", "page_size",
                                         "user_version"};
 
-// Functions that reach into the process.
+// Functions that load code or take addresses.
 constexpr const char* kRefusedFunctions[] = {"fts3_tokenizer", "load_extension"};
 
 constexpr const char* kSchemaTables[] = {"sqlite_master", "sqlite_temp_master"};
@@ -42,13 +42,13 @@ bool is_one_of(const Names& names, const char* name) {
                                [&](const char* one) { return sqlite3_stricmp(one, name) == 0; });
 }
 
-// The first thing of those that a statement would do and may not.
+// The first forbidden thing that a statement would do.
 struct Refusal {
     bool happened = false;
     std::string what;  // if the statement's first word does not tell
 };
 
-// Asked for each thing that a statement would do.
+// SQLite calls this for each thing that a statement would do.
 int authorize(void* refusal, int action, const char* first, const char* second, const char*,
               const char*) {
     auto& refused = *static_cast<Refusal*>(refusal);
@@ -107,10 +107,10 @@ std::string table_names(sqlite3* db) {
 
 // What SQLite says of the statement, and where in it.
 std::string complaint(sqlite3* db, const char* sql) {
-    constexpr std::size_t kMostShown = 40;
+    constexpr std::size_t kMaxShownBytes = 40;
     std::string text = std::string("SQL: ") + sqlite3_errmsg(db);
     if (const int offset = sqlite3_error_offset(db); offset >= 0)
-        text += ", at: " + std::string(sql + offset).substr(0, kMostShown);
+        text += ", at: " + std::string(sql + offset).substr(0, kMaxShownBytes);
     if (text.starts_with("SQL: no such column"))
         text += "; \"PRAGMA table_info(TABLE)\" lists the columns";
     if (text.starts_with("SQL: no such table")) text += "; there are:" + table_names(db);
@@ -203,7 +203,7 @@ void query_report(const QueryOptions& options) {
             cells[static_cast<std::size_t>(i)] = cell_of(statement.get(), i);
         printer->row(cells);
     }
-    // Some statements are prepared by others while these run.
+    // Functions such as pragma_table_info() prepare statements of their own while they run.
     if (refusal.happened) refuse(refusal.what);
     if (status != SQLITE_DONE)
         throw std::runtime_error(std::string("SQL: ") + sqlite3_errmsg(db.get()));

@@ -1,6 +1,7 @@
+// `qvhost query`: SQL on a report.
 #pragma once
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 

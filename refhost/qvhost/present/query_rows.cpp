@@ -66,9 +66,9 @@ public:
             return;
         }
         held_.push_back(std::move(texts));
-        constexpr std::size_t kMostRows = 1000;
-        constexpr std::size_t kMostBytes = 1'000'000;
-        if (held_.size() >= kMostRows || held_bytes_ >= kMostBytes) print_held();
+        constexpr std::size_t kMaxRows = 1000;
+        constexpr std::size_t kMaxBytes = 1'000'000;
+        if (held_.size() >= kMaxRows || held_bytes_ >= kMaxBytes) print_held();
     }
 
     void end() override {

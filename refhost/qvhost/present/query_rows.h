@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 #include "show/terminal.h"
 
 namespace qvhost {

@@ -2,10 +2,11 @@
 
 #include <unistd.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <iostream>
 
-#include "qvhost/collect/ambient.h"
-#include "qvhost/collect/plugin.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/plugin.h"
 #include "repository/sink.h"
 #include "show/terminal.h"
 #include "show/text_table.h"
@@ -18,17 +19,11 @@ namespace {
 
 using marlox::repository::RInstancesWrapper;
 
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const auto& text : texts) all += (all.empty() ? "" : " ") + text;
-    return all;
-}
-
 std::string layout_text(const Layout& layout) {
     if (const auto* columns = std::get_if<ColumnLayout>(&layout))
-        return "header column: " + joined(columns->headers);
+        return "header column: " + boost::join(columns->headers, " ");
     if (const auto* rows = std::get_if<RowLayout>(&layout))
-        return "header row: " + joined(rows->headers);
+        return "header row: " + boost::join(rows->headers, " ");
     return "no layout";
 }
 
@@ -48,10 +43,7 @@ void list_tables(const fs::path& plugin) {
             title.clear();
         }
     }
-    const auto style = terminal_style(STDOUT_FILENO);
-    const TextTable text(columns_for({"Module", "Table", "Layout"}, rows, style), style);
-    text.print_header(std::cout);
-    for (const auto& row : rows) text.print_row(std::cout, row);
+    print_table(std::cout, {"Module", "Table", "Layout"}, rows, terminal_style(STDOUT_FILENO));
 }
 
 }  // namespace qvhost

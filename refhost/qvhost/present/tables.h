@@ -1,3 +1,4 @@
+// `qvhost tables`: what can be collected.
 #pragma once
 
 #include <filesystem>

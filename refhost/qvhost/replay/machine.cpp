@@ -46,7 +46,7 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& reason) const {
-        // A name in it may hold a NUL, behind which the message would end.
+        // A name in it may hold a NUL, which would end the message.
         throw std::runtime_error(file_.string() + ": " + one_line(reason));
     }
 
@@ -74,7 +74,7 @@ private:
         return path;
     }
 
-    // A link may come with a recording from elsewhere; what it leads to is the reader's own.
+    // A recording may come from an untrusted place: a link in it must not lead to the user's own files.
     void expect_within(const fs::path& path) const {
         const auto target = fs::canonical(path);
         const auto home = fs::canonical(directory_);
@@ -83,10 +83,10 @@ private:
             fail(path.filename().string() + " is a symbolic link that leads to " + target.string());
     }
 
-    // The system and the shell would see another text than the one that was checked.
+    // Behind a NUL, the system and the shell would not see what was checked here.
     static bool has_nul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
-    // A name that is too long is no file either.
+    // If the system refuses the name (too long), there is no such file.
     static bool is_file(const fs::path& path) {
         std::error_code ignored;
         return fs::is_regular_file(path, ignored);

@@ -9,7 +9,7 @@
 
 namespace qvhost {
 
-// A command that the server's tools were asked, and what they did.
+// A command that the server ran, and what it did.
 struct RecordedCommand {
     std::string tool;                      // without directory and build
     std::optional<std::string> arguments;  // joined by blanks; nothing: any
@@ -18,7 +18,7 @@ struct RecordedCommand {
     std::string stderr_text;  // where there is no file
     int exit_code = 0;
     int signal = 0;                                      // that killed it; 0: none
-    unsigned seconds = 0;                                // that it took
+    unsigned seconds = 0;                                // it took
     std::map<std::string, std::filesystem::path> files;  // written in the current directory
 };
 

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "qvhost/collect/ambient.h"
+#include "qvhost/base/ambient.h"
+#include "qvhost/base/log_dir.h"
 #include "qvhost/collect/collect.h"
-#include "qvhost/collect/log_dir.h"
 #include "qvhost/replay/machine.h"
 #include "qvhost/replay/stand_ins.h"
 
@@ -17,21 +17,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A directory of this run alone, gone with it.
-class ThrowAway {
+// A temporary directory, removed at the end.
+class TemporaryDirectory {
 public:
-    ThrowAway() {
+    TemporaryDirectory() {
         std::string pattern = fs::temp_directory_path() / "qvhost-replay-XXXXXX";
         if (!::mkdtemp(pattern.data()))
             throw std::runtime_error(pattern + ": " + std::strerror(errno));
         path_ = pattern;
     }
-    ~ThrowAway() {
+    ~TemporaryDirectory() {
         std::error_code ignored;
         fs::remove_all(path_, ignored);
     }
-    ThrowAway(const ThrowAway&) = delete;
-    ThrowAway& operator=(const ThrowAway&) = delete;
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const fs::path& path() const { return path_; }
 
@@ -47,7 +47,7 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
 
     // The plug-in looks for its tools beside the running program, so a copy of the program runs
     // beside the stand-ins.
-    const ThrowAway place;
+    const TemporaryDirectory place;
     const auto program = place.path() / "bin" / "qvhost";
     const auto vendor_tools = place.path() / "bin" / "qv_tools";
     const auto search_path = place.path() / "path";
@@ -57,7 +57,8 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
     fs::create_directory_symlink(program_file().parent_path().parent_path() / "lib",
                                  place.path() / "lib");
     write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string());
-    return collect(options, {program, search_path.string(), true});
+    options.search_path = search_path.string();
+    return collect(options, {.program = program, .kill_leftovers = true});
 }
 
 }  // namespace qvhost

@@ -1,8 +1,9 @@
+// `qvhost replay`: a collection from a recorded server.
 #pragma once
 
 #include <filesystem>
 
-#include "qvhost/cli/options.h"
+#include "qvhost/base/options.h"
 
 namespace qvhost {
 

@@ -1,5 +1,6 @@
 #include "qvhost/replay/stand_ins.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -24,20 +25,15 @@ const std::map<std::string, std::vector<std::string>> kVendorTools = {
     {"storcli",           {"storcli_x32", "storcli_x64"}                    },
 };
 
-// Filters of command lines, and chmod, which gets the throw-away tools alone.
+// Real tools that do no harm: filters in command lines, and chmod, which reaches the stand-ins alone.
 constexpr const char* kRealTools[] = {"awk", "chmod", "grep", "wc"};
 
-void replace_all(std::string& text, const std::string& from, const std::string& to) {
-    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-}
-
 std::string quoted(std::string text) {
-    replace_all(text, "'", R"('\'')");
+    boost::replace_all(text, "'", R"('\'')");
     return "'" + text + "'";
 }
 
-// The tools inside a stand-in are named by their paths: the search path has none of them.
+// A stand-in names its tools by their paths, since the search path has none of them.
 std::string answer(const RecordedCommand& command) {
     std::string script;
     if (!command.stdout_file.empty()) script += "/bin/cat " + quoted(command.stdout_file) + "\n";
@@ -61,7 +57,7 @@ std::string script_for(const std::string& tool, const std::vector<RecordedComman
     for (const auto& command : commands) {
         if (command.arguments) {
             auto arguments = *command.arguments;
-            replace_all(arguments, "{LOG}", log_dir);
+            boost::replace_all(arguments, "{LOG}", log_dir);
             script += quoted(arguments) + ")\n";
         } else {
             script += "*)\n";

@@ -33,7 +33,7 @@ const char* variable(const char* name) {
 void surroundings(RRepository& repository) {
     RInstance record("SURROUNDINGS", "", -1);
     for (const char* name : {"PATH", "LC_ALL", "LANG", "LANGUAGE", "LC_TIME", "QV_TOOL_TIMEOUT",
-                             "QV_ARCHIVE_TIMEOUT", "QV_TEST_OWN"})
+                             "QV_ARCHIVE_TIMEOUT", "QV_SILENCE_TIMEOUT", "QV_TEST_OWN"})
         record.AddProperty(name, name, variable(name));
     char log_dir[256];
     XModule::GetLogDir(log_dir, sizeof log_dir);

@@ -1,0 +1,34 @@
+#include "files/descriptor.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace qvhost {
+
+bool Descriptor::close() { return fd_ < 0 || ::close(release()) == 0; }
+
+std::string read_bytes(int fd, std::size_t most) {
+    std::string bytes(most, '\0');
+    std::size_t size = 0;
+    while (size < most) {
+        const ssize_t n = ::read(fd, bytes.data() + size, most - size);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        size += static_cast<std::size_t>(n);
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
+bool write_bytes(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t n = ::write(fd, bytes.data(), bytes.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,41 @@
+// New private files: mode 0600. A file that exists, or a link in its place, is never written to.
+#pragma once
+
+#include <fcntl.h>
+
+#include <ext/stdio_filebuf.h>
+#include <filesystem>
+#include <functional>
+#include <ostream>
+#include <string_view>
+
+#include "files/descriptor.h"
+
+namespace qvhost {
+
+// Creates the file. `flags` is the access mode for open(2), with O_APPEND if wanted. Throws std::system_error,
+// "PATH: cannot create it: REASON".
+Descriptor create_private(const std::filesystem::path& path, int flags = O_WRONLY);
+
+// A new private file as a stream.
+class NewFile : public std::ostream {
+public:
+    explicit NewFile(const std::filesystem::path& path);
+
+    // Throws std::system_error naming the file if anything of it could not be written. A file that
+    // is not closed may lack its end.
+    void close();
+
+private:
+    std::filesystem::path path_;
+    __gnu_cxx::stdio_filebuf<char> buffer_;
+};
+
+void write_new_file(const std::filesystem::path& path, std::string_view text);
+
+// Writes PATH.new and moves it to PATH, so that PATH is there whole or as it was before. Throws
+// std::system_error naming the file.
+void replace_file(const std::filesystem::path& path,
+                  const std::function<void(std::ostream& out)>& write);
+
+}  // namespace qvhost

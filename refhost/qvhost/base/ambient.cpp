@@ -1,0 +1,54 @@
+#include "qvhost/base/ambient.h"
+
+#include <cstdlib>
+
+namespace qvhost {
+
+namespace {
+
+void set_number(const char* variable, long long number) {
+    ::setenv(variable, std::to_string(number).c_str(), 1);
+}
+
+std::string with_system_directories(std::string path) {
+    for (const char* directory : {"/usr/sbin", "/usr/bin", "/sbin", "/bin"}) {
+        if ((":" + path + ":").find(":" + std::string(directory) + ":") != std::string::npos)
+            continue;
+        if (!path.empty()) path += ':';
+        path += directory;
+    }
+    return path;
+}
+
+}  // namespace
+
+std::filesystem::path program_file() { return std::filesystem::read_symlink("/proc/self/exe"); }
+
+std::filesystem::path installed_plugin() {
+    return program_file().parent_path().parent_path() / "lib" / "librepository_qvmodule.so";
+}
+
+void set_tool_environment(const std::string& search_path, const Limits& limits,
+                          const std::filesystem::path& command_log) {
+    const char* users = std::getenv("PATH");
+    const auto path =
+        search_path.empty() ? with_system_directories(users ? users : "") : search_path;
+    ::setenv("PATH", path.c_str(), 1);
+
+    for (const char* variable : {"LANG", "LANGUAGE", "LC_COLLATE", "LC_CTYPE", "LC_MESSAGES",
+                                 "LC_MONETARY", "LC_NUMERIC", "LC_TIME", "COLUMNS"})
+        ::unsetenv(variable);
+    ::setenv("LC_ALL", "C.UTF-8", 1);
+
+    set_number("QV_TOOL_TIMEOUT", limits.tool_seconds);
+    set_number("QV_ARCHIVE_TIMEOUT", limits.archive_seconds);
+    set_number("QV_SILENCE_TIMEOUT", limits.silence_seconds);
+    ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
+}
+
+void set_tool_deadline(std::chrono::steady_clock::time_point deadline) {
+    using std::chrono::seconds;
+    set_number("QV_DEADLINE", std::chrono::ceil<seconds>(deadline.time_since_epoch()).count());
+}
+
+}  // namespace qvhost

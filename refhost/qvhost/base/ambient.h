@@ -1,0 +1,27 @@
+// The surroundings: where the program lies, and the environment that its tools get.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "qvhost/base/limits.h"
+
+namespace qvhost {
+
+// The running program's file. Throws std::system_error if the system does not tell.
+std::filesystem::path program_file();
+
+// The plug-in that was installed with the program.
+std::filesystem::path installed_plugin();
+
+// Sets the environment of the tools of a collection: a search path that has the system's directories,
+// one locale, so that they print what parsers know, their limits, and the file in which the plug-in logs
+// its commands.
+void set_tool_environment(const std::string& search_path, const Limits& limits,
+                          const std::filesystem::path& command_log);
+
+// Sets the time at which the plug-in stops every tool.
+void set_tool_deadline(std::chrono::steady_clock::time_point deadline);
+
+}  // namespace qvhost

@@ -1,0 +1,139 @@
+#include "qvhost/base/collect_options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+
+#include "qvhost/base/limits.h"
+#include "qvhost/base/plugin.h"
+
+namespace qvhost {
+
+namespace {
+
+using Options = CollectOptions;
+using enum CollectOption::Use;
+
+std::string range_text(const CollectOption::Range& range) {
+    return std::to_string(range.least) + " to " + std::to_string(range.most);
+}
+
+// "pmc|fru0"
+std::string operation_names() {
+    std::string names;
+    for (const auto& operation : kOperations)
+        names += (names.empty() ? "" : "|") + std::string(operation.name);
+    return names;
+}
+
+// "pmc (Adaptec controller), fru0 (first FRU device)"
+std::string operation_meanings() {
+    std::string text;
+    for (const auto& [name, meaning, symbol, takes_repository] : kOperations)
+        text += (text.empty() ? "" : ", ") + std::string(name) + " (" + meaning + ")";
+    return text;
+}
+
+constexpr CollectOption::Range limit(unsigned usual_seconds) {
+    return {usual_seconds, 1, kMaxSeconds};
+}
+
+constexpr CollectOption::Range kNoRange{};
+constexpr CollectOption::Range kLogLevels{kUsualLogLevel, 0, 4};
+constexpr auto kTool = limit(kUsualLimits.tool_seconds);
+constexpr auto kSilence = limit(kUsualLimits.silence_seconds);
+constexpr auto kModule = limit(kUsualLimits.module_seconds);
+constexpr auto kRun = limit(kUsualLimits.run_seconds);
+
+// A row for each member of CollectOptions, in the order in which the help tells them.
+std::vector<CollectOption> all_rows() {
+    const std::string times = std::to_string(kArchiveTimes);
+    // clang-format off
+    return {
+        {"log-dir",         &Options::log_dir,         required, "DIR",             kNoRange,   "Where captures, log and report go"},
+        {"log-level",       &Options::log_level,       optional, "N",               kLogLevels, "How much is logged, " + range_text(kLogLevels) + ": 2 silences the modules, 4 tells details"},
+        {"module",          &Options::modules,         optional, "NAME",            kNoRange,   "Only this module (more than one: repeat)"},
+        {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table (more than one: repeat)"},
+        {"tool-timeout",    &Options::tool_seconds,    optional, "SECONDS",         kTool,      "Stop a tool after so many seconds, " + range_text(kTool) + "; " + times + " times as many if it packs the logs of the whole system"},
+        {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written for so many seconds"},
+        {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
+        {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
+        {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
+        {"plugin",          &Options::plugin,          optional, "FILE",            kNoRange,   "Another plug-in than the installed one"},
+        {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
+        {"quiet",           &Options::quiet,           optional, "",                kNoRange,   "No progress"},
+        {"search-path",     &Options::search_path,     internal, "",                kNoRange,   ""},
+    };
+    // clang-format on
+}
+
+// Does not compile when CollectOptions has got a member: give it a row above, and a name here.
+[[maybe_unused]] void expect_all_members(const CollectOptions& options) {
+    [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds,
+                                  silence_seconds, module_seconds, run_seconds, also, plugin,
+                                  dry_run, quiet, search_path] = options;
+}
+
+// A value as texts: one for each entry of a list, none for what is not set.
+std::vector<std::string> texts_of(bool value) {
+    return value ? std::vector<std::string>{""} : std::vector<std::string>{};
+}
+std::vector<std::string> texts_of(unsigned value) { return {std::to_string(value)}; }
+std::vector<std::string> texts_of(const std::optional<unsigned>& value) {
+    return value ? texts_of(*value) : std::vector<std::string>{};
+}
+std::vector<std::string> texts_of(const std::string& value) { return {value}; }
+std::vector<std::string> texts_of(const std::filesystem::path& value) { return {value.string()}; }
+std::vector<std::string> texts_of(const std::vector<std::string>& value) { return value; }
+
+unsigned number_in(std::string_view text) {
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw std::runtime_error("\"" + std::string(text) + "\" is not a number");
+    return number;
+}
+
+void set(bool& value, std::string_view) { value = true; }
+void set(unsigned& value, std::string_view text) { value = number_in(text); }
+void set(std::optional<unsigned>& value, std::string_view text) { value = number_in(text); }
+void set(std::string& value, std::string_view text) { value = text; }
+void set(std::filesystem::path& value, std::string_view text) { value = text; }
+void set(std::vector<std::string>& value, std::string_view text) { value.emplace_back(text); }
+
+}  // namespace
+
+const std::vector<CollectOption>& collect_options() {
+    static const auto rows = all_rows();
+    return rows;
+}
+
+std::string settings_of(const CollectOptions& options) {
+    std::string settings;
+    for (const auto& row : collect_options()) {
+        const auto texts =
+            std::visit([&](auto member) { return texts_of(options.*member); }, row.place);
+        for (const auto& text : texts) settings += std::string(row.name) + "=" + text + '\0';
+    }
+    return settings;
+}
+
+CollectOptions options_from(std::string_view settings) {
+    CollectOptions options;
+    while (!settings.empty()) {
+        const auto end = settings.find('\0');
+        const auto text = settings.substr(0, end);
+        const auto name = text.substr(0, text.find('='));
+        const auto& rows = collect_options();
+        const auto row = std::find_if(rows.begin(), rows.end(),
+                                      [&](const CollectOption& one) { return one.name == name; });
+        if (row == rows.end() || name.size() == text.size() || end == std::string_view::npos)
+            throw std::runtime_error("settings that are cut off or unknown: " + std::string(text));
+        const auto value = text.substr(name.size() + 1);
+        std::visit([&](auto member) { set(options.*member, value); }, row->place);
+        settings.remove_prefix(end + 1);
+    }
+    return options;
+}
+
+}  // namespace qvhost

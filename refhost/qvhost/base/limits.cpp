@@ -1,0 +1,64 @@
+#include "qvhost/base/limits.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace qvhost {
+
+namespace {
+
+void expect_no_less(const char* outer_name, unsigned outer, const char* inner_name,
+                    unsigned inner) {
+    if (outer >= inner) return;
+    throw std::invalid_argument(std::string(outer_name) + " " + std::to_string(outer) +
+                                " is less than " + inner_name + " " + std::to_string(inner));
+}
+
+}  // namespace
+
+Limits limits_for(const CollectOptions& asked) {
+    const struct {
+        const char* name;
+        std::optional<unsigned> seconds;
+    } run{"--run-timeout", asked.run_seconds}, module{"--module-timeout", asked.module_seconds},
+        tool{"--tool-timeout", asked.tool_seconds},
+        silence{"--silence-timeout", asked.silence_seconds};
+    for (const auto& [outer, inner] : {
+             std::pair{run,    module },
+             {run,    tool   },
+             {module, tool   },
+             {tool,   silence}
+    }) {
+        if (outer.seconds && inner.seconds)
+            expect_no_less(outer.name, *outer.seconds, inner.name, *inner.seconds);
+    }
+
+    Limits limits;
+    const auto usual = kUsualLimits;
+    const unsigned most = std::min(asked.run_seconds.value_or(kMaxSeconds),
+                                   asked.module_seconds.value_or(kMaxSeconds));
+    limits.tool_seconds = asked.tool_seconds.value_or(
+        std::min(std::max(usual.tool_seconds, asked.silence_seconds.value_or(0)), most));
+    limits.silence_seconds =
+        asked.silence_seconds.value_or(std::min(usual.silence_seconds, limits.tool_seconds));
+    limits.archive_seconds = std::min(limits.tool_seconds * kArchiveTimes, most);
+    limits.module_seconds = asked.module_seconds.value_or(
+        std::min(std::max(usual.module_seconds, limits.archive_seconds),
+                 asked.run_seconds.value_or(kMaxSeconds)));
+    limits.run_seconds =
+        asked.run_seconds.value_or(std::max(usual.run_seconds, limits.module_seconds));
+    return limits;
+}
+
+std::string text_of(const Limits& limits) {
+    const auto part = [](const char* name, unsigned seconds) {
+        return std::string(name) + " " + std::to_string(seconds) + " s";
+    };
+    return part("run", limits.run_seconds) + ", " + part("module", limits.module_seconds) + ", " +
+           part("archive", limits.archive_seconds) + ", " + part("tool", limits.tool_seconds) +
+           ", " + part("silence", limits.silence_seconds);
+}
+
+}  // namespace qvhost

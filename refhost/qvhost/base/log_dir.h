@@ -1,0 +1,58 @@
+// The log directory: the unit that people pass around.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "files/descriptor.h"
+
+namespace qvhost {
+
+// The files of a collection in it.
+class LogDir {
+public:
+    explicit LogDir(std::filesystem::path path) : path_(std::move(path)) {}
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path report() const { return path_ / "report"; }
+    std::filesystem::path store() const { return report() / "report.sqlite"; }
+    std::filesystem::path page() const { return report() / "index.html"; }
+    std::filesystem::path json() const { return report() / "report.json"; }
+    std::filesystem::path journal() const { return report() / "collection.journal"; }
+    std::filesystem::path commands() const { return report() / "commands.log"; }
+    std::filesystem::path log() const { return path_ / "qvhost.log"; }
+    std::filesystem::path console() const { return path_ / "console.txt"; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Holds the directory for one collection at a time.
+class DirLock {
+public:
+    // Throws std::runtime_error if another process holds it.
+    explicit DirLock(const std::filesystem::path& directory);
+
+    // Whether another process holds the directory now.
+    static bool is_held(const std::filesystem::path& directory);
+
+private:
+    Descriptor directory_;
+};
+
+// Why nothing may be written there; empty: the directory is the user's alone, or does not exist.
+std::string why_not_ours(const LogDir& dir);
+
+// The directory as an absolute path without "." and ".."; nothing is made. Throws std::runtime_error if
+// it cannot be a log directory, or if it is there and not the user's alone.
+std::filesystem::path checked_log_dir(const std::filesystem::path& path);
+
+// Makes the directory (mode 0700) where there is none; its parent must be there. Throws
+// std::runtime_error.
+void make_private_directory(const std::filesystem::path& path);
+
+// Makes the log directory (mode 0700) where there is none, with the directories above it. Returns and
+// throws as checked_log_dir() does.
+std::filesystem::path make_log_dir(const std::filesystem::path& path);
+
+}  // namespace qvhost

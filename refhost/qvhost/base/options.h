@@ -1,0 +1,57 @@
+// What the user asked for, command by command.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qvhost {
+
+inline constexpr unsigned kUsualLogLevel = 3;
+
+// What `collect` and `replay` are asked to do. Each member has its row in collect_options.cpp.
+struct CollectOptions {
+    std::filesystem::path log_dir;
+    unsigned log_level = kUsualLogLevel;
+    std::vector<std::string> modules;  // none: all
+    std::vector<std::string> tables;   // none: all
+    // Limits; those that are not set are derived from those that are (limits.h).
+    std::optional<unsigned> tool_seconds;
+    std::optional<unsigned> silence_seconds;
+    std::optional<unsigned> module_seconds;
+    std::optional<unsigned> run_seconds;
+    std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
+    std::filesystem::path plugin;   // empty: the one that was installed with the program
+    bool dry_run = false;           // tell what would be done, and do nothing
+    bool quiet = false;
+    std::string search_path;  // PATH of the tools; empty: the user's own and the system's
+
+    bool operator==(const CollectOptions&) const = default;
+};
+
+// What the user asked of `show`.
+struct ShowOptions {
+    std::filesystem::path report;     // a log directory or a store file; so with all that follow
+    std::vector<std::string> tables;  // none: all
+    bool no_pager = false;
+};
+
+// What the user asked of `query`.
+struct QueryOptions {
+    std::filesystem::path report;
+    std::string sql;
+    std::string format = "table";
+    bool raw = false;
+};
+
+// What the user asked of `export`.
+struct ExportOptions {
+    std::filesystem::path report;
+    std::string format;
+    std::filesystem::path output;  // empty: standard output
+    std::string table;             // empty: all
+    bool raw = false;
+};
+
+}  // namespace qvhost

@@ -1,0 +1,16 @@
+// Where a collection's program and tools lie: the installed ones, or a replay's.
+#pragma once
+
+#include <filesystem>
+
+namespace qvhost {
+
+// The plug-in takes the directory of the running program for its own, and looks for its tools there.
+struct Stage {
+    std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
+    bool kill_leftovers = false;    // whether tools still running at the end are killed
+
+    std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }
+};
+
+}  // namespace qvhost

@@ -1,0 +1,55 @@
+#include "qvhost/finish/earlier_report.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include "qvhost/finish/recover.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string when_it_started(const LogDir& dir) {
+    try {
+        return Store(dir.store(), Store::Mode::read).meta("started");
+    } catch (const std::runtime_error&) {
+        return "";
+    }
+}
+
+fs::path free_name(const LogDir& dir, const std::string& started) {
+    std::string stamp;
+    for (const char c : started) {
+        if (c != '-' && c != ':') stamp += c;
+    }
+    const auto base = dir.path() / ("report-" + (stamp.empty() ? "unfinished" : stamp));
+    auto name = base;
+    for (int i = 2; fs::exists(fs::symlink_status(name)); ++i)
+        name = base.string() + "-" + std::to_string(i);
+    return name;
+}
+
+}  // namespace
+
+std::string make_room_for_report(const LogDir& dir) {
+    std::string found;
+    if (fs::exists(fs::symlink_status(dir.report()))) {
+        const auto recovered = recover(dir);
+        const auto started = when_it_started(dir);
+        const auto aside = free_name(dir, started);
+        std::error_code ignored;
+        fs::rename(dir.log(), dir.report() / dir.log().filename(), ignored);
+        fs::rename(dir.report(), aside);
+        found = (recovered.empty() ? "an earlier report" + (started.empty() ? "" : " of " + started)
+                                   : recovered) +
+                "; it is now in " + aside.string();
+    }
+    make_private_directory(dir.report());
+    return found;
+}
+
+}  // namespace qvhost

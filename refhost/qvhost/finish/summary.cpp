@@ -1,0 +1,31 @@
+#include "qvhost/finish/summary.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "show/text_table.h"
+#include "show/visible.h"
+
+namespace qvhost {
+
+void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
+                   const TerminalStyle& style) {
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& module : store.modules()) {
+        std::string title = module.display;
+        for (const auto& table : module.tables) {
+            const bool partial = table.records > 0 && !table.reason.empty();
+            rows.push_back({title, table.id, std::to_string(table.records),
+                            (partial ? "partial: " : "") + table.reason});
+            title.clear();  // once for all its tables
+        }
+    }
+    print_table(out, {"Module", "Table", "Records", "Note"}, rows, style);
+    out << '\n';
+    if (const auto status = store.meta("status"); status != "complete")
+        out << "The collection is " << one_line(status) << '\n';
+    out << "Report: " << one_line(dir.page().string()) << '\n';
+}
+
+}  // namespace qvhost

@@ -1,0 +1,43 @@
+#include "qvhost/present/open_report.h"
+
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "qvhost/base/log_dir.h"
+#include "qvhost/finish/recover.h"
+#include "show/visible.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path store_of(const fs::path& report) {
+    if (!fs::is_directory(report)) return report;
+    const LogDir dir(report);
+    if (fs::exists(dir.journal()) && !DirLock::is_held(report)) {
+        if (const auto reason = why_not_ours(dir); !reason.empty())
+            throw std::runtime_error(report.string() +
+                                     ": a collection was broken off here, and its report cannot be "
+                                     "completed: " +
+                                     reason);
+        const DirLock lock(report);
+        std::cerr << "qvhost: found " << one_line(recover(dir)) << '\n';
+    }
+    return dir.store();
+}
+
+}  // namespace
+
+Report open_report(const fs::path& report) {
+    const auto file = store_of(report);
+    Report opened{file, Store(file, Store::Mode::read)};
+    const auto status = opened.store.meta("status");
+    if (status.starts_with("incomplete"))
+        std::cerr << "qvhost: this collection is " << one_line(status) << '\n';
+    return opened;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,19 @@
+// A report as the user names it: a log directory or a store file.
+#pragma once
+
+#include <filesystem>
+
+#include "store/store.h"
+
+namespace qvhost {
+
+struct Report {
+    std::filesystem::path file;  // the store's
+    Store store;
+};
+
+// Opens it for reading, and warns on standard error if it is incomplete. If the collection in a directory
+// was killed, its report is completed first.
+Report open_report(const std::filesystem::path& report);
+
+}  // namespace qvhost

@@ -1,0 +1,113 @@
+// Options of a collection: from the command line through the settings of the collecting child, each
+// arrives there as it was given.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "qvhost/base/collect_options.h"
+#include "qvhost/base/limits.h"
+#include "qvhost/cli/command_line.h"
+
+namespace qvhost {
+
+namespace {
+
+CollectOptions parsed(std::vector<std::string> arguments) {
+    ParsedArguments result;
+    const auto app = command_line(result);
+    if (arguments.empty() || arguments.front() != "--log-dir")
+        arguments.insert(arguments.begin(), {"--log-dir", "/log"});
+    arguments.insert(arguments.begin(), "collect");
+    std::reverse(arguments.begin(), arguments.end());
+    app->parse(arguments);
+    return result.collect;
+}
+
+// Values that are not the defaults, by what the help calls them.
+const std::map<std::string, std::string> kValues = {
+    {"", ""},
+    {"DIR", "/other \xff place"},
+    {"N", "4"},
+    {"NAME", "BMC_Info"},
+    {"ID", "SENSORINFO=1"},
+    {"SECONDS", "77"},
+    {"pmc|fru0|bios", "fru0,bios"},
+    {"FILE", "a\nplug-in --table=x"},
+};
+
+// The option as words of a command line.
+std::vector<std::string> words_for(const CLI::Option& option) {
+    const auto name = "--" + option.get_lnames().front();
+    const auto value = kValues.find(option.get_type_name());
+    if (value == kValues.end()) {
+        ADD_FAILURE() << "no value for " << option.get_type_name();
+    } else if (!value->second.empty()) {
+        return {name, value->second};
+    }
+    return {name};
+}
+
+TEST(Options, EachArrivesInTheCollectingChild) {
+    ParsedArguments unused;
+    const auto app = command_line(unused);
+    std::size_t count = 0;
+    for (const auto* option : options_of(*app->get_subcommand("collect"))) {
+        if (option->get_lnames().front() == "help") continue;
+        SCOPED_TRACE(option->get_lnames().front());
+        const auto options = parsed(words_for(*option));
+        EXPECT_NE(options, parsed({})) << "the option goes nowhere";
+        EXPECT_EQ(options_from(settings_of(options)), options) << "it is lost on its way";
+        ++count;
+    }
+    EXPECT_EQ(count, collect_options().size() - 1) << "--search-path alone is not offered";
+}
+
+TEST(Options, AllArriveTogether) {
+    auto options = parsed({"--log-level",      "0",        "--module",          "a",
+                           "--module",         "b",        "--table",           "c",
+                           "--tool-timeout",   "5",        "--silence-timeout", "4",
+                           "--module-timeout", "6",        "--run-timeout",     "7",
+                           "--also",           "pmc,bios", "--plugin",          "/p",
+                           "--dry-run",        "--quiet"});
+    options.search_path = "/a:/b c";
+    EXPECT_EQ(options_from(settings_of(options)), options);
+    EXPECT_EQ(options.modules, (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(options.also, (std::vector<std::string>{"pmc", "bios"}));
+    EXPECT_EQ(limits_for(options), (Limits{7, 6, 6, 5, 4}));
+    EXPECT_EQ(options_from(settings_of({})), CollectOptions{});
+}
+
+TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
+    const CollectOptions none;
+    const auto limits = limits_for(none);
+    EXPECT_EQ(limits, kUsualLimits);
+    const std::map<std::string, unsigned> used = {
+        {"log-level", none.log_level},
+        {"tool-timeout", limits.tool_seconds},
+        {"silence-timeout", limits.silence_seconds},
+        {"module-timeout", limits.module_seconds},
+        {"run-timeout", limits.run_seconds},
+    };
+    ParsedArguments unused;
+    const auto app = command_line(unused);
+    std::map<std::string, unsigned> shown;
+    for (const auto* option : options_of(*app->get_subcommand("collect"))) {
+        if (const auto text = option->get_default_str(); !text.empty())
+            shown[option->get_lnames().front()] = static_cast<unsigned>(std::stoul(text));
+    }
+    EXPECT_EQ(shown, used);
+}
+
+TEST(Options, SettingsThatNobodyWroteAreRefused) {
+    using namespace std::string_literals;
+    for (const auto& settings : {"log-dir=/log"s, "log-dir\0"s, "unknown=1\0"s, "log-level=\0"s,
+                                 "log-level=3x\0"s, "tool-timeout=-1\0"s, "\0"s, "=\0"s}) {
+        SCOPED_TRACE(settings);
+        EXPECT_THROW(options_from(settings), std::runtime_error);
+    }
+}
+
+}  // namespace
+
+}  // namespace qvhost
