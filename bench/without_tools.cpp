@@ -1,5 +1,5 @@
 // In place of the runner of tools: every tool has run already and left its capture.
-#include "capture/process.h"
+#include "run/process.h"
 
 namespace marlox::repository::capture {
 

@@ -1,7 +1,7 @@
 // Command lines: whatever the directories are called, the shell gets them as one word and opens no
 // second command. A plain reader of the shell's quoting says what it gets.
 //     input: program directory, NUL, log directory, NUL, any command text
-#include "capture/command.h"
+#include "run/command.h"
 
 #include <optional>
 #include <vector>

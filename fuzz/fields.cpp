@@ -1,12 +1,12 @@
 // The engine of fields against strtok(): each line is a row of one record that is refilled.
-#include "capture/fields.h"
+#include "file/fields.h"
 
 #include <cstring>
 #include <vector>
 
-#include "capture/lines.h"
 #include "check.h"
 #include "notes.h"
+#include "read/lines.h"
 
 using namespace marlox::repository::capture;
 

@@ -1,5 +1,5 @@
 // The engine of keys against a chain of strstr(), on a table of short keys that has one of each kind.
-#include "capture/keys.h"
+#include "file/keys.h"
 
 #include <cstring>
 

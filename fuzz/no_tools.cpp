@@ -1,6 +1,6 @@
 #include "no_tools.h"
 
-#include "capture/process.h"
+#include "run/process.h"
 
 namespace fuzz {
 

@@ -1,5 +1,5 @@
 // The engine of rows: whole lines against fgets(), lines without their ends against strtok().
-#include "capture/rows.h"
+#include "file/rows.h"
 
 #include <cstdio>
 #include <cstring>

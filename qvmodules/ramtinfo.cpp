@@ -1,8 +1,8 @@
 #include "ramtinfo.h"
 
-#include "capture/layout.h"
-#include "capture/log.h"
-#include "capture/registry.h"
+#include "file/layout.h"
+#include "file/registry.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository {
 

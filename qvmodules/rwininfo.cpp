@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "capture/layout.h"
-#include "capture/log.h"
-#include "capture/registry.h"
+#include "file/layout.h"
+#include "file/registry.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository {
 

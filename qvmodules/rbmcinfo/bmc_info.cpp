@@ -5,16 +5,16 @@
 #include <variant>
 #include <vector>
 
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/rows.h"
-#include "capture/text.h"
+#include "file/record.h"
+#include "file/rows.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/items.h"
 #include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -2,10 +2,10 @@
 
 #include <unistd.h>
 
-#include "capture/command.h"
-#include "capture/process.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "capture/command.h"
-#include "rbmcinfo/tools.h"
+#include "run/command.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

@@ -1,13 +1,13 @@
 #include <span>
 #include <utility>
 
-#include "capture/process.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/collectors.h"
 #include "rbmcinfo/platform.h"
 #include "rbmcinfo/rbmcinfo.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

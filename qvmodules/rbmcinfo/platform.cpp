@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "capture/process.h"
-#include "capture/text.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "read/text.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

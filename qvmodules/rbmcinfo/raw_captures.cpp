@@ -1,6 +1,6 @@
-#include "capture/process.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

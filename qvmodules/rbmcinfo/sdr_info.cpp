@@ -1,11 +1,11 @@
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/rows.h"
-#include "capture/text.h"
+#include "file/rows.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -1,14 +1,14 @@
 #include <array>
 #include <string_view>
 
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/record.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -1,14 +1,14 @@
 #include <string>
 #include <utility>
 
-#include "capture/command.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "rbmcinfo/tools.h"
+#include "file/record.h"
+#include "read/lines.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

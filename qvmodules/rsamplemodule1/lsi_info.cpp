@@ -1,13 +1,13 @@
 #include <array>
 
-#include "capture/command.h"
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "rbmcinfo/tools.h"
+#include "file/keys.h"
+#include "read/lines.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

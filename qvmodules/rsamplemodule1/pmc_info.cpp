@@ -1,17 +1,17 @@
 #include <array>
 #include <string>
 
-#include "capture/command.h"
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/link.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
-#include "rbmcinfo/tools.h"
+#include "file/keys.h"
+#include "file/link.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 

@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "capture/layout.h"
-#include "capture/registry.h"
+#include "file/layout.h"
+#include "file/registry.h"
 
 namespace marlox::repository {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/log.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository::sample1 {
 

@@ -2,14 +2,14 @@
 #include <string_view>
 #include <utility>
 
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -1,13 +1,13 @@
 #include <string>
 
-#include "capture/command.h"
-#include "capture/link.h"
-#include "capture/process.h"
-#include "capture/record.h"
+#include "file/link.h"
+#include "file/record.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -2,16 +2,16 @@
 #include <span>
 #include <string_view>
 
-#include "capture/command.h"
-#include "capture/fields.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/fields.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

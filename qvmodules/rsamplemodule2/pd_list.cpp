@@ -1,12 +1,12 @@
 #include <array>
 
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/process.h"
+#include "file/keys.h"
+#include "read/lines.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -1,7 +1,7 @@
 #include "rsamplemodule2/rsamplemodule2.h"
 
-#include "capture/layout.h"
-#include "capture/registry.h"
+#include "file/layout.h"
+#include "file/registry.h"
 
 namespace marlox::repository {
 

@@ -1,13 +1,13 @@
 #include <array>
 
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/text.h"
+#include "file/keys.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -6,7 +6,7 @@
 #include "bench.h"
 #include "bmc_notes.h"
 #include "rbmcinfo/captures.h"
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

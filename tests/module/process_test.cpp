@@ -15,8 +15,8 @@
 #include "bmc_notes.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/collectors.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule1/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "bench.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule2/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

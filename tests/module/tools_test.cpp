@@ -1,4 +1,4 @@
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 #include <cerrno>
 #include <cstring>

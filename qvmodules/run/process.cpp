@@ -1,4 +1,4 @@
-#include "capture/process.h"
+#include "run/process.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "capture/command_log.h"
-#include "capture/group.h"
+#include "log/command_log.h"
+#include "run/group.h"
 
 namespace marlox::repository::capture {
 

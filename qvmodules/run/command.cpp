@@ -1,4 +1,4 @@
-#include "capture/command.h"
+#include "run/command.h"
 
 #include "xmodule.h"
 

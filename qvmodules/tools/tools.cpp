@@ -1,4 +1,4 @@
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 #include <unistd.h>
 
@@ -8,14 +8,21 @@
 #include <string>
 #include <string_view>
 
-#include "capture/command.h"
-#include "capture/process.h"
-#include "capture/text.h"
-#include "rbmcinfo/unit.h"
+#include "log/unit_log.h"
+#include "read/text.h"
+#include "run/command.h"
+#include "run/process.h"
 
 char current_absolute_path[256] = {};
 
 namespace marlox::repository {
+
+namespace {
+
+// The BMC module's unit: that is where hosts look for these messages.
+constexpr capture::UnitLog unit{"qvmodules/rbmcinfo"};
+
+}  // namespace
 
 char current_absolute_path_bmc[256] = {};
 char current_absolute_path2[256] = {};

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/record.h"
+#include "read/text.h"
 
 namespace marlox::repository::capture {
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "capture/limits.h"
+#include "run/limits.h"
 
 namespace marlox::repository::capture {
 

@@ -1,4 +1,4 @@
-#include "capture/command_log.h"
+#include "log/command_log.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "capture/lines.h"
+#include "read/lines.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <utility>
 
-#include "capture/command_log.h"
+#include "log/command_log.h"
 
 namespace marlox::repository::capture {
 

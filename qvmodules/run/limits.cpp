@@ -1,4 +1,4 @@
-#include "capture/limits.h"
+#include "run/limits.h"
 
 #include <algorithm>
 #include <charconv>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "capture/group.h"
+#include "run/group.h"
 
 namespace marlox::repository::capture {
 

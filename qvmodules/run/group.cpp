@@ -1,4 +1,4 @@
-#include "capture/group.h"
+#include "run/group.h"
 
 #include <charconv>
 #include <cstdio>

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-#include "capture/lines.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 
 namespace marlox::repository::capture {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "capture/text.h"
+#include "read/text.h"
 
 namespace marlox::repository::capture {
 

@@ -1,4 +1,4 @@
-#include "capture/text.h"
+#include "read/text.h"
 
 #include <charconv>
 #include <limits>
