@@ -14,20 +14,19 @@
 
 namespace marlox::repository::capture {
 
-// The columns of one property, counted from 1. Two columns are one value, joined by a blank: a
+// Where a value stands in its row, counted from 1. Two places are one value, joined by a blank: a
 // number and its unit.
-struct Columns {
+struct Place {
     std::size_t first;
     std::size_t last;
 
-    consteval Columns(std::size_t only) : first(only), last(only) {}
-    consteval Columns(std::size_t number, std::size_t unit) : first(number), last(unit) {}
+    consteval Place(std::size_t only) : first(only), last(only) {}
+    consteval Place(std::size_t number, std::size_t unit) : first(number), last(unit) {}
 };
 
 struct Field {
-    Columns columns;
-    std::string_view id;
-    std::string_view display;
+    Place place;
+    Column column;
 };
 
 // Sets the properties of one row and adds the record when the table's last field is there. A row
@@ -36,36 +35,35 @@ inline void read_fields(std::string_view row, std::span<const Field> fields, Rec
     Tokens tokens(row, " ");
     std::string_view before;
     std::string pair;
-    std::size_t column = 0;
+    std::size_t place = 0;
     for (const Field& field : fields) {
         std::string_view value;
-        while (column < field.columns.last) {
+        while (place < field.place.last) {
             const auto token = tokens.next();
             if (!token) return;
             before = value;
             value = *token;
-            ++column;
+            ++place;
         }
-        if (field.columns.first != field.columns.last) {
+        if (field.place.first != field.place.last) {
             pair.assign(before).append(" ").append(value);
             value = pair;
         }
-        record.set(field.id, field.display, value);
+        record.set(field.column, value);
     }
     record.add();
 }
 
-// Whether a table names every column once, from 1 on, without a gap, and ids without blanks.
+// Whether a table takes every place once, from 1 on, without a gap.
 consteval bool well_formed(std::span<const Field> fields) {
-    std::size_t column = 0;
+    std::size_t place = 0;
     for (const Field& field : fields) {
-        if (field.columns.first != column + 1 || field.columns.last < field.columns.first ||
-            field.columns.last > field.columns.first + 1)
+        if (field.place.first != place + 1 || field.place.last < field.place.first ||
+            field.place.last > field.place.first + 1)
             return false;
-        column = field.columns.last;
-        if (field.id.empty() || field.id.find(' ') != std::string_view::npos) return false;
+        place = field.place.last;
     }
-    return column > 0;
+    return place > 0;
 }
 
 }  // namespace marlox::repository::capture

@@ -39,20 +39,38 @@ struct Skip {
     std::size_t characters = 0;
 };
 
+// The property whose key would take the line if it were looked for first.
+struct Before {
+    std::string_view id = {};
+};
+
+// A row of a parser's table: the key and the column that its value goes to.
 struct Key {
     std::string_view text;
-    std::string_view id;
-    std::string_view display;
+    Column column;
     When when = {};
     Skip skip = {};
+    Before before = {};
 
-    consteval Key(const char* key, const char* property, const char* label)
-        : text(key), id(property), display(label) {}
-    consteval Key(const char* key, const char* property, const char* label, When condition)
-        : text(key), id(property), display(label), when(condition) {}
-    consteval Key(const char* key, const char* property, const char* label, Skip behind)
-        : text(key), id(property), display(label), skip(behind) {}
+    consteval Key(const char* key, Column property) : text(key), column(property) {}
+    consteval Key(const char* key, Column property, When condition, Before other = {})
+        : text(key), column(property), when(condition), before(other) {}
+    consteval Key(const char* key, Column property, Skip behind)
+        : text(key), column(property), skip(behind) {}
 };
+
+// A parser's table stands in the order of the layout; its keys are tested in that order too, but
+// for those that come before another.
+template <std::size_t n>
+consteval std::array<Key, n> in_order_of_search(std::array<Key, n> keys) {
+    for (auto key = keys.begin(); key != keys.end(); ++key) {
+        const auto other = std::find_if(keys.begin(), key, [&](const Key& earlier) {
+            return earlier.column.id == key->before.id;
+        });
+        if (other != key) std::rotate(other, key, key + 1);
+    }
+    return keys;
+}
 
 struct KeyHit {
     const Key* key;
@@ -105,37 +123,32 @@ inline std::string_view value_behind(const KeyHit& hit, std::string_view line) {
     return rest(line, hit.at + hit.key->text.size() + hit.key->skip.characters);
 }
 
-// Reads blocks of such lines into one record, which is added at every line of the key `last`.
-inline void read_keys(Lines& lines, std::span<const Key> keys, std::string_view last,
-                      Record record) {
+// Reads blocks of such lines into one record, which is added at every line of the last key.
+inline void read_keys(Lines& lines, std::span<const Key> keys, Record record) {
     const auto find = end_alike(keys) ? find_key_alike : find_key;
     const auto names = names_of(keys);
     while (const auto line = lines.next()) {
         const auto hit = find(keys, *line);
         if (!hit) continue;
         record.set(names[hit->row], value_behind(*hit, *line));
-        if (hit->key->id == last) record.add();
+        if (hit->row + 1 == keys.size()) record.add();
     }
 }
 
-// Whether a table can mean what it says: ids without blanks, the last property in the table, no key
-// that ends with a doubled character, and none that an earlier, unconditional one contained in it
-// would always win over.
-consteval bool well_formed(std::span<const Key> keys, std::string_view last) {
-    bool has_last = false;
+// Whether a table, in the order of search, can mean what it says: no key that ends with a doubled
+// character, and none that an earlier, unconditional one contained in it would always win over.
+consteval bool well_formed(std::span<const Key> keys) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const Key& key = keys[i];
-        if (key.text.empty() || key.id.empty() || key.display.empty()) return false;
-        if (key.id.find(' ') != std::string_view::npos) return false;
+        if (key.text.empty() || !is_id(key.column.id) || key.column.label.empty()) return false;
         if (key.text.find_last_not_of(key.text.back()) + 2 != key.text.size()) return false;
-        has_last = has_last || key.id == last;
         for (std::size_t j = 0; j < i; ++j) {
             const bool unconditional = keys[j].when.with.empty() && keys[j].when.without[0].empty();
             if (unconditional && key.text.find(keys[j].text) != std::string_view::npos)
                 return false;
         }
     }
-    return has_last;
+    return !keys.empty();
 }
 
 }  // namespace marlox::repository::capture

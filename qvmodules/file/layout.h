@@ -1,42 +1,27 @@
-// Layouts: what a wrap callback declares.
+// Layouts: what a table's wrap callback tells the host, read from the table's declaration.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
+#include "file/table.h"
 #include "rinstanceswrapper.h"
 
 namespace marlox::repository::capture {
 
-using Ids = std::vector<std::string>;
-
-struct Header {
-    const char* id;
-    unsigned width;
-};
-
-// A header row: one column an id, each of its own width.
-inline void set_row_headers(RInstancesWrapper& wrapper, std::initializer_list<Header> headers) {
-    Ids ids;
+inline void lay_out(RInstancesWrapper& wrapper, const Table& table) {
+    std::vector<std::string> ids;
     std::vector<unsigned> widths;
-    for (const Header& header : headers) {
-        ids.emplace_back(header.id);
-        widths.push_back(header.width);
+    for (const Column& column : table.columns) {
+        if (!column.unlisted.empty()) continue;
+        ids.emplace_back(column.id);
+        widths.push_back(column.width > 0 ? column.width : table.layout.width);
     }
-    wrapper.SetRowHeaders(ids, widths, false);
-}
-
-// The same with one width for all.
-inline void set_row_headers(RInstancesWrapper& wrapper, const Ids& ids, unsigned width) {
-    wrapper.SetRowHeaders(ids, std::vector<unsigned>(ids.size(), width), false);
-}
-
-// "MC1", "MC2", ... "MC<count>"
-inline Ids numbered(const std::string& prefix, unsigned count) {
-    Ids ids;
-    for (unsigned i = 1; i <= count; ++i) ids.push_back(prefix + std::to_string(i));
-    return ids;
+    if (table.layout.kind == Layout::Kind::header_row) {
+        wrapper.SetRowHeaders(ids, widths, false);
+    } else {
+        wrapper.SetColumnHeaders(ids, table.layout.width, table.layout.count);
+    }
 }
 
 }  // namespace marlox::repository::capture

@@ -1,28 +1,24 @@
-// Registering a module's tables: one enumerate member for all, one wrap member a table.
+// Registering a module's tables with the host: one enumerate member fills them all, and each is laid
+// out as it is declared.
 #pragma once
 
 #include <boost/bind/bind.hpp>
-#include <initializer_list>
 #include <string>
 
+#include "file/layout.h"
+#include "file/table.h"
 #include "rmodule.h"
 
 namespace marlox::repository::capture {
 
-template <class Module>
-struct Table {
-    const std::string& id;
-    void (Module::*wrap)(RInstancesWrapper&);
-};
-
-template <class Module>
-void register_tables(Module* module, void (Module::*enumerate)(RRepository&),
-                     std::initializer_list<Table<Module>> tables) {
+template <class HostModule>
+void register_tables(HostModule* module, void (HostModule::*enumerate)(RRepository&),
+                     const Module& declared) {
     using boost::placeholders::_1;
-    for (const auto& table : tables) {
-        auto& callbacks = module->callbacks[table.id];
+    for (const Table* table : declared.tables) {
+        auto& callbacks = module->callbacks[std::string(table->id)];
         callbacks.enumerate = boost::bind(enumerate, module, _1);
-        callbacks.wrap = boost::bind(table.wrap, module, _1);
+        callbacks.wrap = [table](RInstancesWrapper& wrapper) { lay_out(wrapper, *table); };
     }
 }
 

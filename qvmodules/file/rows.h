@@ -9,16 +9,9 @@
 
 namespace marlox::repository::capture {
 
-struct LineProperty {
-    std::string_view id;
-    std::string_view display;
-
-    PropertyName name() const { return {std::string(id), std::string(display)}; }
-};
-
 // Lines as they were read, blank ones included, each with its line end.
-inline void read_lines(Lines& lines, const LineProperty& property, Record record) {
-    const auto name = property.name();
+inline void read_lines(Lines& lines, const Column& column, Record record) {
+    const PropertyName name(column);
     while (const auto line = lines.next()) {
         record.set(name, *line);
         record.add();
@@ -27,10 +20,9 @@ inline void read_lines(Lines& lines, const LineProperty& property, Record record
 
 // Lines without their ends; blank ones give no row. `note` sees each line before it is filed.
 template <class Note>
-void read_split_lines(std::string_view text, const LineProperty& property, Record record,
-                      Note note) {
+void read_split_lines(std::string_view text, const Column& column, Record record, Note note) {
     Tokens lines(text, "\n\r");
-    const auto name = property.name();
+    const PropertyName name(column);
     while (const auto line = lines.next()) {
         note(*line);
         record.set(name, *line);

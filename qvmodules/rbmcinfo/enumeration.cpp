@@ -13,6 +13,11 @@ namespace marlox::repository {
 
 namespace {
 
+constexpr const capture::Table* kTables[] = {
+    &kMcInfo,  &kSelfInfo,   &kVerInfo, &kLanInfo, &kLedInfo,
+    &kPsuInfo, &kSensorInfo, &kFruInfo, &kSdrInfo, &kSelInfo,
+};
+
 // One capture, and what is logged behind it. The result is ignored: a capture that failed leaves
 // its table empty.
 struct Step {
@@ -23,7 +28,7 @@ struct Step {
 constexpr const char* silent = nullptr;
 
 template <int kind>
-int bmc(RRepository& repo) {
+int answer(RRepository& repo) {
     return bmc_info(repo, kind);
 }
 
@@ -32,12 +37,12 @@ int sensors_with_ids(RRepository&) { return sen_id(); }
 int no_capture(RRepository&) { return 0; }
 
 constexpr Step kFull[] = {
-    {bmc<1>,           silent},
-    {bmc<2>,           silent},
-    {bmc<3>,           silent},
-    {bmc<4>,           silent},
-    {bmc<5>,           silent},
-    {bmc<6>,           silent},
+    {answer<1>,        silent},
+    {answer<2>,        silent},
+    {answer<3>,        silent},
+    {answer<4>,        silent},
+    {answer<5>,        silent},
+    {answer<6>,        silent},
     {sensor_info,      silent},
     {fru_info,         silent},
     {sdr_info,         silent},
@@ -48,11 +53,11 @@ constexpr Step kFull[] = {
 
 // Unlike on the servers with LEDs, SDR comes before FRU.
 constexpr Step kWithoutLeds[] = {
-    {bmc<1>,           silent},
-    {bmc<2>,           silent},
-    {bmc<3>,           silent},
-    {bmc<4>,           silent},
-    {bmc<5>,           silent},
+    {answer<1>,        silent},
+    {answer<2>,        silent},
+    {answer<3>,        silent},
+    {answer<4>,        silent},
+    {answer<5>,        silent},
     {sensor_info,      silent},
     {sdr_info,         silent},
     {fru_info,         silent},
@@ -63,9 +68,9 @@ constexpr Step kWithoutLeds[] = {
 
 // The line on SDR is there although these servers have no SDR capture.
 constexpr Step kReduced[] = {
-    {bmc<1>,           silent                       },
-    {bmc<2>,           silent                       },
-    {bmc<5>,           "Oru Debug after bmc info"   },
+    {answer<1>,        silent                       },
+    {answer<2>,        silent                       },
+    {answer<5>,        "Oru Debug after bmc info"   },
     {sensor_info,      "Oru Debug after sensor info"},
     {no_capture,       "Oru Debug after sdr info"   },
     {fru_info,         "Oru Debug after fru info"   },
@@ -132,6 +137,8 @@ void collect(RRepository& repo) {
 }
 
 }  // namespace
+
+constexpr capture::Module bmc::kModule = {"BMC_Info", "BMC information", kTables};
 
 void RBMCInfo::EnumBMCInstances(RRepository& repo) {
     unit.progress("Enter EnumBMCInstances");

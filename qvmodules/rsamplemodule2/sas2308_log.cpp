@@ -5,7 +5,6 @@
 #include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
-#include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
 #include "run/process.h"
 
@@ -21,22 +20,26 @@ using sample2::unit;
 // alone leaves out the blank behind its colon.
 //     Time: 12:00:01
 //     LogSequence: 17
+// clang-format off
 constexpr auto kEntry = std::to_array<Key>({
-    {"Time:",                "Time",                "Time",                Skip{1}},
-    {"LogSequence:",         "LogSequence",         "LogSequence",         Skip{0}},
-    {"LogEntryQualifier:",   "LogEntryQualifier",   "LogEntryQualifier",   Skip{0}},
-    {"LogEntryDescription:", "LogEntryDescription", "LogEntryDescription", Skip{0}},
-    {"LogEntryValue:",       "LogEntryValue",       "LogEntryValue",       Skip{0}},
-    {"vf_id:",               "vfid",                "vf_id",               Skip{0}},
-    {"vp_id:",               "vpid",                "vp_id",               Skip{0}},
-    {"LogCode:",             "LogCode",             "LogCode",             Skip{0}},
-    {"LogDataDescription:",  "LogDataDescription",  "LogDataDescription",  Skip{0}},
-    {"LogDataValue:",        "LogDataValue",        "LogDataValue",        Skip{0}},
-    {"LogClass:",            "LogClass",            "LogClass",            Skip{0}},
-    {"ArgumentType:",        "ArgumentType",        "ArgumentType",        Skip{0}},
-    {"Locale:",              "Locale",              "Locale",              Skip{0}},
+    {"Time:",                {"Time",                "Time",                "the controller's clock"}, Skip{1}},
+    {"LogSequence:",         {"LogSequence",         "LogSequence",         "number of the entry"}},
+    {"LogEntryQualifier:",   {"LogEntryQualifier",   "LogEntryQualifier",   "kind of the entry, as a number"}},
+    {"LogEntryDescription:", {"LogEntryDescription", "LogEntryDescription", "kind of the entry, in words"}},
+    {"LogEntryValue:",       {"LogEntryValue",       "LogEntryValue",       "value of the entry"}},
+    {"vf_id:",               {"vfid",                "vf_id",               "number of the virtual function"}},
+    {"vp_id:",               {"vpid",                "vp_id",               "number of the virtual port"}},
+    {"LogCode:",             {"LogCode",             "LogCode",             "code of the event"}},
+    {"LogDataDescription:",  {"LogDataDescription",  "LogDataDescription",  "the event in words"}},
+    {"LogDataValue:",        {"LogDataValue",        "LogDataValue",        "data of the event"}},
+    {"LogClass:",            {"LogClass",            "LogClass",            "severity"}},
+    {"ArgumentType:",        {"ArgumentType",        "ArgumentType",        "what the data describes"}},
+    {"Locale:",              {"Locale",              "Locale",              "what the event concerns"}},
 });
-static_assert(capture::well_formed(kEntry, "Locale"));
+// clang-format on
+static_assert(capture::well_formed(kEntry));
+
+constexpr auto kColumns = capture::columns_of(kEntry);
 
 // The count is left in the current directory, not in the log directory.
 bool has_sas2308() {
@@ -47,6 +50,20 @@ bool has_sas2308() {
 
 }  // namespace
 
+// One build of sas2ircu serves every word size; it uploads the log, which this tool decodes.
+constexpr capture::Table kSas2IrLog = {
+    .id = "SAS2IRLOG",
+    .title = "LSI SAS2308 Log",
+    .row = "A row is an entry in the log of a SAS2308 controller.",
+    .source = {.tool = "SAS2IR_linux",
+               .command = "'{P}qv_tools/SAS2IR_linux_{x}' logir.log > '{L}ir.txt'",
+               .capture = "ir.txt",
+               .not_asked = "no SAS2308 controller"},
+    .layout = capture::header_row(5),
+    .columns = kColumns,
+};
+static_assert(capture::well_formed(kSas2IrLog));
+
 void sas2308_log(RRepository& repo) {
     if (!has_sas2308()) return;
 
@@ -54,20 +71,18 @@ void sas2308_log(RRepository& repo) {
     // the current directory.
     capture::run(sample2::tool_command("{P}qv_tools/sas2ircu 0 logir upload"));
 
-    const auto decode =
-        sample2::tool_command("'{P}qv_tools/SAS2IR_linux_{x}' logir.log > '{L}ir.txt'");
+    const auto decode = sample2::tool_command(kSas2IrLog.source.command);
     unit.progress("irlog2 raw path:", decode);
     capture::run(decode);
 
-    const auto path = capture::log_dir() + "ir.txt";
+    const auto path = capture::log_path(kSas2IrLog.source.capture);
     unit.progress("3irlog raw path:", path);
     auto entries = capture::Lines::open(path);
     if (!entries) {
         unit.detail("Failed to open ir log file");
         return;
     }
-    capture::read_keys(*entries, kEntry, "Locale",
-                       {repo, RSampleModule2::T_IR_TABLE2, "LSI SAS2308 Log"});
+    capture::read_keys(*entries, kEntry, {repo, kSas2IrLog});
 }
 
 }  // namespace marlox::repository

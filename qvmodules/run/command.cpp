@@ -28,10 +28,10 @@ std::string path_text(std::string_view path, bool quoted) {
 
 }  // namespace
 
-std::string log_dir() {
-    char buffer[256] = {};
-    XModule::GetLogDir(buffer, sizeof buffer);
-    return buffer;
+std::string log_path(std::string_view file) {
+    char directory[256] = {};
+    XModule::GetLogDir(directory, sizeof directory);
+    return std::string(directory).append(file);
 }
 
 std::string expand(std::string_view command, const Fill& fill) {
@@ -41,7 +41,7 @@ std::string expand(std::string_view command, const Fill& fill) {
         if (command.starts_with("{P}")) {
             text += path_text(fill.program_dir, quoted);
         } else if (command.starts_with("{L}")) {
-            text += path_text(log_dir(), quoted);
+            text += path_text(log_path(""), quoted);
         } else if (command.starts_with("{x}")) {
             text += fill.bits == 32 ? "x32" : "x64";
         } else if (command.starts_with("{n}")) {

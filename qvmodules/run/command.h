@@ -21,7 +21,7 @@ struct Fill {
 // with a single quote in its name; every other name stands in the command as it is.
 std::string expand(std::string_view command, const Fill& fill);
 
-// The host's log directory, ending with "/".
-std::string log_dir();
+// The path of a file in the host's log directory.
+std::string log_path(std::string_view file);
 
 }  // namespace marlox::repository::capture
