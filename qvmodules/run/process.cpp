@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -183,6 +184,12 @@ bool out_of_resources(int error) {
     return error == EAGAIN || error == ENOMEM || error == EMFILE || error == ENFILE;
 }
 
+// Whether the text holds a whole line that is not blank.
+bool has_line(std::string_view text) {
+    const auto begin = text.find_first_not_of(" \t\n\v\f\r");
+    return begin != std::string_view::npos && text.find('\n', begin) != std::string_view::npos;
+}
+
 }  // namespace
 
 int run(const std::string& command, Patience patience) {
@@ -230,19 +237,19 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
         return std::nullopt;
     }
 
-    std::string text(most, '\0');
-    std::size_t size = 0;
+    std::string text;
+    std::string block(most, '\0');
     const char* reason = nullptr;
-    while (size < most && !(reason = wait_readable(reading, limits, pid))) {
-        const ssize_t n = ::read(reading, text.data() + size, most - size);
+    while (text.size() < most && !has_line(text) &&
+           !(reason = wait_readable(reading, limits, pid))) {
+        const ssize_t n = ::read(reading, block.data(), most - text.size());
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) break;
-        size += static_cast<std::size_t>(n);
+        text.append(block, 0, static_cast<std::size_t>(n));
     }
     ::close(reading);
     const auto end = reason ? kill_group(pid, reason) : reap(pid, limits);
     logged.ended(end.status, end.reason, end.left);
-    text.resize(size);
     return text;
 }
 

@@ -18,8 +18,9 @@ namespace marlox::repository::capture {
 // SIGQUIT are ignored and SIGCHLD is blocked until the command has ended.
 int run(const std::string& command, Patience patience = Patience::tool);
 
-// The first bytes that the command prints on its standard output; nothing if the command could not
-// be started. Output beyond `most` bytes is not waited for.
+// What the command prints on its standard output, at most `most` bytes, read until a line that is not
+// blank has ended; nothing if the command could not be started. As with popen(), fgets() and pclose(),
+// the pipe is then closed and the shell waited for, but no process that it leaves behind.
 std::optional<std::string> output_of(const std::string& command, std::size_t most = 4096);
 
 }  // namespace marlox::repository::capture
