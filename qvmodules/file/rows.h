@@ -18,12 +18,16 @@ inline void read_lines(Lines& lines, const Column& column, Record record) {
     }
 }
 
-// Lines without their ends; blank ones give no row. `note` sees each line before it is filed.
+// Lines without their ends; blank ones give no row. `note` sees each line before it is filed. The
+// record is made for the first line: a text without lines makes none.
 template <class Note>
-void read_split_lines(std::string_view text, const Column& column, Record record, Note note) {
+void read_split_lines(std::string_view text, const Column& column, RRepository& repository,
+                      const Table& table, Note note) {
     Tokens lines(text, "\n\r");
+    auto line = lines.next();
+    if (!line) return;
     const PropertyName name(column);
-    while (const auto line = lines.next()) {
+    for (Record record(repository, table); line; line = lines.next()) {
         note(*line);
         record.set(name, *line);
         record.add();

@@ -113,7 +113,7 @@ int bmc_info(RRepository& repo, int kind) {
     if (question.delimiters) {
         file_labelled(text, question, {repo, table});
     } else {
-        capture::read_split_lines(text, table.columns.front(), {repo, table},
+        capture::read_split_lines(text, table.columns.front(), repo, table,
                                   [](std::string_view line) { unit.detail("", line); });
     }
     return 0;

@@ -61,7 +61,7 @@ int fru_info_amd(RRepository& repo) {
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    capture::read_split_lines(text, kColumns.front(), {repo, kFruInfo},
+    capture::read_split_lines(text, kColumns.front(), repo, kFruInfo,
                               [](std::string_view line) { unit.detail("", line, " "); });
     return 0;
 }

@@ -47,7 +47,7 @@ int sdr_info(RRepository& repo) {
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    capture::read_split_lines(text, kColumns.front(), {repo, kSdrInfo},
+    capture::read_split_lines(text, kColumns.front(), repo, kSdrInfo,
                               [](std::string_view line) { unit.detail("", line, " "); });
     return 0;
 }

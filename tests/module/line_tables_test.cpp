@@ -96,6 +96,20 @@ TEST_F(LineTables, SplitLinesHaveNoEnds) {
     EXPECT_EQ(records(fru_info_amd, nul), fru("a") + fru("b"));
 }
 
+// A host may count the records that are made, not only those that are added.
+TEST_F(LineTables, WithoutALineThereIsNoRecord) {
+    for (const std::string& answer :
+         {std::string(), std::string("\n\r\n"), std::string("\0a\n", 3)}) {
+        for (const auto capture : {sdr_info, fru_info_amd}) {
+            EXPECT_EQ(records(capture, answer), "");
+            EXPECT_EQ(fakehost::records_made, 0) << fakehost::escaped(answer);
+        }
+    }
+    EXPECT_EQ(records(sdr_info, "a\nb\n"), sdr("a") + sdr("b"));
+    EXPECT_EQ(records(fru_info_amd, "a\nb\n"), fru("a") + fru("b"));
+    EXPECT_EQ(fakehost::records_made, 2) << "one a table, for all rows";
+}
+
 TEST_F(LineTables, OtherLinesAreKeptAsTheyAre) {
     const std::string x510(510, 'x');
     const auto x511 = x510 + "x";
