@@ -26,6 +26,10 @@ void collect(RRepository& repository) {
 
     check_linux_bit();
     abs_path = GetProgramDir(current_absolute_path);
+    if (abs_path != 0) {
+        unit.progress("Failed to get the Marlox path, exit");
+        return;
+    }
     make_tools_executable(current_absolute_path);
 
     capture::run(capture::expand("'{P}qv_tools/storcli_{x}' show ctrlcount > '{L}ctrlcount.txt'",

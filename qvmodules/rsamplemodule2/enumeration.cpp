@@ -49,6 +49,10 @@ void collect(RRepository& repo) {
     sample2::file_samples(repo);
 
     abs_path2 = GetProgramDir(current_absolute_path2);
+    if (abs_path2 != 0) {
+        unit.progress("Failed to get the Marlox path, exit");
+        return;
+    }
     make_tools_executable(current_absolute_path2);
     check_linux_bit();
 

@@ -57,6 +57,7 @@ int GetProgramDir(char* buffer) {
     const ssize_t length = ::readlink("/proc/self/exe", buffer, size);
     if (length < 0 || length >= size) {
         std::puts("Failed to get current absolute path");
+        buffer[0] = '\0';  // what readlink() wrote of a longer path names another directory
         return -1;
     }
     // The byte behind the link text, which readlink() does not write: zero in a fresh buffer.

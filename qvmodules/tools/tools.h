@@ -25,7 +25,8 @@ QV_EXPORT extern int linux_x32_x64;
 QV_EXPORT int check_system_call(int status, const char* name);
 
 // Writes the directory of the running program, ending with "/", into `buffer`, which has 256 zero
-// bytes. Returns 0, or -1 (and says so on standard output) if it is unknown or too long.
+// bytes. Returns 0, or -1 (and says so on standard output) if it is unknown or the program's path has
+// more than 255 bytes; `buffer` is then an empty text, and no tool may be run.
 QV_EXPORT int GetProgramDir(char* buffer);
 
 // Asks the system for its word size. Returns 0, or 1 if it could not be asked.

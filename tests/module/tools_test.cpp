@@ -86,13 +86,17 @@ TEST_F(Tools, ProgramPathsOf255BytesWork) {
     EXPECT_EQ(std::string(buffer), "/" + std::string(250, 'd') + "/");
 }
 
-TEST_F(Tools, LongerPathsAndErrorsArePrinted) {
+// What was read of the path names another directory, and has no end in the buffer.
+TEST_F(Tools, LongerPathsAndErrorsArePrintedAndLeaveNoDirectory) {
     char buffer[256] = {};
     fake_system.exe_link = "/" + std::string(251, 'd') + "/abc";
     testing::internal::CaptureStdout();
     EXPECT_EQ(GetProgramDir(buffer), -1);
+    EXPECT_STREQ(buffer, "");
     fake_system.exe_link_error = EACCES;
+    std::strcpy(buffer, "/earlier/");
     EXPECT_EQ(GetProgramDir(buffer), -1);
+    EXPECT_STREQ(buffer, "");
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Failed to get current absolute path\nFailed to get current absolute path\n");
