@@ -14,6 +14,7 @@
 #include "qvhost/collect/fill.h"
 #include "qvhost/collect/log_dir.h"
 #include "qvhost/collect/processes.h"
+#include "qvhost/collect/program_path.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
 #include "qvhost/collect/trust.h"
@@ -69,6 +70,7 @@ void remove_if_empty(const fs::path& file) {
 }  // namespace
 
 int collect(CollectOptions options, const Stage& stage) {
+    expect_path_fits_plugin(stage.program);
     if (options.dry_run) {
         tell_plan(options, stage);
         return 0;
