@@ -16,36 +16,36 @@ namespace marlox::repository::capture {
 
 // Where a value stands in its row, counted from 1. Two places are one value, joined by a blank: a
 // number and its unit.
-struct Place {
+struct Position {
     std::size_t first;
     std::size_t last;
 
-    consteval Place(std::size_t only) : first(only), last(only) {}
-    consteval Place(std::size_t number, std::size_t unit) : first(number), last(unit) {}
+    consteval Position(std::size_t only) : first(only), last(only) {}
+    consteval Position(std::size_t number, std::size_t unit) : first(number), last(unit) {}
 };
 
 struct Field {
-    Place place;
+    Position position;
     Column column;
 };
 
 // Sets the properties of one row and adds the record when the table's last field is there. A row
-// that ends before adds nothing; what it did set stays on the record.
+// that ends earlier adds nothing, but the properties it has set keep their values.
 inline void read_fields(std::string_view row, std::span<const Field> fields, Record& record) {
     Tokens tokens(row, " ");
     std::string_view before;
     std::string pair;
-    std::size_t place = 0;
+    std::size_t position = 0;
     for (const Field& field : fields) {
         std::string_view value;
-        while (place < field.place.last) {
+        while (position < field.position.last) {
             const auto token = tokens.next();
             if (!token) return;
             before = value;
             value = *token;
-            ++place;
+            ++position;
         }
-        if (field.place.first != field.place.last) {
+        if (field.position.first != field.position.last) {
             pair.assign(before).append(" ").append(value);
             value = pair;
         }
@@ -54,16 +54,16 @@ inline void read_fields(std::string_view row, std::span<const Field> fields, Rec
     record.add();
 }
 
-// Whether a table takes every place once, from 1 on, without a gap.
+// Whether a table takes every position once, from 1 on, without a gap.
 consteval bool well_formed(std::span<const Field> fields) {
-    std::size_t place = 0;
+    std::size_t position = 0;
     for (const Field& field : fields) {
-        if (field.place.first != place + 1 || field.place.last < field.place.first ||
-            field.place.last > field.place.first + 1)
+        if (field.position.first != position + 1 || field.position.last < field.position.first ||
+            field.position.last > field.position.first + 1)
             return false;
-        place = field.place.last;
+        position = field.position.last;
     }
-    return place > 0;
+    return position > 0;
 }
 
 }  // namespace marlox::repository::capture

@@ -1,8 +1,8 @@
 // Parsers of the kind "a key in a line sets a property":
 //     Product Name = MegaRAID SAS 9361-8i
-// The keys are tested in the order of their table, anywhere in the line; the first one found
-// decides, and it is searched from the left. The value is the rest of the line as it stands, blanks
-// and line end included.
+// A line belongs to the first key of the table that it contains, wherever the key stands in it; the
+// leftmost place counts. The value is the rest of the line as it stands, blanks and line end
+// included.
 #pragma once
 
 #include <algorithm>
@@ -32,14 +32,12 @@ struct When {
     }
 };
 
-inline constexpr When always{};
-
-// How many characters behind the key are not part of its value.
+// How many characters between the key and its value are left out.
 struct Skip {
     std::size_t characters = 0;
 };
 
-// The property whose key would take the line if it were looked for first.
+// Names the property whose key stands earlier in the table but is looked for later.
 struct Before {
     std::string_view id = {};
 };
@@ -59,8 +57,8 @@ struct Key {
         : text(key), column(property), skip(behind) {}
 };
 
-// A parser's table stands in the order of the layout; its keys are tested in that order too, but
-// for those that come before another.
+// A parser's table stands in the order of the layout. Its keys are looked for in the same order,
+// except for those that have a `before`.
 template <std::size_t n>
 consteval std::array<Key, n> in_order_of_search(std::array<Key, n> keys) {
     for (auto key = keys.begin(); key != keys.end(); ++key) {
@@ -111,9 +109,9 @@ inline std::optional<KeyHit> find_key_alike(std::span<const Key> keys, std::stri
             const Key& key = keys[row];
             if (!ends_with(head, key.text) || !key.when.holds(line)) continue;
             hit = KeyHit{&key, row, head.size() - key.text.size()};
-            keys = keys.first(row);  // further on, only a key before this one still wins over it
+            keys = keys.first(row);  // from here on only an earlier key can still win
         }
-        // No key ends in the middle of "=====".
+        // A run of that character is searched once: no key ends with it doubled.
         end = line.find(last, line.find_first_not_of(last, end));
     }
     return hit;
@@ -135,8 +133,8 @@ inline void read_keys(Lines& lines, std::span<const Key> keys, Record record) {
     }
 }
 
-// Whether a table, in the order of search, can mean what it says: no key that ends with a doubled
-// character, and none that an earlier, unconditional one contained in it would always win over.
+// Whether every key of a table can be found. Keys are in the order of search. None may end with a
+// doubled character, and none may contain an earlier key that has no condition.
 consteval bool well_formed(std::span<const Key> keys) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const Key& key = keys[i];

@@ -1,4 +1,4 @@
-// Filing: one record of the host, refilled and added again for every row.
+// A record of the host, which a parser fills and adds once for every row.
 #pragma once
 
 #include <array>
@@ -13,8 +13,8 @@
 
 namespace marlox::repository::capture {
 
-// What a property is called, as the host takes it. Parsers of long captures make it once, not for
-// every row.
+// The id and the label of a property, as the host takes them. Parsers of long captures make them
+// once and not for every row.
 struct PropertyName {
     explicit PropertyName(const Column& column) : id(column.id), display(column.label) {}
     PropertyName(std::string_view its_id, std::string_view its_display)
@@ -63,7 +63,7 @@ public:
         instance_.AddProperty(std::string(column.id), std::string(column.label), value);
     }
 
-    // Adds the record as it stands; what is set stays for the next row.
+    // Adds a copy of the record to the repository. The properties keep their values for the next row.
     void add() const { instance_.AddToRepository(repository_); }
 
 private:

@@ -12,8 +12,8 @@ namespace marlox::repository::capture {
 
 namespace {
 
-// One write() a line, so that lines stay whole whoever else appends. A log that cannot be written is
-// no reason to collect less.
+// Each line is one write(), so that lines of several processes do not mix. If the log cannot be
+// written, the collection goes on.
 void append(const std::string& line) {
     const char* path = std::getenv("QV_COMMAND_LOG");
     if (!path) return;

@@ -1,4 +1,4 @@
-// A log of the commands that were run, for hosts that want to tell which command made a capture, how
+// A log of the commands that were run: for hosts that want to know which command made a capture, how
 // long it took and how it ended. The environment variable QV_COMMAND_LOG names the file (unset: no
 // log); lines are appended to it:
 //     > COMMAND           the command is about to start; "\" and line ends in it are written \\ and \n
@@ -17,6 +17,7 @@
 
 namespace marlox::repository::capture {
 
+// One command: the constructor logs its start, ended() its end.
 class LoggedCommand {
 public:
     explicit LoggedCommand(const std::string& command);
@@ -26,6 +27,7 @@ private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
+// `error` is an errno; `fd` is open on the capture.
 void log_unread(const std::string& path, int error);
 void log_unread(int fd, int error);
 

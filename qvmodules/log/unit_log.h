@@ -11,9 +11,9 @@ namespace marlox::repository::capture {
 inline constexpr unsigned kProgress = 3;  // "Enter ...", "Exit ..." and failures
 inline constexpr unsigned kDetail = 4;    // details and successes
 
-// The first words of a message, and the line that logs it.
+// The first words of a message and the source line that logs it.
 struct Message {
-    // Implicit, so that a call such as log.detail("se:", text) tells its own line.
+    // Implicit, so that a call such as unit.detail("se:", text) passes its own source line.
     // (clang 14 has no std::source_location.)
     constexpr Message(const char* first_words, int calling_line = __builtin_LINE())
         : text(first_words), line(calling_line) {}

@@ -20,20 +20,18 @@ namespace {
 
 using capture::Record;
 
-// What is asked of the BMC, and how the answer is announced and read.
+// A question to the BMC: its table, its log lines and how its answer is read.
 struct Question {
     const capture::Table& table;
     const char* announcement;  // at level 4
     const char* not_opened;
     unsigned not_opened_level;
-    // An answer of labels and values, which becomes one record.
-    const char* delimiters = nullptr;  // between a label and its value, and between lines;
-                                       // null: each line of the answer is a row
-    unsigned* count = nullptr;         // where the number of labels is told
+    const char* delimiters = nullptr;  // between labels and values; null: each line is a row
+    unsigned* count = nullptr;         // receives the number of labels
 };
 
 // clang-format off
-// By kind, from 1 on. The LAN's is the one answer with a hyphen between label and value.
+// Kind 1 is the first row. Only the LAN answer has a hyphen between label and value.
 constexpr Question kQuestions[] = {
     {kMcInfo,   "exe ipmiutil dorvanoem mc",  "Failed to open mcinfo log file",      capture::kProgress, ":\n\r", &mc_item_size},
     {kSelfInfo, "exe ipmitool mc selftest",   "Failed to open selfinfo log file",    capture::kProgress, ":\n\r", &self_item_size},
@@ -47,7 +45,7 @@ constexpr Question kQuestions[] = {
 // A failed self-test is two lines, which are one answer:
 //     Selftest: device error
 //                     -> FRU Internal Use Area corrupted
-// The first line end becomes a blank; one at the very start of the text is not looked at.
+// The first line end becomes a blank, unless it is the first character of the text.
 void join_two_lines(std::string& text) {
     std::size_t newlines = 0;
     std::size_t first = 0;
@@ -64,8 +62,8 @@ bool is_error(std::string_view text) {
            capture::contains(text, "Cannot open an IPMI driver");
 }
 
-// Labels and values alternate over the whole text, so a value that holds a delimiter shifts all
-// that follow it. A label at the end has the empty value.
+// Labels and values alternate over the whole text, so a delimiter inside a value
+// shifts all later ones. A label at the end has an empty value.
 void file_labelled(std::string_view text, const Question& question, Record record) {
     struct Pair {
         std::string_view label;

@@ -18,8 +18,8 @@ constexpr const capture::Table* kTables[] = {
     &kPsuInfo, &kSensorInfo, &kFruInfo, &kSdrInfo, &kSelInfo,
 };
 
-// One capture, and what is logged behind it. The result is ignored: a capture that failed leaves
-// its table empty.
+// A capture and the line that is logged after it. The result is ignored: a capture that failed
+// leaves its table empty.
 struct Step {
     int (*capture)(RRepository&);
     const char* debug_line;
@@ -51,7 +51,7 @@ constexpr Step kFull[] = {
     {sensors_with_ids, silent},
 };
 
-// Unlike on the servers with LEDs, SDR comes before FRU.
+// Here SDR comes before FRU; on servers with LEDs it is the other way round.
 constexpr Step kWithoutLeds[] = {
     {answer<1>,        silent},
     {answer<2>,        silent},
@@ -66,7 +66,7 @@ constexpr Step kWithoutLeds[] = {
     {sensors_with_ids, silent},
 };
 
-// The line on SDR is there although these servers have no SDR capture.
+// The line on SDR is logged although these servers are not asked for their SDR.
 constexpr Step kReduced[] = {
     {answer<1>,        silent                       },
     {answer<2>,        silent                       },

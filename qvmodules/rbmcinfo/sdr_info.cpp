@@ -33,8 +33,8 @@ static_assert(capture::well_formed(kSdrInfo));
 
 // ipmitool sdr elist:
 //     CPU1 Temp        | 01h | ok  |  3.1 | 41 degrees C
-// Whatever it wrote becomes rows, error messages as well. The file is opened once for each stream,
-// so what it says on standard error overwrites the start of the list.
+// Error messages become rows too. The shell opens the file once for each stream, so standard error
+// overwrites the start of the list.
 int sdr_info(RRepository& repo) {
     const auto& source = kSdrInfo.source;
     const auto command = bmc_command(source.command);

@@ -46,7 +46,7 @@ static_assert(capture::well_formed(kSensorInfo));
 namespace {
 
 // Fields are counted over the whole text, not line by line: a line with fewer or more than ten
-// shifts those behind it. What the last row lacks is empty.
+// fields shifts all later ones. Missing fields of the last row are empty.
 void file_sensors(std::string_view text, RRepository& repo) {
     const auto names = capture::names_of(kColumns);
     capture::Record sensor(repo, kSensorInfo);
@@ -75,8 +75,8 @@ int sensor_info(RRepository& repo) {
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    // Weaker than the test of the other answers on purpose: one sensor that could not be read
-    // ("Bad response", ...) does not make the readings of all others worthless.
+    // Other answers are dropped for more kinds of error. Here one sensor that could not be read
+    // ("Bad response", ...) must not cost the readings of all others.
     if (capture::contains(text, "Error sending MS")) return 1;
 
     file_sensors(text, repo);

@@ -1,3 +1,4 @@
+// Where the BMC module logs.
 #pragma once
 
 #include "log/unit_log.h"

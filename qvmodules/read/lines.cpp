@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::size_t kBlock = 65536;
 
-// That there is no file is nothing to tell: a tool that is not there leaves none.
+// A missing file is not logged: a tool that is not installed leaves none.
 int open_for_reading(const std::string& path) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0 && errno != ENOENT) log_unread(path, errno);
     return fd;
 }
 
-// A read error ends the text as the end of the file does: what could be read is kept.
+// After a read error the text ends; what was read before is kept.
 std::size_t read_some(int fd, char* to, std::size_t size) {
     for (;;) {
         const ssize_t n = ::read(fd, to, size);
@@ -70,7 +70,7 @@ void Lines::rewind() {
     at_end_ = ::lseek(fd_, 0, SEEK_SET) != 0;
 }
 
-// Moves what is unread to the front and fills the buffer behind it.
+// Moves the unread bytes to the front of the buffer and fills the rest.
 void Lines::refill() {
     std::size_t filled = unread_.size();
     if (filled > 0) std::memmove(buffer_.data(), unread_.data(), filled);

@@ -11,12 +11,12 @@
 
 namespace marlox::repository::capture {
 
-// The lines of a capture as a 512-byte line buffer sees them: a line keeps its line end; one that is
-// longer than 511 bytes comes in pieces of 511; what stands behind a NUL in a line is lost. Memory
-// does not grow with the capture.
+// The lines of a capture as a reader with a line buffer of 512 bytes gets them: a line keeps its line
+// end, a longer line comes in pieces of 511 bytes, and a line ends at its first NUL. The memory that
+// is used does not depend on the size of the capture.
 class Lines {
 public:
-    static constexpr std::size_t kLongest = 511;
+    static constexpr std::size_t kLongest = 511;  // bytes
 
     // Opens a capture file; nothing if it cannot be opened.
     static std::optional<Lines> open(const std::string& path);

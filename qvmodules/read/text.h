@@ -1,4 +1,4 @@
-// Cutting the text of a capture. Everything here is a view into the text it was given.
+// Functions that cut the text of a capture. They return views into the text that they are given.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ std::string_view c_text(std::string_view bytes);
 // The first line of `text` with its line end, at most `most` bytes of it, up to its first NUL.
 std::string_view first_line(std::string_view text, std::size_t most);
 
-// What stands at `at` and behind; empty where the line ends before.
+// The line from `at` on; empty if the line is shorter.
 constexpr std::string_view rest(std::string_view line, std::size_t at) {
     return line.substr(std::min(at, line.size()));
 }

@@ -34,7 +34,7 @@ void collect(RRepository& repository) {
 
     capture::run(capture::expand("'{P}qv_tools/storcli_{x}' show ctrlcount > '{L}ctrlcount.txt'",
                                  {current_absolute_path, linux_x32_x64}));
-    // Whatever count the file tells, controller 0 is asked for its summary.
+    // Controller 0 is asked whatever the count is.
     if (!capture::Lines::open(capture::log_path("ctrlcount.txt"))) {
         unit.detail("Failed to open raid log file");
         return;

@@ -24,13 +24,13 @@ using sample1::unit;
 // arcconf puts its values into a fixed column:
 //     Controller Status                        : Optimal
 //     Controller Model                         : Adaptec ASR8805
-constexpr std::size_t kValueColumn = 43;  // counted from where the key starts
+constexpr std::size_t kValueColumn = 43;  // characters from the start of the key
 
 // clang-format off
-// A "Controller Mode" line is also any that says "Controller Model".
+// "Controller Model" contains "Controller Mode".
 constexpr When kModel{"Controller Model", {}};
 
-// Other lines speak of a BIOS too; they go on to the keys behind.
+// These lines contain "BIOS" but are not about the controller's own.
 constexpr When kOwnBios{"", {"Controller BIOS", "Runtime BIOS", "BIOS Halt"}};
 
 constexpr auto kListed = std::to_array<Key>({
@@ -60,7 +60,7 @@ constexpr auto kListed = std::to_array<Key>({
 constexpr auto kSettings = capture::in_order_of_search(kListed);
 static_assert(capture::well_formed(kSettings));
 
-// Lines that no setting's key takes:
+// Looked for in lines that contain no key of a setting:
 //     BIOS                                     : 7.5-0 (32033)
 constexpr auto kVersions = std::to_array<Key>({
     {"BIOS",       {"BIOS",      "BIOS",       "version of the controller's BIOS"}, kOwnBios},
@@ -84,7 +84,7 @@ constexpr capture::Source kSource = {
     .capture = "Firmware/Controller 1 Config.txt",
 };
 
-// The controller's two rows, each complete with its last property.
+// Files the controller's two records, each at the line of its last property.
 void read_configuration(capture::Lines& lines, RRepository& repository) {
     capture::Record settings(repository, kPmcInfo);
     capture::Record versions(repository, kPmcVer);
@@ -144,7 +144,7 @@ void pmc_info(RRepository& repository) {
     }
     if (capture::leading_int(*count) <= 0) return;
 
-    // The build is chosen by an answer of its own, not by what the modules found before.
+    // The word size is asked anew; the one that the modules found before is not used.
     const auto platform = capture::output_of("uname -i");
     if (!platform) {
         unit.progress("Cannot get the linux OS structure!");
@@ -152,9 +152,9 @@ void pmc_info(RRepository& repository) {
     }
     const int bits = capture::contains(capture::first_line(*platform, 9), "64") ? 64 : 32;
 
-    const capture::Fill fill{current_absolute_path, bits};
-    capture::run(capture::expand(kSource.command, fill));
-    capture::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", fill));
+    const capture::Places places{current_absolute_path, bits};
+    capture::run(capture::expand(kSource.command, places));
+    capture::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", places));
 
     const auto path = capture::log_path(kSource.capture);
     unit.detail("PMC raid firmware log path:", path);

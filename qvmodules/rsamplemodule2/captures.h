@@ -35,8 +35,8 @@ extern const capture::Table kSas2IrLog;
 // The place of a log of Intel RSTe. It files nothing.
 QV_EXPORT void intelrste_log(RRepository& repo);
 
-// The "Event Data" text of the event that event_log() is reading. Both keep their content between
-// calls.
+// The "Event Data" text of the event that event_log() is reading. Both keep their content from call
+// to call.
 QV_EXPORT extern char total_buff[2048];
 QV_EXPORT extern int flag_data;  // 1: the next line of event data begins a new text
 

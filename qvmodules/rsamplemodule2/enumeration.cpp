@@ -30,8 +30,8 @@ constexpr const capture::Table* kTables[] = {
 
 // storcli show ctrlcount:
 //     Controller Count = 2
-// One character is the count, whatever it is; the last such line decides. Behind the end of a line
-// stands a NUL.
+// The count is one character minus '0', whatever the character is (NUL at the end of a line). The last
+// such line counts.
 int controller_count(capture::Lines& lines) {
     constexpr std::string_view key = "Controller Count =";
     int count = 0;

@@ -27,7 +27,7 @@ using capture::Record;
 using capture::Skip;
 using sample2::unit;
 
-// storcli /c0 show events: after a head of a few lines one block an event,
+// storcli /c0 show events prints a head of a few lines, one block for each event,
 //     seqNum: 0x00000f3e
 //     Time: Sat Nov 21 04:05:06 2026
 //
@@ -39,11 +39,11 @@ using sample2::unit;
 //     ===========
 //     Device ID: 13
 //     ...
-// and a summary that begins with "Controller = 0". One blank behind each colon is no value.
-// An event from before the clock was set carries the seconds since then in place of the time.
+// and a summary that begins with "Controller = 0". The blank behind a colon is not part of the value.
+// An event from before the clock was set has "Seconds since last reboot:" in place of "Time:".
 
-// By place in kColumns.
-enum Place : std::size_t { kSequence, kTime, kCode, kClass, kLocale, kDescription, kData };
+// Indices of kColumns.
+enum ColumnIndex : std::size_t { kSequence, kTime, kCode, kClass, kLocale, kDescription, kData };
 
 constexpr auto kColumns = std::to_array<capture::Column>({
     {"seqNum",           "seqNum",            "number of the event, in hexadecimal",               4 },
@@ -66,7 +66,7 @@ constexpr auto kEvent = std::to_array<Key>({
 });
 static_assert(capture::well_formed(kEvent) && capture::end_alike(kEvent));
 
-constexpr std::size_t kBegin = 0;  // the row of kEvent that begins an event
+constexpr std::size_t kBegin = 0;  // the index in kEvent of the key that begins an event
 
 consteval capture::Table page(const char* id, const char* title) {
     return {
@@ -94,7 +94,8 @@ static_assert(capture::well_formed(kEventLog[0]));
 
 namespace {
 
-// The text below "Event Data:", which lives in the two globals. What does not fit is cut.
+// The text below "Event Data:". It is kept in the two exported globals; the rest of a longer text is
+// dropped.
 class EventData {
 public:
     EventData() : size_(strnlen(total_buff, kMost)) {}
@@ -130,7 +131,7 @@ private:
     std::size_t size_;
 };
 
-// The five tables, each with the record that is filled for its next row.
+// The five tables, each with the record that holds its next row.
 class Pages {
 public:
     explicit Pages(RRepository& repository)
@@ -141,15 +142,15 @@ public:
                {repository, kEventLog[3]},
                {repository, kEventLog[4]}}
     } {
-        // Records have the data behind the number; the layout has it last.
+        // In records the data comes second, in the layout last.
         for (Record& page : pages_) {
-            for (const Place place :
+            for (const ColumnIndex index :
                  {kSequence, kData, kTime, kCode, kClass, kLocale, kDescription})
-                page.set(kColumns[place], "");
+                page.set(kColumns[index], "");
         }
     }
 
-    // A page takes 3000 events, the last one all that are left.
+    // A page takes 3000 events, the last page all others.
     Record& of(std::size_t event_count) {
         return pages_[std::min(event_count / 3000, pages_.size() - 1)];
     }
@@ -166,9 +167,11 @@ public:
 
     void read(std::string_view line) {
         ++lines_;
-        if (line.size() == 1) return data_.add(line);  // every fourth line is blank, and no more
+        if (line.size() == 1) return data_.add(line);  // blank lines are frequent: test them first
 
-        const bool has_equals = line.find('=') != std::string_view::npos;  // most lines have none
+        const bool has_equals =
+            line.find('=') !=
+            std::string_view::npos;  // most lines have none: one search for both texts
         if (count_ != 0 && has_equals && contains(line, "Controller =")) {
             finish();
         } else if (const auto hit = capture::find_key_alike(kEvent, line)) {
@@ -188,8 +191,8 @@ public:
     }
 
 private:
-    // A report's head is at most so long: the first event has none before it to finish. A head that
-    // is longer gives a first row without values.
+    // The first event follows a head of at most so many lines and has no event before it to file. If
+    // the head is longer, a first row without values is filed.
     static constexpr long kHeadLines = 13;
 
     Record& page() { return pages_.of(count_); }
@@ -199,8 +202,8 @@ private:
         page().add();
     }
 
-    // The event is counted at once, so all its other lines belong to the page of the new count. The
-    // one that fills a page is therefore a row of the next, and its number is set on both.
+    // The event is counted here, so its other lines go to the page of the new count. The event that
+    // fills a page therefore becomes a row of the next page, and its number is set on both pages.
     void begin(std::string_view sequence) {
         Record& page_before = page();
         if (&page_before != &pages_.of(0) || lines_ > kHeadLines) finish();

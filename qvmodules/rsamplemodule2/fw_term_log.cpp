@@ -14,7 +14,7 @@ namespace {
 
 using sample2::unit;
 
-// A line of this text, anywhere, tells that the controller has printed its log and no error.
+// If no line has this text, the controller has printed an error and not its log.
 bool holds_term_log(capture::Lines& lines) {
     while (const auto line = lines.next()) {
         if (capture::contains(*line, "Firmware Term Log Information")) return true;

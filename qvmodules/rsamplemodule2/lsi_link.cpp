@@ -25,11 +25,11 @@ constexpr auto kColumns = std::to_array<capture::Column>({
 
 struct RawReport {
     const char* command;
-    const char* file;  // what ends the command, its closing quote included: links carry it too
+    const char* file;  // as in the command, with its closing quote, which is part of the link too
     const capture::Column& column;
 };
 
-// The drive report asks controller 0 whichever controller the file is for.
+// The drive report always asks controller 0, whichever controller the file is for.
 // clang-format off
 constexpr RawReport kReports[] = {
     {"'{P}qv_tools/storcli_{x}' /c{n} show > '{L}c{n}_showall.txt'",            "c{n}_showall.txt'",    kColumns[1]},

@@ -19,8 +19,8 @@ namespace {
 using capture::Field;
 using sample2::unit;
 
-// storcli /c0 show lists the topology, the virtual drives and the physical drives. The columns are
-// known by position alone; a report with other columns gives other values.
+// storcli /c0 show lists the topology, the virtual drives and the physical drives. Values are
+// found by position alone: if a version of storcli adds a column, all later values shift.
 
 // clang-format off
 // DG Arr Row EID:Slot DID Type  State BT       Size PDC  PI SED DS3  FSpace
@@ -121,8 +121,8 @@ static_assert(capture::well_formed(kPhysicalDrives));
 
 namespace {
 
-// A table of the report: from the line that holds the marker, over five lines of heading, to the
-// first rule of at least so many dashes. storcli's own rules are longer than any of the three.
+// A table of the report: the line with the marker, five lines of heading, rows, and a rule of at
+// least as many dashes as `closing_rule`. storcli's own rules are longer than all three.
 struct Section {
     std::string_view marker;
     std::string_view closing_rule;
@@ -133,9 +133,9 @@ struct Section {
 
 constexpr int kHeadingLines = 5;
 
-// Every open table looks at a line unless one before it has taken it as part of its heading. They
-// share one count of heading lines, which matters when a table never closes: the next one then
-// begins with its count far advanced.
+// A line goes to every open table, unless an earlier open table takes it as part of its heading. All
+// tables share one count of heading lines: after a table that never closes, the next one skips fewer
+// lines.
 template <std::size_t n>
 void read_sections(capture::Lines& lines, std::array<Section, n>& sections) {
     int counted = 0;

@@ -16,8 +16,8 @@ using capture::Key;
 using capture::Skip;
 using sample2::unit;
 
-// A decoded log is a run of such entries; "Locale" is the last line of each. The value of the time
-// alone leaves out the blank behind its colon.
+// A decoded log is a list of such entries; "Locale" is the last line of each. Only the value of the
+// time leaves out the blank behind its colon.
 //     Time: 12:00:01
 //     LogSequence: 17
 // clang-format off
@@ -41,7 +41,7 @@ static_assert(capture::well_formed(kEntry));
 
 constexpr auto kColumns = capture::columns_of(kEntry);
 
-// The count is left in the current directory, not in the log directory.
+// The command writes the count into the current directory, not into the log directory.
 bool has_sas2308() {
     capture::run("lspci | grep SAS2308 | wc -l > b.txt");
     const auto count = capture::read_bytes("b.txt");
@@ -50,7 +50,7 @@ bool has_sas2308() {
 
 }  // namespace
 
-// One build of sas2ircu serves every word size; it uploads the log, which this tool decodes.
+// sas2ircu uploads the log from the controller, SAS2IR_linux decodes it.
 constexpr capture::Table kSas2IrLog = {
     .id = "SAS2IRLOG",
     .title = "LSI SAS2308 Log",
@@ -67,7 +67,7 @@ static_assert(capture::well_formed(kSas2IrLog));
 void sas2308_log(RRepository& repo) {
     if (!has_sas2308()) return;
 
-    // One build serves every word size, and its path stands without quotes. It leaves logir.log in
+    // sas2ircu has one build for all word sizes, and its path has no quotes. It writes logir.log into
     // the current directory.
     capture::run(sample2::tool_command("{P}qv_tools/sas2ircu 0 logir upload"));
 

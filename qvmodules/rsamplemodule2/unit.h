@@ -1,3 +1,4 @@
+// Where sample module 2 logs.
 #pragma once
 
 #include "log/unit_log.h"

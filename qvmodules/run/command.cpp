@@ -6,8 +6,8 @@ namespace marlox::repository::capture {
 
 namespace {
 
-// Inside single quotes the shell takes everything as it stands but the single quote itself, which
-// has to close them, stand escaped, and open them again.
+// Inside single quotes only a single quote is special to the shell: it is written as '\'', which
+// closes the quotes, adds an escaped quote and opens them again.
 std::string inside_quotes(std::string_view path) {
     std::string text;
     for (const char c : path) {
@@ -34,18 +34,18 @@ std::string log_path(std::string_view file) {
     return std::string(directory).append(file);
 }
 
-std::string expand(std::string_view command, const Fill& fill) {
+std::string expand(std::string_view command, const Places& places) {
     std::string text;
     bool quoted = false;
     while (!command.empty()) {
         if (command.starts_with("{P}")) {
-            text += path_text(fill.program_dir, quoted);
+            text += path_text(places.program_dir, quoted);
         } else if (command.starts_with("{L}")) {
             text += path_text(log_path(""), quoted);
         } else if (command.starts_with("{x}")) {
-            text += fill.bits == 32 ? "x32" : "x64";
+            text += places.bits == 32 ? "x32" : "x64";
         } else if (command.starts_with("{n}")) {
-            text += std::to_string(fill.controller);
+            text += std::to_string(places.controller);
         } else {
             if (command.front() == '\'') quoted = !quoted;
             text += command.front();

@@ -1,3 +1,4 @@
+// Which processes belong to a process group.
 #pragma once
 
 #include <sys/types.h>
@@ -6,7 +7,7 @@
 
 namespace marlox::repository::capture {
 
-// The processes of the group that have not ended; none as well if the system does not tell.
+// The processes of the group that have not ended. Empty, too, if /proc cannot be read.
 std::vector<pid_t> members(pid_t group);
 
 }  // namespace marlox::repository::capture

@@ -39,8 +39,8 @@ std::optional<std::uint64_t> written_by(pid_t pid) {
     return std::nullopt;
 }
 
-// Bytes that the group's processes have written; nothing if the system does not tell. A process that
-// comes or goes changes the sum as well: something happens.
+// The bytes that the processes of the group have written; nothing if the system does not say. A
+// process that starts or ends changes the sum too, which counts as a sign of life.
 std::optional<std::uint64_t> written_by_group(pid_t group) {
     std::uint64_t sum = 0;
     for (const pid_t pid : members(group)) {
@@ -54,9 +54,9 @@ std::optional<std::uint64_t> written_by_group(pid_t group) {
 
 }  // namespace
 
-Limits::Limits(Patience patience) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
+Limits::Limits(TimeoutKind kind) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
     auto limit = seconds_from("QV_TOOL_TIMEOUT");
-    if (patience == Patience::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
+    if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
         limit = seconds_from("QV_ARCHIVE_TIMEOUT");
     if (limit) time_ = Clock::now() + *limit;
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
@@ -65,7 +65,7 @@ Limits::Limits(Patience patience) : silence_(seconds_from("QV_SILENCE_TIMEOUT"))
 const char* Limits::exceeded(pid_t group) {
     const auto now = Clock::now();
     if (deadline_ && now >= *deadline_) return kDeadline;
-    if (time_ && now >= *time_) return kOutOfTime;
+    if (time_ && now >= *time_) return kTimedOut;
     if (silence_ && group > 0 && is_silent(group)) return kSilent;
     return nullptr;
 }
@@ -73,11 +73,11 @@ const char* Limits::exceeded(pid_t group) {
 bool Limits::is_silent(pid_t group) {
     const auto now = Clock::now();
     const auto written = written_by_group(group);
-    if (!written || *written != written_) {
-        written_ = written.value_or(0);
-        heard_ = now;
+    if (!written || *written != bytes_written_) {
+        bytes_written_ = written.value_or(0);
+        last_write_ = now;
     }
-    return now - heard_ >= *silence_;
+    return now - last_write_ >= *silence_;
 }
 
 int Limits::interval() const {

@@ -13,28 +13,29 @@
 
 namespace marlox::repository::capture {
 
-enum class Patience {
+// Which variable holds the time limit of a command.
+enum class TimeoutKind {
     tool,     // QV_TOOL_TIMEOUT
     archive,  // QV_ARCHIVE_TIMEOUT
 };
 
-// Why a command was stopped, as the command log has it.
-inline constexpr const char* kOutOfTime = "time";
+// Why a command was stopped, in the words of the command log.
+inline constexpr const char* kTimedOut = "time";
 inline constexpr const char* kSilent = "silence";
 inline constexpr const char* kDeadline = "deadline";
 
 // The limits of one command, from its start.
 class Limits {
 public:
-    explicit Limits(Patience patience);
+    explicit Limits(TimeoutKind kind);
 
     bool any() const { return time_ || deadline_ || silence_; }
 
-    // Why the command must end now, or must not begin; null: it need not. `group` is its process
-    // group; 0: it has not begun.
+    // Why the command must be stopped or not be started; null if it may go on. `group` is its process
+    // group, 0 before the start.
     const char* exceeded(pid_t group);
 
-    // How long to wait before asking again, as poll() takes it: milliseconds, -1: for ever.
+    // How long poll() may wait until exceeded() must be asked again: in milliseconds, -1 without end.
     int interval() const;
 
 private:
@@ -45,8 +46,8 @@ private:
     std::optional<Clock::time_point> time_;
     std::optional<Clock::time_point> deadline_;
     std::optional<std::chrono::seconds> silence_;
-    Clock::time_point heard_ = Clock::now();
-    std::uint64_t written_ = 0;
+    Clock::time_point last_write_ = Clock::now();
+    std::uint64_t bytes_written_ = 0;
 };
 
 }  // namespace marlox::repository::capture

@@ -25,10 +25,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// A process that is still there this long after SIGKILL hangs inside the kernel; it is left behind.
-constexpr auto kDyingTime = std::chrono::seconds(5);
+// A process that still exists this long after SIGKILL hangs inside the kernel and is left behind.
+constexpr auto kKillTimeout = std::chrono::seconds(5);
 
-// Waits until `fd` has something to say. Otherwise why it was not waited for any longer.
+// Waits until `fd` is readable and returns null, or returns why a limit ended the wait.
 const char* wait_readable(int fd, Limits& limits, pid_t group) {
     for (;;) {
         pollfd waiting{fd, POLLIN, 0};
@@ -44,18 +44,18 @@ std::optional<int> try_reap(pid_t pid, int flags) {
         const pid_t reaped = ::waitpid(pid, &status, flags);
         if (reaped == pid) return status;
         if (reaped == 0) return std::nullopt;
-        if (errno != EINTR) return -1;  // somebody else has reaped it: the status is unknown
+        if (errno != EINTR) return -1;  // the host has reaped it: the status is unknown
     }
 }
 
-struct End {
+struct Outcome {
     int status = 0;
     const char* reason = nullptr;  // why it was stopped; null: it ended by itself
     std::vector<pid_t> left = {};  // processes that could not be ended
 };
 
 // Waits for the end of a command that has limits.
-End reap_within(pid_t pid, Limits& limits) {
+Outcome reap_within(pid_t pid, Limits& limits) {
     // glibc 2.36 declares pidfd_open() without C linkage.
     const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (handle >= 0) {
@@ -72,10 +72,10 @@ End reap_within(pid_t pid, Limits& limits) {
     }
 }
 
-// The shell may be gone when its tool is not.
-End kill_group(pid_t pid, const char* reason) {
+// Kills the whole group: the shell may have ended before its tool.
+Outcome kill_group(pid_t pid, const char* reason) {
     ::kill(-pid, SIGKILL);
-    const auto end = Clock::now() + kDyingTime;
+    const auto end = Clock::now() + kKillTimeout;
     for (std::optional<int> status;;) {
         if (!status) status = try_reap(pid, WNOHANG);
         auto left = members(pid);
@@ -85,13 +85,13 @@ End kill_group(pid_t pid, const char* reason) {
     }
 }
 
-End reap(pid_t pid, Limits& limits) {
+Outcome reap(pid_t pid, Limits& limits) {
     if (!limits.any()) return {try_reap(pid, 0).value_or(-1)};
     const auto end = reap_within(pid, limits);
     return end.reason ? kill_group(pid, end.reason) : end;
 }
 
-// What the started shell is given beyond the command.
+// The signals, descriptors and process group that the shell is started with.
 class SpawnSettings {
 public:
     SpawnSettings() {
@@ -113,8 +113,8 @@ public:
         flags_ |= POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
     }
 
-    // Only what may have to be killed as a whole leaves the host's process group: without a limit a
-    // Ctrl-C at the terminal reaches the tool, as with system().
+    // Only for commands that have a limit, since they may have to be killed as a group. Others stay
+    // in the host's group, where Ctrl-C at the terminal reaches them, as with system().
     void own_process_group() {
         posix_spawnattr_setpgroup(&attributes_, 0);
         flags_ |= POSIX_SPAWN_SETPGROUP;
@@ -140,10 +140,11 @@ private:
     int flags_ = 0;
 };
 
-// While a command runs, the host behaves as in system(): the terminal's signals are the command's.
-class SignalsAside {
+// Ignores SIGINT and SIGQUIT and blocks SIGCHLD while a command runs, as system() does: the terminal's
+// signals are for the command.
+class ScopedSignalBlock {
 public:
-    SignalsAside() {
+    ScopedSignalBlock() {
         struct sigaction ignore = {};
         ignore.sa_handler = SIG_IGN;
         ::sigaction(SIGINT, &ignore, &interrupt_);
@@ -154,13 +155,13 @@ public:
         sigaddset(&child, SIGCHLD);
         ::pthread_sigmask(SIG_BLOCK, &child, &mask_);
     }
-    ~SignalsAside() {
+    ~ScopedSignalBlock() {
         ::sigaction(SIGINT, &interrupt_, nullptr);
         ::sigaction(SIGQUIT, &quit_, nullptr);
         ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
     }
-    SignalsAside(const SignalsAside&) = delete;
-    SignalsAside& operator=(const SignalsAside&) = delete;
+    ScopedSignalBlock(const ScopedSignalBlock&) = delete;
+    ScopedSignalBlock& operator=(const ScopedSignalBlock&) = delete;
 
     const sigset_t& mask_before() const { return mask_; }
 
@@ -178,7 +179,7 @@ private:
     sigset_t mask_ = {};
 };
 
-constexpr int kShellNotFound = 127 << 8;  // as if the shell had exited with 127
+constexpr int kShellNotFound = 127 << 8;  // the wait status of a shell that exits with 127
 
 bool out_of_resources(int error) {
     return error == EAGAIN || error == ENOMEM || error == EMFILE || error == ENFILE;
@@ -192,29 +193,29 @@ bool has_line(std::string_view text) {
 
 }  // namespace
 
-int run(const std::string& command, Patience patience) {
+int run(const std::string& command, TimeoutKind kind) {
     const LoggedCommand logged(command);
-    Limits limits(patience);
+    Limits limits(kind);
     if (const char* reason = limits.exceeded(0)) {
         logged.ended(SIGKILL, reason);
         return SIGKILL;
     }
-    const SignalsAside aside;
+    const ScopedSignalBlock block;
     SpawnSettings settings;
-    settings.signals(aside.mask_before(), aside.handled_before());
+    settings.signals(block.mask_before(), block.handled_before());
     if (limits.any()) settings.own_process_group();
 
     const pid_t pid = settings.start(command);
     const auto end = pid >= 0                 ? reap(pid, limits)
-                     : out_of_resources(-pid) ? End{-1}
-                                              : End{kShellNotFound};
+                     : out_of_resources(-pid) ? Outcome{-1}
+                                              : Outcome{kShellNotFound};
     logged.ended(end.status, end.reason, end.left);
     return end.status;
 }
 
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
     const LoggedCommand logged(command);
-    Limits limits(Patience::tool);
+    Limits limits(TimeoutKind::tool);
     if (const char* reason = limits.exceeded(0)) {
         logged.ended(SIGKILL, reason);
         return std::nullopt;

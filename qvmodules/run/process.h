@@ -2,8 +2,8 @@
 // them, but no descriptor of the host beyond 0, 1 and 2 reaches a tool, and a tool can have a time
 // limit.
 //
-// The limits are the environment's (limits.h). A command that exceeds one is killed with its process
-// group; its status is then that of a command killed by signal 9.
+// The limits come from the environment (limits.h). A command that exceeds one is killed with its
+// process group; its wait status is then that of a command killed by signal 9.
 #pragma once
 
 #include <cstddef>
@@ -16,11 +16,11 @@ namespace marlox::repository::capture {
 
 // Runs the command and returns its wait status; -1 if no process could be started. SIGINT and
 // SIGQUIT are ignored and SIGCHLD is blocked until the command has ended.
-int run(const std::string& command, Patience patience = Patience::tool);
+int run(const std::string& command, TimeoutKind kind = TimeoutKind::tool);
 
 // What the command prints on its standard output, at most `most` bytes, read until a line that is not
-// blank has ended; nothing if the command could not be started. As with popen(), fgets() and pclose(),
-// the pipe is then closed and the shell waited for, but no process that it leaves behind.
+// blank has ended; nothing if the command could not be started. As after popen(), fgets() and
+// pclose(), the pipe is then closed and the shell waited for, but no process that it leaves behind.
 std::optional<std::string> output_of(const std::string& command, std::size_t most = 4096);
 
 }  // namespace marlox::repository::capture

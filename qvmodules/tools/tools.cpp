@@ -19,7 +19,7 @@ namespace marlox::repository {
 
 namespace {
 
-// The BMC module's unit: that is where hosts look for these messages.
+// The BMC module's unit: hosts expect these messages there.
 constexpr capture::UnitLog unit{"qvmodules/rbmcinfo"};
 
 }  // namespace

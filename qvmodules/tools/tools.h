@@ -1,5 +1,5 @@
-// What every module needs to run the tools that lie in qv_tools beside the host program: where they
-// are, which build of them fits the system, and what a finished command's status means.
+// Functions and globals that all modules use to run the tools in qv_tools, which lies beside the host
+// program: where the tools are, which build fits the system, and what a command's status means.
 #pragma once
 
 #include "export.h"
@@ -39,7 +39,7 @@ QV_EXPORT char* strupr(char* text);
 // caller provides the room.
 QV_EXPORT void StrReplace(char* text, char* from, char* to);
 
-// The tools come without the permission to run them. Everything in qv_tools gets it.
+// Makes every file in qv_tools executable: the tools are delivered without that permission.
 void make_tools_executable(const char* program_dir);
 
 }  // namespace marlox::repository
