@@ -1,9 +1,9 @@
 // In place of the runner of tools: every tool has run already and left its capture.
-#include "capture/process.h"
+#include "run/process.h"
 
 namespace marlox::repository::capture {
 
-int run(const std::string&, Patience) { return 0; }
+int run(const std::string&, TimeoutKind) { return 0; }
 
 std::optional<std::string> output_of(const std::string&, std::size_t) { return ""; }
 

@@ -1,7 +1,7 @@
 // Command lines: whatever the directories are called, the shell gets them as one word and opens no
 // second command. A plain reader of the shell's quoting says what it gets.
 //     input: program directory, NUL, log directory, NUL, any command text
-#include "capture/command.h"
+#include "run/command.h"
 
 #include <optional>
 #include <vector>
@@ -41,13 +41,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string program(input.until('\0'));
     const std::string log(input.until('\0').substr(0, 255));
     fakehost::log_dir = log;
-    const Fill fill{program, static_cast<int>(input.byte()), static_cast<int>(input.byte())};
+    const Places places{program, static_cast<int>(input.byte()), static_cast<int>(input.byte())};
 
     const auto line =
-        expand("'{P}qv_tools/storcli_{x}' /c{n} show > '{L}a.txt' 2>'{L}b.txt'", fill);
-    const std::string build = fill.bits == 32 ? "x32" : "x64";
+        expand("'{P}qv_tools/storcli_{x}' /c{n} show > '{L}a.txt' 2>'{L}b.txt'", places);
+    const std::string build = places.bits == 32 ? "x32" : "x64";
     const std::vector<std::string> wanted = {program + "qv_tools/storcli_" + build,
-                                             "/c" + std::to_string(fill.controller),
+                                             "/c" + std::to_string(places.controller),
                                              "show",
                                              ">",
                                              log + "a.txt",
@@ -60,11 +60,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "an ordinary name stands in the command as it is");
     }
     if (program.find('\'') != std::string::npos) {
-        fuzz::expect(words_of(expand("{P}tool", fill)) == std::vector{program + "tool"},
+        fuzz::expect(words_of(expand("{P}tool", places)) == std::vector{program + "tool"},
                      "a name with a quote is one word outside of quotes too");
     }
 
-    const auto any = expand(input.rest(), fill);
+    const auto any = expand(input.rest(), places);
     if (input.rest().find('{') == std::string_view::npos)
         fuzz::expect_same(any, input.rest(), "a command without places is what it is");
     return 0;

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "capture/command_log.h"
 #include "check.h"
+#include "log/command_log.h"
 #include "outcome.h"
 #include "scratch.h"
 

@@ -1,24 +1,32 @@
 // The engine of fields against strtok(): each line is a row of one record that is refilled.
-#include "capture/fields.h"
+#include "file/fields.h"
 
 #include <cstring>
 #include <vector>
 
-#include "capture/lines.h"
 #include "check.h"
 #include "notes.h"
+#include "read/lines.h"
 
 using namespace marlox::repository::capture;
 
 namespace {
 
 constexpr auto kFields = std::to_array<Field>({
-    {{1},    "One",  "One" },
-    {{2, 3}, "Pair", "Pair"},
-    {{4},    "Four", "Four"},
-    {{5, 6}, "Last", "Last"},
+    {{1},    {"One", "One", "the first field"}                   },
+    {{2, 3}, {"Pair", "Pair", "the second and the third"}        },
+    {{4},    {"Four", "Four", "the fourth field"}                },
+    {{5, 6}, {"Last", "Last", "the fifth and the sixth, the end"}},
 });
 static_assert(well_formed(kFields));
+
+constexpr auto kColumns = columns_of(kFields);
+constexpr Table kTable = {.id = "T",
+                          .title = "n",
+                          .row = "A row is a line of fields.",
+                          .layout = header_row(1),
+                          .columns = kColumns};
+static_assert(well_formed(kTable));
 
 void naive(std::string line, fuzz::Row& row, std::string& notes) {
     std::vector<std::string> fields{""};
@@ -35,7 +43,7 @@ void naive(std::string line, fuzz::Row& row, std::string& notes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Record record(fakehost::repository(), "T", "n");
+    Record record(fakehost::repository(), kTable);
     fuzz::Row row("T \"n\"");
     std::string wanted;
     Lines lines(fuzz::text_of(data, size));

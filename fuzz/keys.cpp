@@ -1,5 +1,5 @@
 // The engine of keys against a chain of strstr(), on a table of short keys that has one of each kind.
-#include "capture/keys.h"
+#include "file/keys.h"
 
 #include <cstring>
 
@@ -15,15 +15,26 @@ constexpr When kWithoutStars{
     "", {"*", "**", "#"}
 };
 
-constexpr auto kKeys = std::to_array<Key>({
-    {"a:",  "A",    "A",    always       },
-    {"b:",  "Plus", "Plus", kWithPlus    },
-    {"b:",  "B",    "B",    always       },
-    {"c",   "C",    "C",    kWithoutStars},
-    {"dd:", "D",    "D",    Skip{2}      },
-    {"end", "End",  "End",  always       },
+// clang-format off
+constexpr auto kListed = std::to_array<Key>({
+    {"a:",  {"A",    "A",    "after a"}},
+    {"b:",  {"B",    "B",    "after b"}},
+    {"c",   {"C",    "C",    "after c"}, kWithoutStars},
+    {"b:",  {"Plus", "Plus", "after b, with +"}, kWithPlus, Before{"B"}},
+    {"dd:", {"D",    "D",    "after d"}, Skip{2}},
+    {"end", {"End",  "End",  "after end"}},
 });
-static_assert(well_formed(kKeys, "End"));
+// clang-format on
+constexpr auto kKeys = in_order_of_search(kListed);
+static_assert(well_formed(kKeys));
+
+constexpr auto kColumns = columns_of(kListed);
+constexpr Table kTable = {.id = "T",
+                          .title = "n",
+                          .row = "A row is a block of keys.",
+                          .layout = header_row(1),
+                          .columns = kColumns};
+static_assert(well_formed(kTable));
 
 std::string naive(const std::string& text) {
     std::string notes;
@@ -53,7 +64,7 @@ std::string naive(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto text = fuzz::text_of(data, size);
     Lines lines(text);
-    read_keys(lines, kKeys, "End", {fakehost::repository(), "T", "n"});
+    read_keys(lines, kKeys, {fakehost::repository(), kTable});
     fuzz::expect_same(fuzz::noted_records(), naive(std::string(text)),
                       "the keys are those of a chain of strstr()");
     return 0;

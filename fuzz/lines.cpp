@@ -1,6 +1,6 @@
 // Lines against fgets() with a buffer of 512 bytes, from a text and from a file. The first byte tells
 // how often the rest stands in the file, so that it grows beyond the reader's block.
-#include "capture/lines.h"
+#include "read/lines.h"
 
 #include <cstdio>
 

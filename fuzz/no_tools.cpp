@@ -1,6 +1,6 @@
 #include "no_tools.h"
 
-#include "capture/process.h"
+#include "run/process.h"
 
 namespace fuzz {
 
@@ -10,7 +10,7 @@ std::string printed;
 
 namespace marlox::repository::capture {
 
-int run(const std::string&, Patience) { return 0; }
+int run(const std::string&, TimeoutKind) { return 0; }
 
 std::optional<std::string> output_of(const std::string&, std::size_t most) {
     return fuzz::printed.substr(0, most);

@@ -14,11 +14,11 @@
 #include "rbmcinfo/items.h"
 #include "rbmcinfo/platform.h"
 #include "rbmcinfo/rbmcinfo.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "scratch.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

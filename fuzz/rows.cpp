@@ -1,5 +1,5 @@
 // The engine of rows: whole lines against fgets(), lines without their ends against strtok().
-#include "capture/rows.h"
+#include "file/rows.h"
 
 #include <cstdio>
 #include <cstring>
@@ -9,6 +9,20 @@
 #include "scratch.h"
 
 using namespace marlox::repository::capture;
+
+namespace {
+
+constexpr Column kColumns[] = {
+    {"Line", "Line", "a line"}
+};
+constexpr Table kTable = {.id = "T",
+                          .title = "n",
+                          .row = "A row is a line.",
+                          .layout = header_row(1),
+                          .columns = kColumns};
+static_assert(well_formed(kTable));
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const fuzz::Scratch scratch;
@@ -27,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (std::fgets(line, sizeof line, in)) add(line, whole);
     std::fclose(in);
     Lines lines(text);
-    read_lines(lines, {"Line", "Line"}, {fakehost::repository(), "T", "n"});
+    read_lines(lines, kColumns[0], {fakehost::repository(), kTable});
     fuzz::expect_same(fuzz::noted_records(), whole, "a row is a line of fgets()");
 
     std::string split;
@@ -37,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         add(f, split);
         seen += std::strlen(f);
     }
-    read_split_lines(c_text(text), {"Line", "Line"}, {fakehost::repository(), "T", "n"},
+    read_split_lines(c_text(text), kColumns[0], fakehost::repository(), kTable,
                      [&](std::string_view row_text) { seen -= row_text.size(); });
     fuzz::expect_same(fuzz::noted_records(), split, "a row is what strtok() cuts");
     fuzz::expect(seen == 0, "each line is told before it is filed");

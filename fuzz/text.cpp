@@ -1,5 +1,5 @@
 // The cutters of text against the C functions that they behave like.
-#include "capture/text.h"
+#include "read/text.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,6 +1,6 @@
 // The plug-in's exported text functions, which any host may call.
 //     input: text, NUL, what to replace, NUL, by what
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 #include <cctype>
 #include <vector>

@@ -1,8 +1,12 @@
 #include "ramtinfo.h"
 
-#include "capture/layout.h"
-#include "capture/log.h"
-#include "capture/registry.h"
+#include <array>
+
+#include "declared_modules.h"
+#include "file/layout.h"
+#include "file/registry.h"
+#include "file/table.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository {
 
@@ -10,21 +14,36 @@ namespace {
 
 constexpr capture::UnitLog unit{"qvmodules/ramtinfo"};
 
+constexpr auto kColumns = std::to_array<capture::Column>({
+    {"AMTLOG", "AMT Log", "not collected"},
+});
+
+constexpr capture::Table kAmtLog = {
+    .id = "AMTLOG",
+    .title = "AMT Log",
+    .row = "A place for the log of Intel AMT; no row is filed.",
+    .filled = capture::Filled::never,
+    .layout = capture::header_row(100),
+    .columns = kColumns,
+};
+static_assert(capture::well_formed(kAmtLog));
+
+constexpr const capture::Table* kTables[] = {&kAmtLog};
+
 }  // namespace
 
-const std::string RAMTInfo::AMTLOG = "AMTLOG";
+constexpr capture::Module kAmtModule = {"AMT_Info", "AMT Log", kTables};
+
+const std::string RAMTInfo::AMTLOG(kAmtLog.id);
 
 RAMTInfo::RAMTInfo() = default;
 RAMTInfo::~RAMTInfo() = default;
 
-std::string RAMTInfo::GetName() { return "AMT_Info"; }
-std::string RAMTInfo::GetDisplay() { return "AMT Log"; }
+std::string RAMTInfo::GetName() { return std::string(kAmtModule.name); }
+std::string RAMTInfo::GetDisplay() { return std::string(kAmtModule.display); }
 
 void RAMTInfo::InitCallbacks() {
-    capture::register_tables<RAMTInfo>(this, &RAMTInfo::EnumAMTInstances,
-                                       {
-                                           {AMTLOG, &RAMTInfo::WrapAMTInstances}
-    });
+    capture::register_tables(this, &RAMTInfo::EnumAMTInstances, kAmtModule);
 }
 
 void RAMTInfo::EnumAMTInstances(RRepository&) {
@@ -32,10 +51,6 @@ void RAMTInfo::EnumAMTInstances(RRepository&) {
     unit.progress("Exit EnumAMTInstances");
 }
 
-void RAMTInfo::WrapAMTInstances(RInstancesWrapper& wrapper) {
-    capture::set_row_headers(wrapper, {
-                                          {"AMTLOG", 100}
-    });
-}
+void RAMTInfo::WrapAMTInstances(RInstancesWrapper& wrapper) { capture::lay_out(wrapper, kAmtLog); }
 
 }  // namespace marlox::repository

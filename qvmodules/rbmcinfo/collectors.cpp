@@ -2,10 +2,10 @@
 
 #include <unistd.h>
 
-#include "capture/command.h"
-#include "capture/process.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 
@@ -17,12 +17,12 @@ using capture::run;
 constexpr const char* kRedHat = "/etc/redhat-release";
 constexpr const char* kNxbr = "/etc/NXBR-release";
 
-// What access() says of the file: 0 if it exists.
+// The result of access(): 0 if the file exists.
 int missing(const char* file) { return ::access(file, F_OK); }
 
-// Takes the archive under the name that the distribution's tool gave it.
+// The archive keeps the name that the distribution's tool gave it.
 int pack_and_fetch(const char* pack, const char* fetch) {
-    run(pack, capture::Patience::archive);
+    run(pack, capture::TimeoutKind::archive);
     return run(expand(fetch, {}));
 }
 
@@ -53,8 +53,7 @@ int get_bios_settings() {
     if (missing(kRedHat) != 0) {
         if (const int result = missing(kNxbr)) return result;
     }
-    // The tool has a build for each word size and none for any other: the command then names no
-    // tool and fails.
+    // For a word size that is neither 32 nor 64 the command names no tool, and fails.
     const char* command =
         linux_x32_x64 == 32   ? "'{P}qv_tools/SCELNX_32' /o /s '{L}bios_settings.txt'"
         : linux_x32_x64 == 64 ? "'{P}qv_tools/SCELNX_64' /o /s '{L}bios_settings.txt'"

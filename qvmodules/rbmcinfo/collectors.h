@@ -1,4 +1,4 @@
-// What the operating system knows of itself, left as raw files in the log directory. Each function
+// Captures of what the operating system knows, left as raw files in the log directory. Each function
 // runs one command and returns its wait status.
 #pragma once
 

@@ -1,20 +1,25 @@
 #include <span>
 #include <utility>
 
-#include "capture/process.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/collectors.h"
 #include "rbmcinfo/platform.h"
 #include "rbmcinfo/rbmcinfo.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 
 namespace {
 
-// One capture, and what is logged behind it. The result is ignored: a capture that failed leaves
-// its table empty.
+constexpr const capture::Table* kTables[] = {
+    &kMcInfo,  &kSelfInfo,   &kVerInfo, &kLanInfo, &kLedInfo,
+    &kPsuInfo, &kSensorInfo, &kFruInfo, &kSdrInfo, &kSelInfo,
+};
+
+// A capture and the line that is logged after it. The result is ignored: a capture that failed
+// leaves its table empty.
 struct Step {
     int (*capture)(RRepository&);
     const char* debug_line;
@@ -23,7 +28,7 @@ struct Step {
 constexpr const char* silent = nullptr;
 
 template <int kind>
-int bmc(RRepository& repo) {
+int answer(RRepository& repo) {
     return bmc_info(repo, kind);
 }
 
@@ -32,12 +37,12 @@ int sensors_with_ids(RRepository&) { return sen_id(); }
 int no_capture(RRepository&) { return 0; }
 
 constexpr Step kFull[] = {
-    {bmc<1>,           silent},
-    {bmc<2>,           silent},
-    {bmc<3>,           silent},
-    {bmc<4>,           silent},
-    {bmc<5>,           silent},
-    {bmc<6>,           silent},
+    {answer<1>,        silent},
+    {answer<2>,        silent},
+    {answer<3>,        silent},
+    {answer<4>,        silent},
+    {answer<5>,        silent},
+    {answer<6>,        silent},
     {sensor_info,      silent},
     {fru_info,         silent},
     {sdr_info,         silent},
@@ -46,13 +51,13 @@ constexpr Step kFull[] = {
     {sensors_with_ids, silent},
 };
 
-// Unlike on the servers with LEDs, SDR comes before FRU.
+// Here SDR comes before FRU; on servers with LEDs it is the other way round.
 constexpr Step kWithoutLeds[] = {
-    {bmc<1>,           silent},
-    {bmc<2>,           silent},
-    {bmc<3>,           silent},
-    {bmc<4>,           silent},
-    {bmc<5>,           silent},
+    {answer<1>,        silent},
+    {answer<2>,        silent},
+    {answer<3>,        silent},
+    {answer<4>,        silent},
+    {answer<5>,        silent},
     {sensor_info,      silent},
     {sdr_info,         silent},
     {fru_info,         silent},
@@ -61,11 +66,11 @@ constexpr Step kWithoutLeds[] = {
     {sensors_with_ids, silent},
 };
 
-// The line on SDR is there although these servers have no SDR capture.
+// The line on SDR is logged although these servers are not asked for their SDR.
 constexpr Step kReduced[] = {
-    {bmc<1>,           silent                       },
-    {bmc<2>,           silent                       },
-    {bmc<5>,           "Oru Debug after bmc info"   },
+    {answer<1>,        silent                       },
+    {answer<2>,        silent                       },
+    {answer<5>,        "Oru Debug after bmc info"   },
     {sensor_info,      "Oru Debug after sensor info"},
     {no_capture,       "Oru Debug after sdr info"   },
     {fru_info,         "Oru Debug after fru info"   },
@@ -132,6 +137,8 @@ void collect(RRepository& repo) {
 }
 
 }  // namespace
+
+constexpr capture::Module bmc::kModule = {"BMC_Info", "BMC information", kTables};
 
 void RBMCInfo::EnumBMCInstances(RRepository& repo) {
     unit.progress("Enter EnumBMCInstances");

@@ -1,11 +1,12 @@
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/rows.h"
-#include "capture/text.h"
+#include <array>
+
+#include "file/rows.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
-#include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
@@ -14,36 +15,53 @@ namespace {
 // ipmitool fru:
 //     FRU Device Description : Builtin FRU Device (ID 0)
 //      Board Mfg             : Example Systems
-constexpr capture::LineProperty kFruLine{"FRUINFO", "FRU Detailed Info"};
+constexpr auto kColumns = std::to_array<capture::Column>({
+    {"FRUINFO", "FRU Detailed Info", "a line of the list, its line end included"},
+});
 
 }  // namespace
 
-int fru_info(RRepository& repo) {
-    const auto command = bmc_command("ipmitool fru  1>'{L}fruinfo.txt' 2>'{L}fruinfo.txt'");
-    if (check_system_call(capture::run(command), "FRU") != 0) return 1;
+constexpr capture::Table kFruInfo = {
+    .id = "FRUINFO",
+    .title = "FRU Information",
+    .row = "A row is a line of what the field-replaceable units say of themselves.",
+    .source = {.tool = "ipmitool",
+               .command = "ipmitool fru  1>'{L}fruinfo.txt' 2>'{L}fruinfo.txt'",
+               .capture = "fruinfo.txt",
+               .log_label = "FRU"},
+    .layout = capture::header_row(100),
+    .columns = kColumns,
+};
+static_assert(capture::well_formed(kFruInfo));
 
-    auto lines = capture::Lines::open(capture::log_dir() + "fruinfo.txt");
+int fru_info(RRepository& repo) {
+    const auto& source = kFruInfo.source;
+    const auto command = bmc_command(source.command);
+    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+
+    auto lines = capture::Lines::open(capture::log_path(source.capture));
     if (!lines) {
         unit.progress("Failed to open fruinfo log file");
         return 1;
     }
     unit.progress("Oru Debug fru info 4");
-    capture::read_lines(*lines, kFruLine, {repo, RBMCInfo::FRUINFO, "FRU Information"});
+    capture::read_lines(*lines, kColumns.front(), {repo, kFruInfo});
     return 0;
 }
 
 int fru_info_amd(RRepository& repo) {
     const auto command = bmc_command("ipmitool fru print 0 1>'{L}fruinfo.txt' 2>'{L}fruinfo.txt'");
-    if (check_system_call(capture::run(command), "FRU") != 0) return 1;
+    const auto& source = kFruInfo.source;
+    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
 
-    const auto bytes = capture::read_bytes(capture::log_dir() + "fruinfo.txt");
+    const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {
         unit.progress("Failed to open fruinfo log file");
         return 1;
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    capture::read_split_lines(text, kFruLine, {repo, RBMCInfo::FRUINFO, "FRU Information"},
+    capture::read_split_lines(text, kColumns.front(), repo, kFruInfo,
                               [](std::string_view line) { unit.detail("", line, " "); });
     return 0;
 }

@@ -6,18 +6,6 @@ const char* const leditem[16] = {"LED1",  "LED2",  "LED3",  "LED4",  "LED5",  "L
                                  "LED7",  "LED8",  "LED9",  "LED10", "LED11", "LED12",
                                  "LED13", "LED14", "LED15", "LED16"};
 
-const char* const mcitem[12] = {"MC1", "MC2", "MC3", "MC4",  "MC5",  "MC6",
-                                "MC7", "MC8", "MC9", "MC10", "MC11", "MC12"};
-
-const char* const selfitem[2] = {"self1", "self2"};
-
-const char* const veritem[16] = {"VER1",  "VER2",  "VER3",  "VER4",  "VER5",  "VER6",
-                                 "VER7",  "VER8",  "VER9",  "VER10", "VER11", "VER12",
-                                 "VER13", "VER14", "VER15", "VER16"};
-
-const char* const lanitem[12] = {"LAN1", "LAN2", "LAN3", "LAN4",  "LAN5",  "LAN6",
-                                 "LAN7", "LAN8", "LAN9", "LAN10", "LAN11", "LAN12"};
-
 const char* const psuitem[26] = {"PSU1",  "PSU2",  "PSU3",  "PSU4",  "PSU5",  "PSU6",  "PSU7",
                                  "PSU8",  "PSU9",  "PSU10", "PSU11", "PSU12", "PSU13", "PSU14",
                                  "PSU15", "PSU16", "PSU17", "PSU18", "PSU19", "PSU20", "PSU21",

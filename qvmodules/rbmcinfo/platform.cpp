@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "capture/process.h"
-#include "capture/text.h"
-#include "rbmcinfo/tools.h"
 #include "rbmcinfo/unit.h"
+#include "read/text.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 
@@ -23,8 +23,8 @@ constexpr const char* kLowAndAmd =
     "KL010 or KL020 or KP220E or AMD KM801 or AMD KM802, has BMC, return 9";
 constexpr const char* kIvb = "IVB 4R1T, has BMC, return 11";
 
-// Tested in this order, anywhere in the upper-cased name. A KP220E therefore is a KP220; its own
-// row is out of reach for every name that holds the code.
+// Tested in this order, anywhere in the upper-cased name. The row KP220E is
+// never reached: the row KP220 matches every name that contains it.
 constexpr Code kCodes[] = {
     {"KP120",  kFullBmc,        kGrantley },
     {"KP220",  kFullBmc,        kGrantley },
@@ -55,11 +55,11 @@ int check_bmc() {
         unit.progress("Fail to get the Product Name");
         return kUnreadableProduct;
     }
-    // Nineteen characters count, the blank in front included.
+    // Only the first 19 characters count, the leading blank included.
     std::string name(capture::first_line(*output, 19));
     unit.progress("Product name(20bytes):", name);
 
-    // The only test of the name as it is written.
+    // Unlike the codes, this word is compared case by case.
     if (capture::contains(name, "Converged")) {
         unit.progress("Converged, has BMC(no led), return 7");
         return kBmcWithoutLeds;
@@ -80,7 +80,7 @@ int check_ipmi_devintf() {
         unit.progress("Fail to get the status of ipmi_devintf module");
         return -1;
     }
-    // One character of the count is enough: it is '0' only if there is no such module.
+    // The first character of the count is enough: it is '0' only if no such module is loaded.
     const auto digit = capture::first_line(*output, 1);
     unit.progress("check ipmi_devintf load status:", digit);
     const bool loaded = !capture::contains(digit, "0");

@@ -1,13 +1,12 @@
-#include "capture/process.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
 namespace {
 
-// Unlike every other command these two name no utility for a word size that is neither 32 nor 64;
-// what is left of them then fails.
+// For a word size that is neither 32 nor 64 these two commands name no utility, and fail.
 struct BySize {
     const char* on_32;
     const char* on_64;

@@ -1,31 +1,53 @@
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/rows.h"
-#include "capture/text.h"
+#include <array>
+
+#include "file/rows.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
-#include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
+namespace {
+
+constexpr auto kColumns = std::to_array<capture::Column>({
+    {"SDRINFO", "SDR Detailed Info", "a line of the list"},
+});
+
+}  // namespace
+
+constexpr capture::Table kSdrInfo = {
+    .id = "SDRINFO",
+    .title = "SDR Information",
+    .row = "A row is a sensor in the list of the management controller's sensor data records.",
+    .source = {.tool = "ipmitool",
+               .command = "ipmitool sdr elist 1>'{L}sdrinfo.txt' 2>'{L}sdrinfo.txt'",
+               .capture = "sdrinfo.txt",
+               .log_label = "SDR"},
+    .layout = capture::header_row(100),
+    .columns = kColumns,
+};
+static_assert(capture::well_formed(kSdrInfo));
+
 // ipmitool sdr elist:
 //     CPU1 Temp        | 01h | ok  |  3.1 | 41 degrees C
-// Whatever it wrote becomes rows, error messages as well. The file is opened once for each stream,
-// so what it says on standard error overwrites the start of the list.
+// Error messages become rows too. The shell opens the file once for each stream, so standard error
+// overwrites the start of the list.
 int sdr_info(RRepository& repo) {
-    const auto command = bmc_command("ipmitool sdr elist 1>'{L}sdrinfo.txt' 2>'{L}sdrinfo.txt'");
-    if (check_system_call(capture::run(command), "SDR") != 0) return 1;
+    const auto& source = kSdrInfo.source;
+    const auto command = bmc_command(source.command);
+    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
 
-    const auto bytes = capture::read_bytes(capture::log_dir() + "sdrinfo.txt");
+    const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {
         unit.progress("Failed to open sdrinfo log file");
         return 1;
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    capture::read_split_lines(text, {"SDRINFO", "SDR Detailed Info"},
-                              {repo, RBMCInfo::SDRINFO, "SDR Information"},
+    capture::read_split_lines(text, kColumns.front(), repo, kSdrInfo,
                               [](std::string_view line) { unit.detail("", line, " "); });
     return 0;
 }

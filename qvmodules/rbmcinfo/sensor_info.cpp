@@ -1,46 +1,55 @@
 #include <array>
 #include <string_view>
 
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/record.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
-#include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
+#include "read/lines.h"
+#include "read/text.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
 namespace {
 
-struct Column {
-    const char* id;
-    const char* display;
-};
-
 // ipmitool sensor:
 //     CPU1 Temp        | 41.000     | degrees C  | ok    | na | na | na | 88.000 | 95.000 | 98.000
-constexpr std::array<Column, 10> kColumns = {
-    {
-     {"item1", "Name"},
-     {"item2", "Reading"},
-     {"item3", "Units"},
-     {"item4", "Status"},
-     {"item5", "LNR"},
-     {"item6", "LC"},
-     {"item7", "LNC"},
-     {"item8", "UNC"},
-     {"item9", "UC"},
-     {"item10", "UNR"},
-     }
+constexpr auto kColumns = std::to_array<capture::Column>({
+    {"item1", "Name", "name of the sensor", 19},
+    {"item2",       "Reading",       "reading; of a discrete sensor its state as bits"           },
+    {"item3",       "Units",       "unit of the reading, or \"discrete\""  },
+    {"item4",       "Status",       "ok, or the threshold that is crossed: nc, cr, nr"          },
+    {"item5",       "LNR",       "threshold: lower, non-recoverable"     },
+    {"item6",       "LC",       "threshold: lower, critical"           },
+    {"item7",       "LNC",       "threshold: lower, non-critical"    },
+    {"item8",       "UNC",       "threshold: upper, non-critical"           },
+    {"item9",       "UC",       "threshold: upper, critical"     },
+    {"item10",       "UNR",      "threshold: upper, non-recoverable"         },
+});
+
+}  // namespace
+
+constexpr capture::Table kSensorInfo = {
+    .id = "SENSORINFO",
+    .title = "Sensor Status",
+    .row = "A row is a sensor of the management controller, with its reading and its thresholds.",
+    .source = {.tool = "ipmitool",
+               .command = "ipmitool sensor 1>'{L}sensorinfo.txt' 2>&1",
+               .capture = "sensorinfo.txt",
+               .log_label = "sensor"},
+    .layout = capture::header_row(9),
+    .columns = kColumns,
 };
+static_assert(capture::well_formed(kSensorInfo));
+
+namespace {
 
 // Fields are counted over the whole text, not line by line: a line with fewer or more than ten
-// shifts those behind it. What the last row lacks is empty.
+// fields shifts all later ones. Missing fields of the last row are empty.
 void file_sensors(std::string_view text, RRepository& repo) {
     const auto names = capture::names_of(kColumns);
-    capture::Record sensor(repo, RBMCInfo::SENSORINFO, "Sensor Status");
+    capture::Record sensor(repo, kSensorInfo);
     capture::Tokens fields(text, "|\n\r");
     while (auto field = fields.next()) {
         for (const auto& name : names) {
@@ -54,19 +63,20 @@ void file_sensors(std::string_view text, RRepository& repo) {
 }  // namespace
 
 int sensor_info(RRepository& repo) {
-    const auto command = bmc_command("ipmitool sensor 1>'{L}sensorinfo.txt' 2>&1");
+    const auto& source = kSensorInfo.source;
+    const auto command = bmc_command(source.command);
     unit.detail("start to run ipmitool sensor command");
-    if (check_system_call(capture::run(command), "sensor") != 0) return 1;
+    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
 
-    const auto bytes = capture::read_bytes(capture::log_dir() + "sensorinfo.txt");
+    const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {
         unit.detail("Failed to open sensorinfo log file");
         return 1;
     }
     const auto text = capture::c_text(*bytes);
     unit.detail("se:", text);
-    // Weaker than the test of the other answers on purpose: one sensor that could not be read
-    // ("Bad response", ...) does not make the readings of all others worthless.
+    // Other answers are dropped for more kinds of error. Here one sensor that could not be read
+    // ("Bad response", ...) must not cost the readings of all others.
     if (capture::contains(text, "Error sending MS")) return 1;
 
     file_sensors(text, repo);

@@ -1,14 +1,13 @@
-#include <string>
 #include <utility>
 
-#include "capture/command.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "rbmcinfo/tools.h"
+#include "file/table.h"
+#include "read/lines.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 
@@ -16,34 +15,27 @@ namespace {
 
 using sample1::unit;
 
-// One record of a sample table: S1T1PRO1 ... S1T1PRO4, all of one value.
-void add_sample(RRepository& repository, const std::string& table, const std::string& name,
-                const std::string& group, const std::string& value) {
-    capture::Record record(repository, table, name);
-    for (int i = 1; i <= 4; ++i) {
-        const auto number = std::to_string(i);
-        record.set(group + "PRO" + number, group + " PRO " + number, value);
-    }
-    record.add();
-}
+constexpr const capture::Table* kTables[] = {
+    &sample1::kTable1,     &sample1::kTable2, &sample1::kPelAdd, &kRaidInfo,
+    &sample1::kController, &kPmcInfo,         &kPmcVer,          &kPmcLink,
+};
 
 void collect(RRepository& repository) {
     unit.progress("Enter EnumXFirmwareInstancesCallback");
-    add_sample(repository, RSampleModule1::T_SAMPLE1_TABLE1, "sample 1 - table 1", "S1T1",
-               "VALUE1");
-    add_sample(repository, RSampleModule1::T_SAMPLE1_TABLE1, "sample 1 - table 1", "S1T1",
-               "VALUE2");
-    add_sample(repository, RSampleModule1::T_SAMPLE1_TABLE2, "sample 1 - table 2", "S1T2",
-               "VALUE1");
+    sample1::file_samples(repository);
 
     check_linux_bit();
     abs_path = GetProgramDir(current_absolute_path);
+    if (abs_path != 0) {
+        unit.progress("Failed to get the Marlox path, exit");
+        return;
+    }
     make_tools_executable(current_absolute_path);
 
     capture::run(capture::expand("'{P}qv_tools/storcli_{x}' show ctrlcount > '{L}ctrlcount.txt'",
                                  {current_absolute_path, linux_x32_x64}));
-    // Whatever count the file tells, controller 0 is asked for its summary.
-    if (!capture::Lines::open(capture::log_dir() + "ctrlcount.txt")) {
+    // Controller 0 is asked whatever the count is.
+    if (!capture::Lines::open(capture::log_path("ctrlcount.txt"))) {
         unit.detail("Failed to open raid log file");
         return;
     }
@@ -53,6 +45,8 @@ void collect(RRepository& repository) {
 }
 
 }  // namespace
+
+constexpr capture::Module sample1::kModule = {"sampleModule1", "Sample Module 1", kTables};
 
 void RSampleModule1::EnumQV1Instances(RRepository& repository) {
     unit.progress("Enter EnumQV1Instances");

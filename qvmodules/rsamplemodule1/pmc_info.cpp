@@ -1,23 +1,22 @@
 #include <array>
 #include <string>
 
-#include "capture/command.h"
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/link.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
-#include "rbmcinfo/tools.h"
+#include "file/keys.h"
+#include "file/link.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule1/captures.h"
-#include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
+#include "run/command.h"
+#include "run/process.h"
+#include "tools/tools.h"
 
 namespace marlox::repository {
 
 namespace {
 
-using capture::always;
+using capture::Before;
 using capture::Key;
 using capture::When;
 using sample1::unit;
@@ -25,57 +24,70 @@ using sample1::unit;
 // arcconf puts its values into a fixed column:
 //     Controller Status                        : Optimal
 //     Controller Model                         : Adaptec ASR8805
-constexpr std::size_t kValueColumn = 43;  // counted from where the key starts
+constexpr std::size_t kValueColumn = 43;  // characters from the start of the key
 
-// A "Controller Mode" line is also any that says "Controller Model".
+// clang-format off
+// "Controller Model" contains "Controller Mode".
 constexpr When kModel{"Controller Model", {}};
 
-// Other lines speak of a BIOS too; they go on to the keys behind.
-constexpr When kOwnBios{
-    "", {"Controller BIOS", "Runtime BIOS", "BIOS Halt"}
-};
+// These lines contain "BIOS" but are not about the controller's own.
+constexpr When kOwnBios{"", {"Controller BIOS", "Runtime BIOS", "BIOS Halt"}};
 
-constexpr auto kSettings = std::to_array<Key>({
-    {"Controller Status",                         "Status",        "Controller Status",               always},
-    {"Controller Mode",                           "Model",         "Controller Model",                kModel},
-    {"Controller Mode",                           "Mode",          "Controller Mode",                 always},
-    {"Channel description",                       "description",   "Channel description",             always},
-    {"Controller Serial Number",                  "SerialNumber",  "Controller Serial Number",        always},
-    {"Controller World Wide Name",                "WorldWideName", "Controller World Wide Name",      always},
-    {"Controller Alarm",                          "Alarm",         "Controller Alarm",                always},
-    {"Temperature",                               "Temperature",   "Temperature",                     always},
-    {"Installed memory",                          "memory",        "Installed memory",                always},
-    {"Global task priority",                      "priority",      "Global task priority",            always},
-    {"Host bus type",                             "type",          "Host bus type",                   always},
-    {"Host bus speed",                            "speed",         "Host bus speed",                  always},
-    {"Host bus link width",                       "width",         "Host bus link width",             always},
-    {"Stayawake period",                          "period",        "Stayawake period",                always},
-    {"Spinup limit internal drives",              "internal",      "Spinup limit internal drives",    always},
-    {"Spinup limit external drives ",             "external",      "Spinup limit external drives ",   always},
-    {"Logical devices/Failed/Degraded",           "Logical",       "Logical devices/Failed/Degraded", always},
-    {"NCQ status",                                "NCQ",           "NCQ status",                      always},
-    {"Statistics data collection mode",           "Statistics",    "Statistics data collection mode", always},
-    {"Global Physical Device Write Cache Policy", "Policy",
-     "Global Physical Device Write Cache Policy",                                                     always},
-    {"Monitor Log Severity Level",                "Level",         "Monitor Log Severity Level",      always},
-    {"Global Max SAS Phy Link Rate",              "Rate",          "Global Max SAS Phy Link Rate",    always},
+constexpr auto kListed = std::to_array<Key>({
+    {"Controller Status",                         {"Status",        "Controller Status",                         "state, \"Optimal\" if all is well"}},
+    {"Controller Mode",                           {"Mode",          "Controller Mode",                           "how it presents drives: as RAID, as they are, or both"}},
+    {"Channel description",                       {"description",   "Channel description",                       "the channel's name"}},
+    {"Controller Mode",                           {"Model",         "Controller Model",                          "model"}, kModel, Before{"Mode"}},
+    {"Controller Serial Number",                  {"SerialNumber",  "Controller Serial Number",                  "serial number"}},
+    {"Controller World Wide Name",                {"WorldWideName", "Controller World Wide Name",                "world wide name"}},
+    {"Controller Alarm",                          {"Alarm",         "Controller Alarm",                          "whether the alarm sounds"}},
+    {"Temperature",                               {"Temperature",   "Temperature",                               "temperature in degrees Celsius and Fahrenheit, and how it is judged"}},
+    {"Installed memory",                          {"memory",        "Installed memory",                          "size of the cache in MB"}},
+    {"Global task priority",                      {"priority",      "Global task priority",                      "priority of background work"}},
+    {"Host bus type",                             {"type",          "Host bus type",                             "kind of the host bus"}},
+    {"Host bus speed",                            {"speed",         "Host bus speed",                            "speed of the host bus"}},
+    {"Host bus link width",                       {"width",         "Host bus link width",                       "lanes of the host bus"}},
+    {"Stayawake period",                          {"period",        "Stayawake period",                          "how long drives are kept from sleeping"}},
+    {"Spinup limit internal drives",              {"internal",      "Spinup limit internal drives",              "how many internal drives start at once"}},
+    {"Spinup limit external drives ",             {"external",      "Spinup limit external drives ",             "how many external drives start at once"}},
+    {"Logical devices/Failed/Degraded",           {"Logical",       "Logical devices/Failed/Degraded",           "numbers of logical devices: all, failed, degraded"}},
+    {"NCQ status",                                {"NCQ",           "NCQ status",                                "whether native command queuing is on"}},
+    {"Statistics data collection mode",           {"Statistics",    "Statistics data collection mode",           "whether the controller keeps statistics"}},
+    {"Global Physical Device Write Cache Policy", {"Policy",        "Global Physical Device Write Cache Policy", "whether the drives' own write caches are used"}},
+    {"Monitor Log Severity Level",                {"Level",         "Monitor Log Severity Level",                "least severity that is logged"}},
+    {"Global Max SAS Phy Link Rate",              {"Rate",          "Global Max SAS Phy Link Rate",              "highest rate of a SAS link"}},
 });
-static_assert(capture::well_formed(kSettings, "Rate"));
+constexpr auto kSettings = capture::in_order_of_search(kListed);
+static_assert(capture::well_formed(kSettings));
 
-// Lines that no setting's key takes:
+// Looked for in lines that contain no key of a setting:
 //     BIOS                                     : 7.5-0 (32033)
 constexpr auto kVersions = std::to_array<Key>({
-    {"BIOS",       "BIOS",      "BIOS",       kOwnBios},
-    {"Firmware",   "Firmware",  "Firmware",   always  },
-    {"Driver",     "Driver",    "Driver",     always  },
-    {"Boot Flash", "BootFlash", "Boot Flash", always  },
+    {"BIOS",       {"BIOS",      "BIOS",       "version of the controller's BIOS"}, kOwnBios},
+    {"Firmware",   {"Firmware",  "Firmware",   "version of the firmware"}},
+    {"Driver",     {"Driver",    "Driver",     "version of the driver"}},
+    {"Boot Flash", {"BootFlash", "Boot Flash", "version of the boot flash"}},
 });
-static_assert(capture::well_formed(kVersions, "BootFlash"));
+// clang-format on
+static_assert(capture::well_formed(kVersions));
 
-// The controller's two rows, each complete with its last property.
+constexpr auto kSettingsColumns = capture::columns_of(kListed);
+constexpr auto kVersionsColumns = capture::columns_of(kVersions);
+constexpr auto kLinkColumns = std::to_array<capture::Column>({
+    {"Link", "Link Address", "a link to the folder of the controller's support files"},
+});
+
+// The tool leaves an archive of files in a directory of its own, which is copied.
+constexpr capture::Source kSource = {
+    .tool = "arcconf",
+    .command = "'{P}qv_tools/arcconf_{x}' savesupportarchive",
+    .capture = "Firmware/Controller 1 Config.txt",
+};
+
+// Files the controller's two records, each at the line of its last property.
 void read_configuration(capture::Lines& lines, RRepository& repository) {
-    capture::Record settings(repository, RSampleModule1::T_PMCINFO_TABLE, "Controller information");
-    capture::Record versions(repository, RSampleModule1::T_PMCVER_TABLE, "Controller Version Info");
+    capture::Record settings(repository, kPmcInfo);
+    capture::Record versions(repository, kPmcVer);
     while (const auto line = lines.next()) {
         auto* record = &settings;
         auto hit = capture::find_key(kSettings, *line);
@@ -84,12 +96,45 @@ void read_configuration(capture::Lines& lines, RRepository& repository) {
             hit = capture::find_key(kVersions, *line);
         }
         if (!hit) continue;
-        record->set(hit->key->id, hit->key->display, capture::rest(*line, hit->at + kValueColumn));
+        record->set(hit->key->column, capture::rest(*line, hit->at + kValueColumn));
         if (hit->key == &kSettings.back() || hit->key == &kVersions.back()) record->add();
     }
 }
 
 }  // namespace
+
+constexpr capture::Table kPmcInfo = {
+    .id = "PMCINFO",
+    .title = "Controller information",
+    .row = "The row is the settings of Adaptec controller 1.",
+    .source = kSource,
+    .filled = capture::Filled::pmc,
+    .layout = capture::header_column(20),
+    .columns = kSettingsColumns,
+};
+static_assert(capture::well_formed(kPmcInfo));
+
+constexpr capture::Table kPmcVer = {
+    .id = "PMCVER",
+    .title = "Controller Version Info",
+    .row = "The row is the versions of what runs on Adaptec controller 1.",
+    .source = kSource,
+    .filled = capture::Filled::pmc,
+    .layout = capture::header_column(10),
+    .columns = kVersionsColumns,
+};
+static_assert(capture::well_formed(kPmcVer));
+
+constexpr capture::Table kPmcLink = {
+    .id = "PMCLINK",
+    .title = "PMC other info link",
+    .row = "The row leads to the support files of all Adaptec controllers.",
+    .source = kSource,
+    .filled = capture::Filled::pmc,
+    .layout = capture::header_column(10),
+    .columns = kLinkColumns,
+};
+static_assert(capture::well_formed(kPmcLink));
 
 void pmc_info(RRepository& repository) {
     const auto count = capture::output_of("lspci | grep Adaptec | wc -l");
@@ -99,7 +144,7 @@ void pmc_info(RRepository& repository) {
     }
     if (capture::leading_int(*count) <= 0) return;
 
-    // The build is chosen by an answer of its own, not by what the modules found before.
+    // The word size is asked anew; the one that the modules found before is not used.
     const auto platform = capture::output_of("uname -i");
     if (!platform) {
         unit.progress("Cannot get the linux OS structure!");
@@ -107,11 +152,11 @@ void pmc_info(RRepository& repository) {
     }
     const int bits = capture::contains(capture::first_line(*platform, 9), "64") ? 64 : 32;
 
-    const capture::Fill fill{current_absolute_path, bits};
-    capture::run(capture::expand("'{P}qv_tools/arcconf_{x}' savesupportarchive", fill));
-    capture::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", fill));
+    const capture::Places places{current_absolute_path, bits};
+    capture::run(capture::expand(kSource.command, places));
+    capture::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", places));
 
-    const auto path = capture::log_dir() + "Firmware/Controller 1 Config.txt";
+    const auto path = capture::log_path(kSource.capture);
     unit.detail("PMC raid firmware log path:", path);
     auto lines = capture::Lines::open(path);
     if (!lines) {
@@ -119,8 +164,8 @@ void pmc_info(RRepository& repository) {
         return;
     }
 
-    capture::Record link(repository, RSampleModule1::T_PMCLINK_TABLE, "PMC other info link");
-    link.set("Link", "Link Address", capture::link_text("Firmware"));
+    capture::Record link(repository, kPmcLink);
+    link.set(kLinkColumns.front(), capture::link_text("Firmware"));
     link.add();
 
     read_configuration(*lines, repository);

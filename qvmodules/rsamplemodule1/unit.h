@@ -1,6 +1,7 @@
+// Where sample module 1 logs.
 #pragma once
 
-#include "capture/log.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository::sample1 {
 

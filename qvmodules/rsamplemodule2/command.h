@@ -1,14 +1,15 @@
+// How the commands of sample module 2 are written out.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include "capture/command.h"
-#include "rbmcinfo/tools.h"
+#include "run/command.h"
+#include "tools/tools.h"
 
 namespace marlox::repository::sample2 {
 
-// A command of this module, its places filled in.
+// The command with its places filled in.
 inline std::string tool_command(std::string_view text, int controller = 0) {
     return capture::expand(text, {current_absolute_path2, linux_x32_x64, controller});
 }

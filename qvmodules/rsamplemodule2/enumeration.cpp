@@ -1,15 +1,14 @@
-#include <string>
 #include <string_view>
 #include <utility>
 
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/table.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
@@ -17,32 +16,22 @@ namespace {
 
 using sample2::unit;
 
-void add_first_sample_table(RRepository& repo) {
-    for (int i = 0; i < 6; ++i) {
-        capture::Record record(repo, RSampleModule2::T_SAMPLE2_TABLE1, "sample 2 - table 1");
-        record.set("item1", "Name", i);
-        record.set("item2", "Reading", i + 1);
-        record.set("item3", "Status", i + 2);
-        record.set("item4", "LCR", i + 3);
-        record.set("item5", "LNR", i + 4);
-        record.set("item6", "UCR", i + 5);
-        record.add();
-    }
-}
-
-void add_second_sample_table(RRepository& repo) {
-    capture::Record record(repo, RSampleModule2::T_SAMPLE2_TABLE2, "sample 2 - table 2");
-    record.set("S2T2PRO1", "S2T2 PRO 1", "VALUE1");
-    record.set("S2T2PRO2", "S2T2 PRO 2", "VALUE1");
-    record.set("S2T2PRO3", "S2T2 PRO 3", "VALUE1");
-    record.set("S2T2PRO4", "S2T2 PRO 4", "VALUE1");
-    record.add();
-}
+constexpr const capture::Table* kTables[] = {
+    &sample2::kTable1, &sample2::kTable2,
+    &kEventLog[0],     &kEventLog[1],
+    &kEventLog[2],     &kEventLog[3],
+    &kEventLog[4],     &kFwTermLog,
+    &kPdList,          &kTopology,
+    &kVirtualDrives,   &kPhysicalDrives,
+    &kSas2IrLog,       &sample2::kEndDevices,
+    &sample2::kArray,  &sample2::kVolume,
+    &kLsiLink,
+};
 
 // storcli show ctrlcount:
 //     Controller Count = 2
-// One character is the count, whatever it is; the last such line decides. Behind the end of a line
-// stands a NUL.
+// The count is one character minus '0', whatever the character is (NUL at the end of a line). The last
+// such line counts.
 int controller_count(capture::Lines& lines) {
     constexpr std::string_view key = "Controller Count =";
     int count = 0;
@@ -57,19 +46,21 @@ int controller_count(capture::Lines& lines) {
 
 void collect(RRepository& repo) {
     unit.progress("Enter CollectData");
-    add_first_sample_table(repo);
-    add_second_sample_table(repo);
+    sample2::file_samples(repo);
 
     abs_path2 = GetProgramDir(current_absolute_path2);
+    if (abs_path2 != 0) {
+        unit.progress("Failed to get the Marlox path, exit");
+        return;
+    }
     make_tools_executable(current_absolute_path2);
     check_linux_bit();
 
-    const auto command =
-        sample2::tool_command("'{P}qv_tools/storcli_{x}' show ctrlcount >'{L}ctrlcount.txt'");
+    const auto command = sample2::tool_command(kLsiLink.source.command);
     unit.detail("ctrlcout path:", command);
     capture::run(command);
 
-    const auto path = capture::log_dir() + "ctrlcount.txt";
+    const auto path = capture::log_path(kLsiLink.source.capture);
     unit.detail("ctrlcout path:", path);
     auto lines = capture::Lines::open(path);
     if (!lines) return;
@@ -86,6 +77,8 @@ void collect(RRepository& repo) {
 }
 
 }  // namespace
+
+constexpr capture::Module sample2::kModule = {"sampleModule2", "Sample Module 2", kTables};
 
 void RSampleModule2::EnumQV2Instances(RRepository& repo) {
     unit.progress("Enter EnumQV2Instances");

@@ -2,16 +2,15 @@
 #include <span>
 #include <string_view>
 
-#include "capture/command.h"
-#include "capture/fields.h"
-#include "capture/lines.h"
-#include "capture/process.h"
-#include "capture/record.h"
-#include "capture/text.h"
+#include "file/fields.h"
+#include "file/record.h"
+#include "read/lines.h"
+#include "read/text.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
-#include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
+#include "run/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 
@@ -20,64 +19,110 @@ namespace {
 using capture::Field;
 using sample2::unit;
 
-// storcli /c0 show lists the topology, the virtual drives and the physical drives. The columns are
-// known by position alone; a report with other columns gives other values.
+// storcli /c0 show lists the topology, the virtual drives and the physical drives. Values are
+// found by position alone: if a version of storcli adds a column, all later values shift.
 
+// clang-format off
 // DG Arr Row EID:Slot DID Type  State BT       Size PDC  PI SED DS3  FSpace
 //  0 -   -   -        -   RAID1 Optl  N  930.390 GB dflt N  N   dflt N
-constexpr auto kTopology = std::to_array<Field>({
-    {{1},     "DG",     "Disk Group Index"      },
-    {{2},     "Arr",    "Array Index"           },
-    {{3},     "Row",    "Row Index"             },
-    {{4},     "EID",    "EID:Slot"              },
-    {{5},     "DID",    "Device ID"             },
-    {{6},     "Type",   "Type"                  },
-    {{7},     "State",  "State"                 },
-    {{8},     "BT",     "Background Task Active"},
-    {{9, 10}, "Size",   "Size"                  },
-    {{11},    "PDC",    "PD Cache"              },
-    {{12},    "PI",     "Protection Info"       },
-    {{13},    "SED",    "Self Encrypting Drive" },
-    {{14},    "DS3",    "Dimmer Switch 3"       },
-    {{15},    "FSpace", "Free Space Present"    },
+constexpr auto kTopologyFields = std::to_array<Field>({
+    {{1},     {"DG",     "Disk Group Index",       "number of the drive group"}},
+    {{2},     {"Arr",    "Array Index",            "number of the array in the group"}},
+    {{3},     {"Row",    "Row Index",              "number of the row in the array"}},
+    {{4},     {"EID",    "EID:Slot",               "enclosure and slot of the drive"}},
+    {{5},     {"DID",    "Device ID",              "number of the drive as a device"}},
+    {{6},     {"Type",   "Type",                   "RAID level, or DRIVE"}},
+    {{7},     {"State",  "State",                  "state: Optl, Dgrd, Onln, Rbld, ..."}},
+    {{8},     {"BT",     "Background Task Active", "whether a background task runs: Y or N"}},
+    {{9, 10}, {"Size",   "Size",                   "size, with its unit"}},
+    {{11},    {"PDC",    "PD Cache",               "whether the drive's own cache is used"}},
+    {{12},    {"PI",     "Protection Info",        "whether protection information is used: Y or N"}},
+    {{13},    {"SED",    "Self Encrypting Drive",  "whether the drives encrypt themselves: Y or N"}},
+    {{14},    {"DS3",    "Dimmer Switch 3",        "power saving of the drives"}},
+    {{15},    {"FSpace", "Free Space Present",     "whether space is free: Y or N"}},
 });
-static_assert(capture::well_formed(kTopology));
 
 // DG/VD TYPE  State Access Consist Cache sCC       Size Name
 // 0/0   RAID1 Optl  RW     Yes     RWTD  -   930.390 GB system
-constexpr auto kVirtualDrives = std::to_array<Field>({
-    {{1},    "DG",      "DG/VD"  },
-    {{2},    "TYPE",    "TYPE"   },
-    {{3},    "State",   "State"  },
-    {{4},    "Access",  "Access" },
-    {{5},    "Consist", "Consist"},
-    {{6},    "Cache",   "Cache"  },
-    {{7},    "sCC",     "sCC"    },
-    {{8, 9}, "Size",    "Size"   },
-    {{10},   "Name",    "Name"   },
+constexpr auto kVirtualDriveFields = std::to_array<Field>({
+    {{1},    {"DG",      "DG/VD",   "numbers of the drive group and of the virtual drive"}},
+    {{2},    {"TYPE",    "TYPE",    "RAID level"}},
+    {{3},    {"State",   "State",   "state: Optl, Dgrd, Pdgd, OfLn, ..."}},
+    {{4},    {"Access",  "Access",  "access: RW, RO, Blocked, ..."}},
+    {{5},    {"Consist", "Consist", "whether it is consistent: Yes or No"}},
+    {{6},    {"Cache",   "Cache",   "cache policy: read ahead, write back or through, cached or direct"}},
+    {{7},    {"sCC",     "sCC",     "whether it is a CacheCade drive"}},
+    {{8, 9}, {"Size",    "Size",    "size, with its unit"}},
+    {{10},   {"Name",    "Name",    "name"}},
 });
-static_assert(capture::well_formed(kVirtualDrives));
 
 // EID:Slt DID State DG       Size Intf Med SED PI SeSz Model            Sp
 // 252:0     8 Onln   0 930.390 GB SATA HDD N   N  512B ST1000NM0033-9ZM173 U
-constexpr auto kPhysicalDrives = std::to_array<Field>({
-    {{1},    "EID",   "EID:Slt"   },
-    {{2},    "DID",   "Device ID" },
-    {{3},    "State", "State"     },
-    {{4},    "DG",    "DriveGroup"},
-    {{5, 6}, "Size",  "Size"      },
-    {{7},    "Intf",  "Intf"      },
-    {{8},    "Med",   "Med"       },
-    {{9},    "SED",   "SED"       },
-    {{10},   "PI",    "PI"        },
-    {{11},   "SeSz",  "SeSz"      },
-    {{12},   "Model", "Model"     },
-    {{13},   "Sp",    "Spun"      },
+constexpr auto kPhysicalDriveFields = std::to_array<Field>({
+    {{1},    {"EID",   "EID:Slt",    "enclosure and slot"}},
+    {{2},    {"DID",   "Device ID",  "number as a device"}},
+    {{3},    {"State", "State",      "state: Onln, Offln, UGood, UBad, Rbld, GHS, ..."}},
+    {{4},    {"DG",    "DriveGroup", "number of the drive group"}},
+    {{5, 6}, {"Size",  "Size",       "size, with its unit"}},
+    {{7},    {"Intf",  "Intf",       "interface: SAS, SATA, NVMe"}},
+    {{8},    {"Med",   "Med",        "medium: HDD or SSD"}},
+    {{9},    {"SED",   "SED",        "whether it encrypts itself: Y or N"}},
+    {{10},   {"PI",    "PI",         "whether protection information is used: Y or N"}},
+    {{11},   {"SeSz",  "SeSz",       "size of a sector, with its unit"}},
+    {{12},   {"Model", "Model",      "the first word of the model"}},
+    {{13},   {"Sp",    "Spun",       "whether it spins: U up, D down; of a model of two words, the second"}},
 });
+// clang-format on
+static_assert(capture::well_formed(kTopologyFields));
+static_assert(capture::well_formed(kVirtualDriveFields));
+static_assert(capture::well_formed(kPhysicalDriveFields));
+
+constexpr auto kTopologyColumns = capture::columns_of(kTopologyFields);
+constexpr auto kVirtualDriveColumns = capture::columns_of(kVirtualDriveFields);
+constexpr auto kPhysicalDriveColumns = capture::columns_of(kPhysicalDriveFields);
+
+constexpr capture::Source kSource = {
+    .tool = "storcli",
+    .command = "'{P}qv_tools/storcli_{x}' /c0 show > '{L}c0_showall.txt'",
+    .capture = "c0_showall.txt",
+};
+
+}  // namespace
+
+constexpr capture::Table kTopology = {
+    .id = "TINFO",
+    .title = "Controller 0 TOPOLOGY INFO",
+    .row = "A row is a drive group, an array or a drive in the topology of MegaRAID controller 0.",
+    .source = kSource,
+    .layout = capture::header_row(5),
+    .columns = kTopologyColumns,
+};
+static_assert(capture::well_formed(kTopology));
+
+constexpr capture::Table kVirtualDrives = {
+    .id = "VINFO",
+    .title = "Controller 0 Virtual Drive List",
+    .row = "A row is a virtual drive of MegaRAID controller 0.",
+    .source = kSource,
+    .layout = capture::header_row(5),
+    .columns = kVirtualDriveColumns,
+};
+static_assert(capture::well_formed(kVirtualDrives));
+
+constexpr capture::Table kPhysicalDrives = {
+    .id = "PINFO",
+    .title = "Controller 0 Physical Drive List",
+    .row = "A row is a physical drive of MegaRAID controller 0.",
+    .source = kSource,
+    .layout = capture::header_row(5),
+    .columns = kPhysicalDriveColumns,
+};
 static_assert(capture::well_formed(kPhysicalDrives));
 
-// A table of the report: from the line that holds the marker, over five lines of heading, to the
-// first rule of at least so many dashes. storcli's own rules are longer than any of the three.
+namespace {
+
+// A table of the report: the line with the marker, five lines of heading, rows, and a rule of at
+// least as many dashes as `closing_rule`. storcli's own rules are longer than all three.
 struct Section {
     std::string_view marker;
     std::string_view closing_rule;
@@ -88,9 +133,9 @@ struct Section {
 
 constexpr int kHeadingLines = 5;
 
-// Every open table looks at a line unless one before it has taken it as part of its heading. They
-// share one count of heading lines, which matters when a table never closes: the next one then
-// begins with its count far advanced.
+// A line goes to every open table, unless an earlier open table takes it as part of its heading. All
+// tables share one count of heading lines: after a table that never closes, the next one skips fewer
+// lines.
 template <std::size_t n>
 void read_sections(capture::Lines& lines, std::array<Section, n>& sections) {
     int counted = 0;
@@ -117,32 +162,22 @@ void read_sections(capture::Lines& lines, std::array<Section, n>& sections) {
 }  // namespace
 
 void lsi_list(RRepository& repo) {
-    const auto command =
-        sample2::tool_command("'{P}qv_tools/storcli_{x}' /c0 show > '{L}c0_showall.txt'");
+    const auto command = sample2::tool_command(kSource.command);
     unit.progress("raid raw path:", command);
     capture::run(command);
 
-    auto lines = capture::Lines::open(capture::log_dir() + "c0_showall.txt");
+    auto lines = capture::Lines::open(capture::log_path(kSource.capture));
     if (!lines) {
         unit.detail("Failed to open raid log file");
         return;
     }
-    std::array<Section, 3> sections = {
-        {
-         {"TOPOLOGY :",
-             "--------------------------",
-             kTopology,
-             {repo, RSampleModule2::T_TINFO_TABLE2, "Controller 0 TOPOLOGY INFO"}},
-         {"VD LIST :",
-             "---------------------------",
-             kVirtualDrives,
-             {repo, RSampleModule2::T_VINFO_TABLE2, "Controller 0 Virtual Drive List"}},
-         {"PD LIST :",
-             "----------------------------",
-             kPhysicalDrives,
-             {repo, RSampleModule2::T_PINFO_TABLE2, "Controller 0 Physical Drive List"}},
-         }
-    };
+    // clang-format off
+    std::array<Section, 3> sections = {{
+        {"TOPOLOGY :", "--------------------------",   kTopologyFields,      {repo, kTopology}},
+        {"VD LIST :",  "---------------------------",  kVirtualDriveFields,  {repo, kVirtualDrives}},
+        {"PD LIST :",  "----------------------------", kPhysicalDriveFields, {repo, kPhysicalDrives}},
+    }};
+    // clang-format on
     read_sections(*lines, sections);
 }
 

@@ -1,6 +1,7 @@
+// Where sample module 2 logs.
 #pragma once
 
-#include "capture/log.h"
+#include "log/unit_log.h"
 
 namespace marlox::repository::sample2 {
 

@@ -2,11 +2,11 @@
 
 #include <array>
 
-#include "capture/command.h"
-#include "capture/keys.h"
-#include "capture/lines.h"
-#include "capture/log.h"
-#include "capture/process.h"
+#include "file/keys.h"
+#include "log/unit_log.h"
+#include "read/lines.h"
+#include "run/command.h"
+#include "run/process.h"
 
 namespace marlox::repository {
 

@@ -16,12 +16,14 @@ namespace fakehost {
 std::vector<std::string> notes;
 unsigned min_log_level = 4;
 std::string log_dir;
+int records_made = 0;
 int records_until_failure = 0;
 
 void reset() {
     notes.clear();
     min_log_level = 4;
     log_dir.clear();
+    records_made = 0;
     records_until_failure = 0;
 }
 
@@ -104,6 +106,7 @@ struct RInstance::Impl {
 
 RInstance::RInstance(const std::string& tableId, const std::string& displayName, int index)
     : impl_(new Impl{tableId + " " + quoted(displayName) + " " + std::to_string(index) + ":", {}}) {
+    ++fakehost::records_made;
 }
 
 RInstance::~RInstance() { delete impl_; }

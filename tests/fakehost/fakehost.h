@@ -23,6 +23,8 @@ extern std::vector<std::string> notes;
 extern unsigned min_log_level;
 extern std::string log_dir;  // ends with "/"
 
+extern int records_made;  // how often an RInstance was constructed
+
 // When not 0: that many more records can be added; the next one throws std::runtime_error.
 extern int records_until_failure;
 

@@ -14,8 +14,8 @@
 #include <stdexcept>
 
 #include "rbmcinfo/items.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule2/captures.h"
+#include "tools/tools.h"
 
 extern "C" int AddModules(std::vector<boost::shared_ptr<marlox::repository::RModule>>& modules);
 

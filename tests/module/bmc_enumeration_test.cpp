@@ -7,7 +7,7 @@
 #include "bench.h"
 #include "bmc_notes.h"
 #include "rbmcinfo/items.h"
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

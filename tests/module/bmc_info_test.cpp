@@ -6,7 +6,7 @@
 #include "bmc_notes.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/items.h"
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

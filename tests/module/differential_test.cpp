@@ -9,9 +9,9 @@
 #include "bench.h"
 #include "naive.h"
 #include "rbmcinfo/captures.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule2/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

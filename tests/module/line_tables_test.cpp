@@ -6,7 +6,7 @@
 #include "bench.h"
 #include "bmc_notes.h"
 #include "rbmcinfo/captures.h"
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 
@@ -94,6 +94,20 @@ TEST_F(LineTables, SplitLinesHaveNoEnds) {
     const std::string nul("a\nb\0c\nd\n", 8);
     EXPECT_EQ(records(sdr_info, nul), sdr("a") + sdr("b"));
     EXPECT_EQ(records(fru_info_amd, nul), fru("a") + fru("b"));
+}
+
+// A host may count the records that are made, not only those that are added.
+TEST_F(LineTables, WithoutALineThereIsNoRecord) {
+    for (const std::string& answer :
+         {std::string(), std::string("\n\r\n"), std::string("\0a\n", 3)}) {
+        for (const auto capture : {sdr_info, fru_info_amd}) {
+            EXPECT_EQ(records(capture, answer), "");
+            EXPECT_EQ(fakehost::records_made, 0) << fakehost::escaped(answer);
+        }
+    }
+    EXPECT_EQ(records(sdr_info, "a\nb\n"), sdr("a") + sdr("b"));
+    EXPECT_EQ(records(fru_info_amd, "a\nb\n"), fru("a") + fru("b"));
+    EXPECT_EQ(fakehost::records_made, 2) << "one a table, for all rows";
 }
 
 TEST_F(LineTables, OtherLinesAreKeptAsTheyAre) {

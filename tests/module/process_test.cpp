@@ -15,8 +15,8 @@
 #include "bmc_notes.h"
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/collectors.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule1/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 
@@ -30,6 +30,13 @@ protected:
             std::ifstream file(entry.path() / "cmdline", std::ios::binary);
             const std::string arguments{std::istreambuf_iterator<char>(file), {}};
             if (arguments.find(marker) != std::string::npos) return true;
+        }
+        return false;
+    }
+    static bool starts_running(const std::string& marker) {
+        for (int i = 0; i < 200; ++i) {
+            if (is_running(marker)) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         return false;
     }
@@ -132,7 +139,7 @@ TEST_F(Process, ATimeLimitHoldsBehindTheOutput) {
 TEST_F(Process, ADaemonWithThePipeIsLeftBehind) {
     const auto marker = "987657" + std::to_string(::getpid());
     tool("uname",
-         "echo x86_64; setsid sleep " + marker + " & echo $! > '" + log_dir + "daemon'; exit 0");
+         "printf x86_64; setsid sleep " + marker + " & echo $! > '" + log_dir + "daemon'; exit 0");
     setenv("QV_TOOL_TIMEOUT", "1", 1);
     EXPECT_EQ(check_linux_bit(), 0);
     EXPECT_EQ(linux_x32_x64, 64);
@@ -141,6 +148,31 @@ TEST_F(Process, ADaemonWithThePipeIsLeftBehind) {
     ASSERT_NE(daemon, "(none)");
     ::kill(std::stoi(daemon), SIGKILL);
     EXPECT_TRUE(stops_running(marker));
+}
+
+// popen() and fgets() take the line and pclose() waits for the shell, not for the end of the pipe.
+TEST_F(Process, WithoutALimitADaemonIsLeftBehindAsWell) {
+    const auto marker = "30.987658" + std::to_string(::getpid());  // seconds
+    tool("uname", "echo x86_64; sleep " + marker + " & echo $! > '" + log_dir + "daemon'; exit 0");
+    linux_x32_x64 = 32;
+    EXPECT_EQ(check_linux_bit(), 0);
+    EXPECT_EQ(linux_x32_x64, 64);
+    EXPECT_TRUE(starts_running(marker)) << "it was waited for";
+    const auto daemon = log_file("daemon");
+    ASSERT_NE(daemon, "(none)");
+    ::kill(std::stoi(daemon), SIGKILL);
+    EXPECT_TRUE(stops_running(marker));
+}
+
+// Behind the line the pipe is closed: who goes on writing is ended by SIGPIPE.
+TEST_F(Process, BehindTheLineNothingIsRead) {
+    tool("uname",
+         "echo x86_64; for i in 1 2 3 4 5 6 7 8 9; do /bin/sleep 0.1; echo $i || exit 0; "
+         "echo $i >> '" +
+             log_dir + "written'; done");
+    EXPECT_EQ(check_linux_bit(), 0);
+    EXPECT_EQ(linux_x32_x64, 64);
+    EXPECT_EQ(log_file("written"), "(none)");
 }
 
 TEST_F(Process, WhatEndsInTimeKeepsItsStatus) {

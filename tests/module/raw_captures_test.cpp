@@ -1,6 +1,6 @@
 #include "bench.h"
 #include "rbmcinfo/captures.h"
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cerrno>
+#include <stdexcept>
 
 #include "bench.h"
 #include "ramtinfo.h"
@@ -84,6 +86,51 @@ TEST_F(Registry, EveryTableHasTheEnumerateCallbackOfItsModule) {
             EXPECT_EQ(noted(), log + "Enter " + callback + "\n" + log + "Exit " + callback + "\n")
                 << table;
         }
+    }
+}
+
+// What the host throws ends a collection as anything else does that cuts it short: a module collects
+// once, and the records that were added before stay all there are.
+TEST_F(Registry, ACollectionThatTheHostBrokeOffIsNotBegunAgain) {
+    tool("dmidecode", "echo 'Product Name: KP120'");
+    tool("uname", "echo x86_64");
+    tool("ipmitool", "echo a:1");
+    for (const char* quiet :
+         {"dmesg", "cat", "service", "modprobe", "supportconfig", "lsmod", "mv"})
+        tool(quiet, "exit 0");
+    vendor_tool("ipmiutil_x64_nh", "echo a:1");
+    vendor_tool("storcli_x64", "echo 'Controller Count = 1'");
+    struct Case {
+        const char* module;
+        const char* unit;
+        const char* callback;
+        int failing_record;
+    };
+    const Case cases[] = {
+        {"sampleModule1", "rsamplemodule1", "EnumQV1Instances", 1},
+        {"sampleModule1", "rsamplemodule1", "EnumQV1Instances", 3},
+        {"sampleModule2", "rsamplemodule2", "EnumQV2Instances", 1},
+        {"sampleModule2", "rsamplemodule2", "EnumQV2Instances", 8},  // of the first controller
+        {"BMC_Info", "rbmcinfo", "EnumBMCInstances", 1},
+        {"BMC_Info", "rbmcinfo", "EnumBMCInstances", 7},
+    };
+    for (const auto& [name, unit, callback, failing] : cases) {
+        forget_modules();
+        const auto table = module(name).callbacks.begin()->first;
+        fakehost::records_until_failure = failing;
+        EXPECT_THROW(enumerate(name, table), std::runtime_error) << name << failing;
+        const auto added = noted({"add"});
+        EXPECT_EQ(std::count(added.begin(), added.end(), '\n'), failing - 1) << name;
+
+        fakehost::records_until_failure = 0;
+        const auto log = "log 3 qvmodules/" + std::string(unit) + ": [repo] ";
+        for (const auto& [other_table, callbacks] : module(name).callbacks) {
+            enumerate(name, other_table);
+            EXPECT_EQ(noted(), log + "Enter " + callback + "\n" + log + "Exit " + callback + "\n")
+                << other_table;
+        }
+        wrap(name, table);
+        EXPECT_NE(noted(), "") << "its layout is told as ever";
     }
 }
 

@@ -1,10 +1,14 @@
 // The enumerations of the two sample modules.
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 
 #include "bench.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule2/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 
@@ -44,6 +48,19 @@ std::string four(const std::string& table, const std::string& name, const std::s
 const std::string kSample1 = four("S1TABLE1", "sample 1 - table 1", "S1T1", "VALUE1") +
                              four("S1TABLE1", "sample 1 - table 1", "S1T1", "VALUE2") +
                              four("S1TABLE2", "sample 1 - table 2", "S1T2", "VALUE1");
+
+std::string sample2_records() {
+    std::string records;
+    const char* names[] = {"Name", "Reading", "Status", "LCR", "LNR", "UCR"};
+    for (int i = 0; i < 6; ++i) {
+        records += "add S2TABLE1 \"sample 2 - table 1\" -1:";
+        for (int k = 0; k < 6; ++k)
+            records += (k ? ", item" : " item") + std::to_string(k + 1) + " \"" + names[k] +
+                       "\"=" + std::to_string(i + k);
+        records += "\n";
+    }
+    return records + four("S2TABLE2", "sample 2 - table 2", "S2T2", "VALUE1");
+}
 
 TEST_F(SampleEnumeration, Module1InFull) {
     const std::string unit = "log 3 qvmodules/rsamplemodule1: [repo] ";
@@ -95,27 +112,17 @@ TEST_F(SampleEnumeration, Module2InFull) {
                                              {"/c0/eall/sall show all", "exit 0"}}));
     enumerate("sampleModule2", "TINFO");
     EXPECT_EQ(abs_path2, 0);
-    std::string samples;
-    const char* names[] = {"Name", "Reading", "Status", "LCR", "LNR", "UCR"};
-    for (int i = 0; i < 6; ++i) {
-        samples += "add S2TABLE1 \"sample 2 - table 1\" -1:";
-        for (int k = 0; k < 6; ++k)
-            samples += (k ? ", item" : " item") + std::to_string(k + 1) + " \"" + names[k] +
-                       "\"=" + std::to_string(i + k);
-        samples += "\n";
-    }
     const std::string command = "'P/qv_tools/storcli_x64' show ctrlcount >'L/ctrlcount.txt'\n";
     const std::string events = "'P/qv_tools/storcli_x64' /c0 show events > 'L/raidevents.txt'\n";
     const std::string termlog = "'P/qv_tools/storcli_x64' /c0 show termlog > 'L/fwtermlog.txt'\n";
     const std::string drives = "'P/qv_tools/storcli_x64' /c0/eall/sall show all > 'L/pdlist.txt'\n";
     const std::string show = "'P/qv_tools/storcli_x64' /c0 show > 'L/c0_showall.txt'\n";
     EXPECT_EQ(noted(),
-              unit3 + "Enter EnumQV2Instances\n" + unit3 + "Enter CollectData\n" + samples +
-                  four("S2TABLE2", "sample 2 - table 2", "S2T2", "VALUE1") +
-                  "$ chmod 544 'P/qv_tools'/*\n$ uname -i\n" + unit4 + "ctrlcout path:" + command +
-                  "$ " + command + unit4 + "ctrlcout path:L/ctrlcount.txt\n" + unit3 +
-                  "raidevent raw path:" + events + "$ " + events + unit3 +
-                  "fwterm raw path:" + termlog + "$ " + termlog + unit3 +
+              unit3 + "Enter EnumQV2Instances\n" + unit3 + "Enter CollectData\n" +
+                  sample2_records() + "$ chmod 544 'P/qv_tools'/*\n$ uname -i\n" + unit4 +
+                  "ctrlcout path:" + command + "$ " + command + unit4 +
+                  "ctrlcout path:L/ctrlcount.txt\n" + unit3 + "raidevent raw path:" + events +
+                  "$ " + events + unit3 + "fwterm raw path:" + termlog + "$ " + termlog + unit3 +
                   "fwterm raw path:" + drives + "$ " + drives + unit3 + "raid raw path:" + show +
                   "$ " + show + "$ lspci | grep SAS2308 | wc -l > b.txt\n" + unit3 +
                   "Exit CollectData\n" + unit3 + "Exit EnumQV2Instances\n");
@@ -138,6 +145,65 @@ TEST_F(SampleEnumeration, Module2WithoutACountFile) {
               "log 3 qvmodules/rsamplemodule2: [repo] Exit EnumQV2Instances\n");
     enumerate("sampleModule2", "TINFO");
     EXPECT_EQ(noted({"$", "add"}), "");
+}
+
+// A program path of 256 bytes or more is read cut off, and what lies at the cut-off path is somebody
+// else's. Nothing is run from there, nor from the current directory.
+TEST_F(SampleEnumeration, AProgramPathThatDoesNotFitRunsNoTool) {
+    const auto until = [&](std::size_t size) {
+        return std::string(size - root.string().size() - 1, 'd');
+    };
+    const std::string cut_off[] = {root.string() + "/" + until(255) + "/",  // behind a directory
+                                   root.string() + "/" + until(256)};       // within a name
+    const auto ran = root / "ran";
+    for (const auto& path : cut_off) {
+        ASSERT_EQ(path.size(), 256u);
+        for (const auto& directory : {path, (root / "cwd/").string()}) {
+            std::filesystem::create_directories(directory + "qv_tools");
+            for (const char* name : {"storcli_x64", "storcli_x32", "ipmiutil_x64_nh"}) {
+                const auto file = directory + "qv_tools/" + name;
+                std::ofstream(file) << "#!/bin/sh\ntouch '" << ran.string() << "'\n";
+                std::filesystem::permissions(file, std::filesystem::perms{0755});
+                if (::geteuid() == 0) {
+                    ASSERT_EQ(::chown(file.c_str(), 65534, 65534), 0);
+                }
+            }
+        }
+        fake_system.exe_link = path + "programs/host";
+        forget_modules();
+        testing::internal::CaptureStdout();
+
+        std::string unit = "log 3 qvmodules/rsamplemodule1: [repo] ";
+        enumerate("sampleModule1", "RAIDINFO");
+        EXPECT_EQ(noted(), unit + "Enter EnumQV1Instances\n" + unit +
+                               "Enter EnumXFirmwareInstancesCallback\n" + kSample1 +
+                               "$ uname -i\n" + unit + "Failed to get the Marlox path, exit\n" +
+                               unit + "Exit EnumQV1Instances\n");
+        EXPECT_EQ(abs_path, -1);
+        EXPECT_STREQ(current_absolute_path, "");
+
+        unit = "log 3 qvmodules/rsamplemodule2: [repo] ";
+        enumerate("sampleModule2", "TINFO");
+        EXPECT_EQ(noted(), unit + "Enter EnumQV2Instances\n" + unit + "Enter CollectData\n" +
+                               sample2_records() + unit + "Failed to get the Marlox path, exit\n" +
+                               unit + "Exit EnumQV2Instances\n");
+        EXPECT_EQ(abs_path2, -1);
+        EXPECT_STREQ(current_absolute_path2, "");
+
+        enumerate("BMC_Info", "MCINFO");
+        EXPECT_EQ(noted({"$", "add"}), "");
+        EXPECT_STREQ(current_absolute_path_bmc, "");
+
+        std::fflush(stdout);
+        const std::string printed = "Failed to get current absolute path\n";
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), printed + printed + printed);
+        EXPECT_FALSE(std::filesystem::exists(ran)) << "a tool was run";
+
+        for (const char* name : {"sampleModule1", "sampleModule2", "BMC_Info"}) {
+            enumerate(name, module(name).callbacks.begin()->first);
+            EXPECT_EQ(noted({"$", "add"}), "") << name << " collects once all the same";
+        }
+    }
 }
 
 TEST_F(SampleEnumeration, OneCharacterIsTheCount) {

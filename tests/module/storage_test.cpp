@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "bench.h"
-#include "rbmcinfo/tools.h"
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule2/captures.h"
+#include "tools/tools.h"
 
 using namespace marlox::repository;
 

@@ -1,6 +1,8 @@
-#include "rbmcinfo/tools.h"
+#include "tools/tools.h"
 
+#include <cctype>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "bench.h"
@@ -86,13 +88,17 @@ TEST_F(Tools, ProgramPathsOf255BytesWork) {
     EXPECT_EQ(std::string(buffer), "/" + std::string(250, 'd') + "/");
 }
 
-TEST_F(Tools, LongerPathsAndErrorsArePrinted) {
+// What was read of the path names another directory, and has no end in the buffer.
+TEST_F(Tools, LongerPathsAndErrorsArePrintedAndLeaveNoDirectory) {
     char buffer[256] = {};
     fake_system.exe_link = "/" + std::string(251, 'd') + "/abc";
     testing::internal::CaptureStdout();
     EXPECT_EQ(GetProgramDir(buffer), -1);
+    EXPECT_STREQ(buffer, "");
     fake_system.exe_link_error = EACCES;
+    std::strcpy(buffer, "/earlier/");
     EXPECT_EQ(GetProgramDir(buffer), -1);
+    EXPECT_STREQ(buffer, "");
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Failed to get current absolute path\nFailed to get current absolute path\n");
@@ -179,6 +185,27 @@ TEST_F(Tools, UpperCase) {
     EXPECT_EQ(strupr(nothing), nothing);
     char marks[] = "@[`{09 \t";
     EXPECT_STREQ(strupr(marks), "@[`{09 \t");
+}
+
+// The locale decides what is a lower-case letter. A byte above 127 is a letter in a locale of one
+// byte a character alone, and never a negative number.
+TEST_F(Tools, UpperCaseOfEveryByte) {
+    std::string text;
+    std::string expected;
+    int letters_above_127 = 0;
+    for (int byte = 1; byte <= 255; ++byte) {
+        text += static_cast<char>(byte);
+        expected += static_cast<char>(std::islower(byte) ? std::toupper(byte) : byte);
+        if (byte > 127 && text.back() != expected.back()) ++letters_above_127;
+    }
+    EXPECT_EQ(strupr(text.data()), text.data());
+    EXPECT_EQ(text, expected);
+
+    const char* const locale = std::getenv("QV_TEST_LOCALE");
+    const bool latin9 = locale && std::string_view(locale) == "de_DE.ISO-8859-15";
+    EXPECT_EQ(letters_above_127, latin9 ? 34 : 0);
+    char word[] = "gr\xfc\xdf\xff";  // in Latin-9 the last one is y with two dots
+    EXPECT_STREQ(strupr(word), latin9 ? "GR\xdc\xdf\xbe" : "GR\xfc\xdf\xff");
 }
 
 TEST_F(Tools, Replacing) {

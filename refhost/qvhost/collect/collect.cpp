@@ -15,6 +15,7 @@
 #include "qvhost/base/processes.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
+#include "qvhost/collect/program_path.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
 #include "qvhost/finish/earlier_report.h"
@@ -71,6 +72,7 @@ void remove_if_empty(const fs::path& file) {
 }  // namespace
 
 int collect(CollectOptions options, const Stage& stage) {
+    expect_path_fits_plugin(stage.program);
     if (options.dry_run) {
         print_plan(options, stage);
         return 0;

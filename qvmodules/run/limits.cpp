@@ -1,0 +1,98 @@
+#include "run/limits.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "run/group.h"
+
+namespace marlox::repository::capture {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+std::optional<seconds> seconds_from(const char* variable) {
+    const char* value = std::getenv(variable);
+    if (!value) return std::nullopt;
+    const std::string_view text = value;
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number <= 0)
+        return std::nullopt;
+    return seconds(number);
+}
+
+// proc(5), io: "wchar: N" counts the bytes of all write() calls, also into pipes.
+std::optional<std::uint64_t> written_by(pid_t pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/io");
+    for (std::string line; std::getline(file, line);) {
+        unsigned long long bytes = 0;
+        if (std::sscanf(line.c_str(), "wchar: %llu", &bytes) == 1) return bytes;
+    }
+    return std::nullopt;
+}
+
+// The bytes that the processes of the group have written; nothing if the system does not say. A
+// process that starts or ends changes the sum too, which counts as a sign of life.
+std::optional<std::uint64_t> written_by_group(pid_t group) {
+    std::uint64_t sum = 0;
+    for (const pid_t pid : members(group)) {
+        const auto bytes = written_by(pid);
+        if (!bytes) return std::nullopt;
+        sum += *bytes + 1;
+    }
+    if (sum == 0) return std::nullopt;
+    return sum;
+}
+
+}  // namespace
+
+Limits::Limits(TimeoutKind kind) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
+    auto limit = seconds_from("QV_TOOL_TIMEOUT");
+    if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
+        limit = seconds_from("QV_ARCHIVE_TIMEOUT");
+    if (limit) time_ = Clock::now() + *limit;
+    if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
+}
+
+const char* Limits::exceeded(pid_t group) {
+    const auto now = Clock::now();
+    if (deadline_ && now >= *deadline_) return kDeadline;
+    if (time_ && now >= *time_) return kTimedOut;
+    if (silence_ && group > 0 && is_silent(group)) return kSilent;
+    return nullptr;
+}
+
+bool Limits::is_silent(pid_t group) {
+    const auto now = Clock::now();
+    const auto written = written_by_group(group);
+    if (!written || *written != bytes_written_) {
+        bytes_written_ = written.value_or(0);
+        last_write_ = now;
+    }
+    return now - last_write_ >= *silence_;
+}
+
+int Limits::interval() const {
+    constexpr milliseconds kNone = std::chrono::hours(24 * 10);
+    auto left = kNone;
+    const auto until = [&](Clock::time_point end) {
+        left = std::min(left, std::chrono::ceil<milliseconds>(end - Clock::now()));
+    };
+    if (time_) until(*time_);
+    if (deadline_) until(*deadline_);
+    if (silence_)
+        left = std::min(
+            left, std::clamp(milliseconds(*silence_) / 10, milliseconds(100), milliseconds(5000)));
+    if (left == kNone) return -1;
+    return static_cast<int>(std::max(left, milliseconds(0)).count());
+}
+
+}  // namespace marlox::repository::capture

@@ -1,0 +1,53 @@
+// Time limits of commands, from the environment (whole seconds; unset or not a positive number: none):
+//     QV_TOOL_TIMEOUT     how long a command may take
+//     QV_ARCHIVE_TIMEOUT  the same, where set, for tools that pack a whole system's logs
+//     QV_SILENCE_TIMEOUT  how long a command may go without writing a byte anywhere
+//     QV_DEADLINE         when every command ends and none begins, on the clock CLOCK_MONOTONIC
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+namespace marlox::repository::capture {
+
+// Which variable holds the time limit of a command.
+enum class TimeoutKind {
+    tool,     // QV_TOOL_TIMEOUT
+    archive,  // QV_ARCHIVE_TIMEOUT
+};
+
+// Why a command was stopped, in the words of the command log.
+inline constexpr const char* kTimedOut = "time";
+inline constexpr const char* kSilent = "silence";
+inline constexpr const char* kDeadline = "deadline";
+
+// The limits of one command, from its start.
+class Limits {
+public:
+    explicit Limits(TimeoutKind kind);
+
+    bool any() const { return time_ || deadline_ || silence_; }
+
+    // Why the command must be stopped or not be started; null if it may go on. `group` is its process
+    // group, 0 before the start.
+    const char* exceeded(pid_t group);
+
+    // How long poll() may wait until exceeded() must be asked again: in milliseconds, -1 without end.
+    int interval() const;
+
+private:
+    using Clock = std::chrono::steady_clock;  // CLOCK_MONOTONIC
+
+    bool is_silent(pid_t group);
+
+    std::optional<Clock::time_point> time_;
+    std::optional<Clock::time_point> deadline_;
+    std::optional<std::chrono::seconds> silence_;
+    Clock::time_point last_write_ = Clock::now();
+    std::uint64_t bytes_written_ = 0;
+};
+
+}  // namespace marlox::repository::capture

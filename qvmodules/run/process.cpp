@@ -1,0 +1,257 @@
+#include "run/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "log/command_log.h"
+#include "run/group.h"
+
+namespace marlox::repository::capture {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// A process that still exists this long after SIGKILL hangs inside the kernel and is left behind.
+constexpr auto kKillTimeout = std::chrono::seconds(5);
+
+// Waits until `fd` is readable and returns null, or returns why a limit ended the wait.
+const char* wait_readable(int fd, Limits& limits, pid_t group) {
+    for (;;) {
+        pollfd waiting{fd, POLLIN, 0};
+        const int n = ::poll(&waiting, 1, limits.interval());
+        if (n > 0 || (n < 0 && errno != EINTR)) return nullptr;
+        if (const char* reason = limits.exceeded(group)) return reason;
+    }
+}
+
+std::optional<int> try_reap(pid_t pid, int flags) {
+    for (;;) {
+        int status = 0;
+        const pid_t reaped = ::waitpid(pid, &status, flags);
+        if (reaped == pid) return status;
+        if (reaped == 0) return std::nullopt;
+        if (errno != EINTR) return -1;  // the host has reaped it: the status is unknown
+    }
+}
+
+struct Outcome {
+    int status = 0;
+    const char* reason = nullptr;  // why it was stopped; null: it ended by itself
+    std::vector<pid_t> left = {};  // processes that could not be ended
+};
+
+// Waits for the end of a command that has limits.
+Outcome reap_within(pid_t pid, Limits& limits) {
+    // glibc 2.36 declares pidfd_open() without C linkage.
+    const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    if (handle >= 0) {
+        const char* reason = wait_readable(handle, limits, pid);
+        ::close(handle);
+        if (reason) return {0, reason};
+        return {try_reap(pid, 0).value_or(-1)};
+    }
+    // A kernel without process handles, or no descriptor left.
+    for (;;) {
+        if (const auto status = try_reap(pid, WNOHANG)) return {*status};
+        if (const char* reason = limits.exceeded(pid)) return {0, reason};
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+}
+
+// Kills the whole group: the shell may have ended before its tool.
+Outcome kill_group(pid_t pid, const char* reason) {
+    ::kill(-pid, SIGKILL);
+    const auto end = Clock::now() + kKillTimeout;
+    for (std::optional<int> status;;) {
+        if (!status) status = try_reap(pid, WNOHANG);
+        auto left = members(pid);
+        if ((status && left.empty()) || Clock::now() >= end)
+            return {status.value_or(SIGKILL), reason, std::move(left)};
+        std::this_thread::sleep_for(milliseconds(5));
+    }
+}
+
+Outcome reap(pid_t pid, Limits& limits) {
+    if (!limits.any()) return {try_reap(pid, 0).value_or(-1)};
+    const auto end = reap_within(pid, limits);
+    return end.reason ? kill_group(pid, end.reason) : end;
+}
+
+// The signals, descriptors and process group that the shell is started with.
+class SpawnSettings {
+public:
+    SpawnSettings() {
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawnattr_init(&attributes_);
+    }
+    ~SpawnSettings() {
+        posix_spawnattr_destroy(&attributes_);
+        posix_spawn_file_actions_destroy(&actions_);
+    }
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+    void standard_output(int fd) { posix_spawn_file_actions_adddup2(&actions_, fd, 1); }
+
+    void signals(const sigset_t& mask, const sigset_t& to_default) {
+        posix_spawnattr_setsigmask(&attributes_, &mask);
+        posix_spawnattr_setsigdefault(&attributes_, &to_default);
+        flags_ |= POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+    }
+
+    // Only for commands that have a limit, since they may have to be killed as a group. Others stay
+    // in the host's group, where Ctrl-C at the terminal reaches them, as with system().
+    void own_process_group() {
+        posix_spawnattr_setpgroup(&attributes_, 0);
+        flags_ |= POSIX_SPAWN_SETPGROUP;
+    }
+
+    // The pid, or minus the error number.
+    pid_t start(const std::string& command) {
+        posix_spawn_file_actions_addclosefrom_np(&actions_, 3);
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags_));
+        std::string shell = "sh";
+        std::string option = "-c";
+        std::string text = command;
+        char* const arguments[] = {shell.data(), option.data(), text.data(), nullptr};
+        pid_t pid = 0;
+        const int error =
+            ::posix_spawn(&pid, "/bin/sh", &actions_, &attributes_, arguments, environ);
+        return error == 0 ? pid : -error;
+    }
+
+private:
+    posix_spawn_file_actions_t actions_;
+    posix_spawnattr_t attributes_;
+    int flags_ = 0;
+};
+
+// Ignores SIGINT and SIGQUIT and blocks SIGCHLD while a command runs, as system() does: the terminal's
+// signals are for the command.
+class ScopedSignalBlock {
+public:
+    ScopedSignalBlock() {
+        struct sigaction ignore = {};
+        ignore.sa_handler = SIG_IGN;
+        ::sigaction(SIGINT, &ignore, &interrupt_);
+        ::sigaction(SIGQUIT, &ignore, &quit_);
+
+        sigset_t child;
+        sigemptyset(&child);
+        sigaddset(&child, SIGCHLD);
+        ::pthread_sigmask(SIG_BLOCK, &child, &mask_);
+    }
+    ~ScopedSignalBlock() {
+        ::sigaction(SIGINT, &interrupt_, nullptr);
+        ::sigaction(SIGQUIT, &quit_, nullptr);
+        ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+    }
+    ScopedSignalBlock(const ScopedSignalBlock&) = delete;
+    ScopedSignalBlock& operator=(const ScopedSignalBlock&) = delete;
+
+    const sigset_t& mask_before() const { return mask_; }
+
+    sigset_t handled_before() const {
+        sigset_t handled;
+        sigemptyset(&handled);
+        if (interrupt_.sa_handler != SIG_IGN) sigaddset(&handled, SIGINT);
+        if (quit_.sa_handler != SIG_IGN) sigaddset(&handled, SIGQUIT);
+        return handled;
+    }
+
+private:
+    struct sigaction interrupt_ = {};
+    struct sigaction quit_ = {};
+    sigset_t mask_ = {};
+};
+
+constexpr int kShellNotFound = 127 << 8;  // the wait status of a shell that exits with 127
+
+bool out_of_resources(int error) {
+    return error == EAGAIN || error == ENOMEM || error == EMFILE || error == ENFILE;
+}
+
+// Whether the text holds a whole line that is not blank.
+bool has_line(std::string_view text) {
+    const auto begin = text.find_first_not_of(" \t\n\v\f\r");
+    return begin != std::string_view::npos && text.find('\n', begin) != std::string_view::npos;
+}
+
+}  // namespace
+
+int run(const std::string& command, TimeoutKind kind) {
+    const LoggedCommand logged(command);
+    Limits limits(kind);
+    if (const char* reason = limits.exceeded(0)) {
+        logged.ended(SIGKILL, reason);
+        return SIGKILL;
+    }
+    const ScopedSignalBlock block;
+    SpawnSettings settings;
+    settings.signals(block.mask_before(), block.handled_before());
+    if (limits.any()) settings.own_process_group();
+
+    const pid_t pid = settings.start(command);
+    const auto end = pid >= 0                 ? reap(pid, limits)
+                     : out_of_resources(-pid) ? Outcome{-1}
+                                              : Outcome{kShellNotFound};
+    logged.ended(end.status, end.reason, end.left);
+    return end.status;
+}
+
+std::optional<std::string> output_of(const std::string& command, std::size_t most) {
+    const LoggedCommand logged(command);
+    Limits limits(TimeoutKind::tool);
+    if (const char* reason = limits.exceeded(0)) {
+        logged.ended(SIGKILL, reason);
+        return std::nullopt;
+    }
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        logged.ended(-1);
+        return std::nullopt;
+    }
+    const auto [reading, writing] = ends;
+
+    SpawnSettings settings;
+    settings.standard_output(writing);
+    if (limits.any()) settings.own_process_group();
+    const pid_t pid = settings.start(command);
+    ::close(writing);
+    if (pid < 0) {
+        logged.ended(-1);
+        ::close(reading);
+        return std::nullopt;
+    }
+
+    std::string text;
+    std::string block(most, '\0');
+    const char* reason = nullptr;
+    while (text.size() < most && !has_line(text) &&
+           !(reason = wait_readable(reading, limits, pid))) {
+        const ssize_t n = ::read(reading, block.data(), most - text.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        text.append(block, 0, static_cast<std::size_t>(n));
+    }
+    ::close(reading);
+    const auto end = reason ? kill_group(pid, reason) : reap(pid, limits);
+    logged.ended(end.status, end.reason, end.left);
+    return text;
+}
+
+}  // namespace marlox::repository::capture
