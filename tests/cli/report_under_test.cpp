@@ -27,7 +27,7 @@ fs::path ReportTest::replayed(const std::string& machine) {
     const auto log = dir() / machine;
     // Some recorded tools hang.
     const auto outcome = run({"replay", fs::path(QV_SAMPLES) / machine, "--log-dir", log,
-                              "--tool-timeout", "2", "--quiet"});
+                              "--tool-timeout", "5", "--quiet"});
     EXPECT_EQ(outcome.exit, 0) << outcome.err;
     return log;
 }

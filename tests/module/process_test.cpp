@@ -41,7 +41,7 @@ protected:
         return false;
     }
     static bool stops_running(const std::string& marker) {
-        for (int i = 0; i < 200; ++i) {
+        for (int i = 0; i < 6000; ++i) {  // a minute
             if (!is_running(marker)) return true;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
@@ -299,7 +299,7 @@ TEST_F(Process, SignalsAreTreatedAsBySystem) {
         << "open STDOUT, '>', '" << log_dir
         << "signals';\n"
         // While it starts a process the host blocks everything; then it sleeps.
-        << "for (1 .. 500) {\n  open my $host, '<', $ARGV[0];\n"
+        << "for (1 .. 6000) {\n  open my $host, '<', $ARGV[0];\n"
         << "  last if grep /^State:\\s+S/, <$host>;\n  select undef, undef, undef, 0.01;\n}\n"
         << "print grep /^Sig(Blk|Ign)/, <>;\n";
     std::filesystem::permissions(fake_system.program_instead, std::filesystem::perms::owner_all);

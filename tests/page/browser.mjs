@@ -29,7 +29,7 @@ export function report(machine) {
 }
 
 // A browser among other tests on two processors may stand still for a while.
-const patience = 120_000;
+const patience = 600_000;  // milliseconds
 
 let browser;
 export async function start() {

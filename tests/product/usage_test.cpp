@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "program.h"
+#include "report.h"
 
 namespace test {
 
@@ -62,6 +63,13 @@ TEST_F(Usage, HelpAndVersionAreResults) {
         EXPECT_EQ(help.out.find("collecting-child"), std::string::npos) << "it is hidden";
         EXPECT_EQ(help.err, "");
     }
+}
+
+// What packages are called, what the program says and what a report says of itself is one number.
+TEST_F(Usage, AReportTellsTheVersionOfItsProgram) {
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+    EXPECT_EQ(meta(store_in(log_dir()), "qvhost"), QV_VERSION);
+    EXPECT_EQ(run({"--version"}).out, "qvhost " + meta(store_in(log_dir()), "qvhost") + "\n");
 }
 
 TEST_F(Usage, OptionsCanBeRepeated) {

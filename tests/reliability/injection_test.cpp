@@ -1,10 +1,11 @@
 // Every system call fails once (strace -e inject): never a crash, a hang or a silent loss. Once in the
 // program alone, once in everything that comes of it: the collecting child, and each of the tools.
-// QV_TEST_INJECTIONS=all hits every place, else some of each call.
+// QV_TEST_INJECTIONS=1 hits every place, else some of each call.
 #include <algorithm>
 #include <cstdlib>
 
 #include "server.h"
+#include "setting.h"
 #include "store/store.h"
 
 namespace test {
@@ -68,7 +69,8 @@ protected:
         const auto& [call, error, places, last] = GetParam();
         ASSERT_EQ(collect_storage().exit, 0);
         const auto whole = report_json(log_dir())["records"];
-        const int step = std::getenv("QV_TEST_INJECTIONS") ? 1 : std::max(1, last / places);
+        const bool every = setting("QV_TEST_INJECTIONS", 0, 1) != 0;
+        const int step = every ? 1 : std::max(1, last / places);
         const int first =
             1 + (std::string(call) == "mmap" ? calls_of_the_loader(call, dir() / "calls") : 0);
         for (int place = first; place < first + last; place += step) {

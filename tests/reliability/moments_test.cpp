@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "server.h"
+#include "setting.h"
 
 namespace test {
 
@@ -37,8 +38,8 @@ TEST_F(Moments, LoseNothingThatWasFiledAndLeaveNothingBehind) {
     const auto whole = report_json(log_dir())["records"];
     ASSERT_GT(whole.size(), 3000u);
 
-    std::mt19937 random(static_cast<unsigned>(setting("QV_TEST_SEED", 1)));
-    const int moments = setting("QV_TEST_MOMENTS", 16);
+    std::mt19937 random(static_cast<unsigned>(setting("QV_TEST_SEED", 1, 1)));
+    const long moments = setting("QV_TEST_MOMENTS", 16, 100);
     for (int i = 0; i < moments; ++i) {
         fs::remove_all(log_dir());
         constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGKILL};

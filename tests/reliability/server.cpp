@@ -74,9 +74,4 @@ std::string ServerTest::outcome(const fs::path& log_dir, const std::string& word
     return found;
 }
 
-int setting(const char* variable, int usual) {
-    const char* value = std::getenv(variable);
-    return value ? std::atoi(value) : usual;
-}
-
 }  // namespace test

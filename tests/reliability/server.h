@@ -36,7 +36,4 @@ protected:
     }
 };
 
-// A setting for longer runs: the variable's number, or `usual`.
-int setting(const char* variable, int usual);
-
 }  // namespace test

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "server.h"
+#include "setting.h"
 
 namespace test {
 
@@ -28,9 +29,9 @@ long peak_so_far() {
 using Soak = ServerTest;
 
 TEST_F(Soak, NothingGrows) {
-    const int runs = setting("QV_TEST_SOAK", 8);
+    const long runs = setting("QV_TEST_SOAK", 8, 500);
     // How much a run takes depends on how its processes happen to meet; some runs show the range.
-    const int first_runs = std::max(4, runs / 10);
+    const long first_runs = std::max(4L, runs / 10);
     long peak = 0;
     auto invocation = collecting({"--quiet"});
     fs::create_directory(dir() / "temporary");
@@ -53,7 +54,7 @@ TEST_F(Soak, NothingGrows) {
 
 // In one directory: each earlier report moves aside, and stays as it was.
 TEST_F(Soak, OneDirectoryKeepsEveryReport) {
-    const int runs = setting("QV_TEST_SOAK", 8);
+    const long runs = setting("QV_TEST_SOAK", 8, 500);
     for (int i = 0; i < runs; ++i) ASSERT_EQ(run(collecting({"--quiet"})).exit, 0);
     int earlier = 0;
     for (const auto& entry : fs::directory_iterator(log_dir())) {

@@ -63,7 +63,7 @@ protected:
         const auto capture = log_dir().string() + "/raidevents.txt";
         events_do("if [ \"$(readlink /proc/$$/fd/1)\" = '" + capture + "' ]; then echo $$ >'" +
                   pid_file().string() + "'; exec sleep 600; fi; cat \"$recorded/c0_events.txt\"");
-        const pid_t program = start(collecting({"--silence-timeout", "1"}));
+        const pid_t program = start(collecting({"--silence-timeout", "5"}));
         const auto pids = unkillable(told_pid());
         std::string why = "stopped because it said no more";
         for (const pid_t pid : pids)
