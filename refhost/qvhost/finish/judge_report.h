@@ -1,0 +1,14 @@
+// Reads the captures of a collection into an inventory, judges it, and keeps both in the store.
+#pragma once
+
+#include <vector>
+
+#include "qvhost/base/log_dir.h"
+#include "store/store.h"
+
+namespace qvhost {
+
+// The store's status and the time at which it was finished must be set.
+void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo>& commands);
+
+}  // namespace qvhost
