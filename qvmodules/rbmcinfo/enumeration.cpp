@@ -13,10 +13,20 @@ namespace marlox::repository {
 
 namespace {
 
+// clang-format off
 constexpr const capture::Table* kTables[] = {
-    &kMcInfo,  &kSelfInfo,   &kVerInfo, &kLanInfo, &kLedInfo,
-    &kPsuInfo, &kSensorInfo, &kFruInfo, &kSdrInfo, &kSelInfo,
+    &kMcInfo,
+    &kSelfInfo,
+    &kVerInfo,
+    &kLanInfo,
+    &kLedInfo,
+    &kPsuInfo,
+    &kSensorInfo,
+    &kFruInfo,
+    &kSdrInfo,
+    &kSelInfo,
 };
+// clang-format on
 
 // A capture and the line that is logged after it. The result is ignored: a capture that failed
 // leaves its table empty.

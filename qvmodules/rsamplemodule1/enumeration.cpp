@@ -15,10 +15,18 @@ namespace {
 
 using sample1::unit;
 
+// clang-format off
 constexpr const capture::Table* kTables[] = {
-    &sample1::kTable1,     &sample1::kTable2, &sample1::kPelAdd, &kRaidInfo,
-    &sample1::kController, &kPmcInfo,         &kPmcVer,          &kPmcLink,
+    &sample1::kTable1,
+    &sample1::kTable2,
+    &sample1::kPelAdd,
+    &kRaidInfo,
+    &sample1::kController,
+    &kPmcInfo,
+    &kPmcVer,
+    &kPmcLink,
 };
+// clang-format on
 
 void collect(RRepository& repository) {
     unit.progress("Enter EnumXFirmwareInstancesCallback");

@@ -16,17 +16,27 @@ namespace {
 
 using sample2::unit;
 
+// clang-format off
 constexpr const capture::Table* kTables[] = {
-    &sample2::kTable1, &sample2::kTable2,
-    &kEventLog[0],     &kEventLog[1],
-    &kEventLog[2],     &kEventLog[3],
-    &kEventLog[4],     &kFwTermLog,
-    &kPdList,          &kTopology,
-    &kVirtualDrives,   &kPhysicalDrives,
-    &kSas2IrLog,       &sample2::kEndDevices,
-    &sample2::kArray,  &sample2::kVolume,
+    &sample2::kTable1,
+    &sample2::kTable2,
+    &kEventLog[0],
+    &kEventLog[1],
+    &kEventLog[2],
+    &kEventLog[3],
+    &kEventLog[4],
+    &kFwTermLog,
+    &kPdList,
+    &kTopology,
+    &kVirtualDrives,
+    &kPhysicalDrives,
+    &kSas2IrLog,
+    &sample2::kEndDevices,
+    &sample2::kArray,
+    &sample2::kVolume,
     &kLsiLink,
 };
+// clang-format on
 
 // storcli show ctrlcount:
 //     Controller Count = 2
