@@ -138,8 +138,10 @@ void read_sdr(CaptureLines& lines, Reading& reading) {
         if (!row.number.empty()) sensor.number = std::string(row.number);
         sensor.status = std::string(row.status);
         take_reading(row.reading, sensor);
-        if (!line.ended && !row.number.empty() && !can_be_whole(sensor, row.reading))
+        if (!line.ended && !row.number.empty() && !can_be_whole(sensor, row.reading)) {
             add_gap(reading, line.number, "the capture ends in the middle of a row");
+            return;
+        }
         reading.found.sdr_sensors.push_back(std::move(sensor));
     });
     if (reading.how.lines > 0 && reading.found.sdr_sensors.size() == before)

@@ -93,10 +93,12 @@ void read_sensors(CaptureLines& lines, Reading& reading) {
             return;
         }
         auto sensor = sensor_of(cells);
+        if (!line.ended && !is_whole_number(cells.back())) {
+            add_gap(reading, line.number, "the capture ends in the middle of a row");
+            sensor.*kThresholds.back() = std::nullopt;
+        }
         sensor.place = reading.at(line.number);
         reading.found.sensors.push_back(std::move(sensor));
-        if (!line.ended && !is_whole_number(cells.back()))
-            add_gap(reading, line.number, "the capture ends in the middle of a row");
     });
     if (reading.how.lines > 0 && reading.found.sensors.size() == before)
         add_gap(reading, reading.how.lines, "no sensor");

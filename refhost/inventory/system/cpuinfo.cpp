@@ -91,6 +91,7 @@ void read_cpuinfo(CaptureLines& lines, Reading& reading) {
             return;
         }
         any = true;
+        if (!line.ended) return;  // its value may be cut off
         if (pair->key == "processor" && integer(pair->value))
             threads.begin(line.number);
         else if (!threads.is_in_block())
