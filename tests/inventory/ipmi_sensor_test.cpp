@@ -262,13 +262,17 @@ TEST(Sensor, CapturesAreReadAsANaiveReaderReadsThem) {
             };
             const bool is_number = naive_cell(line, 2) != "discrete" && naive_cell(line, 1) != "na";
             EXPECT_EQ(sensor.reading.has_value(), is_number) << file << ":" << number;
-            if (is_number) { EXPECT_DOUBLE_EQ(*sensor.reading, value(1)); }
+            if (is_number) {
+                EXPECT_DOUBLE_EQ(*sensor.reading, value(1));
+            }
             const Real thresholds[] = {sensor.lnr, sensor.lc, sensor.lnc,
                                        sensor.unc, sensor.uc, sensor.unr};
             for (int i = 0; i < 6; ++i) {
                 EXPECT_EQ(thresholds[i].has_value(), naive_cell(line, 4 + i) != "na")
                     << file << ":" << number;
-                if (thresholds[i]) { EXPECT_DOUBLE_EQ(*thresholds[i], value(4 + i)); }
+                if (thresholds[i]) {
+                    EXPECT_DOUBLE_EQ(*thresholds[i], value(4 + i));
+                }
             }
             ++rows;
         }

@@ -86,7 +86,7 @@ void read_cpuinfo(CaptureLines& lines, Reading& reading) {
     each_line(lines, reading, [&](const CaptureLine& line) {
         last_ended = line.ended;
         const auto pair = key_value(line.text, ":");
-        if (!pair) {
+        if (!pair || is_tool_error(line.text)) {
             read_aside(line, reading);
             return;
         }
