@@ -152,7 +152,8 @@ TEST(Dmesg, EveryRowOfTheTableCanDecide) {
         }
         const auto judged = judge_kernel_message(message);
         ASSERT_EQ(judged.has_value(), row.severity.has_value()) << message;
-        EXPECT_EQ(judged ? judged->form : &row, &row) << message << " goes to " << judged->form->form;
+        EXPECT_EQ(judged ? judged->form : &row, &row)
+            << message << " goes to " << judged->form->form;
         EXPECT_FALSE(row.why.empty()) << row.form;
     }
 }
