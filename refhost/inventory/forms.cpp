@@ -21,7 +21,7 @@ std::size_t word_length(std::string_view text) {
     std::size_t length = 0;
     while (length < text.size()) {
         const char c = text[length];
-        if (c == ' ' || c == ',' || c == ';' || c == '(' || c == ')') break;
+        if (c == ' ' || c == ',' || c == ';' || c == '(' || c == ')' || c == '[' || c == ']') break;
         if (c == ':' && (length + 1 == text.size() || text[length + 1] == ' ')) break;
         ++length;
     }

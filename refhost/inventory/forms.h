@@ -17,7 +17,7 @@ struct FormMatch {
 };
 
 // Whether the text begins as the form says. '*' stands for any characters and "{}" for a word: it ends
-// before a blank, ',', ';', '(', ')' or ':' and a blank. Letters are taken as they are.
+// before a blank, ',', ';', a bracket, or ':' and a blank. Letters are taken as they are.
 //     match("blk_update_request: I/O error, dev sda, sector 8", "*I/O error, dev {}, sector") is "sda"
 std::optional<FormMatch> match(std::string_view text, std::string_view form);
 

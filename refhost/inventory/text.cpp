@@ -75,14 +75,17 @@ constexpr auto kPlaceholders =
                                      "manufacturer0",
                                      "<bad index>"});
 
-// "0000000000", "00000000-0000-...", "FFFFFFFF", "..........", "**********": one character over and over.
+// "0000000000", "00000000-0000-...", "FFFFFFFF", "XXXXXXXX", "..........": one character over and over.
+// Short ones of letters and digits may mean something, but for zeros.
 bool is_one_character(std::string_view text) {
-    static constexpr std::string_view kFill = "0Ff.*-_ :";
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return kFill.find(c) != std::string_view::npos; }) &&
-           std::all_of(text.begin(), text.end(), [&](char c) {
-               return c == '-' || c == ':' || c == ' ' || lower(c) == lower(text.front());
-           });
+    constexpr std::size_t kShort = 6;
+    static constexpr std::string_view kFill = "0.*-_ :";
+    const auto is_gap = [](char c) { return c == '-' || c == ':' || c == ' '; };
+    const auto first = std::find_if_not(text.begin(), text.end(), is_gap);
+    if (first == text.end()) return true;
+    return (text.size() >= kShort || kFill.find(*first) != std::string_view::npos) &&
+           std::all_of(text.begin(), text.end(),
+                       [&](char c) { return is_gap(c) || lower(c) == lower(*first); });
 }
 
 }  // namespace

@@ -43,8 +43,8 @@ constexpr auto kErrors = std::to_array<std::string_view>({
     "Error: *",
     "Error *",
     "*: Error 0x*",
-    "* error, *",
-    "* error *, *",
+    "sel: * error *",
+    "* error, ret*",
     "Bad response*",
     "Cannot open an IPMI driver*",
     "Could not open device at *",
@@ -104,7 +104,7 @@ bool is_tool_error(std::string_view line) {
 
 void read_aside(const CaptureLine& line, Reading& reading) {
     const auto text = trimmed(without_chatter(line.text));
-    if (text.empty()) return;
+    if (text.empty() && line.ended) return;
     if (is_tool_error(text))
         reading.how.errors.push_back({line.number, std::string(text)});
     else if (line.ended)

@@ -39,11 +39,9 @@ constexpr auto kKeys = std::to_array<Key>({
     {"Product Part Number",  &Fru::part,         false},
     {"Board Part Number",    &Fru::part,         false},
     {"Part Number",          &Fru::part,         false},
-    {"Chassis Part Number",  &Fru::part,         false},
     {"Product Serial",       &Fru::serial,       true },
     {"Board Serial",         &Fru::serial,       true },
     {"Serial Number",        &Fru::serial,       true },
-    {"Chassis Serial",       &Fru::serial,       true },
 });
 
 // Keys of which nothing is kept; '*' stands for any characters.
@@ -52,6 +50,9 @@ constexpr auto kOtherKeys = std::to_array<std::string_view>({
     "Board *",
     "Product *",
     "Memory *",
+    "SDRAM *",
+    "Primary Bus Width",
+    "* Nominal Op",
     "Voltage Intf",
     "Error Detect/Cor",
     "Manufacture Date",
@@ -127,7 +128,7 @@ struct Block {
     void take(std::size_t row, std::string_view value) {
         const auto& key = kKeys[row];
         auto found = key.is_identity ? told_identity(value) : told(value);
-        if (!found) return;
+        if (!found || found->starts_with("Unknown (0x")) return;
         auto& rank_now = rank_of(key.member);
         if (fru.*key.member && rank_now <= row) return;
         fru.*key.member = std::move(found);
@@ -169,8 +170,9 @@ void read_fru(CaptureLines& lines, Reading& reading) {
                                       [&](const Key& row) { return pair && row.key == pair->key; });
         if (key != kKeys.end()) {
             if (!block) begin();
-            block->take(static_cast<std::size_t>(key - kKeys.begin()), pair->value);
-            if (!line.ended)
+            if (line.ended)
+                block->take(static_cast<std::size_t>(key - kKeys.begin()), pair->value);
+            else
                 add_gap(reading, line.number, "the capture ends in the middle of a value");
             return;
         }

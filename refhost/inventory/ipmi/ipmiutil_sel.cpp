@@ -165,8 +165,7 @@ void read_sensor_event(std::string_view text, std::optional<Severity> level, Eve
         const auto end = rest.find("  ");
         const auto words =
             end == std::string_view::npos ? std::string_view() : trimmed(rest.substr(end));
-        if (!words.empty() && (severity_of_threshold(words) || severity_of_state(words) ||
-                               words.find('[') != std::string_view::npos)) {
+        if (!without_bytes(words).empty()) {
             name = trimmed(rest.substr(0, end));
             rest = words;
         }
@@ -250,8 +249,10 @@ void read_ipmiutil_sel(CaptureLines& lines, Reading& reading) {
                 read_aside(line, reading);
             return;
         }
-        if (!line.ended && !can_be_whole(text))
+        if (!line.ended && !can_be_whole(text)) {
             add_gap(reading, line.number, "the capture ends in the middle of an entry");
+            return;
+        }
         event.place = reading.at(line.number);
         ++entries;
         reading.event(std::move(event));

@@ -81,7 +81,10 @@ void read_network(CaptureLines& lines, Reading& reading, std::string_view separa
             return;
         }
         if (key->member == nullptr) return;
-        if (!line.ended) add_gap(reading, line.number, "the capture ends in the middle of a value");
+        if (!line.ended) {
+            add_gap(reading, line.number, "the capture ends in the middle of a value");
+            return;
+        }
         if (bmc.place.line == 0) bmc.place = reading.at(line.number);
         bmc.*key->member = address_of(pair.value);
     });

@@ -67,7 +67,10 @@ void read_mc_info(CaptureLines& lines, Reading& reading) {
             return;
         }
         if (key->member == nullptr) return;
-        if (!line.ended) add_gap(reading, line.number, "the capture ends in the middle of a value");
+        if (!line.ended) {
+            add_gap(reading, line.number, "the capture ends in the middle of a value");
+            return;
+        }
         if (bmc.place.line == 0) bmc.place = reading.at(line.number);
         bmc.*key->member = told(pair->value);
     });

@@ -21,7 +21,10 @@ void read_oem_versions(CaptureLines& lines, Reading& reading) {
             read_aside(line, reading);
             return;
         }
-        if (!line.ended) add_gap(reading, line.number, "the capture ends in the middle of a value");
+        if (!line.ended) {
+            add_gap(reading, line.number, "the capture ends in the middle of a value");
+            return;
+        }
         reading.found.component_versions.push_back(
             {reading.at(line.number), std::string(pair->key), told(pair->value)});
     });
@@ -37,8 +40,10 @@ void read_oem_leds(CaptureLines& lines, Reading& reading) {
         }
         const auto state = trimmed(text.substr(gap));
         if (!line.ended && !state.ends_with("on") && !state.ends_with("off") &&
-            !state.ends_with("blinking"))
+            !state.ends_with("blinking")) {
             add_gap(reading, line.number, "the capture ends in the middle of a line");
+            return;
+        }
         reading.found.leds.push_back(
             {reading.at(line.number), std::string(text.substr(0, gap)), told(state)});
     });

@@ -167,11 +167,11 @@ void read_oem_power_supplies(CaptureLines& lines, Reading& reading) {
             PowerSupply supply;
             supply.place = reading.at(line.number);
             supply.slot = std::string(name);
-            read_heading(trimmed(text.substr(name.size())), supply);
+            if (line.ended) read_heading(trimmed(text.substr(name.size())), supply);
             supplies.push_back(std::move(supply));
         } else if (is_indented && supplies.size() > before && !trimmed(text).empty()) {
-            known = read_detail(text, supplies.back());
-        } else if (text.starts_with("Redundancy")) {
+            known = !line.ended || read_detail(text, supplies.back());
+        } else if (text.starts_with("Redundancy") && line.ended) {
             const auto state = text.substr(std::string_view("Redundancy").size());
             reading.found.chassis_states.push_back(
                 {reading.at(line.number), "Redundancy",

@@ -10,7 +10,8 @@ namespace qvhost::inventory {
 namespace {
 
 // A name that begins with another stands before it.
-constexpr auto kNames = std::to_array<std::string_view>({"Power Supply", "PwrSupply", "PSU", "PS"});
+constexpr auto kNames = std::to_array<std::string_view>(
+    {"System Power Supply", "Power Supply", "PwrSupply", "PSU", "PS"});
 
 }  // namespace
 

@@ -89,8 +89,9 @@ void take_reading(std::string_view text, Sensor& sensor) {
 }
 
 // A line without its end is whole if its last word can be.
-bool can_be_whole(const Sensor& sensor, std::string_view reading) {
-    if (reading.empty() || is_in(kNoReading, reading)) return true;
+bool can_be_whole(std::string_view line, const Sensor& sensor, std::string_view reading) {
+    if (reading.empty()) return !line.ends_with('|');
+    if (is_in(kNoReading, reading)) return true;
     if (sensor.reading) return sensor.unit && is_unit(*sensor.unit);
     return !sensor.states.empty() && severity_of_state(sensor.states.back()).has_value();
 }
@@ -111,7 +112,7 @@ Row row_of(std::string_view line) {
         row = {cells[0], cells[1], cells[2], trimmed(line.substr(begin))};
         row.fits = is_in(kStatusWords, row.status) && is_entity(cells[3]) &&
                    (separator == ',' || cells.size() == 5);
-    } else if (cells.size() == 3 && separator == '|') {
+    } else if (cells.size() == 3 && separator == '|' && !is_number(cells[1])) {
         row = {cells[0], {}, cells[2], cells[1]};
         row.fits = is_in(kStatusWords, row.status);
     }
@@ -138,8 +139,10 @@ void read_sdr(CaptureLines& lines, Reading& reading) {
         if (!row.number.empty()) sensor.number = std::string(row.number);
         sensor.status = std::string(row.status);
         take_reading(row.reading, sensor);
-        if (!line.ended && !row.number.empty() && !can_be_whole(sensor, row.reading))
+        if (!line.ended && !row.number.empty() && !can_be_whole(text, sensor, row.reading)) {
             add_gap(reading, line.number, "the capture ends in the middle of a row");
+            return;
+        }
         reading.found.sdr_sensors.push_back(std::move(sensor));
     });
     if (reading.how.lines > 0 && reading.found.sdr_sensors.size() == before)

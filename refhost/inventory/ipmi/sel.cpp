@@ -53,10 +53,12 @@ bool read_event(const std::vector<std::string_view>& cells, Event& event) {
     const auto name = trimmed(cells[kSensor].substr(type.size()));
     // A number alone does not say which kind of sensor it is.
     event.subject = told(name.empty() || name.starts_with('#') ? cells[kSensor] : name);
-    if (!type.empty()) event.text = std::string(type) + ": ";
-    event.text += cells[kEvent];
-    for (std::size_t i = kDirection; i < cells.size(); ++i)
-        event.text.append(", ").append(cells[i]);
+    for (std::size_t i = kEvent; i < cells.size(); ++i) {
+        if (cells[i].empty()) continue;
+        if (!event.text.empty()) event.text += ", ";
+        event.text += cells[i];
+    }
+    if (!type.empty()) event.text.insert(0, std::string(type) + ": ");
 
     const bool gone = cells.size() > kDirection && cells[kDirection] == "Deasserted";
     if (const auto threshold = severity_of_threshold(cells[kEvent]))
@@ -100,8 +102,10 @@ void read_sel(CaptureLines& lines, Reading& reading) {
             add_gap(reading, line.number, "not an entry of the event log");
             return;
         }
-        if (!line.ended && (is_oem || !can_be_whole(cells)))
+        if (!line.ended && (is_oem || !can_be_whole(cells))) {
             add_gap(reading, line.number, "the capture ends in the middle of an entry");
+            return;
+        }
         ++entries;
         reading.event(std::move(event));
     });

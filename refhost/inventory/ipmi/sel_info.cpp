@@ -57,8 +57,10 @@ void read_sel_info(CaptureLines& lines, Reading& reading) {
             return;
         }
         if (pair->key == "Entries") where = line.number;
-        if (!line.ended && pair->key != "Max Record Size")
+        if (!line.ended && pair->key != "Max Record Size") {
             add_gap(reading, line.number, "the capture ends in the middle");
+            return;
+        }
         told_by_key.emplace(pair->key, pair->value);
     });
     SelLog log;

@@ -61,10 +61,12 @@ void read_selftest(CaptureLines& lines, Reading& reading) {
         const auto pair = key_value(text, ":");
         const auto detail = detail_of(text);
         if (pair && pair->key == "Selftest") {
+            if (!line.ended && !is_in(kResults, pair->value)) {
+                add_gap(reading, line.number, "the capture ends in the middle of a line");
+                return;
+            }
             bmc.self_test = told(pair->value);
             bmc.place = reading.at(line.number);
-            if (!line.ended && !is_in(kResults, pair->value))
-                add_gap(reading, line.number, "the capture ends in the middle of a line");
         } else if (bmc.self_test && !detail.empty() && is_in(kDetails, detail)) {
             *bmc.self_test += ", " + std::string(detail);
         } else {

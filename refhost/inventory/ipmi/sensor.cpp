@@ -81,6 +81,7 @@ Sensor sensor_of(const std::vector<std::string_view>& cells) {
 
 void read_sensors(CaptureLines& lines, Reading& reading) {
     const auto before = reading.found.sensors.size();
+    std::size_t padded = 0;  // the length of rows whose last cell has blanks behind it
     each_line(lines, reading, [&](const CaptureLine& line) {
         const auto text = without_chatter(line.text);
         if (text.find('|') == std::string_view::npos) {
@@ -93,10 +94,13 @@ void read_sensors(CaptureLines& lines, Reading& reading) {
             return;
         }
         auto sensor = sensor_of(cells);
+        if (!line.ended && (!is_whole_number(cells.back()) || text.size() < padded)) {
+            add_gap(reading, line.number, "the capture ends in the middle of a row");
+            if (!is_whole_number(cells.back())) sensor.*kThresholds.back() = std::nullopt;
+        }
+        padded = text.ends_with(' ') ? text.size() : 0;
         sensor.place = reading.at(line.number);
         reading.found.sensors.push_back(std::move(sensor));
-        if (!line.ended && !is_whole_number(cells.back()))
-            add_gap(reading, line.number, "the capture ends in the middle of a row");
     });
     if (reading.how.lines > 0 && reading.found.sensors.size() == before)
         add_gap(reading, reading.how.lines, "no sensor");

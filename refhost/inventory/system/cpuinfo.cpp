@@ -86,11 +86,12 @@ void read_cpuinfo(CaptureLines& lines, Reading& reading) {
     each_line(lines, reading, [&](const CaptureLine& line) {
         last_ended = line.ended;
         const auto pair = key_value(line.text, ":");
-        if (!pair) {
+        if (!pair || is_tool_error(line.text)) {
             read_aside(line, reading);
             return;
         }
         any = true;
+        if (!line.ended) return;  // its value may be cut off
         if (pair->key == "processor" && integer(pair->value))
             threads.begin(line.number);
         else if (!threads.is_in_block())

@@ -148,7 +148,7 @@ void read_dmesg(CaptureLines& lines, Reading& reading) {
         event.place = reading.at(line.number);
         event.source = "kernel";
         event.time = std::move(message.time);
-        event.severity = judged->severity;
+        event.severity = judged->form->severity.value_or(Severity::info);
         if (message.text.find("Machine Check:") != std::string_view::npos)
             event.severity = severity_of_bank(message.text).value_or(event.severity);
         event.subject = std::string(judged->subject);

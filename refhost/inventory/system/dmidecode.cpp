@@ -218,8 +218,10 @@ public:
 
     void read(const CaptureLine& line) {
         const auto text = line.text;
-        if (trimmed(text).empty()) return;
-        if (text.starts_with("Handle 0x")) {
+        last_ended_ = line.ended;
+        if (trimmed(text).empty()) {
+            finish();
+        } else if (text.starts_with("Handle 0x")) {
             finish();
             current_.emplace();
             current_->line = line.number;
@@ -227,20 +229,18 @@ public:
             has_title_ = false;
             const auto comma = text.find(',');
             if (comma != std::string_view::npos) take_type(text.substr(comma + 1));
-        } else if (!current_ || (indentation(text) == 0 && has_title_)) {
-            finish();
+        } else if (!current_ || (indentation(text) == 0 && is_tool_error(text))) {
             const bool is_heading =
                 std::any_of(kHeadings.begin(), kHeadings.end(),
                             [&](std::string_view form) { return is_like(trimmed(text), form); });
             if (!is_heading) read_aside(line, reading_);
         } else if (current_->type < 0 && take_type(text)) {
             return;
-        } else if (!has_title_) {
-            has_title_ = true;
+        } else if (!has_title_ || indentation(text) == 0) {
+            has_title_ = true;  // a structure of several parts has more than one
         } else {
-            read_field(text);
+            if (line.ended) read_field(text);  // else its value may be cut off
         }
-        last_ended_ = line.ended;
     }
 
     void finish() {

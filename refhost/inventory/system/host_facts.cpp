@@ -144,6 +144,7 @@ void read_os_release(CaptureLines& lines, Reading& reading) {
             if (!trimmed(line.text).starts_with('#')) read_aside(line, reading);
             return;
         }
+        if (!line.ended && !pair->value.ends_with('"')) return;
         const auto value = unquoted(pair->value);
         if (pair->key == "NAME") name = std::string(value);
         if (pair->key == "VERSION") version = std::string(value);

@@ -251,7 +251,7 @@ std::optional<KernelMessage> judge_kernel_message(std::string_view text) {
     if (!found) return std::nullopt;
     const auto& row = kForms[found->row];
     if (!row.severity) return std::nullopt;
-    return KernelMessage{*row.severity, found->subject.empty() ? row.subject : found->subject};
+    return KernelMessage{&row, found->subject.empty() ? row.subject : found->subject};
 }
 
 }  // namespace qvhost::inventory

@@ -20,7 +20,7 @@ struct KernelForm {
 std::span<const KernelForm> kernel_forms();
 
 struct KernelMessage {
-    Severity severity;
+    const KernelForm* form;  // has a severity
     std::string_view subject;
 };
 

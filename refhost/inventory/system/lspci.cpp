@@ -81,7 +81,10 @@ bool read_device(std::string_view text, PciDevice& device) {
     const auto pair = key_value(text, ": ");
     if (!pair) return false;
     device.device_class = told(without_numbers(pair->key));
-    device.name = told(without_numbers(without_revision(pair->value)));
+    const auto name = without_revision(pair->value);
+    // "Device [1234:1111]": nobody has a name for it.
+    const auto plain = without_numbers(name);
+    device.name = told(plain.ends_with("Device") ? name : plain);
     return true;
 }
 
