@@ -106,6 +106,66 @@ void merge_drive(Drive& drive, const Drive& other) {
     fill(drive, other);
 }
 
+// "0x5000C500A0000000" and "5000c500a0000000" are one.
+std::string folded(std::string_view text) {
+    if (text.starts_with("0x")) text.remove_prefix(2);
+    std::string result(text);
+    for (char& c : result) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return result;
+}
+
+// Serial numbers of which one tool prints only the beginning.
+bool same_serial(const Text& a, const Text& b) {
+    constexpr std::size_t kEnough = 8;
+    if (!a || !b) return false;
+    const auto x = folded(*a), y = folded(*b);
+    if (x == y) return true;
+    return std::min(x.size(), y.size()) >= kEnough && (x.starts_with(y) || y.starts_with(x));
+}
+
+bool same_drive(const Drive& known, const Drive& seen) {
+    if (known.serial && seen.serial) return same_serial(known.serial, seen.serial);
+    if (known.device && seen.device && *known.device == *seen.device) return true;
+    return known.wwn && seen.wwn && folded(*known.wwn) == folded(*seen.wwn);
+}
+
+// What the operating system sees: behind a controller that a tool of its own told, or behind none.
+void join_devices(Inventory& inventory) {
+    std::vector<Drive> joined;
+    joined.reserve(inventory.drives.size());
+    for (Drive& drive : inventory.drives) {
+        if (drive.controller) joined.push_back(drive);
+    }
+    for (Drive& drive : inventory.drives) {
+        if (drive.controller) continue;
+        const auto known = std::find_if(joined.begin(), joined.end(), [&](const Drive& other) {
+            return same_drive(other, drive);
+        });
+        if (known == joined.end()) {
+            joined.push_back(drive);
+            continue;
+        }
+        // A drive may be a member of several arrays: the one that it is out of counts.
+        if (known->state == "ONLINE" && drive.state && drive.state != "ONLINE") {
+            known->state = drive.state;
+            known->place = drive.place;
+        }
+        merge_drive(*known, drive);
+    }
+    // lsblk's rows of RAID volumes and the like, which no tool told to be drives.
+    std::erase_if(joined, [&](const Drive& drive) {
+        return !drive.controller && !drive.state && !drive.interface && !drive.smart_alert;
+    });
+    std::erase_if(joined, [&](const Drive& drive) {
+        return !drive.controller && !drive.state && !drive.smart_alert && drive.device &&
+               std::any_of(inventory.volumes.begin(), inventory.volumes.end(),
+                           [&](const Volume& volume) { return volume.device == drive.device; });
+    });
+    inventory.drives = std::move(joined);
+}
+
 bool has_details(const Drive& drive) {
     return std::any_of(drive.elsewhere.begin(), drive.elsewhere.end(),
                        [](const FieldPlace& at) { return at.field == "media_errors"; });
@@ -189,6 +249,7 @@ std::vector<CaptureGap> join_storage(Inventory& inventory) {
         },
         [](TopologyRow&, const TopologyRow&) {});
     join(inventory.drives, drive_key, merge_drive);
+    join_devices(inventory);
     return missing_details(inventory.drives);
 }
 
