@@ -269,9 +269,13 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
         } else if (pool && text.starts_with("errors:")) {
             has_errors = true;
             in_config = false;
-            const auto words_of = trimmed(text.substr(7));
-            if (words_of != "No known data errors" && pool->state)
-                *pool->state += ", " + std::string(words_of);
+            const auto errors = trimmed(text.substr(7));
+            if (errors == "No known data errors") continue;
+            if (!line->ended) {
+                gap(reading, number, "a line that is cut off");
+            } else if (pool->state) {
+                *pool->state += ", " + std::string(errors);
+            }
         } else if (pool && in_config) {
             const auto cells = words(text);
             if (cells.size() < 5 || cells[0] == "NAME") {

@@ -97,7 +97,8 @@ bool read_sectors(Drive& drive, std::string_view value) {
 }
 
 bool read_remaining(Drive& drive, std::string_view value) {
-    if (const auto left = leading_real(value)) drive.percentage_used = 100 - *left;
+    if (const auto left = leading_real(value))
+        drive.percentage_used = std::round((100 - *left) * 100) / 100;
     return true;
 }
 
