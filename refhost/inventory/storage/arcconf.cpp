@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <string>
 #include <utility>
@@ -186,7 +187,8 @@ bool read_is_ssd(Drive& drive, std::string_view value) {
 }
 
 bool read_remaining(Drive& drive, std::string_view value) {
-    if (const auto left = leading_real(value)) drive.percentage_used = 100 - *left;
+    if (const auto left = leading_real(value))
+        drive.percentage_used = std::round((100 - *left) * 100) / 100;
     return true;
 }
 

@@ -31,6 +31,47 @@ void fill(Entity& entity, const Entity& other) {
     }
 }
 
+// Whose numbers, and which; "" and none where there are none.
+struct Numbered {
+    std::string tool;
+    std::vector<Integer> numbers;
+    std::string name;
+    auto operator<=>(const Numbered&) const = default;
+};
+
+using Key = std::optional<Numbered>;
+
+Key key(const std::string& tool, std::vector<Integer> numbers, std::string name = {}) {
+    return Numbered{tool, std::move(numbers), std::move(name)};
+}
+
+Key key_of(const Controller& c) { return c.number ? key(c.tool, {c.number}) : Key(); }
+
+Key key_of(const Volume& v) {
+    if (v.controller && v.number) return key(v.tool, {v.controller, v.number});
+    return !v.controller && v.device ? key({}, {}, *v.device) : Key();
+}
+
+Key key_of(const Enclosure& e) {
+    return e.controller && e.number ? key(e.tool, {e.controller, e.number}) : Key();
+}
+
+Key key_of(const Battery& b) {
+    return b.controller ? key(b.tool, {b.controller}, b.model.value_or("")) : Key();
+}
+
+Key key_of(const TopologyRow& t) {
+    if (!t.controller) return std::nullopt;
+    return key(t.tool,
+               {t.controller, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
+               t.type.value_or(""));
+}
+
+Key key_of(const Drive& d) {
+    if (d.controller && d.slot) return key(d.tool, {d.controller, d.enclosure, d.slot});
+    return d.controller && d.device_id ? key(d.tool, {d.controller, d.device_id}) : Key();
+}
+
 // Two serial numbers are two things, whatever else is alike.
 template <class Entity>
 bool contradict(const Entity& a, const Entity& b) {
@@ -41,10 +82,9 @@ bool contradict(const Entity& a, const Entity& b) {
 }
 
 // Entities of one key become the first of them; those without a key stay as they are.
-template <class Entity, class KeyOf, class Merge>
-void join(std::vector<Entity>& entities, KeyOf key_of, Merge merge) {
-    using Key = typename decltype(key_of(std::declval<Entity>()))::value_type;
-    std::map<Key, std::size_t> known;
+template <class Entity, class Merge>
+void join(std::vector<Entity>& entities, Merge merge) {
+    std::map<Numbered, std::size_t> known;
     std::vector<Entity> joined;
     joined.reserve(entities.size());
     for (Entity& entity : entities) {
@@ -70,28 +110,6 @@ auto merge_by(State state) {
     };
 }
 
-// Whose numbers, and which; "" and none where there are none.
-struct Numbered {
-    std::string tool;
-    std::vector<Integer> numbers;
-    std::string name;
-    auto operator<=>(const Numbered&) const = default;
-};
-
-std::optional<Numbered> drive_key(const Drive& drive) {
-    if (drive.controller && drive.slot)
-        return Numbered{
-            drive.tool, {drive.controller, drive.enclosure, drive.slot},
-             ""
-        };
-    if (drive.controller && drive.device_id)
-        return Numbered{
-            drive.tool, {drive.controller, drive.device_id},
-             ""
-        };
-    return std::nullopt;
-}
-
 // A list cuts long models off; the details do not.
 void merge_drive(Drive& drive, const Drive& other) {
     const bool is_longer = drive.model && other.model && other.model->starts_with(*drive.model);
@@ -104,6 +122,66 @@ void merge_drive(Drive& drive, const Drive& other) {
     }
     if (!drive.state && other.state) drive.place = other.place;
     fill(drive, other);
+}
+
+// "0x5000C500A0000000" and "5000c500a0000000" are one.
+std::string folded(std::string_view text) {
+    if (text.starts_with("0x")) text.remove_prefix(2);
+    std::string result(text);
+    for (char& c : result) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return result;
+}
+
+// Serial numbers of which one tool prints only the beginning.
+bool same_serial(const Text& a, const Text& b) {
+    constexpr std::size_t kEnough = 8;
+    if (!a || !b) return false;
+    const auto x = folded(*a), y = folded(*b);
+    if (x == y) return true;
+    return std::min(x.size(), y.size()) >= kEnough && (x.starts_with(y) || y.starts_with(x));
+}
+
+bool same_drive(const Drive& known, const Drive& seen) {
+    if (known.serial && seen.serial) return same_serial(known.serial, seen.serial);
+    if (known.device && seen.device && *known.device == *seen.device) return true;
+    return known.wwn && seen.wwn && folded(*known.wwn) == folded(*seen.wwn);
+}
+
+// What the operating system sees: behind a controller that a tool of its own told, or behind none.
+void join_devices(Inventory& inventory) {
+    std::vector<Drive> joined;
+    joined.reserve(inventory.drives.size());
+    for (Drive& drive : inventory.drives) {
+        if (drive.controller) joined.push_back(drive);
+    }
+    for (Drive& drive : inventory.drives) {
+        if (drive.controller) continue;
+        const auto known = std::find_if(joined.begin(), joined.end(), [&](const Drive& other) {
+            return same_drive(other, drive);
+        });
+        if (known == joined.end()) {
+            joined.push_back(drive);
+            continue;
+        }
+        // A drive may be a member of several arrays: the one that it is out of counts.
+        if (known->state == "ONLINE" && drive.state && drive.state != "ONLINE") {
+            known->state = drive.state;
+            known->place = drive.place;
+        }
+        merge_drive(*known, drive);
+    }
+    // lsblk's rows of RAID volumes and the like, which no tool told to be drives.
+    std::erase_if(joined, [&](const Drive& drive) {
+        return !drive.controller && !drive.state && !drive.interface && !drive.smart_alert;
+    });
+    std::erase_if(joined, [&](const Drive& drive) {
+        return !drive.controller && !drive.state && !drive.smart_alert && drive.device &&
+               std::any_of(inventory.volumes.begin(), inventory.volumes.end(),
+                           [&](const Volume& volume) { return volume.device == drive.device; });
+    });
+    inventory.drives = std::move(joined);
 }
 
 bool has_details(const Drive& drive) {
@@ -144,51 +222,13 @@ std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
 }  // namespace
 
 std::vector<CaptureGap> join_storage(Inventory& inventory) {
-    using Key = std::optional<Numbered>;
-    join(
-        inventory.controllers,
-        [](const Controller& c) {
-            return c.number ? Key({c.tool, {c.number}, ""}) : Key();
-        },
-        merge_by<Controller>(&Controller::status));
-    join(
-        inventory.volumes,
-        [](const Volume& v) {
-            return v.controller && v.number ? Key({
-                                                  v.tool, {v.controller, v.number},
-                                                   ""
-            })
-                                            : Key();
-        },
-        merge_by<Volume>(&Volume::state));
-    join(
-        inventory.enclosures,
-        [](const Enclosure& e) {
-            return e.controller && e.number ? Key({
-                                                  e.tool, {e.controller, e.number},
-                                                   ""
-            })
-                                            : Key();
-        },
-        merge_by<Enclosure>(&Enclosure::state));
-    join(
-        inventory.batteries,
-        [](const Battery& b) {
-            return b.controller ? Key({b.tool, {b.controller}, b.model.value_or("")}) : Key();
-        },
-        merge_by<Battery>(&Battery::state));
-    join(
-        inventory.topology,
-        [](const TopologyRow& t) {
-            if (!t.controller) return Key();
-            return Key({
-                t.tool,
-                {t.controller, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
-                t.type.value_or("")
-            });
-        },
-        [](TopologyRow&, const TopologyRow&) {});
-    join(inventory.drives, drive_key, merge_drive);
+    join(inventory.controllers, merge_by<Controller>(&Controller::status));
+    join(inventory.volumes, merge_by<Volume>(&Volume::state));
+    join(inventory.enclosures, merge_by<Enclosure>(&Enclosure::state));
+    join(inventory.batteries, merge_by<Battery>(&Battery::state));
+    join(inventory.topology, [](TopologyRow&, const TopologyRow&) {});
+    join(inventory.drives, merge_drive);
+    join_devices(inventory);
     return missing_details(inventory.drives);
 }
 

@@ -1,0 +1,28 @@
+#include "inventory/capture_reader.h"
+
+namespace qvhost::inventory {
+
+namespace {
+
+bool fits(std::string_view pattern, std::string_view name) {
+    const auto star = pattern.find('*');
+    if (star == std::string_view::npos) return pattern == name;
+    const auto behind = pattern.substr(star + 1);
+    if (!name.starts_with(pattern.substr(0, star))) return false;
+    name.remove_prefix(star);
+    for (std::size_t size = 1; size <= name.size() && name[size - 1] != '/'; ++size) {
+        if (fits(behind, name.substr(size))) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture) {
+    for (const auto& reader : readers) {
+        if (fits(reader.pattern, capture)) return &reader;
+    }
+    return nullptr;
+}
+
+}  // namespace qvhost::inventory

@@ -1,0 +1,393 @@
+#include "inventory/storage/software.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "inventory/columns.h"
+#include "inventory/storage/keys.h"
+
+namespace qvhost::inventory {
+
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+void gap(Reading& reading, std::int64_t line, std::string words) {
+    reading.how.gaps.push_back({line, std::move(words)});
+}
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// "  5.5% (57600/1046528)"
+Real percent_in(std::string_view text) {
+    const auto mark = text.find('%');
+    if (mark == npos) return std::nullopt;
+    auto begin = mark;
+    while (begin > 0 && (is_digit(text[begin - 1]) || text[begin - 1] == '.')) --begin;
+    return real(text.substr(begin, mark - begin));
+}
+
+// A member of an array that is out of it.
+void add_faulty(Reading& reading, std::int64_t line, std::string_view device) {
+    auto drive = reading.entity_at<Drive>(line);
+    drive.device = drive_of(device);
+    drive.state = "faulty";
+    reading.found.drives.push_back(std::move(drive));
+}
+
+// "sda", "/dev/sda1", or a name of /dev/disk/by-id: "wwn-0x5000c500a0000000-part1",
+// "ata-ST1000NM0045_Z1X00000".
+void name_drive(Drive& drive, std::string_view name) {
+    if (const auto slash = name.rfind('/'); slash != npos) name.remove_prefix(slash + 1);
+    const auto part = name.rfind("-part");
+    if (part != npos) name = name.substr(0, part);
+    if (name.starts_with("wwn-0x")) {
+        drive.wwn = std::string(name.substr(6));
+    } else if (name.starts_with("ata-") || name.starts_with("nvme-") || name.starts_with("scsi-")) {
+        const auto mark = name.rfind('_');
+        if (mark != npos) drive.serial = std::string(name.substr(mark + 1));
+    } else {
+        drive.device = drive_of(name);
+    }
+}
+
+}  // namespace
+
+std::string drive_of(std::string_view device) {
+    if (device.starts_with("/dev/")) device.remove_prefix(5);
+    auto name = device;
+    while (!name.empty() && is_digit(name.back())) name.remove_suffix(1);
+    const bool counts_drives = device.starts_with("nvme") || device.starts_with("mmcblk");
+    if (counts_drives) {
+        // "nvme0n1p2": the partition stands behind a "p" that follows a digit
+        const bool is_part = name.size() < device.size() && name.ends_with('p') &&
+                             name.size() > 1 && is_digit(name[name.size() - 2]);
+        name = is_part ? name.substr(0, name.size() - 1) : device;
+    } else if (!device.starts_with("sd") && !device.starts_with("hd") &&
+               !device.starts_with("vd") && !device.starts_with("xvd")) {
+        name = device;
+    }
+    return "/dev/" + std::string(name);
+}
+
+// Personalities : [raid1] [raid6] [raid5] [raid4]
+// md0 : active raid1 sdb1[1](F) sda1[0]
+//       1046528 blocks super 1.2 [2/1] [U_]
+//       [=>...................]  recovery =  5.5% (57600/1046528) finish=0.2min speed=57600K/sec
+//
+// unused devices: <none>
+void read_mdstat(CaptureLines& lines, Reading& reading) {
+    std::optional<Volume> array;
+    bool has_head = false, has_end = false, has_blocks = true, inactive = false;
+    std::int64_t number = 0;
+    const auto finish = [&] {
+        if (!array) return;
+        if (!has_blocks && !inactive) gap(reading, number, "an array that is cut off");
+        reading.found.volumes.push_back(std::move(*array));
+        array.reset();
+    };
+    while (const auto line = lines.next()) {
+        number = line->number;
+        const auto text = trimmed(line->text);
+        if (text.empty()) continue;
+        if (text.starts_with("Personalities")) {
+            has_head = true;
+        } else if (text.starts_with("unused devices")) {
+            finish();
+            has_end = true;
+        } else if (const auto pair = key_value(text, " : "); pair && pair->key.starts_with("md")) {
+            finish();
+            const auto cells = words(pair->value);
+            array = reading.entity_at<Volume>(number);
+            array->name = std::string(pair->key);
+            array->device = "/dev/" + *array->name;
+            inactive = cells[0] != "active";
+            has_blocks = false;
+            std::string state(cells[0]), faulty;
+            for (std::size_t i = 1; i < cells.size(); ++i) {
+                const auto cell = cells[i];
+                if (cell.starts_with('(')) {  // "(auto-read-only)"
+                    state += " " + std::string(cell);
+                } else if (cell.find('[') == npos) {
+                    array->raid = std::string(cell);
+                } else if (cell.ends_with("(F)")) {
+                    const auto device = cell.substr(0, cell.find('['));
+                    faulty += ", " + std::string(device) + " faulty";
+                    add_faulty(reading, number, device);
+                }
+            }
+            array->state = state + faulty;
+        } else if (array && text.find(" blocks") != npos) {
+            has_blocks = true;
+            const auto blocks = integer(text.substr(0, text.find(' ')));
+            if (!blocks || *blocks < 0 || *blocks > (std::int64_t{1} << 50))
+                gap(reading, number, "a size that cannot be read");
+            else
+                array->capacity_bytes = *blocks * 1024;
+            const auto bracket = text.rfind('[');
+            const auto members = bracket == npos ? std::string_view() : text.substr(bracket);
+            if (members.find('_') != npos && members.find_first_not_of("[]U_") == npos) {
+                *array->state += ", degraded " + std::string(members);
+                array->place.line = number;
+            }
+        } else if (array && (text.starts_with('[') || text.find('=') != npos)) {
+            // "recovery =  5.5% (...)", "resync=DELAYED"
+            for (const std::string_view operation :
+                 {"recovery", "resync", "reshape", "check", "repair"}) {
+                if (text.find(operation) == npos) continue;
+                array->operation = std::string(operation);
+                array->progress_percent = percent_in(text);
+                break;
+            }
+        } else if (!array || !text.starts_with("bitmap")) {
+            reading.how.unknown_line(number);
+        }
+    }
+    finish();
+    if (!has_head || !has_end) gap(reading, number, "it has no end or no beginning");
+    reading.how.lines = lines.count();
+}
+
+// /dev/md0:
+//            Version : 1.2
+//         Raid Level : raid1
+//         Array Size : 1046528 (1022.00 MiB 1071.64 MB)
+//              State : clean, degraded, recovering
+//     Rebuild Status : 5% complete
+//
+//     Number   Major   Minor   RaidDevice State
+//        0       8        1        0      active sync   /dev/sda1
+//        -       0        0        1      removed
+//        1       8       17        -      faulty   /dev/sdb1
+void read_mdadm(CaptureLines& lines, Reading& reading) {
+    static constexpr auto kArray = std::to_array<Key<Volume>>({
+        {"Raid Level", as_text<&Volume::raid> },
+        {"State",      as_text<&Volume::state>},
+    });
+    std::optional<Volume> array;
+    bool in_members = false;
+    std::int64_t number = 0, count = 0;
+    const auto finish = [&] {
+        if (!array) return;
+        if (!array->state || !in_members) gap(reading, number, "an array that is cut off");
+        reading.found.volumes.push_back(std::move(*array));
+        array.reset();
+        in_members = false;
+    };
+    while (const auto line = lines.next()) {
+        number = line->number;
+        const auto text = trimmed(line->text);
+        if (text.empty()) continue;
+        if (text.starts_with("/dev/") && text.ends_with(':')) {
+            finish();
+            array = reading.entity_at<Volume>(number);
+            array->device = std::string(text.substr(0, text.size() - 1));
+            array->name = array->device->substr(array->device->rfind('/') + 1);
+            ++count;
+        } else if (text.starts_with("Number ") && array) {
+            in_members = true;
+        } else if (in_members) {
+            if (text.find("faulty") == npos) continue;
+            const auto device = text.rfind("/dev/");
+            if (device != npos) add_faulty(reading, number, text.substr(device));
+        } else if (const auto pair = key_value(text, " : "); pair && array) {
+            set_by_key(std::span<const Key<Volume>>(kArray), pair->key, pair->value, *array);
+            if (pair->key == "State") array->place.line = number;
+            if (pair->key == "Array Size") {
+                const auto blocks = integer(pair->value.substr(0, pair->value.find(' ')));
+                if (blocks && *blocks >= 0 && *blocks < (std::int64_t{1} << 50))
+                    array->capacity_bytes = *blocks * 1024;
+                else
+                    gap(reading, number, "a size that cannot be read");
+            }
+            if (pair->key.ends_with(" Status") && pair->value.ends_with("complete")) {
+                const auto operation = pair->key.substr(0, pair->key.size() - 7);
+                array->operation = std::string(operation);
+                array->progress_percent = percent_in(pair->value);
+            }
+        } else if (text.starts_with("mdadm:")) {
+            reading.how.errors.push_back({number, std::string(text)});
+        } else {
+            reading.how.unknown_line(number);
+        }
+    }
+    finish();
+    if (count == 0 && reading.how.errors.empty()) gap(reading, number, "no array is in it");
+    reading.how.lines = lines.count();
+}
+
+//   pool: tank
+//  state: DEGRADED
+// status: One or more devices could not be used because the label is missing or
+//         invalid.
+//   scan: resilver in progress since Mon Nov 16 10:00:00 2026
+//         1.20T scanned at 1.02G/s, 400G issued, 12.34% done, 01:02:03 to go
+// config:
+//
+//         NAME        STATE     READ WRITE CKSUM
+//         tank        DEGRADED     0     0     0
+//           mirror-0  DEGRADED     0     0     0
+//             sda     ONLINE       0     0     0
+//             sdb     UNAVAIL      0     0     0  cannot open
+//
+// errors: No known data errors
+void read_zpool(CaptureLines& lines, Reading& reading) {
+    std::optional<Volume> pool;
+    bool in_config = false, has_errors = false, has_answer = false;
+    std::size_t pool_indent = 0;
+    std::int64_t number = 0;
+    const auto finish = [&] {
+        if (!pool) return;
+        if (!pool->state || !has_errors) gap(reading, number, "a pool that is cut off");
+        reading.found.volumes.push_back(std::move(*pool));
+        pool.reset();
+        in_config = has_errors = false;
+    };
+    // "3", "1.2K"
+    const auto counter = [](std::string_view cell) -> Integer {
+        const auto value = leading_real(cell);
+        if (!value) return std::nullopt;
+        const auto unit = std::string_view("KMGT").find(cell.back());
+        double scaled = *value;
+        for (std::size_t i = 0; unit != npos && i <= unit; ++i) scaled *= 1000;
+        return static_cast<std::int64_t>(scaled);
+    };
+    while (const auto line = lines.next()) {
+        number = line->number;
+        const auto text = trimmed(line->text);
+        if (text.empty()) continue;
+        if (text == "no pools available") {
+            has_answer = true;
+        } else if (const auto pair = key_value(text, ":");
+                   pair && !in_config && pair->key == "pool") {
+            finish();
+            has_answer = true;
+            pool = reading.entity_at<Volume>(number);
+            pool->name = std::string(pair->value);
+        } else if (pool && text.starts_with("errors:")) {
+            has_errors = true;
+            in_config = false;
+            const auto errors = trimmed(text.substr(7));
+            if (errors == "No known data errors") continue;
+            if (!line->ended) {
+                gap(reading, number, "a line that is cut off");
+            } else if (pool->state) {
+                *pool->state += ", " + std::string(errors);
+            }
+        } else if (pool && in_config) {
+            const auto cells = words(text);
+            if (cells.size() < 5 || cells[0] == "NAME") {
+                // "logs", "spares", "cache"; a spare has a state and no counters
+                if (cells.size() >= 2 && cells[0] != "NAME" && cells[1] == "FAULTED")
+                    add_faulty(reading, number, cells[0]);
+                continue;
+            }
+            const auto indent = line->text.find_first_not_of(" \t");
+            const std::string_view name = cells[0];
+            if (name == *pool->name && pool_indent == 0) {
+                pool_indent = indent;
+                continue;
+            }
+            if (name.starts_with("mirror") || name.starts_with("raidz") ||
+                name.starts_with("draid") || name.starts_with("spare-") ||
+                name.starts_with("replacing")) {
+                if (!pool->raid) pool->raid = std::string(name.substr(0, name.find('-')));
+                continue;
+            }
+            auto drive = reading.entity_at<Drive>(number);
+            name_drive(drive, name);
+            drive.state = std::string(cells[1]);
+            const auto reads = counter(cells[2]), writes = counter(cells[3]),
+                       sums = counter(cells[4]);
+            if (!reads || !writes || !sums) {
+                gap(reading, number, "a row that does not fit its heading");
+                continue;
+            }
+            drive.other_errors = *reads + *writes + *sums;
+            reading.found.drives.push_back(std::move(drive));
+        } else if (const auto head = key_value(text, ":"); pool && head && head->key == "state") {
+            pool->state = told(head->value);
+            pool->place.line = number;
+        } else if (pool && head && head->key == "scan") {
+            const auto in_progress = head->value.find(" in progress");
+            if (in_progress != npos)
+                pool->operation = std::string(head->value.substr(0, in_progress));
+        } else if (pool && head && head->key == "config") {
+            in_config = true;
+            pool_indent = 0;
+        } else if (pool && pool->operation && text.find("% done") != npos) {
+            pool->progress_percent = percent_in(text);
+        } else if (!pool) {
+            reading.how.unknown_line(number);
+        }
+    }
+    finish();
+    if (!has_answer) gap(reading, number, "no pool is in it");
+    reading.how.lines = lines.count();
+}
+
+// mpatha (360050764008100dac000000000000100) dm-2 IBM,2145
+// size=20G features='0' hwhandler='0' wp=rw
+// |-+- policy='service-time 0' prio=50 status=active
+// | `- 3:0:0:1 sdb 8:16 active ready running
+// `-+- policy='service-time 0' prio=10 status=enabled
+//   `- 4:0:0:1 sdc 8:32 failed faulty offline
+void read_multipath(CaptureLines& lines, Reading& reading) {
+    std::optional<Volume> map;
+    std::int64_t number = 0, paths = 0, failed = 0, failed_line = 0;
+    const auto finish = [&] {
+        if (!map) return;
+        if (paths == 0) gap(reading, number, "a map without paths");
+        map->state = "active";
+        if (failed > 0) {
+            map->state = failed == paths ? "failed, no path is left"
+                                         : "degraded, " + std::to_string(failed) + " of " +
+                                               std::to_string(paths) + " paths failed";
+            map->place.line = failed_line;
+        }
+        reading.found.volumes.push_back(std::move(*map));
+        map.reset();
+        paths = failed = 0;
+    };
+    while (const auto line = lines.next()) {
+        number = line->number;
+        const auto text = trimmed(line->text);
+        if (text.empty()) continue;
+        const auto cells = words(text);
+        const bool is_branch = text.front() == '|' || text.front() == '`' || text.front() == '\\';
+        if (is_branch) {
+            if (!map) {
+                reading.how.unknown_line(number);
+                continue;
+            }
+            // "| `- 3:0:0:1 sdb 8:16 active ready running"
+            if (text.find("policy=") != npos) continue;
+            if (cells.size() < 6 || !line->ended) {
+                gap(reading, number, "a path that cannot be read");
+                continue;
+            }
+            ++paths;
+            if (text.find(" active ready ") == npos && text.find(" active ghost ") == npos) {
+                if (failed++ == 0) failed_line = number;
+            }
+        } else if (text.starts_with("size=") && map) {
+            auto size = std::string(text.substr(5, text.find(' ') - 5));
+            if (!size.empty() && !is_digit(size.back())) size += "B";
+            map->capacity_bytes = binary_bytes(size);
+        } else if (text.find(" dm-") != npos) {
+            finish();
+            map = reading.entity_at<Volume>(number);
+            map->name = std::string(cells[0]);
+            map->device = "/dev/mapper/" + *map->name;
+            map->raid = "multipath";
+        } else {
+            reading.how.unknown_line(number);
+        }
+    }
+    finish();
+    reading.how.lines = lines.count();
+}
+
+}  // namespace qvhost::inventory

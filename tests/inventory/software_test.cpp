@@ -1,0 +1,329 @@
+// What the operating system's own tools tell of arrays and drives.
+#include "inventory/storage/software.h"
+
+#include <gtest/gtest.h>
+
+#include "describe.h"
+#include "inventory/storage/block_devices.h"
+#include "inventory/storage/ssacli.h"
+
+namespace qvhost::inventory {
+namespace {
+
+struct Case {
+    std::string text;
+    std::string found;
+    std::string how;
+};
+
+void expect(Reader reader, const std::vector<Case>& cases) {
+    for (const auto& c : cases) {
+        const auto read = read_text(reader, c.text);
+        EXPECT_EQ(describe(read.found), c.found) << c.text;
+        EXPECT_EQ(describe(read.how), c.how) << c.text;
+    }
+}
+
+// A text that is whole says all that the whole text says.
+void expect_cuts_seen(Reader reader, const std::string& text) {
+    const auto all = read_text(reader, text);
+    EXPECT_TRUE(all.how.whole()) << describe(all.how);
+    for (std::size_t size = 0; size < text.size(); ++size) {
+        const auto read = read_text(reader, text.substr(0, size));
+        if (read.how.whole()) {
+            EXPECT_EQ(describe(read.found), describe(all.found)) << "cut at byte " << size;
+        }
+    }
+}
+
+const std::string kMdstat =
+    "Personalities : [raid1] [raid6] [raid5] [raid4] \n"
+    "md0 : active raid1 sdb1[1](F) sda1[0]\n"
+    "      1046528 blocks super 1.2 [2/1] [U_]\n"
+    "      [=>...................]  recovery =  5.5% (57600/1046528) finish=0.2min speed=57600K/sec\n"
+    "      bitmap: 0/8 pages [0KB], 65536KB chunk\n"
+    "\n"
+    "md127 : active (auto-read-only) raid5 sdc[0] nvme0n1p2[1] sde[2]\n"
+    "      2093056 blocks super 1.2 level 5, 512k chunk, algorithm 2 [3/3] [UUU]\n"
+    "        resync=PENDING\n"
+    "\n"
+    "md2 : inactive sdf1[0](S)\n"
+    "unused devices: <none>\n";
+
+TEST(Mdstat, is_read) {
+    expect(read_mdstat,
+           {
+               {kMdstat,
+                "volumes 3: raid=raid1 state=active, sdb1 faulty, degraded [U_] "
+                "capacity_bytes=1071644672 name=md0 device=/dev/md0 operation=recovery "
+                "progress_percent=5.5\n"
+                "volumes 7: raid=raid5 state=active (auto-read-only) capacity_bytes=2143289344 "
+                "name=md127 device=/dev/md127 operation=resync\n"
+                "volumes 11: state=inactive name=md2 device=/dev/md2\n"
+                "drives 2: state=faulty device=/dev/sdb\n",
+                "12 lines\n"},
+               {"Personalities : \nunused devices: <none>\n", "", "2 lines\n"},
+               {"cat: /proc/mdstat: No such file or directory\n", "",
+                "1 lines, 1 not understood (1)\ngap 1: it has no end or no beginning\n"},
+           });
+    expect_cuts_seen(read_mdstat, kMdstat);
+}
+
+TEST(Mdadm, is_read) {
+    const std::string text =
+        "/dev/md0:\n           Version : 1.2\n     Creation Time : Mon Nov 16 10:00:00 2026\n"
+        "        Raid Level : raid1\n        Array Size : 1046528 (1022.00 MiB 1071.64 MB)\n"
+        "             State : clean, degraded, recovering \n    Rebuild Status : 5% complete\n\n"
+        "    Number   Major   Minor   RaidDevice State\n"
+        "       0       8        1        0      active sync   /dev/sda1\n"
+        "       -       0        0        1      removed\n\n"
+        "       1       8       17        -      faulty   /dev/sdb1\n";
+    expect(read_mdadm,
+           {
+               {text,
+                "volumes 6: raid=raid1 state=clean, degraded, recovering "
+                "capacity_bytes=1071644672 name=md0 device=/dev/md0 operation=Rebuild "
+                "progress_percent=5\n"
+                "drives 13: state=faulty device=/dev/sdb\n",
+                "13 lines\n"},
+               {"mdadm: cannot open /dev/md0: No such file or directory\n", "",
+                "1 lines\nerror 1: mdadm: cannot open /dev/md0: No such file or directory\n"},
+               {"/dev/md0:\n    Raid Level : raid1\n",
+                "volumes 1: raid=raid1 name=md0 device=/dev/md0\n",
+                "2 lines\ngap 2: an array that is cut off\n"},
+           });
+}
+
+const std::string kZpool =
+    "  pool: tank\n state: DEGRADED\nstatus: One or more devices could not be used because the\n"
+    "        label is missing or invalid.\naction: Replace the device using 'zpool replace'.\n"
+    "  scan: resilver in progress since Mon Nov 16 10:00:00 2026\n"
+    "        1.20T scanned at 1.02G/s, 400G issued, 12.34% done, 01:02:03 to go\nconfig:\n\n"
+    "        NAME                        STATE     READ WRITE CKSUM\n"
+    "        tank                        DEGRADED     0     0     0\n"
+    "          mirror-0                  DEGRADED     0     0     0\n"
+    "            sda                     ONLINE       0     0     0\n"
+    "            sdb1                    UNAVAIL      3  1.2K     0  cannot open\n"
+    "            wwn-0x5000c500a1-part1  ONLINE       0     0     1\n"
+    "            ata-EX1000_Z1X00001     ONLINE       0     0     0\n"
+    "        logs\n          nvme0n1                   ONLINE       0     0     0\n"
+    "        spares\n          sdz                       AVAIL\n\n"
+    "errors: No known data errors\n";
+
+TEST(Zpool, is_read) {
+    expect(read_zpool,
+           {
+               {kZpool,
+                "volumes 2: raid=mirror state=DEGRADED name=tank operation=resilver "
+                "progress_percent=12.34\n"
+                "drives 13: state=ONLINE device=/dev/sda other_errors=0\n"
+                "drives 14: state=UNAVAIL device=/dev/sdb other_errors=1203\n"
+                "drives 15: state=ONLINE wwn=5000c500a1 other_errors=1\n"
+                "drives 16: state=ONLINE serial=Z1X00001 other_errors=0\n"
+                "drives 18: state=ONLINE device=/dev/nvme0n1 other_errors=0\n",
+                "22 lines\n"},
+               {"no pools available\n", "", "1 lines\n"},
+               {"  pool: a\n state: ONLINE\nconfig:\n\n  NAME STATE READ WRITE CKSUM\n"
+                "  a ONLINE 0 0 0\n    sda ONLINE 0 0 0\n\nerrors: 2 data errors, use '-v' for a "
+                "list\n",
+                "volumes 2: state=ONLINE, 2 data errors, use '-v' for a list name=a\n"
+                "drives 7: state=ONLINE device=/dev/sda other_errors=0\n",
+                "9 lines\n"},
+               {"The ZFS modules are not loaded.\n", "",
+                "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
+           });
+    expect_cuts_seen(read_zpool, kZpool);
+}
+
+TEST(Multipath, is_read) {
+    const std::string text =
+        "mpatha (360050764008100dac000000000000100) dm-2 IBM,2145\n"
+        "size=20G features='0' hwhandler='0' wp=rw\n"
+        "|-+- policy='service-time 0' prio=50 status=active\n"
+        "| `- 3:0:0:1 sdb 8:16 active ready running\n"
+        "`-+- policy='service-time 0' prio=10 status=enabled\n"
+        "  `- 4:0:0:1 sdc 8:32 failed faulty offline\n"
+        "mpathb (3600) dm-3 IBM,2145\nsize=1.5T features='0' wp=rw\n"
+        "`-+- policy='service-time 0' prio=50 status=active\n"
+        "  |- 3:0:0:2 sdd 8:48 active ready running\n"
+        "  `- 4:0:0:2 sde 8:64 active ready running\n";
+    expect(read_multipath,
+           {
+               {text,
+                "volumes 6: raid=multipath state=degraded, 1 of 2 paths failed "
+                "capacity_bytes=21474836480 name=mpatha device=/dev/mapper/mpatha\n"
+                "volumes 7: raid=multipath state=active capacity_bytes=1649267441664 name=mpathb "
+                "device=/dev/mapper/mpathb\n",
+                "11 lines\n"},
+               {"mpatha (36) dm-2 IBM,2145\n`- 4:0:0:1 sdc 8:32 failed faulty offline\n",
+                "volumes 2: raid=multipath state=failed, no path is left name=mpatha "
+                "device=/dev/mapper/mpatha\n",
+                "2 lines\n"},
+               {"mpatha (36) dm-2 IBM,2145\nsize=20G\n",
+                "volumes 1: raid=multipath state=active capacity_bytes=21474836480 name=mpatha "
+                "device=/dev/mapper/mpatha\n",
+                "2 lines\ngap 2: a map without paths\n"},
+               {"", "", "0 lines\n"},
+           });
+}
+
+const std::string kAta = R"({
+  "smartctl": {"version": [7, 3], "exit_status": 64},
+  "device": {"name": "/dev/sda", "info_name": "/dev/sda [SAT]", "type": "sat", "protocol": "ATA"},
+  "model_name": "EX1000NM0045",
+  "serial_number": "Z1X00000",
+  "wwn": {"naa": 5, "oui": 3152, "id": 11111111111},
+  "firmware_version": "TN05",
+  "user_capacity": {"blocks": 1953525168, "bytes": 1000204886016},
+  "logical_block_size": 512,
+  "rotation_rate": 7200,
+  "smart_support": {"available": true, "enabled": true},
+  "smart_status": {
+    "passed": false
+  },
+  "ata_smart_attributes": {"table": [
+    {"id": 5, "name": "Reallocated_Sector_Ct", "raw": {"value": 77}},
+    {"id": 197, "name": "Current_Pending_Sector", "raw": {"value": 8}},
+    {"id": 198, "name": "Offline_Uncorrectable", "raw": {"value": 4294967300}}
+  ]},
+  "power_on_time": {"hours": 12345},
+  "temperature": {"current": 31}
+}
+)";
+
+TEST(Smartctl, is_read) {
+    expect(
+        read_smartctl,
+        {
+            {kAta,
+             "drives 3: capacity_bytes=1000204886016 interface=SATA media=HDD sector_bytes=512 "
+             "model=EX1000NM0045 serial=Z1X00000 wwn=5000c502964619c7 firmware=TN05 "
+             "device=/dev/sda temperature_celsius=31 media_errors=8 smart_alert=yes "
+             "power_on_hours=12345\n",
+             "22 lines\n"},
+            {R"({"smartctl": {"exit_status": 0},
+                    "device": {"name": "/dev/nvme0", "type": "nvme", "protocol": "NVMe"},
+                    "model_name": "EXNVME", "serial_number": "S64", "smart_status": {"passed": true},
+                    "nvme_total_capacity": 1000204886016,
+                    "nvme_smart_health_information_log": {"critical_warning": 4, "temperature": 40,
+                      "available_spare": 98, "percentage_used": 83, "media_errors": 2}})",
+             "drives 2: capacity_bytes=1000204886016 interface=NVMe media=SSD model=EXNVME "
+             "serial=S64 device=/dev/nvme0 media_errors=2 smart_alert=yes percentage_used=83 "
+             "available_spare_percent=98\n",
+             "6 lines\n"},
+            {R"({"smartctl": {"exit_status": 0}, "device": {"name": "/dev/bus/0",
+                    "type": "megaraid,8", "protocol": "SCSI"}, "scsi_model_name": "SEAGATE X",
+                    "rotation_rate": 0, "smart_status": {"passed": true}, "scsi_error_counter_log":
+                    {"read": {"total_uncorrected_errors": 3}, "write": {"total_uncorrected_errors": 1}},
+                    "scsi_percentage_used_endurance_indicator": 7})",
+             "drives 1: interface=SAS media=SSD model=SEAGATE X media_errors=4 smart_alert=no "
+             "percentage_used=7\n",
+             "5 lines\n"},
+            {R"({"smartctl": {"exit_status": 0}, "device": {"name": "/dev/sda", "protocol": "SCSI"},
+                    "scsi_model_name": "RAID VOLUME", "smart_support": {"available": false}})",
+             "", "2 lines\n"},
+            {R"({"smartctl": {"exit_status": 2, "messages": [{"string": "No such device",
+                    "severity": "error"}]}, "device": {"name": "/dev/sdx"}})",
+             "", "2 lines\nerror 1: No such device\n"},
+            {R"({"smartctl": {"exit_status": 0}, "device": {"name": "/dev/sda"}})",
+             "drives 1: device=/dev/sda\n", "1 lines\ngap 1: the SMART status is missing\n"},
+            {"smartctl: not found\n", "",
+             "1 lines, 1 not understood (1)\ngap 1: no JSON is in it\n"},
+            {"{}", "", "1 lines\ngap 1: it is not smartctl's\n"},
+            {"{\"a\": [1, 2", "", "1 lines\ngap 1: its JSON cannot be read\n"},
+            {"x\n{\n\"smartctl\": {\"exit_status\": 0}, \"smart_status\": {\"passed\": true}\n}\ny\n",
+             "drives 2: smart_alert=no\n", "5 lines, 2 not understood (1)\n"},
+            {std::string(100000, '['), "",
+             "1 lines, 1 not understood (1)\ngap 1: no JSON is in it\n"},
+            {"{\"a\":" + std::string(100000, '['), "",
+             "1 lines\ngap 1: its JSON is nested too deeply\n"},
+        });
+    const auto read = read_text(read_smartctl, kAta);
+    ASSERT_FALSE(read.found.drives.empty());
+    EXPECT_EQ(read.found.drives[0].elsewhere.front().field, "smart_alert");
+    EXPECT_EQ(read.found.drives[0].elsewhere.front().place.line, 13);
+    for (std::size_t size = 0; size + 2 < kAta.size(); ++size)
+        EXPECT_FALSE(read_text(read_smartctl, kAta.substr(0, size)).how.whole()) << size;
+}
+
+TEST(Lsblk, is_read) {
+    expect(read_lsblk,
+           {
+               {R"({"blockdevices": [
+  {"name":"sda","type":"disk","size":1000204886016,"model":"EX 1000","serial":"Z1X00000",
+   "wwn":"0x5000c500a0000000","rota":true,"tran":"sata","log-sec":512,
+   "children":[{"name":"sda1","type":"part"}]},
+  {"name":"nvme0n1","type":"disk","size":"2000","serial":"S64","rota":"0","tran":"nvme"},
+  {"name":"sdb","type":"disk","size":5,"model":"RAID","serial":"0062","rota":true,"tran":null},
+  {"name":"sdc","type":"disk","serial":"U1","tran":"usb"},
+  {"name":"loop0","type":"loop"}
+]})",
+                "drives 2: capacity_bytes=1000204886016 interface=SATA media=HDD sector_bytes=512 "
+                "model=EX 1000 serial=Z1X00000 wwn=5000c500a0000000 device=/dev/sda\n"
+                "drives 5: capacity_bytes=2000 interface=NVMe media=SSD serial=S64 "
+                "device=/dev/nvme0n1\n"
+                "drives 6: capacity_bytes=5 model=RAID serial=0062 device=/dev/sdb\n",
+                "9 lines\n"},
+               {"{\"blockdevices\": 1}", "", "1 lines\ngap 1: it is not lsblk's\n"},
+           });
+}
+
+TEST(Ssacli, is_read) {
+    const std::string text =
+        "\nSmart Array P440ar in Slot 0 (Embedded)\n   Bus Interface: PCI\n   Slot: 0\n"
+        "   Serial Number: PDNLH0\n   Controller Status: OK\n   Firmware Version: 4.52-0\n"
+        "   Battery/Capacitor Count: 1\n   Battery/Capacitor Status: Failed\n"
+        "   Capacitor Temperature  (C): 38\n\n"
+        "   Internal Drive Cage at Port 1I, Box 1, OK\n      Drive Bays: 4\n      Port: 1I\n\n"
+        "   Physical Drives\n"
+        "      physicaldrive 1I:1:1 (port 1I:box 1:bay 1, SAS HDD, 300 GB, OK)\n"
+        "      physicaldrive 1I:1:2 (port 1I:box 1:bay 2, SATA SSD, 1.9 TB, Predictive Failure)\n\n"
+        "   Array: A\n      Interface Type: SAS\n      Status: OK\n\n"
+        "      Logical Drive: 1\n         Size: 279.37 GB\n         Fault Tolerance: 1+0\n"
+        "         Status: Recovering, 12% complete\n         Caching:  Enabled\n"
+        "         Disk Name: /dev/sda\n         Logical Drive Label: boot disk\n\n"
+        "      physicaldrive 1I:1:1\n         Port: 1I\n         Box: 1\n         Bay: 1\n"
+        "         Status: OK\n         Drive Type: Data Drive\n         Interface Type: SAS\n"
+        "         Size: 300 GB\n         Logical/Physical Block Size: 512/512\n"
+        "         Firmware Revision: HPD5\n         Serial Number: 6SE3DCPX\n"
+        "         WWID: 5000C5009D7CA3E1\n         Model: HP      EG0300FBVFL\n"
+        "         Current Temperature (C): 29\n\n"
+        "      physicaldrive 1I:1:2\n         Box: 1\n         Bay: 2\n"
+        "         Status: Predictive Failure\n         Drive Type: Spare Drive\n"
+        "         Interface Type: Solid State SATA\n         Size: 1.9 TB\n"
+        "         Usage remaining: 99.90%\n";
+    expect(
+        read_ssacli,
+        {{text,
+          "controllers 6: number=0 model=Smart Array P440ar serial=PDNLH0 firmware=4.52-0 "
+          "status=OK\n"
+          "batteries 9: controller=0 state=Failed temperature_celsius=38\n"
+          "enclosures 12: controller=0 number=1 slots=4 state=OK model=Internal Drive Cage\n"
+          "volumes 27: controller=0 number=1 raid=1+0 state=Recovering, 12% complete "
+          "cache=Enabled capacity_bytes=299971253371 name=boot disk device=/dev/sda "
+          "operation=Recovering progress_percent=12\n"
+          "drives 36: controller=0 enclosure=1 slot=1 state=OK capacity_bytes=300000000000 "
+          "interface=SAS media=HDD sector_bytes=512 model=EG0300FBVFL serial=6SE3DCPX "
+          "wwn=5000C5009D7CA3E1 firmware=HPD5 temperature_celsius=29 smart_alert=no\n"
+          "drives 50: controller=0 enclosure=1 slot=2 state=Predictive Failure spare=dedicated "
+          "capacity_bytes=1900000000000 interface=SATA media=SSD smart_alert=yes "
+          "percentage_used=0.1\n",
+          "54 lines\n"},
+         {"Error: No controllers detected.\n", "", "1 lines\nerror 1: No controllers detected.\n"},
+         {"", "", "0 lines\ngap 0: no controller is in it\n"}});
+    EXPECT_EQ(
+        describe(
+            read_text(read_ssacli, text.substr(0, text.find("      physicaldrive 1I:1:2\n"))).how),
+        "46 lines\ngap 46: the details of 1I:1:2 are missing\n");
+}
+
+TEST(DriveOf, a_partition_is_its_drive) {
+    EXPECT_EQ(drive_of("sdb1"), "/dev/sdb");
+    EXPECT_EQ(drive_of("/dev/sdaa12"), "/dev/sdaa");
+    EXPECT_EQ(drive_of("nvme0n1p2"), "/dev/nvme0n1");
+    EXPECT_EQ(drive_of("nvme0n1"), "/dev/nvme0n1");
+    EXPECT_EQ(drive_of("dm-3"), "/dev/dm-3");
+}
+
+}  // namespace
+}  // namespace qvhost::inventory
