@@ -3,6 +3,7 @@
 #include "page/write_page.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/facts.h"
+#include "qvhost/finish/judge_report.h"
 #include "qvhost/finish/reasons.h"
 #include "report/report_json.h"
 
@@ -30,6 +31,7 @@ void finish_report(Store& store, const LogDir& dir, const std::filesystem::path&
     store.set_facts(machine_facts(store, dir));
     explain(store, Evidence(dir, tools, started, commands));
     store.commit();
+    judge_report(store, dir, commands);
     write_report_json(store, dir.json());
     write_page(store, dir.report(), dir.path());
 }

@@ -1,0 +1,153 @@
+#include "inventory/survey.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <set>
+#include <span>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "inventory/capture_lines.h"
+#include "inventory/capture_reader.h"
+#include "inventory/ipmi/captures.h"
+#include "inventory/ipmi/join.h"
+#include "inventory/storage/captures.h"
+#include "inventory/storage/join.h"
+#include "inventory/system/captures.h"
+#include "inventory/system/join.h"
+
+namespace qvhost::inventory {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The names of the files in the directory, and of those in its subdirectories, sorted.
+std::set<std::string> files_in(const fs::path& log_dir) {
+    std::set<std::string> names;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(log_dir, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry.depth() > 0) entry.disable_recursion_pending();
+        if (entry->is_symlink(error) || !entry->is_regular_file(error)) continue;
+        names.insert(entry->path().lexically_relative(log_dir).string());
+    }
+    return names;
+}
+
+// A regular file, not through a link; what waits (a pipe) is not opened.
+int open_capture(const fs::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    struct stat info = {};
+    if (fd >= 0 && (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode))) {
+        ::close(fd);
+        errno = EINVAL;
+        return -1;
+    }
+    return fd;
+}
+
+class Surveyor {
+public:
+    Surveyor(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
+             const EventSink& events, Survey& survey)
+        : log_dir_(log_dir), origins_(origins), events_(events), survey_(survey) {
+        names_ = files_in(log_dir);
+        for (const auto& origin : origins) names_.insert(origin.capture);
+    }
+
+    void read_all(std::span<const CaptureReader> readers) {
+        for (const auto& row : readers) {
+            for (const auto& name : names_) {
+                if (reader_for(readers, name) == &row && is_wanted(row, name)) read(row, name);
+            }
+        }
+    }
+
+private:
+    // An event that two captures tell is one event: of the two the one is read that has its end.
+    bool is_wanted(const CaptureReader& reader, const std::string& name) const {
+        if (reader.instead_of && names_.contains(reader.instead_of))
+            return !has_end(reader.instead_of);
+        for (const auto& other : storage_captures()) {
+            if (other.instead_of && name == other.instead_of && names_.contains(other.pattern))
+                return has_end(name);
+        }
+        return true;
+    }
+
+    bool has_end(const std::string& name) const {
+        const int fd = open_capture(log_dir_ / name);
+        if (fd < 0) return false;
+        constexpr off_t kTail = 4096;  // bytes
+        const off_t size = ::lseek(fd, 0, SEEK_END);
+        std::string tail(static_cast<std::size_t>(std::clamp<off_t>(size, 0, kTail)), '\0');
+        const auto got = ::pread(fd, tail.data(), tail.size(), std::max<off_t>(0, size - kTail));
+        ::close(fd);
+        return got == static_cast<ssize_t>(tail.size()) && events_are_whole(tail);
+    }
+
+    void read(const CaptureReader& reader, const std::string& name) {
+        SurveyedCapture capture;
+        capture.name = name;
+        // The last command that wrote it.
+        for (const auto& origin : origins_) {
+            if (origin.capture != name) continue;
+            capture.tool = origin.tool;
+            capture.ended_badly = origin.ended_badly;
+        }
+        const int fd = open_capture(log_dir_ / name);
+        if (fd >= 0) {
+            capture.is_there = true;
+            CaptureLines lines(fd);
+            Reading reading{name, survey_.inventory, events_};
+            reader.read(lines, reading);
+            capture.how = std::move(reading.how);
+        } else if (errno != ENOENT) {
+            capture.is_there = true;
+            capture.how.gaps.push_back({0, std::string("cannot be read: ") + std::strerror(errno)});
+        }
+        survey_.captures.push_back(std::move(capture));
+    }
+
+    const fs::path& log_dir_;
+    const std::vector<CaptureOrigin>& origins_;
+    const EventSink& events_;
+    Survey& survey_;
+    std::set<std::string> names_;
+};
+
+}  // namespace
+
+const SurveyedCapture* Survey::find(const std::string& capture) const {
+    const auto found =
+        std::find_if(captures.begin(), captures.end(),
+                     [&](const SurveyedCapture& one) { return one.name == capture; });
+    return found == captures.end() ? nullptr : &*found;
+}
+
+Survey survey(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
+              const EventSink& events) {
+    Survey result;
+    Surveyor surveyor(log_dir, origins, events, result);
+    surveyor.read_all(storage_captures());
+    surveyor.read_all(ipmi_captures());
+    surveyor.read_all(system_captures());
+    for (auto& [name, gap] : join_storage(result.inventory)) {
+        for (auto& capture : result.captures) {
+            if (capture.name == name) capture.how.gaps.push_back(gap);
+        }
+    }
+    join_bmc(result.inventory);
+    join_machine(result.inventory);
+    return result;
+}
+
+}  // namespace qvhost::inventory

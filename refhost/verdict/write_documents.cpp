@@ -1,0 +1,83 @@
+// Writes docs/inventory.md or docs/findings.md from the tables in the code.
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <variant>
+
+#include "findings/rules.h"
+#include "inventory/fields.h"
+
+namespace {
+
+using namespace qvhost;
+
+// Text in a cell of a Markdown table.
+std::string cell(const std::string& text) {
+    std::string out;
+    for (const char c : text) {
+        if (c == '|') out += '\\';
+        out += c;
+    }
+    return out;
+}
+
+template <class Entity>
+const char* type_of(const inventory::Member<Entity>& member) {
+    constexpr const char* kTypes[] = {"text", "integer", "number", "boolean", "list of texts"};
+    return kTypes[member.index()];
+}
+
+void write_inventory() {
+    std::cout
+        << "# Inventory\n\n"
+           "What qvhost reads from the captures of a collection: entities with typed fields, in\n"
+           "`report.json` below `inventory` and as SQL tables of the same names in the store. A field\n"
+           "that no capture tells is null. Every entity has `capture` and `line` (counted from 1): where\n"
+           "it stands. This page is made of `refhost/inventory/fields.cpp`.\n";
+    inventory::each_kind([](const auto& kind) {
+        std::cout << "\n## " << kind.name << "\n\n"
+                  << kind.meaning << "\n\n"
+                  << "| field | type | unit | meaning | told by |\n|---|---|---|---|---|\n";
+        for (const auto& field : kind.fields)
+            std::cout << "| `" << field.name << "` | " << type_of(field.member) << " | "
+                      << field.unit << " | " << cell(field.meaning) << " | " << cell(field.source)
+                      << " |\n";
+    });
+}
+
+void write_findings() {
+    std::cout
+        << "# Findings\n\n"
+           "The rules by which qvhost judges an inventory and its events. One rule is one row of\n"
+           "`refhost/findings/rules.cpp`, of which this page is made.\n\n"
+           "`critical` wakes somebody, `warning` makes a ticket, `unknown` says that nobody can tell, `notice`\n"
+           "is shown and colours nothing.\n";
+    for (const auto subsystem : findings::kSubsystems) {
+        std::cout
+            << "\n## " << word(subsystem)
+            << "\n\n| rule | severity | looks at | says | threshold | why | known from | Redfish |\n"
+               "|---|---|---|---|---|---|---|---|\n";
+        for (const auto& rule : findings::all_rules()) {
+            if (rule.subsystem != subsystem) continue;
+            std::cout << "| `" << rule.name << "` | " << word(rule.severity) << " | "
+                      << cell(rule.looks_at) << " | " << cell(rule.words) << " | ";
+            if (*rule.unit) std::cout << rule.threshold << ' ' << rule.unit;
+            std::cout << " | " << cell(rule.why) << " | " << cell(rule.source) << " | "
+                      << rule.redfish << " |\n";
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "inventory") == 0) {
+        write_inventory();
+    } else if (argc == 2 && std::strcmp(argv[1], "findings") == 0) {
+        write_findings();
+    } else {
+        std::cerr << "usage: write_documents inventory|findings\n";
+        return 2;
+    }
+    return std::cout.flush() ? 0 : 1;
+}

@@ -1,0 +1,137 @@
+#include "findings/events.h"
+
+#include <gtest/gtest.h>
+
+#include "told.h"
+
+namespace qvhost::findings {
+namespace {
+
+using inventory::Event;
+using EventSeverity = inventory::Severity;
+
+constexpr const char* kNow = "2026-11-21T12:00:00";
+
+Event event(const char* source, const char* time, EventSeverity severity, const char* subject,
+            const char* text) {
+    Event one;
+    one.place = {"selinfo.txt", 1};
+    one.source = source;
+    if (*time) one.time = time;
+    one.severity = severity;
+    if (*subject) one.subject = subject;
+    one.text = text;
+    return one;
+}
+
+Lines judged(const std::vector<Event>& events, const inventory::Inventory& inventory = {}) {
+    EventJudge judge;
+    for (const auto& one : events) judge.take(one);
+    Collector findings;
+    judge.finish(inventory, kNow, findings);
+    return told(findings);
+}
+
+TEST(Events, AnUncorrectedMemoryErrorIsCriticalForAWeek) {
+    const auto at = [](const char* time) {
+        return judged({event("bmc", time, EventSeverity::critical, "DIMM A1",
+                             "Uncorrectable ECC | Asserted")});
+    };
+    EXPECT_EQ(
+        at("2026-11-20T12:00:00"),
+        Lines{"critical event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC | Asserted"});
+    EXPECT_EQ(
+        at("2026-11-14T12:00:00"),
+        Lines{"critical event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC | Asserted"});
+    EXPECT_EQ(at("2026-11-14T11:00:00"),
+              Lines{"warning event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC | Asserted"});
+    // A clock that was never set: as new as what came before it.
+    EXPECT_EQ(
+        at(""),
+        Lines{"critical event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC | Asserted"});
+}
+
+TEST(Events, AnEventWithoutATimeIsAsOldAsTheOneBeforeIt) {
+    EXPECT_EQ(
+        judged({event("bmc", "2020-01-01T00:00:00", EventSeverity::info, "X", "Presence detected"),
+                event("bmc", "", EventSeverity::critical, "DIMM A1", "Uncorrectable ECC")}),
+        Lines{"warning event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC"});
+}
+
+TEST(Events, CorrectedErrorsCountByDayAndModule) {
+    std::vector<Event> events(
+        24, event("bmc", "2026-11-20T12:00:00", EventSeverity::info, "DIMM A1", "Correctable ECC"));
+    EXPECT_EQ(judged(events),
+              Lines{"notice event_memory_corrected:DIMM_A1 | DIMM A1 | Correctable ECC"});
+    events.push_back(
+        event("bmc", "2026-11-21T12:00:00", EventSeverity::info, "DIMM A1", "Correctable ECC"));
+    EXPECT_EQ(judged(events),
+              Lines{"notice event_memory_corrected:DIMM_A1 | DIMM A1 | Correctable ECC"});
+    events.insert(events.begin(), event("bmc", "2026-11-20T12:00:00", EventSeverity::info,
+                                        "DIMM A1", "Correctable ECC"));
+    EXPECT_EQ(judged(events),
+              Lines{"warning event_memory_many:DIMM_A1 | DIMM A1 | Correctable ECC"});
+}
+
+TEST(Events, WhatTheSensorSaysNowDecides) {
+    inventory::Inventory inventory;
+    inventory::Sensor well;
+    well.name = "CPU1 Temp";
+    well.reading = 40;
+    well.status = "ok";
+    inventory.sensors = {well};
+    const std::vector<Event> crossed{event("bmc", "2026-11-20T12:00:00", EventSeverity::warning,
+                                           "CPU1 Temp", "Upper Critical going high | Asserted")};
+    EXPECT_EQ(
+        judged(crossed, inventory),
+        Lines{
+            "notice event_threshold_past:CPU1_Temp | CPU1 Temp | Upper Critical going high | Asserted"});
+    EXPECT_EQ(
+        judged(crossed),
+        Lines{
+            "warning event_threshold:CPU1_Temp | CPU1 Temp | Upper Critical going high | Asserted"});
+}
+
+TEST(Events, ADeassertionEndsIt) {
+    EXPECT_EQ(judged({event("bmc", "2026-11-20T12:00:00", EventSeverity::warning, "T",
+                            "Upper Critical going high | Asserted"),
+                      event("bmc", "2026-11-20T13:00:00", EventSeverity::info, "T",
+                            "Upper Critical going high | Deasserted")}),
+              Lines{"notice event_threshold_past:T | T | Upper Critical going high | Deasserted"});
+}
+
+TEST(Events, AClearedLogIsNothing) {
+    EXPECT_EQ(judged({event("bmc", "2026-11-20T12:00:00", EventSeverity::warning, "SEL",
+                            "Log area reset/cleared | Asserted")}),
+              Lines{});
+}
+
+TEST(Events, AControllersOwnLogByItsClass) {
+    EXPECT_EQ(judged({event("controller 1", "2026-11-20T12:00:00", EventSeverity::info, "",
+                            "Patrol Read started"),
+                      event("controller 1", "2026-11-20T12:00:00", EventSeverity::critical, "",
+                            "VD 0 is now OFFLINE")}),
+              Lines{"warning event_controller:controller_1 | controller 1 | VD 0 is now OFFLINE"});
+    EXPECT_EQ(judged({event("controller 1", "2026-10-20T12:00:00", EventSeverity::critical, "",
+                            "VD 0 is now OFFLINE")}),
+              Lines{"notice event_controller:controller_1 | controller 1 | VD 0 is now OFFLINE"});
+}
+
+TEST(Events, TheSameOfTheSameIsCounted) {
+    EventJudge judge;
+    for (int i = 0; i < 3; ++i) {
+        auto one = event("kernel", "", EventSeverity::warning, "sda",
+                         "blk_update_request: I/O error, dev sda");
+        one.place.line = 10 + i;
+        judge.take(one);
+    }
+    Collector findings;
+    judge.finish({}, kNow, findings);
+    const auto all = findings.take();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all[0].count, 3);
+    EXPECT_EQ(all[0].evidence, (std::vector<Place>{{"selinfo.txt", 12}, {"selinfo.txt", 10}}));
+}
+
+}  // namespace
+}  // namespace qvhost::findings

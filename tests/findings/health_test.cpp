@@ -1,0 +1,177 @@
+#include "findings/health.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace qvhost::findings {
+namespace {
+
+using inventory::Survey;
+using inventory::SurveyedCapture;
+
+SurveyedCapture whole(const char* name) {
+    SurveyedCapture capture;
+    capture.name = name;
+    capture.is_there = true;
+    capture.how.lines = 10;
+    return capture;
+}
+
+// A server of which everything was read, with one controller.
+Survey healthy() {
+    Survey survey;
+    for (const char* name : {"sensorinfo.txt", "sdrinfo.txt", "selinfo.txt", "selfinfo.txt",
+                             "dmesg.log", "dmidecode.log", "ctrlcount.txt", "c0_showall.txt"})
+        survey.captures.push_back(whole(name));
+    survey.inventory.systems.push_back({{"dmidecode.log", 1}, {}, {}, {}, {}, {}, {}, false});
+    survey.inventory.sensors.emplace_back();
+    survey.inventory.controller_counts.push_back({{"ctrlcount.txt", 1}, "storcli", 1});
+    survey.inventory.controllers.push_back(
+        {{"c0_showall.txt", 1}, 0, {}, {}, {}, "Optimal", {}, {}});
+    return survey;
+}
+
+std::map<std::string, std::string> words_of(const Survey& survey,
+                                            const Circumstances& circumstances = {},
+                                            const std::vector<Finding>& findings = {}) {
+    std::map<std::string, std::string> words;
+    for (const auto& one : judge_health(survey, circumstances, findings))
+        words[word(one.subsystem)] = word(one.health);
+    return words;
+}
+
+SurveyedCapture& capture(Survey& survey, const char* name) {
+    for (auto& one : survey.captures) {
+        if (one.name == name) return one;
+    }
+    throw std::logic_error(name);
+}
+
+using Words = std::map<std::string, std::string>;
+const Words kAllWell{
+    {"temperature", "ok"}, {"cooling", "ok"},   {"power", "ok"},
+    {"memory", "ok"},      {"processor", "ok"}, {"storage", "ok"},
+    {"bmc", "ok"},         {"system", "ok"},    {"collection", "ok"},
+};
+
+TEST(Health, OkWhereEverythingWasReadWhole) { EXPECT_EQ(words_of(healthy()), kAllWell); }
+
+// Each capture that a word rests on, broken in each way: never ok.
+TEST(Health, NeverOkOnBrokenEvidence) {
+    const struct {
+        const char* capture;
+        std::vector<const char*> subsystems;
+    } cases[] = {
+        {"sensorinfo.txt", {"temperature", "cooling", "power", "system"}},
+        {"sdrinfo.txt", {"temperature", "cooling", "power"}},
+        {"selinfo.txt", {"memory", "processor", "system"}},
+        {"dmesg.log", {"memory", "processor", "system"}},
+        {"selfinfo.txt", {"bmc"}},
+        {"c0_showall.txt", {"storage"}},
+    };
+    const std::map<std::string, void (*)(SurveyedCapture&)> breaks{
+        {"killed", [](SurveyedCapture& c) { c.ended_badly = "killed by signal 9"; }},
+        {"gone", [](SurveyedCapture& c) { c.is_there = false; }},
+        {"empty", [](SurveyedCapture& c) { c.how.lines = 0; }},
+        {"shifted",
+         [](SurveyedCapture& c) {
+             c.how.gaps.push_back({3, "a row of 4 cells"});
+         }},
+        {"refused",
+         [](SurveyedCapture& c) {
+             c.how.errors.push_back({3, "Un-supported"});
+         }},
+    };
+    for (const auto& one : cases) {
+        for (const auto& [name, broken] : breaks) {
+            auto survey = healthy();
+            broken(capture(survey, one.capture));
+            auto expected = kAllWell;
+            for (const char* subsystem : one.subsystems) expected[subsystem] = "unknown";
+            EXPECT_EQ(words_of(survey), expected) << one.capture << " " << name;
+        }
+    }
+}
+
+TEST(Health, WhatIsMissingIsSaidInWords) {
+    auto survey = healthy();
+    capture(survey, "selfinfo.txt").tool = "ipmitool";
+    capture(survey, "selfinfo.txt").ended_badly = "killed by signal 9";
+    for (const auto& one : judge_health(survey, {}, {})) {
+        if (one.subsystem != Subsystem::bmc) continue;
+        EXPECT_EQ(one.missing,
+                  std::vector<std::string>{"selfinfo.txt: ipmitool killed by signal 9"});
+    }
+}
+
+TEST(Health, FindingsWeighMoreThanWhatIsMissing) {
+    auto survey = healthy();
+    capture(survey, "sensorinfo.txt").is_there = false;
+    Finding finding;
+    finding.subsystem = Subsystem::power;
+    finding.severity = Severity::warning;
+    auto notice = finding;
+    notice.subsystem = Subsystem::cooling;
+    notice.severity = Severity::notice;
+    const auto words = words_of(survey, {}, {finding, notice});
+    EXPECT_EQ(words.at("power"), "warning");
+    EXPECT_EQ(words.at("cooling"), "unknown");
+}
+
+TEST(Health, AControllerThatWasNotAskedIsMissing) {
+    auto survey = healthy();
+    survey.inventory.controller_counts[0].count = 2;
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+}
+
+TEST(Health, ARaidControllerWithoutItsToolIsMissing) {
+    auto survey = healthy();
+    survey.captures.push_back(whole("host_lspci.txt"));
+    survey.inventory.pci_devices.push_back({{"host_lspci.txt", 2},
+                                            "03:00.0",
+                                            "RAID bus controller",
+                                            "Adaptec Series 8 12G SAS/PCIe 3"});
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+}
+
+TEST(Health, NoBmcIsAbsentOnlyOnEvidence) {
+    Survey survey;
+    for (const char* name : {"dmesg.log", "dmidecode.log"}) survey.captures.push_back(whole(name));
+    survey.inventory.systems.push_back({{"dmidecode.log", 1}, {}, {}, {}, {}, {}, {}, true});
+    auto words = words_of(survey);
+    EXPECT_EQ(words.at("temperature"), "absent");
+    EXPECT_EQ(words.at("bmc"), "absent");
+    EXPECT_EQ(words.at("memory"), "ok");
+
+    // dmidecode names an IPMI device: a BMC is expected.
+    survey.inventory.ipmi_devices.push_back({{"dmidecode.log", 300}, "KCS"});
+    EXPECT_EQ(words_of(survey).at("temperature"), "unknown");
+    EXPECT_EQ(words_of(survey).at("bmc"), "unknown");
+
+    // It was cut off, so it says nothing of what it does not name.
+    survey.inventory.ipmi_devices.clear();
+    survey.inventory.systems[0].is_virtual = false;
+    capture(survey, "dmidecode.log").how.gaps.push_back({200, "it ends in the middle"});
+    EXPECT_EQ(words_of(survey).at("temperature"), "unknown");
+}
+
+TEST(Health, ACommandThatDiedMakesTheCollectionUnknown) {
+    EXPECT_EQ(
+        words_of(healthy(), {"", "", {"ipmitool sensor: killed by signal 9"}}).at("collection"),
+        "unknown");
+    EXPECT_EQ(words_of(healthy(), {"", "the user ended it", {}}).at("collection"), "unknown");
+}
+
+TEST(Health, NoStorageIsAbsentOnlyOnEvidence) {
+    Survey survey;
+    survey.captures = {whole("ctrlcount.txt"), whole("host_lspci.txt")};
+    survey.inventory.controller_counts.push_back({{"ctrlcount.txt", 1}, "storcli", 0});
+    EXPECT_EQ(words_of(survey).at("storage"), "absent");
+    survey.inventory.pci_devices.push_back(
+        {{"host_lspci.txt", 2}, "00:17.0", "SATA controller", "Intel"});
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+}
+
+}  // namespace
+}  // namespace qvhost::findings

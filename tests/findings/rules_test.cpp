@@ -1,0 +1,44 @@
+#include "findings/rules.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace qvhost::findings {
+namespace {
+
+TEST(Rules, EachHasANameOfItsOwnAndSaysWhy) {
+    std::set<std::string> names;
+    for (const Rule& one : all_rules()) {
+        EXPECT_TRUE(names.insert(one.name).second) << one.name;
+        for (const char* text : {one.looks_at, one.words, one.why, one.source})
+            EXPECT_STRNE(text, "") << one.name;
+        EXPECT_EQ(one.threshold > 0 || std::string(one.unit) == "more than",
+                  std::string(one.unit) != "")
+            << one.name;
+        EXPECT_EQ(&rule(one.name), &one);
+    }
+    EXPECT_THROW(rule("no_such_rule"), std::logic_error);
+}
+
+// What must wake somebody, whatever else changes.
+TEST(Rules, WhatIsCritical) {
+    for (const char* name :
+         {"volume_offline", "volume_no_redundancy", "topology_offline", "topology_no_redundancy",
+          "drive_failed_no_redundancy", "drive_predicted_no_redundancy", "drive_spare_low",
+          "temperature_critical", "power_insufficient", "cooling_insufficient",
+          "drive_bay_array_failed", "event_memory_error", "event_processor"})
+        EXPECT_EQ(rule(name).severity, Severity::critical) << name;
+}
+
+// What is shown and colours nothing.
+TEST(Rules, WhatIsANotice) {
+    for (const char* name :
+         {"volume_maintenance", "battery_maintenance", "drive_other_errors", "memory_corrected",
+          "event_memory_corrected", "event_threshold_past", "not_understood"})
+        EXPECT_EQ(rule(name).severity, Severity::notice) << name;
+}
+
+}  // namespace
+}  // namespace qvhost::findings

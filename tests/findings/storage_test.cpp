@@ -1,0 +1,239 @@
+#include "findings/storage.h"
+
+#include <gtest/gtest.h>
+
+#include "told.h"
+
+namespace qvhost::findings {
+namespace {
+
+using inventory::Drive;
+using inventory::Inventory;
+using inventory::TopologyRow;
+using inventory::Volume;
+
+Drive drive(int slot, const char* state, std::optional<int> group = std::nullopt) {
+    Drive one;
+    one.place = {"c0_showall.txt", 40 + slot};
+    one.controller = 0;
+    one.enclosure = 8;
+    one.slot = slot;
+    one.state = state;
+    if (group) one.drive_group = *group;
+    one.serial = "Z" + std::to_string(slot);
+    return one;
+}
+
+Volume volume(int number, const char* raid, const char* state) {
+    Volume one;
+    one.place = {"c0_showall.txt", 20 + number};
+    one.controller = 0;
+    one.drive_group = number;
+    one.number = number;
+    one.raid = raid;
+    one.state = state;
+    return one;
+}
+
+TopologyRow row(int group, const char* type, const char* state) {
+    TopologyRow one;
+    one.place = {"c0_showall.txt", 10};
+    one.controller = 0;
+    one.drive_group = group;
+    one.type = type;
+    one.state = state;
+    return one;
+}
+
+Lines judged(const Inventory& inventory) {
+    Collector findings;
+    judge_storage(inventory, findings);
+    return told(findings);
+}
+
+TEST(Storage, HealthyThingsHaveNoFinding) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID1", "Optl")};
+    for (const char* state : {"Onln", "JBOD", "GHS", "DHS", "UGood"})
+        inventory.drives.push_back(drive(static_cast<int>(inventory.drives.size()), state));
+    inventory.topology = {row(0, "RAID1", "Optl")};
+    inventory.controllers.push_back({{"c0_showall.txt", 6}, 0, "X", "S", "1", "Optimal", 1, 5});
+    inventory.batteries.push_back({{"c0_showall.txt", 90}, 0, "CVPM05", "Optimal", 100, 24.0});
+    EXPECT_EQ(judged(inventory), Lines{});
+}
+
+TEST(Storage, StatesOfVolumes) {
+    const struct {
+        const char* raid;
+        const char* state;
+        const char* line;
+    } cases[] = {
+        {"RAID5", "OfLn",
+         "critical volume_offline:c0_v0 | Volume 0 of controller 0 (RAID5) | state OfLn"},
+        {"RAID5", "Dgrd",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID5) | state Dgrd"},
+        {"RAID6", "Dgrd",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID6) | state Dgrd"},
+        {"RAID6", "Pdgd",
+         "warning volume_degraded:c0_v0 | Volume 0 of controller 0 (RAID6) | state Pdgd"},
+        {"6", "Degraded",
+         "warning volume_degraded:c0_v0 | Volume 0 of controller 0 (6) | state Degraded"},
+        {"5", "Degraded",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (5) | state Degraded"},
+        {"RAID1", "Odd",
+         "warning volume_state:c0_v0 | Volume 0 of controller 0 (RAID1) | state Odd"},
+        {"raid1", "clean, degraded, recovering",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (raid1) | state clean, degraded, recovering"},
+    };
+    for (const auto& one : cases) {
+        Inventory inventory;
+        inventory.volumes = {volume(0, one.raid, one.state)};
+        EXPECT_EQ(judged(inventory), Lines{one.line});
+    }
+}
+
+TEST(Storage, TheVolumeDecidesHowBadAFailedDriveIs) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID5", "Dgrd"), volume(1, "RAID6", "Pdgd")};
+    inventory.drives = {drive(0, "Offln", 0), drive(1, "Offln", 1), drive(2, "UBad")};
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID5) | state Dgrd",
+            "critical drive_failed_no_redundancy:Z0 | Drive 8:0 of controller 0, serial Z0 | state Offln",
+            "warning volume_degraded:c0_v1 | Volume 1 of controller 0 (RAID6) | state Pdgd",
+            "warning drive_failed:Z1 | Drive 8:1 of controller 0, serial Z1 | state Offln",
+            "warning drive_unconfigured_bad:Z2 | Drive 8:2 of controller 0, serial Z2 | state UBad"}));
+}
+
+TEST(Storage, WhatBelongsToOneDriveIsOneFinding) {
+    Inventory inventory;
+    inventory.drives = {drive(3, "Offln", 0)};
+    inventory.drives[0].smart_alert = true;
+    inventory.drives[0].media_errors = 218;
+    inventory.drives[0].other_errors = 4;
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{"warning drive_failed:Z3 | Drive 8:3 of controller 0, serial Z3 | state Offln; "
+               "SMART alert; 218 media errors; 4 other errors"}));
+}
+
+TEST(Storage, CountersAtTheirThresholds) {
+    Inventory inventory;
+    inventory.drives = {drive(0, "Onln"), drive(1, "Onln"), drive(2, "Onln"), drive(3, "Onln")};
+    inventory.drives[0].media_errors = 0;
+    inventory.drives[0].predicted_failures = 0;
+    inventory.drives[0].other_errors = 0;
+    inventory.drives[0].percentage_used = 79;
+    inventory.drives[0].available_spare_percent = 11;
+    inventory.drives[1].media_errors = 1;
+    inventory.drives[2].percentage_used = 80;
+    inventory.drives[2].available_spare_percent = 10;
+    inventory.drives[3].other_errors = 1;
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical drive_spare_low:Z2 | Drive 8:2 of controller 0, serial Z2 | 10 % of its spare blocks left; "
+            "80 % of its life used",
+            "warning drive_media_errors:Z1 | Drive 8:1 of controller 0, serial Z1 | 1 media errors",
+            "notice drive_other_errors:Z3 | Drive 8:3 of controller 0, serial Z3 | 1 other errors"}));
+}
+
+TEST(Storage, AForeignDriveIsHealthyInItsStateAlone) {
+    Inventory inventory;
+    inventory.drives = {drive(0, "UGood")};
+    inventory.drives[0].is_foreign = true;
+    EXPECT_EQ(
+        judged(inventory),
+        Lines{
+            "warning drive_foreign:Z0 | Drive 8:0 of controller 0, serial Z0 | foreign configuration"});
+}
+
+TEST(Storage, RebuildsAndRoutineWork) {
+    Inventory inventory;
+    inventory.drives = {drive(0, "Rbld", 0)};
+    inventory.drives[0].rebuild_percent = 42;
+    inventory.volumes = {volume(1, "RAID1", "Optl")};
+    inventory.volumes[0].operation = "CC";
+    inventory.volumes[0].progress_percent = 12.5;
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "warning drive_rebuild:Z0 | Drive 8:0 of controller 0, serial Z0 | state Rbld, rebuilt to 42 %",
+            "notice volume_maintenance:c0_v1 | Volume 1 of controller 0 (RAID1) | CC at 12.5 %"}));
+}
+
+TEST(Storage, TheTopologySpeaksWhereNoVolumeDoes) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID5", "Optl"), volume(1, "RAID5", "Dgrd")};
+    inventory.topology = {row(0, "RAID5", "Dgrd"), row(0, "DRIVE", "Onln"), row(1, "RAID5", "Dgrd"),
+                          row(2, "RAID6", "Pdgd")};
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v1 | Volume 1 of controller 0 (RAID5) | state Dgrd",
+            "critical topology_no_redundancy:c0_dg0 | Drive group 0 of controller 0 | topology says Dgrd for RAID5",
+            "warning topology_state:c0_dg2 | Drive group 2 of controller 0 | topology says Pdgd for RAID6"}));
+}
+
+TEST(Storage, AMissingMemberIsADriveWithoutASlot) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID5", "Dgrd")};
+    inventory.topology = {row(0, "DRIVE", "Msng")};
+    inventory.topology[0].row = 2;
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID5) | state Dgrd",
+            "critical drive_failed_no_redundancy:c0_dg0_row2 | Drive at row 2 of drive group 0 of controller 0 | "
+            "topology says Msng"}));
+}
+
+TEST(Storage, PredictedFailuresWeighMoreWithoutRedundancy) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID5", "Dgrd")};
+    inventory.drives = {drive(0, "Onln", 0), drive(1, "Onln", 1)};
+    inventory.drives[0].predicted_failures = 1;
+    inventory.drives[1].smart_alert = true;
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID5) | state Dgrd",
+            "critical drive_predicted_no_redundancy:Z0 | Drive 8:0 of controller 0, serial Z0 | 1 predicted failures",
+            "warning drive_predicted:Z1 | Drive 8:1 of controller 0, serial Z1 | SMART alert"}));
+}
+
+TEST(Storage, ControllersBatteriesEnclosures) {
+    Inventory inventory;
+    inventory.controllers.push_back(
+        {{"c0_showall.txt", 6}, 0, "M", "SV1", "1", "Needs Attention", 1, 5});
+    inventory.controllers.push_back({{"c1_showall.txt", 6}, 1, "M", {}, "1", "Failed", 1, 5});
+    inventory.batteries.push_back(
+        {{"c0_showall.txt", 90}, 0, "BBU", "Dgd(Needs Attention)", {}, {}});
+    inventory.batteries.push_back({{"c1_showall.txt", 90}, 1, "BBU", "Learning", {}, {}});
+    inventory.enclosures.push_back({{"c0_showall.txt", 95}, 0, 8, 24, "Critical", "E", {}});
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical controller_failed:c1 | Controller 1, M | status Failed",
+            "warning controller_attention:SV1 | Controller 0, M | status Needs Attention",
+            "warning battery:c0_battery | Battery of controller 0, BBU | state Dgd(Needs Attention)",
+            "warning enclosure_state:c0_e8 | Enclosure 8 of controller 0 | state Critical",
+            "notice battery_maintenance:c1_battery | Battery of controller 1, BBU | state Learning"}));
+}
+
+TEST(Storage, WhereTheToolNamesNoGroupsItsControllerDecides) {
+    Inventory inventory;
+    Volume lost = volume(0, "5", "Degraded");
+    lost.drive_group.reset();
+    inventory.volumes = {lost};
+    inventory.drives = {drive(0, "Failed")};
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (5) | state Degraded",
+            "critical drive_failed_no_redundancy:Z0 | Drive 8:0 of controller 0, serial Z0 | state Failed"}));
+}
+
+}  // namespace
+}  // namespace qvhost::findings
