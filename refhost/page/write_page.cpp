@@ -74,8 +74,9 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
 
 ordered_json meta_of(const Store& store) {
     auto meta = ordered_json::object();
-    for (const char* key : {"started", "finished", "seconds", "status", "qvhost", "limits"})
+    for (const char* key : {"started", "finished", "seconds", "qvhost", "limits"})
         meta[key] = store.meta(key);
+    meta["status"] = store.status_text();
     return meta;
 }
 

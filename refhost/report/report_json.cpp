@@ -1,7 +1,9 @@
 #include "report/report_json.h"
 
+#include <charconv>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <system_error>
 
 #include "files/new_file.h"
 #include "report/json_text.h"
@@ -36,6 +38,32 @@ ordered_json layout_of(const Layout& layout) {
     return nullptr;
 }
 
+// Which machine, when, by whom. What is not known is null.
+ordered_json collection_of(const Store& store) {
+    const auto known = [&](const char* key) {
+        const auto value = store.meta(key);
+        return value.empty() ? ordered_json() : ordered_json(value);
+    };
+    const auto uptime = store.meta("uptime_seconds");
+    long seconds = 0;
+    const auto [end, error] =
+        std::from_chars(uptime.data(), uptime.data() + uptime.size(), seconds);
+    // clang-format off
+    return {
+        {"host",           known("host")},
+        {"machine_id",     known("machine_id")},
+        {"os",             known("os")},
+        {"kernel",         known("kernel")},
+        {"uptime_seconds", error == std::errc() ? ordered_json(seconds) : ordered_json()},
+        {"run_as",         known("run_as")},
+        {"started",        known("started")},
+        {"finished",       known("finished")},
+        {"status",         store.meta("status") == "complete" ? "complete" : "incomplete"},
+        {"version",        known("qvhost")},
+    };
+    // clang-format on
+}
+
 void put_record(const Record& record, std::string& json) {
     json += R"({"table":)";
     put_json_text(record.table, json);
@@ -64,7 +92,8 @@ void put_record(const Record& record, std::string& json) {
 }  // namespace
 
 void write_report_json(const Store& store, std::ostream& out) {
-    out << "{\"modules\":[";
+    out << "{\"format\":" << kReportFormat << ",\n\"collection\":" << text_of(collection_of(store))
+        << ",\n\"modules\":[";
     const char* module_separator = "\n";
     for (const auto& module : store.modules()) {
         out << module_separator << "{\"name\":" << text_of(module.name)

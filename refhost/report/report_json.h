@@ -8,6 +8,9 @@
 
 namespace qvhost {
 
+// Counts the changes of the format that a reader has to know of.
+inline constexpr int kReportFormat = 1;
+
 // One table a line, one record a line, so that two reports can be compared by eye. Bytes that are
 // not UTF-8 become U+FFFD. Memory does not grow with the number of records.
 void write_report_json(const Store& store, std::ostream& out);

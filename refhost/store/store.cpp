@@ -89,6 +89,16 @@ std::string Store::meta(const std::string& key) const {
     });
 }
 
+void Store::set_status(const std::string& incomplete_because) {
+    set_meta("status", incomplete_because.empty() ? "complete" : "incomplete");
+    set_meta("incomplete_because", incomplete_because);
+}
+
+std::string Store::status_text() const {
+    const auto because = meta("incomplete_because");
+    return meta("status") + (because.empty() ? "" : ": " + because);
+}
+
 void Store::set_facts(const std::vector<Fact>& facts) {
     with_file_name(impl_->path, [&] {
         impl_->begin();

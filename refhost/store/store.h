@@ -75,6 +75,12 @@ public:
     void set_meta(const std::string& key, const std::string& value);
     std::string meta(const std::string& key) const;  // empty if not set
 
+    // How the collection ended: the meta values "status", which is "running", "complete" or "incomplete",
+    // and "incomplete_because". An empty reason: it is complete.
+    void set_status(const std::string& incomplete_because);
+    // "complete", "incomplete: REASON", ... for people.
+    std::string status_text() const;
+
     void set_facts(const std::vector<Fact>& facts);
     std::vector<Fact> facts() const;
     void set_commands(const std::vector<CommandInfo>& commands);

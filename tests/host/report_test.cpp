@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
@@ -32,7 +33,9 @@ TEST_F(Report, AsItIsPromised) {
     }
     std::ostringstream out;
     write_report_json(Store(path(), Store::Mode::read), out);
-    EXPECT_EQ(out.str(), R"({"modules":[
+    EXPECT_EQ(out.str(), R"({"format":1,
+"collection":{"host":null,"machine_id":null,"os":null,"kernel":null,"uptime_seconds":null,"run_as":null,"started":null,"finished":null,"status":"incomplete","version":null},
+"modules":[
 {"name":"M","display":"A \"module\"","tables":[
 {"id":"ROWS","layout":{"kind":"rows","headers":["a","b"],"widths":[60,40],"flag":false}},
 {"id":"COLUMNS","layout":{"kind":"columns","headers":["a"],"width":30,"count":1}},
@@ -70,9 +73,45 @@ TEST_F(Report, AnEmptyCollection) {
     { const Store store(path(), Store::Mode::create); }
     std::ostringstream out;
     write_report_json(Store(path(), Store::Mode::read), out);
-    EXPECT_EQ(nlohmann::json::parse(out.str()),
-              (nlohmann::json{{"modules", nlohmann::json::array()},
-                              {"records", nlohmann::json::array()}}));
+    const auto report = nlohmann::json::parse(out.str());
+    EXPECT_EQ(report["modules"], nlohmann::json::array());
+    EXPECT_EQ(report["records"], nlohmann::json::array());
+}
+
+TEST_F(Report, TellsWhichCollectionItIs) {
+    {
+        Store store(path(), Store::Mode::create);
+        for (const auto& [key, value] : std::map<std::string, std::string>{
+                 {"host", "kp220"},
+                 {"machine_id", std::string(32, 'a')},
+                 {"os", "Some \"OS\" \xff 12"},
+                 {"kernel", "5.14.21"},
+                 {"uptime_seconds", "3241"},
+                 {"run_as", "root"},
+                 {"started", "2026-11-21T01:20:40Z"},
+                 {"finished", "2026-11-21T01:21:40Z"},
+                 {"qvhost", "1.2.3"},
+                 {"limits", "of another view's interest"},
+             })
+            store.set_meta(key, value);
+        store.set_status("");
+        store.commit();
+    }
+    const auto collection = [&] {
+        std::ostringstream out;
+        write_report_json(Store(path(), Store::Mode::read), out);
+        return nlohmann::ordered_json::parse(out.str())["collection"];
+    };
+    EXPECT_EQ(collection().dump(),
+              R"({"host":"kp220","machine_id":"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",)"
+              "\"os\":\"Some \\\"OS\\\" \xef\xbf\xbd 12\","
+              R"("kernel":"5.14.21","uptime_seconds":3241,"run_as":"root",)"
+              R"("started":"2026-11-21T01:20:40Z","finished":"2026-11-21T01:21:40Z",)"
+              R"("status":"complete","version":"1.2.3"})");
+    for (const char* other : {"running", "incomplete", "incomplete: as older programs wrote it"}) {
+        Store(path(), Store::Mode::update).set_meta("status", other);
+        EXPECT_EQ(collection()["status"], "incomplete") << other;
+    }
 }
 
 TEST_F(Report, TheFileIsThereWholeOrNotAtAll) {

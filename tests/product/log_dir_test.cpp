@@ -97,7 +97,7 @@ TEST_F(LogDirectory, TwoRunsAtOnceAreRefused) {
     EXPECT_TRUE(fs::exists(log_dir() / "report" / "collection.journal")) << "left to its owner";
 
     ::kill(first, SIGTERM);
-    EXPECT_EQ(finish(first).exit, 1);
+    EXPECT_EQ(finish(first).exit, 3);
     EXPECT_EQ(counts(store_in(log_dir())).at("A_BEFORE"), 1000);
     EXPECT_EQ(run(collect("calm")).exit, 0) << "it is free again";
 }

@@ -143,6 +143,28 @@ TEST_F(Replay, UnameIsTheMachines) {
     EXPECT_EQ(ask({"uname -i"}), (std::vector<Answer>{{"x86_64\n"}}));
 }
 
+TEST_F(Replay, TheReportTellsTheRecordedMachine) {
+    const json identity = {{"host", "kp220"},
+                           {"machine_id", "0123456789abcdef0123456789abcdef"},
+                           {"os", "Some OS 15"},
+                           {"kernel", "5.14.21-default"},
+                           {"uptime_seconds", 3241}};
+    for (const bool known : {true, false}) {
+        json description = {{"commands", json::array()}};
+        if (known) description.update(identity);
+        write_file(machine() / "machine.json", description.dump());
+        ASSERT_EQ(run(replay("", log_dir())).exit, 0);
+        const auto collection = report_json(log_dir())["collection"];
+        for (const auto& [key, value] : identity.items()) {
+            EXPECT_EQ(json(collection[key]), known ? value : json()) << key;
+            EXPECT_TRUE(collection.contains(key)) << key;
+        }
+        EXPECT_EQ(collection["status"], "complete");
+        EXPECT_EQ(collection["version"], QV_VERSION);
+        EXPECT_EQ(report_json(log_dir())["format"], 1);
+    }
+}
+
 TEST_F(Replay, FiltersOfCommandLinesWork) {
     write_file(machine() / "modules.txt", "Module\nipmi_si 1\nipmi_devintf 2\nipmi_x:y 3\n");
     record({{{"tool", "lsmod"}, {"args", ""}, {"stdout", "modules.txt"}}});
@@ -178,7 +200,7 @@ TEST_F(Replay, ATakenTimeIsTakenAndEndsWithTheRun) {
         return false;
     });
     ::kill(pid, SIGINT);
-    EXPECT_EQ(finish(pid).exit, 1);
+    EXPECT_EQ(finish(pid).exit, 3);
     EXPECT_EQ(family(), std::vector<pid_t>());
     EXPECT_TRUE(fs::is_empty(temporary())) << "the throw-away directory is gone";
 }

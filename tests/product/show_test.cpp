@@ -60,7 +60,7 @@ TEST_F(Show, WhatIsNotThereIsNamed) {
 TEST_F(Show, AStoresStatusIsTextToo) {
     ASSERT_EQ(run(collect("calm")).exit, 0);
     qvhost::Store(store_in(log_dir()), qvhost::Store::Mode::update)
-        .set_meta("status", "incomplete: \033[2Jnothing\nto see");
+        .set_status("\033[2Jnothing\nto see");
     const auto shown = run({"show", log_dir(), "EMPTY"});
     EXPECT_EQ(shown.err, "qvhost: this collection is incomplete: \\x1b[2Jnothing\\x0ato see\n");
     EXPECT_EQ(shown.out, kEmpty);

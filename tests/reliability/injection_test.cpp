@@ -79,7 +79,8 @@ protected:
                          std::to_string(place) + ". time");
             const auto outcome = run_with(hit, place);
             // 127: the loader could not load the program.
-            ASSERT_TRUE(outcome.exit == 0 || outcome.exit == 1 || outcome.exit == 127)
+            ASSERT_TRUE(outcome.exit == 0 || outcome.exit == 1 || outcome.exit == 3 ||
+                        outcome.exit == 127)
                 << "exit " << outcome.exit << " signal " << outcome.signal << outcome.err;
             EXPECT_EQ(family(), std::vector<pid_t>());
             if (outcome.exit != 0) {

@@ -97,7 +97,7 @@ TEST_F(CollectionLimits, WhatIsPartialIsCalledSoEverywhere) {
 TEST_F(CollectionLimits, AModuleThatHangsItselfIsEnded) {
     const auto outcome = run(Invocation{.arguments = collect("faults", {"--module-timeout", "1"}),
                                         .environment = {{"QV_TEST_FAULT", "hang"}}});
-    EXPECT_EQ(outcome.exit, 1);
+    EXPECT_EQ(outcome.exit, 3);
     EXPECT_NE(outcome.err.find("took longer than 1 s while it collected M_FAULT"),
               std::string::npos)
         << outcome.err;

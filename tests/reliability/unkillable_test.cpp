@@ -101,7 +101,7 @@ TEST_F(UnkillableProcess, TheCollectingProcessIsNamedAndLeft) {
     {
         const Unkillable held(child);
         const auto ended = finish(program);
-        EXPECT_EQ(ended.exit, 1);
+        EXPECT_EQ(ended.exit, 3);
         EXPECT_NE(ended.err.find("process " + std::to_string(child) +
                                  " cannot be killed and is left behind"),
                   std::string::npos)

@@ -86,8 +86,9 @@ struct Entry {
 // clang-format off
 constexpr Entry kExitStatus[] = {
     {"0", "Done; also if tools failed, whose failures the report tells."},
-    {"1", "It could not be done, or is incomplete. A message on standard error says why."},
+    {"1", "It could not be done. A message on standard error says why."},
     {"2", "The command line was wrong."},
+    {"3", "The collection is incomplete, but there is a report of it."},
 };
 
 constexpr Entry kEnvironment[] = {

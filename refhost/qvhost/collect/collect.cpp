@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ctime>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 
 #include "qvhost/base/ambient.h"
@@ -29,6 +30,11 @@ namespace qvhost {
 namespace fs = std::filesystem;
 
 namespace {
+
+// Exit statuses.
+constexpr int kComplete = 0;
+constexpr int kNothingCollected = 1;
+constexpr int kIncomplete = 3;
 
 // "2026-11-21T01:20:40Z"
 std::string utc_now() {
@@ -64,6 +70,20 @@ void expect_trusted(const fs::path& programs) {
         throw std::runtime_error("nothing is run from there: " + reason);
 }
 
+// What is not known is left out.
+void note_machine(Store& store, const MachineIdentity& machine) {
+    const auto note = [&](const char* key, const std::optional<std::string>& value) {
+        if (value) store.set_meta(key, *value);
+    };
+    note("host", machine.host);
+    note("machine_id", machine.machine_id);
+    note("os", machine.os);
+    note("kernel", machine.kernel);
+    if (machine.uptime_seconds)
+        store.set_meta("uptime_seconds", std::to_string(*machine.uptime_seconds));
+    store.set_meta("run_as", effective_user());
+}
+
 void remove_if_empty(const fs::path& file) {
     std::error_code ignored;
     if (fs::file_size(file, ignored) == 0) fs::remove(file, ignored);
@@ -96,6 +116,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
+        note_machine(store, stage.machine);
         store.commit();
 
         JournalReader journal(dir.journal());
@@ -112,7 +133,7 @@ int collect(CollectOptions options, const Stage& stage) {
         importer.explain_unreached();
         store.set_meta("finished", utc_now());
         store.set_meta("seconds", text_of_seconds_since(begun));
-        store.set_meta("status", problem.empty() ? "complete" : "incomplete: " + problem);
+        store.set_status(problem);
         remove_if_empty(dir.console());
         finish_report(store, dir, stage.vendor_tools(), started);
     }
@@ -122,9 +143,12 @@ int collect(CollectOptions options, const Stage& stage) {
     const Store store(dir.store(), Store::Mode::read);
     print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
     if (!problem.empty()) warn("the collection is incomplete: " + problem);
-    return problem.empty() ? 0 : 1;
+    if (problem.empty()) return kComplete;
+    return store.modules().empty() ? kNothingCollected : kIncomplete;
 }
 
-int collect_here(const CollectOptions& options) { return collect(options, {program_file()}); }
+int collect_here(const CollectOptions& options) {
+    return collect(options, {.program = program_file(), .machine = this_machine()});
+}
 
 }  // namespace qvhost

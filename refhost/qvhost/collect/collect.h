@@ -6,7 +6,8 @@
 
 namespace qvhost {
 
-// Runs a collection and makes its report. Returns the exit status: 0 done, 1 incomplete.
+// Runs a collection and makes its report. Returns the exit status: 0 if it is complete, 3 if it is
+// incomplete, 1 if not even its first module could be asked.
 // Throws std::exception if it could not begin.
 int collect(CollectOptions options, const Stage& stage);
 

@@ -1,7 +1,9 @@
-// Where a collection's program and tools lie: the installed ones, or a replay's.
+// What a collection works on: this machine with the installed program and tools, or a replay's.
 #pragma once
 
 #include <filesystem>
+
+#include "qvhost/base/machine_identity.h"
 
 namespace qvhost {
 
@@ -9,6 +11,7 @@ namespace qvhost {
 struct Stage {
     std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
     bool kill_leftovers = false;    // whether tools still running at the end are killed
+    MachineIdentity machine;
 
     std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }
 };

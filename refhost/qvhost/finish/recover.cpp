@@ -66,7 +66,7 @@ std::string recover(const LogDir& dir) {
         damaged = !damage.empty();
         if (damaged) found += "; " + damage;
         importer.explain_unreached();
-        store.set_meta("status", "incomplete: " + found);
+        store.set_status(found);
         finish_report(store, dir, program_file().parent_path() / "qv_tools",
                       std::filesystem::file_time_type::min());
     }

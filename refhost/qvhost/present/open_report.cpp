@@ -34,7 +34,7 @@ fs::path store_of(const fs::path& report) {
 Report open_report(const fs::path& report) {
     const auto file = store_of(report);
     Report opened{file, Store(file, Store::Mode::read)};
-    const auto status = opened.store.meta("status");
+    const auto status = opened.store.status_text();
     if (status.starts_with("incomplete"))
         std::cerr << "qvhost: this collection is " << one_line(status) << '\n';
     return opened;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "show/visible.h"
 
@@ -37,6 +39,14 @@ public:
         Machine machine;
         machine.description = text(root, "description");
         machine.uname = text(root, "uname");
+        machine.identity = {.host = known_text(root, "host"),
+                            .machine_id = known_text(root, "machine_id"),
+                            .os = known_text(root, "os"),
+                            .kernel = known_text(root, "kernel"),
+                            .uptime_seconds = std::nullopt};
+        if (root.contains("uptime_seconds"))
+            machine.identity.uptime_seconds =
+                number(root, "uptime_seconds", std::numeric_limits<int>::max());
         if (!root.contains("commands") || !root["commands"].is_array())
             fail("\"commands\" is not an array");
         const auto& commands = root["commands"];
@@ -55,6 +65,11 @@ private:
         if (!object[key].is_string()) fail("\"" + std::string(key) + "\" is not a text");
         if (has_nul(object[key])) fail("\"" + std::string(key) + "\" has a NUL in it");
         return object[key];
+    }
+
+    std::optional<std::string> known_text(const json& object, const char* key) const {
+        auto value = text(object, key);
+        return value.empty() ? std::nullopt : std::optional(std::move(value));
     }
 
     int number(const json& object, const char* key, int most) const {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "qvhost/base/machine_identity.h"
+
 namespace qvhost {
 
 // A command that the server ran, and what it did.
@@ -25,6 +27,7 @@ struct RecordedCommand {
 struct Machine {
     std::string description;
     std::string uname;  // the hardware platform
+    MachineIdentity identity;
     std::vector<RecordedCommand> commands;
 };
 
