@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <functional>
 #include <iterator>
+#include <map>
 
 #include "bench.h"
 #include "ramtinfo.h"
@@ -131,6 +133,82 @@ TEST_F(Layouts, RegisteringTwiceChangesNothing) {
         wrap(module_name, table);
         EXPECT_EQ(noted(), std::string(layout) + "\n") << table;
     }
+}
+
+// The exported ids and wrap members belong together: hosts may call them by name.
+template <class Module>
+struct Member {
+    const std::string& table;
+    void (Module::*wrap)(RInstancesWrapper&);
+};
+
+template <class Module>
+void expect_layouts(const std::vector<Member<Module>>& members,
+                    const std::function<std::string()>& noted) {
+    Module module;
+    for (const auto& [table, wrap] : members) {
+        const auto expected =
+            std::find_if(std::begin(kLayouts), std::end(kLayouts), [&, &id = table](const Case& c) {
+                return c.module == module.GetName() && c.table == id;
+            });
+        ASSERT_NE(expected, std::end(kLayouts)) << table;
+        (module.*wrap)(fakehost::wrapper());
+        EXPECT_EQ(noted(), std::string(expected->layout) + "\n") << table;
+    }
+}
+
+TEST_F(Layouts, EveryMemberLaysOutItsTable) {
+    const auto notes = [this] { return noted(); };
+    // clang-format off
+    expect_layouts<RSampleModule1>({
+        {RSampleModule1::T_SAMPLE1_TABLE1, &RSampleModule1::WrapQV1T1Instances},
+        {RSampleModule1::T_SAMPLE1_TABLE2, &RSampleModule1::WrapQV1T2Instances},
+        {RSampleModule1::T_SAMPLE1_TABLE3, &RSampleModule1::WrapQV1T3Instances},
+        {RSampleModule1::T_SAMPLE1_TABLE4, &RSampleModule1::WrapRAIDInstances},
+        {RSampleModule1::T_CONTROLLER_TABLE4, &RSampleModule1::WrapCONTROLLERInstances},
+        {RSampleModule1::T_PMCINFO_TABLE, &RSampleModule1::WrapPMCINFOInstances},
+        {RSampleModule1::T_PMCVER_TABLE, &RSampleModule1::WrapPMCVERInstances},
+        {RSampleModule1::T_PMCLINK_TABLE, &RSampleModule1::WrapPMCLINKInstances},
+    }, notes);
+    expect_layouts<RSampleModule2>({
+        {RSampleModule2::T_SAMPLE2_TABLE1, &RSampleModule2::WrapQV2T1Instances},
+        {RSampleModule2::T_SAMPLE2_TABLE2, &RSampleModule2::WrapQV2T2Instances},
+        {RSampleModule2::T_EVENTLOG1_TABLE2, &RSampleModule2::WrapEventLog1Instances},
+        {RSampleModule2::T_EVENTLOG2_TABLE2, &RSampleModule2::WrapEventLog2Instances},
+        {RSampleModule2::T_EVENTLOG3_TABLE2, &RSampleModule2::WrapEventLog3Instances},
+        {RSampleModule2::T_EVENTLOG4_TABLE2, &RSampleModule2::WrapEventLog4Instances},
+        {RSampleModule2::T_EVENTLOG5_TABLE2, &RSampleModule2::WrapEventLog5Instances},
+        {RSampleModule2::T_FWTERM_TABLE2, &RSampleModule2::WrapFWtermInstances},
+        {RSampleModule2::T_PDLIST_TABLE2, &RSampleModule2::WrapPDListInstances},
+        {RSampleModule2::T_TINFO_TABLE2, &RSampleModule2::WrapTINFOInstances},
+        {RSampleModule2::T_VINFO_TABLE2, &RSampleModule2::WrapVINFOInstances},
+        {RSampleModule2::T_PINFO_TABLE2, &RSampleModule2::WrapPINFOInstances},
+        {RSampleModule2::T_IR_TABLE2, &RSampleModule2::WrapIRInstances},
+        {RSampleModule2::T_END_TABLE2, &RSampleModule2::WrapENDInstances},
+        {RSampleModule2::T_ARRAY_TABLE4, &RSampleModule2::WrapARRAYInstances},
+        {RSampleModule2::T_VOLUME_TABLE4, &RSampleModule2::WrapVOLUMEInstances},
+        {RSampleModule2::T_LSILINK_TABLE4, &RSampleModule2::WrapLSILINKInstances},
+    }, notes);
+    expect_layouts<RBMCInfo>({
+        {RBMCInfo::MCINFO, &RBMCInfo::WrapMCInstances},
+        {RBMCInfo::SELFINFO, &RBMCInfo::WrapSELFInstances},
+        {RBMCInfo::VERINFO, &RBMCInfo::WrapVERInstances},
+        {RBMCInfo::LANINFO, &RBMCInfo::WrapLANInstances},
+        {RBMCInfo::LEDINFO, &RBMCInfo::WrapLEDInstances},
+        {RBMCInfo::PSUINFO, &RBMCInfo::WrapPSUInstances},
+        {RBMCInfo::SENSORINFO, &RBMCInfo::WrapSENSORInstances},
+        {RBMCInfo::FRUINFO, &RBMCInfo::WrapFRUInstances},
+        {RBMCInfo::SDRINFO, &RBMCInfo::WrapSDRInstances},
+        {RBMCInfo::SELINFO, &RBMCInfo::WrapSELInstances},
+    }, notes);
+    expect_layouts<RAMTInfo>({
+        {RAMTInfo::AMTLOG, &RAMTInfo::WrapAMTInstances},
+    }, notes);
+    expect_layouts<RWINInfo>({
+        {RWINInfo::ARPINFO, &RWINInfo::WrapARPInstances},
+        {RWINInfo::NETSTATINFO, &RWINInfo::WrapNETSTATInstances},
+    }, notes);
+    // clang-format on
 }
 
 template <std::size_t count>
