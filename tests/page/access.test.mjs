@@ -11,11 +11,29 @@ after(stop);
 
 const made = report(join(samples, "x86_64-kp220-megaraid"));
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
-const views = ["#/overview", "#/sensors", "#/drives", "#/events", "#/captures", "#/capture/dmidecode.log", "#/search/fan",
-               "#/print", "#SENSORINFO", "#EVENTLOG1@3", "#FWTERMLOG", "#RAIDINFO", "#S1TABLE1", "#ARRAY", "#LSILINK"];
+const views = [
+  "#/overview",
+  "#/sensors",
+  "#/drives",
+  "#/events",
+  "#/captures",
+  "#/capture/dmidecode.log",
+  "#/search/fan",
+  "#/print",
+  "#SENSORINFO",
+  "#EVENTLOG1@3",
+  "#FWTERMLOG",
+  "#RAIDINFO",
+  "#S1TABLE1",
+  "#ARRAY",
+  "#LSILINK",
+];
 
 for (const colorScheme of ["light", "dark"]) {
-  for (const [name, viewport] of [["wide", {width: 1280, height: 900}], ["narrow", {width: 390, height: 800}]]) {
+  for (const [name, viewport] of [
+    ["wide", {width: 1280, height: 900}],
+    ["narrow", {width: 390, height: 800}],
+  ]) {
     test(`axe finds nothing wrong, ${colorScheme}, ${name}`, async () => {
       const page = await open(made, "", {colorScheme, viewport});
       const found = [];
@@ -26,7 +44,12 @@ for (const colorScheme of ["light", "dark"]) {
         await page.evaluate(axe);
         const {violations} = await page.evaluate(() => window.axe.run(document, {resultTypes: ["violations"]}));
         for (const {id, nodes} of violations)
-          found.push(`${view}: ${id}: ${nodes.slice(0, 3).map(node => node.html.slice(0, 160)).join(" | ")}`);
+          found.push(
+            `${view}: ${id}: ${nodes
+              .slice(0, 3)
+              .map(node => node.html.slice(0, 160))
+              .join(" | ")}`,
+          );
       }
       assert.deepEqual(found, []);
       await page.context().close();
@@ -44,10 +67,14 @@ test("the keyboard alone reaches content, tables and records", async () => {
   const reached = [];
   for (let i = 0; i < 40 && !reached.includes("grid"); ++i) {
     await page.keyboard.press("Tab");
-    reached.push(await page.evaluate(() => {
-      const active = document.activeElement;
-      return active.closest(".grid") && !active.matches("input") ? "grid" : active.textContent.trim() || active.placeholder || active.tagName;
-    }));
+    reached.push(
+      await page.evaluate(() => {
+        const active = document.activeElement;
+        return active.closest(".grid") && !active.matches("input")
+          ? "grid"
+          : active.textContent.trim() || active.placeholder || active.tagName;
+      }),
+    );
   }
   assert.ok(reached.includes("Search this table"), reached.join(", "));
   assert.ok(reached.includes("Copy") && reached.includes("CSV"), reached.join(", "));
@@ -56,7 +83,10 @@ test("the keyboard alone reaches content, tables and records", async () => {
 });
 
 test("at 200 % and on a small screen nothing is cut off", async () => {
-  for (const viewport of [{width: 640, height: 450}, {width: 320, height: 568}]) {
+  for (const viewport of [
+    {width: 640, height: 450},
+    {width: 320, height: 568},
+  ]) {
     const page = await open(made, "", {viewport, deviceScaleFactor: 2});
     for (const view of views) {
       await go(page, view);

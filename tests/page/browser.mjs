@@ -20,7 +20,9 @@ const reports = new Map();
 export function report(machine) {
   if (!reports.has(machine)) {
     const directory = join(work, `report ${reports.size}`);
-    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {encoding: "utf8"});
+    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {
+      encoding: "utf8",
+    });
     if (ran.status !== 0) throw new Error(`${machine}: ${ran.stderr}`);
     const json = JSON.parse(readFileSync(join(directory, "report/report.json"), "utf8"));
     reports.set(machine, {directory, json, summary: ran.stdout});
@@ -29,15 +31,22 @@ export function report(machine) {
 }
 
 // A browser among other tests on two processors may stand still for a while.
-const patience = 600_000;  // milliseconds
+const patience = 600_000; // milliseconds
 
 let browser;
 export async function start() {
   browser = await chromium.launch({
     executablePath: "/usr/bin/chromium",
     timeout: patience,
-    args: ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-           "--disable-component-update", "--disable-sync"],
+    args: [
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--no-first-run",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ],
   });
 }
 export const stop = () => browser.close();
@@ -64,7 +73,9 @@ export async function open({directory}, hash = "", options = {}) {
 }
 
 export async function go(page, hash) {
-  await page.evaluate(to => { location.hash = to; }, hash);
+  await page.evaluate(to => {
+    location.hash = to;
+  }, hash);
   await page.locator("main h1, main .empty").first().waitFor();
 }
 
@@ -72,7 +83,7 @@ export async function go(page, hash) {
 export async function loaded(page) {
   await page.waitForFunction(() => {
     const count = document.querySelector(".tools .count");
-    return !count || !count.textContent.startsWith("loading");
+    return !count?.textContent.startsWith("loading");
   });
   await page.waitForFunction(() => !document.querySelector(".grid") || document.querySelector(".grid .slick-row"));
 }

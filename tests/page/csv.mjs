@@ -7,10 +7,10 @@ export function parse(text) {
   for (let at = 0; at < text.length; ++at) {
     const c = text[at];
     if (quoted) {
-      if (c !== "\"") cell += c;
-      else if (text[at + 1] === "\"") cell += text[++at];
+      if (c !== '"') cell += c;
+      else if (text[at + 1] === '"') cell += text[++at];
       else quoted = false;
-    } else if (c === "\"") {
+    } else if (c === '"') {
       quoted = true;
     } else if (c === ",") {
       row.push(cell);

@@ -18,7 +18,7 @@ const evil = [
   "${window.hurt=1} `${1}`",
   "\u001b[31mred\u001b[0m",
   "\u202egnp.exe\u200e",
-  "=HYPERLINK(\"http://127.0.0.1:9/\",\"x\")",
+  '=HYPERLINK("http://127.0.0.1:9/","x")',
   "@SUM(1)",
   "javascript:window.hurt=1",
   "<style>*{display:none}</style>",
@@ -30,30 +30,65 @@ const evil = [
 const machine = join(work, "hostile machine");
 mkdirSync(machine);
 const file = (name, text) => writeFileSync(join(machine, name), text);
-file("fru.txt", Buffer.concat([
-  Buffer.from(`${evil.join("\n")}\n`),
-  Buffer.from([0x62, 0x61, 0x64, 0xff, 0xfe, 0x80, 0x0a]),
-]));
-file("sensor.txt", evil.map(text => `${text.replaceAll("|", "/")} | na | ${text.replaceAll("|", "/")} | ns | na | na | na | na | na | na`).join("\n"));
-file("events.txt", evil.map((text, at) => [
-  `seqNum: 0x${at.toString(16).padStart(8, "0")}`, "Time: Tue Nov 17 21:12:03 2026", "", "Code: 0x00000001",
-  `Class: ${at % 2 ? text : 2}`, "Locale: 0x20", `Event Description: ${text}`, "Event Data:", "===========", text, "", "",
-].join("\n")).join("\n"));
-file("drives.txt", `Drive /c0/e1/s1 :\nShield Counter = ${evil[0]}\nMedia Error Count = ${evil[2]}\nDrive Temperature = ${evil[4]}\n` +
-  `SN = ${evil[1]}\nNeeds EKM Attention = ${evil[3]}\n`);
+file(
+  "fru.txt",
+  Buffer.concat([Buffer.from(`${evil.join("\n")}\n`), Buffer.from([0x62, 0x61, 0x64, 0xff, 0xfe, 0x80, 0x0a])]),
+);
+file(
+  "sensor.txt",
+  evil
+    .map(text => `${text.replaceAll("|", "/")} | na | ${text.replaceAll("|", "/")} | ns | na | na | na | na | na | na`)
+    .join("\n"),
+);
+file(
+  "events.txt",
+  evil
+    .map((text, at) =>
+      [
+        `seqNum: 0x${at.toString(16).padStart(8, "0")}`,
+        "Time: Tue Nov 17 21:12:03 2026",
+        "",
+        "Code: 0x00000001",
+        `Class: ${at % 2 ? text : 2}`,
+        "Locale: 0x20",
+        `Event Description: ${text}`,
+        "Event Data:",
+        "===========",
+        text,
+        "",
+        "",
+      ].join("\n"),
+    )
+    .join("\n"),
+);
+file(
+  "drives.txt",
+  `Drive /c0/e1/s1 :\nShield Counter = ${evil[0]}\nMedia Error Count = ${evil[2]}\nDrive Temperature = ${evil[4]}\n` +
+    `SN = ${evil[1]}\nNeeds EKM Attention = ${evil[3]}\n`,
+);
 file("evil.html", "<html><script>window.hurt=1</script></html>");
-file("dmi.txt", `System Information\n\tManufacturer: ${evil[2]}\n\tProduct Name: ${evil[0]}\n\tSerial Number: ${evil[10]}\n`);
+file(
+  "dmi.txt",
+  `System Information\n\tManufacturer: ${evil[2]}\n\tProduct Name: ${evil[0]}\n\tSerial Number: ${evil[10]}\n`,
+);
 file("product.txt", "KP220 Rack Server\n");
 file("count.txt", "Controller Count = 1\n");
 file("empty.txt", "");
 
 const {sensor, fru} = {sensor: "sensor.txt", fru: "fru.txt"};
-const base = JSON.parse(readFileSync(join(import.meta.dirname, "../../samples/x86_64-kp220-megaraid/machine.json"), "utf8"));
+const base = JSON.parse(
+  readFileSync(join(import.meta.dirname, "../../samples/x86_64-kp220-megaraid/machine.json"), "utf8"),
+);
 // The recorded server's commands, with other answers.
 const answers = [
-  [/^ipmitool/, /sensor|sdr/, sensor], [/^ipmiutil/, /fru/, fru], [/^ipmitool/, /fru/, fru],
-  [/^storcli/, /events/, "events.txt"], [/^storcli/, /eall/, "drives.txt"], [/^storcli/, /ctrlcount/, "count.txt"],
-  [/^storcli/, /termlog/, fru], [/^dmidecode/, /^$/, "dmi.txt"],
+  [/^ipmitool/, /sensor|sdr/, sensor],
+  [/^ipmiutil/, /fru/, fru],
+  [/^ipmitool/, /fru/, fru],
+  [/^storcli/, /events/, "events.txt"],
+  [/^storcli/, /eall/, "drives.txt"],
+  [/^storcli/, /ctrlcount/, "count.txt"],
+  [/^storcli/, /termlog/, fru],
+  [/^dmidecode/, /^$/, "dmi.txt"],
 ];
 const recorded = join(import.meta.dirname, "../../samples/x86_64-kp220-megaraid");
 const commands = base.commands.map(command => {
@@ -79,13 +114,22 @@ async function harmless(page, where) {
   const found = await page.evaluate(() => ({
     hurt: window.hurt,
     scripts: [...document.querySelectorAll("script")].map(script => script.getAttribute("src")),
-    strange: document.querySelectorAll("main img, main style, main iframe, main object, main meta, main [onerror], main [onload]").length,
+    strange: document.querySelectorAll(
+      "main img, main style, main iframe, main object, main meta, main [onerror], main [onload]",
+    ).length,
     links: [...document.querySelectorAll("a[href]")].map(link => link.getAttribute("href")),
     text: document.querySelector("main").textContent,
   }));
   assert.equal(found.hurt, undefined, where);
-  assert.deepEqual(found.scripts.filter(source => source && !/^(assets\/page|data\/[\w-]+)\.js$/.test(source)), [], where);
-  assert.ok(found.scripts.every(source => source), where);
+  assert.deepEqual(
+    found.scripts.filter(source => source && !/^(assets\/page|data\/[\w-]+)\.js$/.test(source)),
+    [],
+    where,
+  );
+  assert.ok(
+    found.scripts.every(source => source),
+    where,
+  );
   assert.equal(found.strange, 0, where);
   for (const href of found.links) assert.match(href, /^(#|\.\.\/[^/]+$|report\.json$)/, where);
   assert.doesNotMatch(found.text, SYMBOL, where);
@@ -93,7 +137,9 @@ async function harmless(page, where) {
 
 test("no view and no table comes alive", async () => {
   const page = await open(made);
-  const views = await page.evaluate(() => [...document.querySelectorAll("nav a")].map(link => link.getAttribute("href")));
+  const views = await page.evaluate(() =>
+    [...document.querySelectorAll("nav a")].map(link => link.getAttribute("href")),
+  );
   assert.ok(views.includes("#FRUINFO") && views.includes("#/events") && views.includes("#/drives"));
   for (const view of [...views, "#/search/hurt", "#/capture/fruinfo.txt", "#/capture/evil.html", "#EVENTLOG1@2"]) {
     await go(page, view);
@@ -110,10 +156,22 @@ test("the text is there, as text", async () => {
   const page = await open(made, "#FRUINFO");
   await loaded(page);
   const shown = await page.evaluate(() => [...document.querySelectorAll(".slick-row")].map(row => row.innerText));
-  for (const text of ["<script>window.hurt=1</script>", "&lt;b&gt; &amp;amp; &#60;", "␛[31mred␛[0m", "[U+202E]gnp.exe[U+200E]",
-                      "bad\ufffd\ufffd\ufffd", "[U+2028][U+2029]line ends"])
-    assert.ok(shown.some(line => line.trim() === text), `${text} in ${JSON.stringify(shown)}`);
-  const [download] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", {name: "CSV"}).click()]);
+  for (const text of [
+    "<script>window.hurt=1</script>",
+    "&lt;b&gt; &amp;amp; &#60;",
+    "␛[31mred␛[0m",
+    "[U+202E]gnp.exe[U+200E]",
+    "bad\ufffd\ufffd\ufffd",
+    "[U+2028][U+2029]line ends",
+  ])
+    assert.ok(
+      shown.some(line => line.trim() === text),
+      `${text} in ${JSON.stringify(shown)}`,
+    );
+  const [download] = await Promise.all([
+    page.waitForEvent("download"),
+    page.getByRole("button", {name: "CSV"}).click(),
+  ]);
   const cells = parse(readFileSync(await download.path(), "utf8")).flat();
   assert.ok(cells.some(cell => cell.startsWith("'=HYPERLINK")));
   assert.ok(cells.some(cell => cell.startsWith("'@SUM")));
@@ -140,11 +198,21 @@ test("the page's policy lets nothing in that it did not bring", async () => {
       change(element);
       document.body.append(element);
     };
-    add("script", element => { element.textContent = "window.hurt = 1"; });
-    add("style", element => { element.textContent = "body { display: none }"; });
-    add("img", element => { element.src = "http://127.0.0.1:9/x.png"; });
-    add("iframe", element => { element.src = "http://127.0.0.1:9/"; });
-    add("script", element => { element.src = "http://127.0.0.1:9/x.js"; });
+    add("script", element => {
+      element.textContent = "window.hurt = 1";
+    });
+    add("style", element => {
+      element.textContent = "body { display: none }";
+    });
+    add("img", element => {
+      element.src = "http://127.0.0.1:9/x.png";
+    });
+    add("iframe", element => {
+      element.src = "http://127.0.0.1:9/";
+    });
+    add("script", element => {
+      element.src = "http://127.0.0.1:9/x.js";
+    });
     await fetch("http://127.0.0.1:9/").catch(() => {});
     // Later, because what a debugger evaluates may call eval().
     setTimeout(() => {
@@ -159,8 +227,7 @@ test("the page's policy lets nothing in that it did not bring", async () => {
       await new Promise(resolve => setTimeout(resolve, 100));
     return violations;
   }, wanted);
-  for (const directive of wanted)
-    assert.ok(refused.includes(directive), `${directive} in ${refused}`);
+  for (const directive of wanted) assert.ok(refused.includes(directive), `${directive} in ${refused}`);
   assert.equal(await page.evaluate(() => window.hurt), undefined);
   await page.context().close();
 });

@@ -15,10 +15,14 @@ const rows = table => made.json.records.filter(record => record.table === table)
 before(start);
 after(stop);
 
-const until = (page, text) => page.waitForFunction(
-  wanted => document.querySelector(".tools .count")?.textContent === wanted, text);
-const shown = page => page.evaluate(() => [...document.querySelectorAll(".slick-row")]
-  .sort((a, b) => a.dataset.row - b.dataset.row).map(row => [...row.querySelectorAll(".slick-cell")].map(cell => cell.innerText.trim())));
+const until = (page, text) =>
+  page.waitForFunction(wanted => document.querySelector(".tools .count")?.textContent === wanted, text);
+const shown = page =>
+  page.evaluate(() =>
+    [...document.querySelectorAll(".slick-row")]
+      .sort((a, b) => a.dataset.row - b.dataset.row)
+      .map(row => [...row.querySelectorAll(".slick-cell")].map(cell => cell.innerText.trim())),
+  );
 
 test("the last line can be reached, and only a window of rows exists", async () => {
   const lines = rows("FWTERMLOG");
@@ -45,8 +49,14 @@ test("filters and sorting see all parts of the data", async () => {
   await page.getByLabel("Sort").selectOption("Event Description");
   await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
   const order = wanted.map(description).sort(new Intl.Collator("en", {numeric: true}).compare);
-  await page.waitForFunction(text => document.querySelector(".slick-row[data-row='0']").innerText.includes(text), order[0]);
-  assert.deepEqual((await shown(page)).slice(0, 10).map(cells => cells[5]), order.slice(0, 10));
+  await page.waitForFunction(
+    text => document.querySelector(".slick-row[data-row='0']").innerText.includes(text),
+    order[0],
+  );
+  assert.deepEqual(
+    (await shown(page)).slice(0, 10).map(cells => cells[5]),
+    order.slice(0, 10),
+  );
   await page.context().close();
 });
 
@@ -54,7 +64,9 @@ test("the data is in files that load when their table is opened", async () => {
   const page = await open(made, "#/captures");
   const scripts = () => page.asked.filter(name => name.endsWith(".js")).toSorted();
   assert.deepEqual(scripts(), ["overview.js", "page.js"]);
-  await page.evaluate(() => { location.hash = "#EVENTLOG1"; });
+  await page.evaluate(() => {
+    location.hash = "#EVENTLOG1";
+  });
   await loaded(page);
   assert.deepEqual(scripts(), ["11-EVENTLOG1-1.js", "overview.js", "page.js"]);
   await page.context().close();

@@ -7,8 +7,17 @@ const [directory] = process.argv.slice(2);
 const index = pathToFileURL(join(directory, "report/index.html")).href;
 const browser = await chromium.launch({
   executablePath: "/usr/bin/chromium",
-  args: ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-         "--disable-component-update", "--disable-sync", "--js-flags=--expose-gc", "--enable-precise-memory-info"],
+  args: [
+    "--no-sandbox",
+    "--disable-gpu",
+    "--disable-quic",
+    "--no-first-run",
+    "--disable-background-networking",
+    "--disable-component-update",
+    "--disable-sync",
+    "--js-flags=--expose-gc",
+    "--enable-precise-memory-info",
+  ],
 });
 
 // The longest time in which the page answered nothing, while `work` ran.
@@ -35,10 +44,11 @@ async function watched(page, work) {
   return {took_ms: Math.round(took), longest_freeze_ms: Math.round(longest)};
 }
 
-const heap = page => page.evaluate(() => {
-  window.gc();
-  return Math.round(performance.memory.usedJSHeapSize / 2 ** 20);
-});
+const heap = page =>
+  page.evaluate(() => {
+    window.gc();
+    return Math.round(performance.memory.usedJSHeapSize / 2 ** 20);
+  });
 
 async function openings(times) {
   const all = [];
@@ -46,11 +56,17 @@ async function openings(times) {
     const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
     await page.goto(index);
     await page.locator("main h1").waitFor();
-    all.push(await page.evaluate(async () => {
-      const paint = await new Promise(resolve => new PerformanceObserver(list => resolve(list.getEntries()[0].startTime))
-        .observe({type: "largest-contentful-paint", buffered: true}));
-      return paint;
-    }));
+    all.push(
+      await page.evaluate(async () => {
+        const paint = await new Promise(resolve =>
+          new PerformanceObserver(list => resolve(list.getEntries()[0].startTime)).observe({
+            type: "largest-contentful-paint",
+            buffered: true,
+          }),
+        );
+        return paint;
+      }),
+    );
     await page.context().close();
   }
   return Math.round(all.toSorted((a, b) => a - b)[Math.floor(times / 2)]);
@@ -60,24 +76,33 @@ async function table(id) {
   const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
   await page.goto(`${index}#/captures`);
   await page.locator("main h1").waitFor();
-  const until = text => page.waitForFunction(wanted => {
-    const shown = document.querySelector(".tools .count")?.textContent ?? "";
-    return new RegExp(wanted).test(shown) && !/loading|\.\.\./.test(shown);
-  }, text, {timeout: 120_000});
+  const until = text =>
+    page.waitForFunction(
+      wanted => {
+        const shown = document.querySelector(".tools .count")?.textContent ?? "";
+        return new RegExp(wanted).test(shown) && !/loading|\.\.\./.test(shown);
+      },
+      text,
+      {timeout: 120_000},
+    );
   const result = {};
   result["first rows"] = await watched(page, async () => {
-    await page.evaluate(to => { location.hash = to; }, `#${id}`);
+    await page.evaluate(to => {
+      location.hash = to;
+    }, `#${id}`);
     await page.locator(".slick-row").first().waitFor();
   });
   result["all rows"] = await watched(page, () => until("record"));
-  result["scroll through all"] = await watched(page, () => page.evaluate(async () => {
-    const view = document.querySelector(".slick-viewport-left.slick-viewport-top");
-    const steps = 60;
-    for (let step = 0; step <= steps; ++step) {
-      view.scrollTop = view.scrollHeight * step / steps;
-      await new Promise(resolve => requestAnimationFrame(() => requestAnimationFrame(resolve)));
-    }
-  }));
+  result["scroll through all"] = await watched(page, () =>
+    page.evaluate(async () => {
+      const view = document.querySelector(".slick-viewport-left.slick-viewport-top");
+      const steps = 60;
+      for (let step = 0; step <= steps; ++step) {
+        view.scrollTop = (view.scrollHeight * step) / steps;
+        await new Promise(resolve => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+      }
+    }),
+  );
   result["filter"] = await watched(page, async () => {
     await page.getByPlaceholder("Search this table").fill("9999");
     await until(" of ");
@@ -98,7 +123,9 @@ async function events() {
   await page.goto(`${index}#/captures`);
   await page.locator("main h1").waitFor();
   const drawn = await watched(page, async () => {
-    await page.evaluate(() => { location.hash = "#/events"; });
+    await page.evaluate(() => {
+      location.hash = "#/events";
+    });
     await page.locator(".timeline").waitFor();
   });
   await page.context().close();

@@ -19,10 +19,12 @@ function expected(json, table) {
   const ids = [...new Set([...(table.layout?.headers ?? []), ...labels.keys()])];
   return {
     labels: ids.map(id => labels.get(id) ?? id),
-    rows: records.map(record => ids.map(id => {
-      const values = record.properties.filter(property => property.id === id).map(({value}) => String(value));
-      return values.join("\n");
-    })),
+    rows: records.map(record =>
+      ids.map(id => {
+        const values = record.properties.filter(property => property.id === id).map(({value}) => String(value));
+        return values.join("\n");
+      }),
+    ),
   };
 }
 
@@ -38,7 +40,10 @@ async function pace(page) {
 
 async function csvOf(page) {
   await pace(page);
-  const [download] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", {name: "CSV"}).click()]);
+  const [download] = await Promise.all([
+    page.waitForEvent("download"),
+    page.getByRole("button", {name: "CSV"}).click(),
+  ]);
   return parse(readFileSync(await download.path(), "utf8"));
 }
 
@@ -58,15 +63,28 @@ for (const machine of machines) {
           continue;
         }
         await loaded(page);
-        assert.match(await page.locator(".tools .count").innerText(), new RegExp(`^${rows.length.toLocaleString("en")} records?`));
+        assert.match(
+          await page.locator(".tools .count").innerText(),
+          new RegExp(`^${rows.length.toLocaleString("en")} records?`),
+        );
         const [head, ...body] = await csvOf(page);
-        assert.deepEqual(head, labels.map(label => label));
-        assert.deepEqual(body.map(row => row.map(unguarded)), rows, table.id);
+        assert.deepEqual(
+          head,
+          labels.map(label => label),
+        );
+        assert.deepEqual(
+          body.map(row => row.map(unguarded)),
+          rows,
+          table.id,
+        );
 
         // What is on the screen is the beginning of it.
-        const shown = await page.evaluate(() => [...document.querySelectorAll(".slick-row")]
-          .sort((a, b) => a.dataset.row - b.dataset.row).slice(0, 5)
-          .map(row => row.querySelector(".slick-cell").innerText));
+        const shown = await page.evaluate(() =>
+          [...document.querySelectorAll(".slick-row")]
+            .sort((a, b) => a.dataset.row - b.dataset.row)
+            .slice(0, 5)
+            .map(row => row.querySelector(".slick-cell").innerText),
+        );
         const flat = text => text.replace(/\s+/g, " ").trim();
         shown.forEach((text, at) => {
           if (!rows[at][0].includes("<a href")) assert.equal(flat(text), flat(rows[at][0]).replace(/\n/g, " ↵ "));
@@ -78,18 +96,25 @@ for (const machine of machines) {
 
     test("every view opens, wide and narrow, light and dark", async () => {
       const made = report(join(samples, machine));
-      const looks = [["wide light", {viewport: {width: 1280, height: 900}, colorScheme: "light"}],
-                     ["narrow dark", {viewport: {width: 390, height: 800}, colorScheme: "dark"}],
-                     ["wide dark", {viewport: {width: 1280, height: 900}, colorScheme: "dark"}],
-                     ["narrow light", {viewport: {width: 390, height: 800}, colorScheme: "light"}]];
+      const looks = [
+        ["wide light", {viewport: {width: 1280, height: 900}, colorScheme: "light"}],
+        ["narrow dark", {viewport: {width: 390, height: 800}, colorScheme: "dark"}],
+        ["wide dark", {viewport: {width: 1280, height: 900}, colorScheme: "dark"}],
+        ["narrow light", {viewport: {width: 390, height: 800}, colorScheme: "light"}],
+      ];
       for (const [look, options] of process.env.QV_ALL_LOOKS ? looks : looks.slice(0, 2)) {
         const page = await open(made, "", options);
-        const views = await page.evaluate(() => [...document.querySelectorAll("nav ul:first-of-type a")]
-          .map(link => link.getAttribute("href")).filter(href => href.startsWith("#/")));
+        const views = await page.evaluate(() =>
+          [...document.querySelectorAll("nav ul:first-of-type a")]
+            .map(link => link.getAttribute("href"))
+            .filter(href => href.startsWith("#/")),
+        );
         assert.ok(views.includes("#/overview") && views.includes("#/captures"));
         for (const view of views) {
           await go(page, view);
-          await page.waitForFunction(() => !/\.\.\.$/.test(document.querySelector("main .lead, main p")?.innerText ?? ""));
+          await page.waitForFunction(
+            () => !/\.\.\.$/.test(document.querySelector("main .lead, main p")?.innerText ?? ""),
+          );
           const wide = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
           assert.ok(wide <= 0, `${view} is ${wide} pixels too wide`);
           await screenshot(page, `${machine} ${view.slice(2)} ${look}`);

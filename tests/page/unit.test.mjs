@@ -13,10 +13,13 @@ before(async () => {
   const {outputFiles} = await build({
     stdin: {
       contents: ["text", "link", "route", "slices", "view_rows", "pictures/event_times", "pictures/readings", "data"]
-        .map(name => `export * from "./src/${name}";`).join("\n"),
+        .map(name => `export * from "./src/${name}";`)
+        .join("\n"),
       resolveDir: page,
     },
-    bundle: true, format: "esm", write: false,
+    bundle: true,
+    format: "esm",
+    write: false,
   });
   part = await import(`data:text/javascript;base64,${Buffer.from(outputFiles[0].text).toString("base64")}`);
 });
@@ -30,9 +33,20 @@ test("a link is exactly the module's form, and names a file of the report", () =
   assert.equal(name(link("a.txt")), "a.txt");
   assert.equal(name(link("a.txt'")), "a.txt");
   const others = [
-    link("b.txt"), link("a.txt", "b.txt"), link("../a.txt"), link("x/a.txt"), ` ${link("a.txt")}`, `${link("a.txt")} `,
-    link("a.txt").replace("_blank", "_self"), "<a href='javascript:alert(1)'>a.txt</a>", "../a.txt", "a.txt", 7, null,
-    link("a.txt' onclick='alert(1)"), link("a.txt''"),
+    link("b.txt"),
+    link("a.txt", "b.txt"),
+    link("../a.txt"),
+    link("x/a.txt"),
+    ` ${link("a.txt")}`,
+    `${link("a.txt")} `,
+    link("a.txt").replace("_blank", "_self"),
+    "<a href='javascript:alert(1)'>a.txt</a>",
+    "../a.txt",
+    "a.txt",
+    7,
+    null,
+    link("a.txt' onclick='alert(1)"),
+    link("a.txt''"),
   ];
   for (const value of others) assert.equal(name(value), undefined, JSON.stringify(value));
 });
@@ -56,7 +70,14 @@ test("hidden characters are made visible", () => {
 });
 
 test("a number is a whole number, nothing else", () => {
-  const cases = [[" 48.000 ", 48], ["-1", -1], ["0x10", 16], [7, 7], ["1e3", 1000], [".5", 0.5]];
+  const cases = [
+    [" 48.000 ", 48],
+    ["-1", -1],
+    ["0x10", 16],
+    [7, 7],
+    ["1e3", 1000],
+    [".5", 0.5],
+  ];
   for (const [text, number] of cases) assert.equal(part.number(text), number);
   for (const text of ["na", "", " ", "31C (87.80 F)", "5 4", "0x", "1.2.3", "Infinity", null])
     assert.ok(Number.isNaN(part.number(text)), JSON.stringify(text));
@@ -68,14 +89,19 @@ test("no cell is a formula", () => {
   assert.equal(part.csvCell("\t=1"), "'\t=1");
   assert.equal(part.csvCell("+cmd|' /C calc'!A0"), "'+cmd|' /C calc'!A0");
   assert.equal(part.csvCell("-12.5"), "-12.5");
-  assert.equal(part.csvCell("a,\"b\"\r\nc"), "\"a,\"\"b\"\"\r\nc\"");
+  assert.equal(part.csvCell('a,"b"\r\nc'), '"a,""b""\r\nc"');
   assert.equal(part.csvCell(null), "");
 });
 
 test("addresses in the page come back as they went in", () => {
   const ids = ["SENSORINFO", "a@b/c", "#%&?'\"<>", "/overview", "ü\u202e", "@3", "a/b@4"];
   for (const id of ids) {
-    for (const [row, search] of [[-1, ""], [0, ""], [41, ""], [-1, "a b/c@d%"]]) {
+    for (const [row, search] of [
+      [-1, ""],
+      [0, ""],
+      [41, ""],
+      [-1, "a b/c@d%"],
+    ]) {
       const route = part.routeOf(part.tableHash(id, row, search));
       assert.deepEqual(route, {view: "table", name: id, row, search}, id);
     }
@@ -91,8 +117,12 @@ test("sorting in slices is a stable sort", async () => {
   const keys = Array.from({length: count}, (_, at) => (at * 7919) % 101);
   const slicer = () => new part.Slicer(new AbortController().signal);
   const rows = await part.selected(count, row => keys[row] !== 5, slicer());
-  const sorted = [...await part.sorted(rows, (a, b) => keys[a] - keys[b], slicer())];
-  const wanted = keys.map((key, at) => [key, at]).filter(([key]) => key !== 5).sort(([a], [b]) => a - b).map(([, at]) => at);
+  const sorted = [...(await part.sorted(rows, (a, b) => keys[a] - keys[b], slicer()))];
+  const wanted = keys
+    .map((key, at) => [key, at])
+    .filter(([key]) => key !== 5)
+    .sort(([a], [b]) => a - b)
+    .map(([, at]) => at);
   assert.deepEqual(sorted, wanted);
 });
 
@@ -119,15 +149,25 @@ function rowsOf(ids, records) {
 }
 
 test("SEL lines with and without a date", () => {
-  const {events} = part.systemEvents(rowsOf(["SELINFO"], [
-    ["ipmiutil sel version 3.18\n"],
-    ["RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]\n"],
-    ["0005 11/15/23 02:13:48 MAJ BMC  Fan #17  Lo Crit thresh act=04 thr=06\n"],
-    ["0006 00000012 INF BMC  Fan #17  something\n"],
-    ["rubbish"],
-  ]));
-  assert.deepEqual(events.map(({time, lane, row}) => [time, lane, row]),
-    [[Date.UTC(2023, 10, 15, 2, 13, 48), "MAJ", 2], [NaN, "INF", 3]]);
+  const {events} = part.systemEvents(
+    rowsOf(
+      ["SELINFO"],
+      [
+        ["ipmiutil sel version 3.18\n"],
+        ["RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]\n"],
+        ["0005 11/15/23 02:13:48 MAJ BMC  Fan #17  Lo Crit thresh act=04 thr=06\n"],
+        ["0006 00000012 INF BMC  Fan #17  something\n"],
+        ["rubbish"],
+      ],
+    ),
+  );
+  assert.deepEqual(
+    events.map(({time, lane, row}) => [time, lane, row]),
+    [
+      [Date.UTC(2023, 10, 15, 2, 13, 48), "MAJ", 2],
+      [NaN, "INF", 3],
+    ],
+  );
 });
 
 test("a sensor is outside from its threshold on, and only by numbers", () => {

@@ -13,11 +13,16 @@ const made = report(join(samples, "x86_64-kp220-megaraid"));
 const records = table => made.json.records.filter(record => record.table === table);
 const value = (record, id) => String(record.properties.find(property => property.id === id)?.value ?? "").trim();
 
-const firstCells = (page, column = 0) => page.evaluate(at => [...document.querySelectorAll(".slick-row")]
-  .sort((a, b) => a.dataset.row - b.dataset.row)
-  .map(row => row.querySelectorAll(".slick-cell")[at].innerText.trim()), column);
-const until = (page, text) => page.waitForFunction(
-  wanted => document.querySelector(".tools .count")?.textContent.startsWith(wanted), text);
+const firstCells = (page, column = 0) =>
+  page.evaluate(
+    at =>
+      [...document.querySelectorAll(".slick-row")]
+        .sort((a, b) => a.dataset.row - b.dataset.row)
+        .map(row => row.querySelectorAll(".slick-cell")[at].innerText.trim()),
+    column,
+  );
+const until = (page, text) =>
+  page.waitForFunction(wanted => document.querySelector(".tools .count")?.textContent.startsWith(wanted), text);
 
 test("searching a table leaves the rows that have all words", async () => {
   const page = await open(made, "#SENSORINFO");
@@ -61,10 +66,14 @@ test("sorting is by number where values are numbers, and back", async () => {
   assert.equal((await slots()).at(-1), "10:11");
   await header.click();
   await page.waitForFunction(() => document.querySelector("[aria-sort=descending]"));
-  await page.waitForFunction(() => document.querySelector(".slick-row[data-row='0'] .slick-cell").innerText.trim() === "10:11");
+  await page.waitForFunction(
+    () => document.querySelector(".slick-row[data-row='0'] .slick-cell").innerText.trim() === "10:11",
+  );
   await page.getByLabel("Sort").selectOption("as collected");
   await page.waitForFunction(() => !document.querySelector("[aria-sort]"));
-  await page.waitForFunction(() => document.querySelector(".slick-row[data-row='0'] .slick-cell").innerText.trim() === "10:0");
+  await page.waitForFunction(
+    () => document.querySelector(".slick-row[data-row='0'] .slick-cell").innerText.trim() === "10:0",
+  );
   assert.deepEqual(await slots(), order);
   await page.context().close();
 });
@@ -75,7 +84,10 @@ test("columns can be left out, of the screen and of what is taken along", async 
   await page.getByText("Columns", {exact: true}).click();
   await page.getByRole("checkbox", {name: "Units"}).uncheck();
   await page.waitForFunction(() => document.querySelectorAll(".slick-header-column").length === 9);
-  const [download] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", {name: "CSV"}).click()]);
+  const [download] = await Promise.all([
+    page.waitForEvent("download"),
+    page.getByRole("button", {name: "CSV"}).click(),
+  ]);
   assert.equal(download.suggestedFilename(), "SENSORINFO.csv");
   const [head, first] = parse(readFileSync(await download.path(), "utf8"));
   assert.equal(head.length, 9);
@@ -118,8 +130,11 @@ test("searching everything finds every record and leads to it", async () => {
   const page = await open(made);
   await page.getByPlaceholder("Search everything").fill("patrol read");
   await page.keyboard.press("Enter");
-  const wanted = made.json.records.filter(record => ["patrol", "read"].every(
-    word => record.properties.some(property => String(property.value).toLowerCase().includes(word))));
+  const wanted = made.json.records.filter(record =>
+    ["patrol", "read"].every(word =>
+      record.properties.some(property => String(property.value).toLowerCase().includes(word)),
+    ),
+  );
   assert.ok(wanted.length > 100);
   await page.getByText(`"patrol read": ${wanted.length.toLocaleString("en")} records`).waitFor();
   await screenshot(page, "search");
@@ -146,7 +161,7 @@ test("sensors are drawn against their thresholds, those outside marked", async (
     [...element.querySelectorAll("line.threshold")].map(line => line.x1.baseVal.value),
     element.querySelector("rect.mark").x.baseVal.value + 2.5,
   ]);
-  const fraction = (mark - lines[1]) / (lines[2] - lines[1]);  // 5, 48 and 90 degrees
+  const fraction = (mark - lines[1]) / (lines[2] - lines[1]); // 5, 48 and 90 degrees
   assert.ok(Math.abs(fraction - (48 - 5) / (90 - 5)) < 0.001, String(fraction));
   await bar.locator("a").click();
   await page.getByRole("region", {name: "Record 1"}).waitFor();
@@ -174,16 +189,30 @@ test("events are drawn by class, all of them", async () => {
   const page = await open(made, "#/events");
   await page.locator(".timeline").first().waitFor();
   const events = ["EVENTLOG1", "EVENTLOG2"].flatMap(records);
-  const classes = Map.groupBy?.(events, event => value(event, "Class")) ??
-    events.reduce((map, event) => map.set(value(event, "Class"), [...map.get(value(event, "Class")) ?? [], event]), new Map());
+  const classes =
+    Map.groupBy?.(events, event => value(event, "Class")) ??
+    events.reduce(
+      (map, event) => map.set(value(event, "Class"), [...(map.get(value(event, "Class")) ?? []), event]),
+      new Map(),
+    );
   const rows = await page.locator("table").first().locator("tbody tr").allInnerTexts();
-  const shown = new Map(rows.map(row => row.split("\t")).map(([title, count]) => [title.split(",")[0].trim(), Number(count.replace(/,/g, ""))]));
+  const shown = new Map(
+    rows
+      .map(row => row.split("\t"))
+      .map(([title, count]) => [title.split(",")[0].trim(), Number(count.replace(/,/g, ""))]),
+  );
   assert.deepEqual(shown, new Map([...shown.keys()].map(id => [id, classes.get(id)?.length])));
-  assert.equal([...shown.values()].reduce((sum, n) => sum + n, 0), events.length);
+  assert.equal(
+    [...shown.values()].reduce((sum, n) => sum + n, 0),
+    events.length,
+  );
   // The bars of a lane hold all its dated events.
   const held = await page.locator(".timeline").first().locator("title").allTextContents();
   const dated = events.filter(event => /^[A-Z][a-z]{2} [A-Z]/.test(value(event, "Time"))).length;
-  assert.equal(held.reduce((sum, title) => sum + Number(title.match(/^([\d,]+) event/)[1].replace(/,/g, "")), 0), dated);
+  assert.equal(
+    held.reduce((sum, title) => sum + Number(title.match(/^([\d,]+) event/)[1].replace(/,/g, "")), 0),
+    dated,
+  );
   await page.locator(".timeline a rect.bad").first().click();
   await page.waitForFunction(() => /^#EVENTLOG\d@\d+$/.test(location.hash));
   await page.locator(".chosen").waitFor();
@@ -197,8 +226,14 @@ test("captures show size, command and text, and the modules' links lead to them"
   await page.locator("pre.capture").waitFor();
   const text = readFileSync(join(made.directory, "c0_showall.txt"), "utf8");
   assert.equal((await page.locator("pre.capture").textContent()).trimEnd(), text.trimEnd());
-  assert.match(await page.locator(".command").last().innerText(), /storcli_x64' \/c0 show > '.*c0_showall\.txt'\n.*ended well/);
-  const [file] = await Promise.all([page.waitForEvent("popup"), page.getByRole("link", {name: "open the file itself"}).click()]);
+  assert.match(
+    await page.locator(".command").last().innerText(),
+    /storcli_x64' \/c0 show > '.*c0_showall\.txt'\n.*ended well/,
+  );
+  const [file] = await Promise.all([
+    page.waitForEvent("popup"),
+    page.getByRole("link", {name: "open the file itself"}).click(),
+  ]);
   await file.waitForLoadState();
   assert.ok((await file.locator("body").innerText()).startsWith(text.slice(0, 40).trim().split("\n")[0]));
   await go(page, "#/captures");
@@ -215,7 +250,7 @@ test("paper gets the rows, not the screen's window on them", async () => {
   await page.evaluate(() => window.dispatchEvent(new Event("beforeprint")));
   assert.equal(await page.locator(".paper tbody tr").count(), records("EVENTLOG2").length);
   assert.ok(await page.locator(".paper table").isVisible());
-  assert.ok(!await page.locator(".grid").isVisible());
+  assert.ok(!(await page.locator(".grid").isVisible()));
   await page.evaluate(() => window.dispatchEvent(new Event("afterprint")));
   assert.equal(await page.locator(".paper tr").count(), 0);
 

@@ -18,7 +18,10 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const [menu, setMenu] = useState(false);
   const main = useRef<HTMLElement>(null);
   const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
-  const all = useMemo(() => overview.modules.flatMap(module => module.tables.map(table => ({table, module}))), [overview]);
+  const all = useMemo(
+    () => overview.modules.flatMap(module => module.tables.map(table => ({table, module}))),
+    [overview],
+  );
   const tables = useMemo(() => new Map(all.map(({table}) => [table.id, table])), [all]);
   const drawn = useMemo(() => pictures.filter(picture => picture.has(tables)), [tables]);
 
@@ -37,11 +40,13 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
     document.title = `${route.name || titleOf(route)} - ${serverName(overview)}`;
   }, [route]);
 
-  const here = route.view === "table" ? tableHash(route.name) : viewHash(route.view === "capture" ? "captures" : route.view);
+  const here =
+    route.view === "table" ? tableHash(route.name) : viewHash(route.view === "capture" ? "captures" : route.view);
   const entry = (href: string, text: string, detail = "", empty = false) => (
     <li key={href}>
       <a href={href} class={empty ? "nothing" : ""} aria-current={href === here ? "page" : undefined}>
-        <span>{text}</span>{detail !== "" && <small>{detail}</small>}
+        <span>{text}</span>
+        {detail !== "" && <small>{detail}</small>}
       </a>
     </li>
   );
@@ -50,20 +55,32 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   return (
     <>
       <header class="top">
-        <button type="button" class="skip" onClick={() => main.current?.focus()}>Skip to the content</button>
+        <button type="button" class="skip" onClick={() => main.current?.focus()}>
+          Skip to the content
+        </button>
         <button type="button" class="menu" aria-expanded={menu} aria-controls="contents" onClick={() => setMenu(!menu)}>
           Contents
         </button>
-        <a class="name" href="#/overview">{serverName(overview)}</a>
-        <form role="search" onSubmit={event => {
-          event.preventDefault();
-          const text = new FormData(event.currentTarget).get("text");
-          location.hash = viewHash("search", String(text ?? "").trim());
-        }}>
+        <a class="name" href="#/overview">
+          {serverName(overview)}
+        </a>
+        <form
+          role="search"
+          onSubmit={event => {
+            event.preventDefault();
+            const text = new FormData(event.currentTarget).get("text");
+            location.hash = viewHash("search", String(text ?? "").trim());
+          }}
+        >
           <label>
             <span class="unseen">Search everything</span>
-            <input type="search" name="text" placeholder="Search everything" spellcheck={false}
-                   defaultValue={route.view === "search" ? route.name : ""} />
+            <input
+              type="search"
+              name="text"
+              placeholder="Search everything"
+              spellcheck={false}
+              defaultValue={route.view === "search" ? route.name : ""}
+            />
           </label>
           <button type="submit">Search</button>
         </form>
@@ -83,25 +100,46 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
             <section key={module.name}>
               <h2>{visible(module.display || module.name || "Other tables")}</h2>
               <ul>
-                {module.tables.map(table => entry(tableHash(table.id), visible(table.id),
-                  table.records > 0 ? table.records.toLocaleString("en") : "none", table.records === 0))}
+                {module.tables.map(table =>
+                  entry(
+                    tableHash(table.id),
+                    visible(table.id),
+                    table.records > 0 ? table.records.toLocaleString("en") : "none",
+                    table.records === 0,
+                  ),
+                )}
               </ul>
             </section>
           ))}
         </nav>
         <main ref={main} tabIndex={-1}>
           {route.view === "overview" && <OverviewView overview={overview} tables={tables} />}
-          {route.view === "table" && (found
-            ? <TableView key={`${route.name}/${route.search}`} table={found.table} title={visible(found.module.display)} row={route.row}
-                         search={route.search} captures={captures} nonce={nonce} />
-            : <p class="empty">There is no table {visible(route.name)}.</p>)}
-          {drawn.filter(picture => picture.view === route.view).map(picture => (
-            <picture.Picture key={picture.view} tables={tables} />
-          ))}
+          {route.view === "table" &&
+            (found ? (
+              <TableView
+                key={`${route.name}/${route.search}`}
+                table={found.table}
+                title={visible(found.module.display)}
+                row={route.row}
+                search={route.search}
+                captures={captures}
+                nonce={nonce}
+              />
+            ) : (
+              <p class="empty">There is no table {visible(route.name)}.</p>
+            ))}
+          {drawn
+            .filter(picture => picture.view === route.view)
+            .map(picture => (
+              <picture.Picture key={picture.view} tables={tables} />
+            ))}
           {route.view === "captures" && <CapturesView overview={overview} />}
-          {route.view === "capture" && (captures.has(route.name)
-            ? <CaptureView key={route.name} capture={captures.get(route.name)!} overview={overview} />
-            : <p class="empty">There is no capture {visible(route.name)}.</p>)}
+          {route.view === "capture" &&
+            (captures.has(route.name) ? (
+              <CaptureView key={route.name} capture={captures.get(route.name)!} overview={overview} />
+            ) : (
+              <p class="empty">There is no capture {visible(route.name)}.</p>
+            ))}
           {route.view === "search" && <SearchView overview={overview} text={route.name} />}
           {route.view === "print" && <PrintView overview={overview} tables={tables} />}
         </main>
@@ -111,7 +149,18 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
 }
 
 function titleOf(route: Route): string {
-  return pictures.find(picture => picture.view === route.view)?.title ??
-    {overview: "Overview", table: "", captures: "Captures", capture: "", search: "Search", print: "For paper",
-     sensors: "", drives: "", events: ""}[route.view];
+  return (
+    pictures.find(picture => picture.view === route.view)?.title ??
+    {
+      overview: "Overview",
+      table: "",
+      captures: "Captures",
+      capture: "",
+      search: "Search",
+      print: "For paper",
+      sensors: "",
+      drives: "",
+      events: "",
+    }[route.view]
+  );
 }

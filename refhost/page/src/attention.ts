@@ -22,13 +22,15 @@ async function rowsOf(tables: Map<string, Table>, id: string): Promise<Rows | nu
 async function sensors(tables: Map<string, Table>): Promise<Concern[]> {
   const rows = await rowsOf(tables, "SENSORINFO");
   if (!rows) return [];
-  return sensorsOf(rows).filter(isBad).map(sensor => ({
-    level: sensor.position === "critical" ? "bad" : "poor",
-    table: "SENSORINFO",
-    row: sensor.row,
-    what: sensor.name,
-    says: `${sensor.reading} ${sensor.unit}, status ${sensor.status}`,
-  }));
+  return sensorsOf(rows)
+    .filter(isBad)
+    .map(sensor => ({
+      level: sensor.position === "critical" ? "bad" : "poor",
+      table: "SENSORINFO",
+      row: sensor.row,
+      what: sensor.name,
+      says: `${sensor.reading} ${sensor.unit}, status ${sensor.status}`,
+    }));
 }
 
 async function drives(tables: Map<string, Table>): Promise<Concern[]> {
@@ -40,21 +42,35 @@ async function drives(tables: Map<string, Table>): Promise<Concern[]> {
       const state = trimmed(value(row, "State"));
       const meaning = driveStates.get(state);
       if (!meaning || meaning.level === "good") continue;
-      found.push({level: meaning.level, table: "PINFO", row, what: `Drive ${trimmed(value(row, "EID"))}`,
-                  says: `${state} (${meaning.words})`});
+      found.push({
+        level: meaning.level,
+        table: "PINFO",
+        row,
+        what: `Drive ${trimmed(value(row, "EID"))}`,
+        says: `${state} (${meaning.words})`,
+      });
     }
   }
   const details = await rowsOf(tables, "PDLIST");
   if (details) {
     const value = valueReader(details);
     for (let row = 0; row < details.count; ++row) {
-      const counters = [["MediaErrorCount", "media errors"], ["PredictiveFail", "predicted failures"]] as const;
-      const says = counters.filter(([id]) => number(value(row, id)) > 0)
+      const counters = [
+        ["MediaErrorCount", "media errors"],
+        ["PredictiveFail", "predicted failures"],
+      ] as const;
+      const says = counters
+        .filter(([id]) => number(value(row, id)) > 0)
         .map(([id, words]) => `${trimmed(value(row, id))} ${words}`);
       if (/^yes$/i.test(trimmed(value(row, "SMARTflag")))) says.push("SMART alert");
       if (says.length > 0) {
-        found.push({level: "poor", table: "PDLIST", row, what: `Drive ${trimmed(value(row, "SN"))}`,
-                    says: says.join(", ")});
+        found.push({
+          level: "poor",
+          table: "PDLIST",
+          row,
+          what: `Drive ${trimmed(value(row, "SN"))}`,
+          says: says.join(", "),
+        });
       }
     }
   }
@@ -71,22 +87,26 @@ async function volumes(tables: Map<string, Table>): Promise<Concern[]> {
     const meaning = volumeStates.get(state);
     if (!meaning || meaning.level === "good") continue;
     const name = trimmed(value(row, "Name"));
-    found.push({level: meaning.level, table: "VINFO", row,
-                what: `Virtual drive ${trimmed(value(row, "DG"))}${name ? ` "${name}"` : ""}`,
-                says: `${state} (${meaning.words})`});
+    found.push({
+      level: meaning.level,
+      table: "VINFO",
+      row,
+      what: `Virtual drive ${trimmed(value(row, "DG"))}${name ? ` "${name}"` : ""}`,
+      says: `${state} (${meaning.words})`,
+    });
   }
   return found;
 }
 
 export interface Attention {
-  looked: string[];  // at what there was to look at
+  looked: string[]; // at what there was to look at
   concerns: Concern[];
 }
 
 const PARTS = [
-  {name: "arrays",  tables: ["VINFO"],           find: volumes},
-  {name: "drives",  tables: ["PINFO", "PDLIST"], find: drives },
-  {name: "sensors", tables: ["SENSORINFO"],      find: sensors},
+  {name: "arrays", tables: ["VINFO"], find: volumes},
+  {name: "drives", tables: ["PINFO", "PDLIST"], find: drives},
+  {name: "sensors", tables: ["SENSORINFO"], find: sensors},
 ];
 
 export async function attention(tables: Map<string, Table>): Promise<Attention> {
@@ -94,7 +114,7 @@ export async function attention(tables: Map<string, Table>): Promise<Attention> 
   for (const part of PARTS) {
     if (!part.tables.some(id => (tables.get(id)?.records ?? 0) > 0)) continue;
     try {
-      all.concerns.push(...await part.find(tables));
+      all.concerns.push(...(await part.find(tables)));
       all.looked.push(part.name);
     } catch {
       // A missing data file is told where its table is opened.

@@ -13,19 +13,42 @@ export function CapturesView({overview}: {overview: Overview}) {
       <div class="scroll" tabIndex={0} role="region" aria-label="Captures">
         <table class="list">
           <thead>
-            <tr><th scope="col">File</th><th scope="col" class="number">Size</th><th scope="col">Made by</th>
-              <th scope="col" class="number">Took</th><th scope="col">Ended</th></tr>
+            <tr>
+              <th scope="col">File</th>
+              <th scope="col" class="number">
+                Size
+              </th>
+              <th scope="col">Made by</th>
+              <th scope="col" class="number">
+                Took
+              </th>
+              <th scope="col">Ended</th>
+            </tr>
           </thead>
           <tbody>
             {overview.captures.map(capture => {
               const command = overview.commands[capture.commands.at(-1) ?? -1];
               return (
                 <tr key={capture.name} class={capture.size === 0 ? "nothing" : ""}>
-                  <td><a href={viewHash("capture", capture.name)}><bdi>{visible(capture.name)}</bdi></a></td>
+                  <td>
+                    <a href={viewHash("capture", capture.name)}>
+                      <bdi>{visible(capture.name)}</bdi>
+                    </a>
+                  </td>
                   <td class="number">{capture.kind === "directory" ? "folder" : bytes(capture.size)}</td>
-                  <td>{command ? <code><bdi>{visible(command.text)}</bdi></code> : "no recorded command names it"}</td>
+                  <td>
+                    {command ? (
+                      <code>
+                        <bdi>{visible(command.text)}</bdi>
+                      </code>
+                    ) : (
+                      "no recorded command names it"
+                    )}
+                  </td>
                   <td class="number">{command ? seconds(command.seconds) : ""}</td>
-                  <td class={command && command.outcome !== "" ? "raised" : ""}>{command ? command.outcome || "well" : ""}</td>
+                  <td class={command && command.outcome !== "" ? "raised" : ""}>
+                    {command ? command.outcome || "well" : ""}
+                  </td>
                 </tr>
               );
             })}
@@ -47,11 +70,23 @@ function Others({overview}: {overview: Overview}) {
       <h2>Commands without a capture</h2>
       <div class="scroll" tabIndex={0} role="region" aria-label="Commands without a capture">
         <table class="list">
-          <thead><tr><th scope="col">Command</th><th scope="col" class="number">Took</th><th scope="col">Ended</th></tr></thead>
+          <thead>
+            <tr>
+              <th scope="col">Command</th>
+              <th scope="col" class="number">
+                Took
+              </th>
+              <th scope="col">Ended</th>
+            </tr>
+          </thead>
           <tbody>
             {others.map((command, at) => (
               <tr key={at}>
-                <td><code><bdi>{visible(command.text)}</bdi></code></td>
+                <td>
+                  <code>
+                    <bdi>{visible(command.text)}</bdi>
+                  </code>
+                </td>
                 <td class="number">{seconds(command.seconds)}</td>
                 <td class={command.outcome !== "" ? "raised" : ""}>{command.outcome || "well"}</td>
               </tr>
@@ -68,34 +103,62 @@ export function CaptureView({capture, overview}: {capture: Capture; overview: Ov
   const [failure, setFailure] = useState("");
   useEffect(() => {
     if (capture.data === "") return;
-    loadCapture(capture).then(setText).catch((error: Error) => setFailure(error.message));
+    loadCapture(capture)
+      .then(setText)
+      .catch((error: Error) => setFailure(error.message));
   }, [capture]);
   const address = captureAddress(capture);
   return (
     <>
-      <h1><bdi>{visible(capture.name)}</bdi></h1>
+      <h1>
+        <bdi>{visible(capture.name)}</bdi>
+      </h1>
       <p class="lead">
         {capture.kind === "directory" ? "A folder" : bytes(capture.size)}
-        {address !== undefined
-          ? <>, <a href={address} target="_blank" rel="noopener noreferrer">open the file itself</a></>
-          : ", in the log directory; a browser might run it as a page, so it is shown as text only"}.
+        {address !== undefined ? (
+          <>
+            ,{" "}
+            <a href={address} target="_blank" rel="noopener noreferrer">
+              open the file itself
+            </a>
+          </>
+        ) : (
+          ", in the log directory; a browser might run it as a page, so it is shown as text only"
+        )}
+        .
       </p>
-      {capture.commands.map(at => overview.commands[at]).filter(command => command !== undefined).map((command, at) => (
-        <p key={at} class="command">
-          <code><bdi>{visible(command.text)}</bdi></code>
-          <br /><small>took {seconds(command.seconds)}, ended {command.outcome || "well"}</small>
+      {capture.commands
+        .map(at => overview.commands[at])
+        .filter(command => command !== undefined)
+        .map((command, at) => (
+          <p key={at} class="command">
+            <code>
+              <bdi>{visible(command.text)}</bdi>
+            </code>
+            <br />
+            <small>
+              took {seconds(command.seconds)}, ended {command.outcome || "well"}
+            </small>
+          </p>
+        ))}
+      {failure !== "" && (
+        <p class="problem" role="alert">
+          {failure}
         </p>
-      ))}
-      {failure !== "" && <p class="problem" role="alert">{failure}</p>}
+      )}
       {capture.kind !== "directory" && capture.size === 0 && <p class="empty">The file is empty.</p>}
       {capture.kind === "binary" && <p class="empty">Not a text.</p>}
       {capture.data !== "" && text === null && failure === "" && <p>Reading ...</p>}
       {text !== null && capture.size > 0 && (
         <>
           {capture.shown < capture.size && (
-            <p class="note">The first {bytes(capture.shown)} of {bytes(capture.size)}.</p>
+            <p class="note">
+              The first {bytes(capture.shown)} of {bytes(capture.size)}.
+            </p>
           )}
-          <pre class="capture" tabIndex={0} role="region" aria-label={`Text of ${capture.name}`}>{visible(text)}</pre>
+          <pre class="capture" tabIndex={0} role="region" aria-label={`Text of ${capture.name}`}>
+            {visible(text)}
+          </pre>
         </>
       )}
     </>

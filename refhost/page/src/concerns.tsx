@@ -14,8 +14,10 @@ export function Concerns({tables}: {tables: Map<string, Table>}) {
     <ul class="concerns">
       {found.concerns.map((concern, at) => (
         <li key={at} class={concern.level}>
-          <a href={tableHash(concern.table, concern.row)}><bdi>{concern.what}</bdi></a>
-          {" "}<bdi>{concern.says}</bdi>
+          <a href={tableHash(concern.table, concern.row)}>
+            <bdi>{concern.what}</bdi>
+          </a>{" "}
+          <bdi>{concern.says}</bdi>
         </li>
       ))}
     </ul>

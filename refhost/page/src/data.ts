@@ -7,7 +7,7 @@ export type Value = string | number | null;
 export interface Column {
   id: string;
   label: string;
-  width: number;  // a share of the table's width; 0: none given
+  width: number; // a share of the table's width; 0: none given
 }
 
 export interface Table {
@@ -16,7 +16,7 @@ export interface Table {
   kind: "columns" | "rows" | "";
   columns: Column[];
   records: number;
-  reason: string;  // why it is empty; with records, why these are not all
+  reason: string; // why it is empty; with records, why these are not all
   chunk_rows: number;
   chunks: string[];
 }
@@ -30,13 +30,13 @@ export interface Module {
 export interface Fact {
   label: string;
   value: string;
-  source: string;  // the capture that says so; empty: the program itself
+  source: string; // the capture that says so; empty: the program itself
 }
 
 export interface Command {
   text: string;
   seconds: number;
-  outcome: string;  // empty: all went well
+  outcome: string; // empty: all went well
   cut_off: boolean;
 }
 
@@ -44,8 +44,8 @@ export interface Capture {
   name: string;
   size: number;
   kind: "text" | "binary" | "directory" | "other";
-  data: string;   // the file with its text, for this page; empty: none
-  shown: number;  // bytes of it in there
+  data: string; // the file with its text, for this page; empty: none
+  shown: number; // bytes of it in there
   commands: number[];
 }
 
@@ -115,8 +115,12 @@ declare global {
 
 window.qv = {
   overview: json => onOverview(JSON.parse(json) as Overview),
-  rows: json => { arrived = JSON.parse(json) as Arrived; },
-  capture: json => { arrived = JSON.parse(json) as string; },
+  rows: json => {
+    arrived = JSON.parse(json) as Arrived;
+  },
+  capture: json => {
+    arrived = JSON.parse(json) as string;
+  },
 };
 
 export function whenOverviewComes(take: (overview: Overview) => void): void {
@@ -127,22 +131,25 @@ export function whenOverviewComes(take: (overview: Overview) => void): void {
 let queue: Promise<unknown> = Promise.resolve();
 
 function load(file: string): Promise<Arrived | string> {
-  const next = queue.then(() => new Promise<Arrived | string>((resolve, reject) => {
-    const script = document.createElement("script");
-    arrived = undefined;
-    script.src = file;
-    script.onload = () => {
-      script.remove();
-      if (arrived === undefined) reject(new Error(`${file} is damaged`));
-      else resolve(arrived);
-      arrived = undefined;
-    };
-    script.onerror = () => {
-      script.remove();
-      reject(new Error(`${file} is missing beside this page`));
-    };
-    document.head.append(script);
-  }));
+  const next = queue.then(
+    () =>
+      new Promise<Arrived | string>((resolve, reject) => {
+        const script = document.createElement("script");
+        arrived = undefined;
+        script.src = file;
+        script.onload = () => {
+          script.remove();
+          if (arrived === undefined) reject(new Error(`${file} is damaged`));
+          else resolve(arrived);
+          arrived = undefined;
+        };
+        script.onerror = () => {
+          script.remove();
+          reject(new Error(`${file} is missing beside this page`));
+        };
+        document.head.append(script);
+      }),
+  );
   queue = next.catch(() => {});
   return next;
 }
@@ -159,7 +166,7 @@ export function loadRows(table: Table, progress?: (rows: Rows) => void): Promise
   const rows = new Rows(table);
   const all = (async () => {
     for (const file of table.chunks) {
-      const part = await load(file) as Arrived;
+      const part = (await load(file)) as Arrived;
       for (const [count, name, index] of part.names) {
         rows.names.push({first: rows.count, name, index});
         rows.count += count;

@@ -8,8 +8,12 @@ export interface Shown {
   columns: number[];
 }
 
-function lines({rows, order, columns}: Shown, separator: string, end: string,
-               cell: (value: string | number | null) => string): string[] {
+function lines(
+  {rows, order, columns}: Shown,
+  separator: string,
+  end: string,
+  cell: (value: string | number | null) => string,
+): string[] {
   const all = [columns.map(column => cell(rows.table.columns[column]!.label)).join(separator) + end];
   for (let at = 0; at < order.length; ++at)
     all.push(columns.map(column => cell(rows.cell(order[at]!, column))).join(separator) + end);

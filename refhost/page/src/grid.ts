@@ -23,7 +23,7 @@ export interface Grid {
 
 const LEAST_WIDTH = 64;
 const MOST_WIDTH = 480;
-const SAMPLED = 200;  // rows that are measured
+const SAMPLED = 200; // rows that are measured
 
 // As wide as the layout says, but never too narrow for a label or the first rows' values.
 function widths(host: HTMLElement, rows: Rows, room: number): number[] {
@@ -36,16 +36,21 @@ function widths(host: HTMLElement, rows: Rows, room: number): number[] {
     return ruler.measureText(text).width;
   };
   return columns.map((column, at) => {
-    let longest = measure(oneLine(column.label), "600") + 20;  // room for the sorting mark
+    let longest = measure(oneLine(column.label), "600") + 20; // room for the sorting mark
     for (let row = 0; row < Math.min(rows.count, SAMPLED); ++row)
       longest = Math.max(longest, Math.min(measure(oneLine(rows.cell(row, at)), "400"), MOST_WIDTH));
-    const asked = total > 0 ? room * column.width / Math.max(total, 100) : 0;
+    const asked = total > 0 ? (room * column.width) / Math.max(total, 100) : 0;
     return Math.ceil(Math.max(LEAST_WIDTH, asked, longest + 20));
   });
 }
 
-export function createGrid(host: HTMLElement, rows: Rows, captures: Map<string, Capture>,
-                           nonce: string, events: GridEvents): Grid {
+export function createGrid(
+  host: HTMLElement,
+  rows: Rows,
+  captures: Map<string, Capture>,
+  nonce: string,
+  events: GridEvents,
+): Grid {
   const table = rows.table;
   const single = table.columns.length === 1;
   let source = rows;

@@ -19,19 +19,29 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
     <>
       <h1>{serverName(overview)}</h1>
       <p class="lead">
-        Collected {Number.isNaN(started) ? "at an unknown time" : <time dateTime={meta["started"]}>{when(started)}</time>}
+        Collected{" "}
+        {Number.isNaN(started) ? "at an unknown time" : <time dateTime={meta["started"]}>{when(started)}</time>}
         {!Number.isNaN(took) && ` in ${seconds(took)}`}
-        {": "}{count(records, "record")} in {count(all.filter(table => table.records > 0).length, "table")}
-        {", "}<a href="#/captures">{count(overview.captures.length, "capture")}</a>.
+        {": "}
+        {count(records, "record")} in {count(all.filter(table => table.records > 0).length, "table")}
+        {", "}
+        <a href="#/captures">{count(overview.captures.length, "capture")}</a>.
       </p>
       {status !== "" && status !== "complete" && (
-        <p class="problem" role="alert">This collection is {visible(status)}.</p>
+        <p class="problem" role="alert">
+          This collection is {visible(status)}.
+        </p>
       )}
       {partial.length > 0 && (
         <p class="problem">
-          Partial: {partial.map((table, at) => (
-            <span key={table.id}>{at > 0 && ", "}<a href={tableHash(table.id)}>{visible(table.id)}</a></span>
-          ))}.
+          Partial:{" "}
+          {partial.map((table, at) => (
+            <span key={table.id}>
+              {at > 0 && ", "}
+              <a href={tableHash(table.id)}>{visible(table.id)}</a>
+            </span>
+          ))}
+          .
         </p>
       )}
       {overview.facts.length > 0 && (
@@ -43,7 +53,11 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
                 <dt>{fact.label}</dt>
                 <dd>
                   <bdi>{visible(fact.value)}</bdi>
-                  {fact.source !== "" && <a class="source" href={viewHash("capture", fact.source)}>{visible(fact.source)}</a>}
+                  {fact.source !== "" && (
+                    <a class="source" href={viewHash("capture", fact.source)}>
+                      {visible(fact.source)}
+                    </a>
+                  )}
                 </dd>
               </div>
             ))}
@@ -54,7 +68,10 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
         <h2 id="look">Worth a look</h2>
         <Concerns tables={tables} />
         {failed > 0 && (
-          <p>{count(failed, "command")} of {overview.commands.length} did not end well: <a href="#/captures">see the captures</a>.</p>
+          <p>
+            {count(failed, "command")} of {overview.commands.length} did not end well:{" "}
+            <a href="#/captures">see the captures</a>.
+          </p>
         )}
       </section>
       <section aria-labelledby="collected">
@@ -62,18 +79,31 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
         <div class="scroll" tabIndex={0} role="region" aria-label="Tables">
           <table class="list">
             <thead>
-              <tr><th scope="col">Module</th><th scope="col">Table</th><th scope="col" class="number">Records</th>
-                <th scope="col">Note</th></tr>
+              <tr>
+                <th scope="col">Module</th>
+                <th scope="col">Table</th>
+                <th scope="col" class="number">
+                  Records
+                </th>
+                <th scope="col">Note</th>
+              </tr>
             </thead>
             {overview.modules.map(module => (
               <tbody key={module.name}>
                 {module.tables.map((table, at) => (
                   <tr key={table.id} class={table.records === 0 ? "nothing" : ""}>
-                    {at === 0 && <th scope="rowgroup" rowSpan={module.tables.length}>{visible(module.display || module.name)}</th>}
-                    <td><a href={tableHash(table.id)}>{visible(table.id)}</a></td>
+                    {at === 0 && (
+                      <th scope="rowgroup" rowSpan={module.tables.length}>
+                        {visible(module.display || module.name)}
+                      </th>
+                    )}
+                    <td>
+                      <a href={tableHash(table.id)}>{visible(table.id)}</a>
+                    </td>
                     <td class="number">{table.records.toLocaleString("en")}</td>
                     <td class={table.records > 0 ? "raised" : ""}>
-                      {table.records > 0 && table.reason !== "" && "partial: "}{visible(table.reason)}
+                      {table.records > 0 && table.reason !== "" && "partial: "}
+                      {visible(table.reason)}
                     </td>
                   </tr>
                 ))}
@@ -83,7 +113,8 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
         </div>
       </section>
       <footer>
-        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}. The same records: <a href="report.json">report.json</a> and report.sqlite beside this page.
+        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}. The same records:{" "}
+        <a href="report.json">report.json</a> and report.sqlite beside this page.
       </footer>
     </>
   );

@@ -10,8 +10,7 @@ function element(name: string, text = ""): HTMLElement {
   return made;
 }
 
-export function plainTable(rows: Rows, order: ArrayLike<number>, columns: number[],
-                           most = PRINTED_ROWS): HTMLElement {
+export function plainTable(rows: Rows, order: ArrayLike<number>, columns: number[], most = PRINTED_ROWS): HTMLElement {
   const whole = document.createElement("div");
   const table = element("table");
   table.className = columns.length === 1 ? "printed lines" : "printed";

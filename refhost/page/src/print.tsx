@@ -47,18 +47,29 @@ export function PrintView({overview, tables}: {overview: Overview; tables: Map<s
       setState("");
     };
     write().catch((error: Error) => setState(error.message));
-    return () => { alive = false; };
+    return () => {
+      alive = false;
+    };
   }, [overview]);
   return (
     <>
       <h1>{serverName(overview)}</h1>
       <p class="lead">
-        {state !== "" ? state : `Collected ${visible(overview.meta["started"] ?? "")}; up to ${ROWS_EACH} rows of each table.`}{" "}
-        <button type="button" class="screen" disabled={state !== ""} onClick={() => window.print()}>Print</button>
+        {state !== ""
+          ? state
+          : `Collected ${visible(overview.meta["started"] ?? "")}; up to ${ROWS_EACH} rows of each table.`}{" "}
+        <button type="button" class="screen" disabled={state !== ""} onClick={() => window.print()}>
+          Print
+        </button>
       </p>
       <dl class="facts">
         {overview.facts.map(fact => (
-          <div key={fact.label}><dt>{fact.label}</dt><dd><bdi>{visible(fact.value)}</bdi></dd></div>
+          <div key={fact.label}>
+            <dt>{fact.label}</dt>
+            <dd>
+              <bdi>{visible(fact.value)}</bdi>
+            </dd>
+          </div>
         ))}
       </dl>
       <h2>Worth a look</h2>

@@ -3,8 +3,8 @@
 
 export interface Route {
   view: "overview" | "table" | "sensors" | "drives" | "events" | "captures" | "capture" | "search" | "print";
-  name: string;  // of the table or capture, or what is searched
-  row: number;   // from 0; -1: none
+  name: string; // of the table or capture, or what is searched
+  row: number; // from 0; -1: none
   search: string;
 }
 

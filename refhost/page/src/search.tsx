@@ -48,11 +48,17 @@ export function SearchView({overview, text}: {overview: Overview; text: string})
     <>
       <h1>Search</h1>
       <p class="lead" role="status">
-        {text === "" ? "Type what to look for at the top."
-          : left !== "" ? `Looking for "${visible(text)}" in ${visible(left)} ...`
+        {text === ""
+          ? "Type what to look for at the top."
+          : left !== ""
+            ? `Looking for "${visible(text)}" in ${visible(left)} ...`
             : `"${visible(text)}": ${count(total, "record")} in ${count(hits.length, "table")}`}
       </p>
-      {failures.map(failure => <p key={failure} class="problem" role="alert">{failure}</p>)}
+      {failures.map(failure => (
+        <p key={failure} class="problem" role="alert">
+          {failure}
+        </p>
+      ))}
       {hits.map(({table, rows, found}) => (
         <section key={table.id}>
           <h2>
@@ -62,7 +68,18 @@ export function SearchView({overview, text}: {overview: Overview; text: string})
           <ul class="hits">
             {[...found.slice(0, SHOWN)].map(row => (
               <li key={row}>
-                <a href={tableHash(table.id, row)}><bdi><Marked text={rows.record(row).map(value => oneLine(value)).filter(t => t !== "").join(" | ")} search={text} /></bdi></a>
+                <a href={tableHash(table.id, row)}>
+                  <bdi>
+                    <Marked
+                      text={rows
+                        .record(row)
+                        .map(value => oneLine(value))
+                        .filter(t => t !== "")
+                        .join(" | ")}
+                      search={text}
+                    />
+                  </bdi>
+                </a>
               </li>
             ))}
           </ul>
@@ -80,8 +97,11 @@ function Marked({text, search}: {text: string; search: string}) {
   if (at < 0) return <>{cut}</>;
   return (
     <>
-      {from > 0 && "... "}{text.slice(from, at)}<mark>{text.slice(at, at + word.length)}</mark>
-      {text.slice(at + word.length, from + 240)}{from + 240 < text.length && " ..."}
+      {from > 0 && "... "}
+      {text.slice(from, at)}
+      <mark>{text.slice(at, at + word.length)}</mark>
+      {text.slice(at + word.length, from + 240)}
+      {from + 240 < text.length && " ..."}
     </>
   );
 }

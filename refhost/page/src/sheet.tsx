@@ -10,8 +10,18 @@ export function Text({value, captures}: {value: Value; captures: Map<string, Cap
   return <bdi class="value">{trimmed(value)}</bdi>;
 }
 
-export function Sheet({rows, columns, order, captures, active}: {
-  rows: Rows; columns: number[]; order: number[]; captures: Map<string, Capture>; active: number;
+export function Sheet({
+  rows,
+  columns,
+  order,
+  captures,
+  active,
+}: {
+  rows: Rows;
+  columns: number[];
+  order: number[];
+  captures: Map<string, Capture>;
+  active: number;
 }) {
   return (
     <div class="scroll" tabIndex={0} role="region" aria-label={`${rows.table.id}, records`}>

@@ -33,8 +33,7 @@ export class Slicer {
 }
 
 // The rows that pass, in order.
-export async function selected(count: number, passes: (row: number) => boolean,
-                               slicer: Slicer): Promise<Int32Array> {
+export async function selected(count: number, passes: (row: number) => boolean, slicer: Slicer): Promise<Int32Array> {
   const rows = new Int32Array(count);
   let size = 0;
   for (let row = 0; row < count; ++row) {
@@ -45,8 +44,11 @@ export async function selected(count: number, passes: (row: number) => boolean,
 }
 
 // A stable merge sort, bottom up.
-export async function sorted(rows: Int32Array, compare: (a: number, b: number) => number,
-                             slicer: Slicer): Promise<Int32Array> {
+export async function sorted(
+  rows: Int32Array,
+  compare: (a: number, b: number) => number,
+  slicer: Slicer,
+): Promise<Int32Array> {
   let from = rows.slice();
   for (let begin = 0; begin < from.length; begin += BLOCK) {
     from.subarray(begin, begin + BLOCK).sort((a, b) => compare(a, b) || a - b);

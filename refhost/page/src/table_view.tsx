@@ -9,12 +9,24 @@ import {Sheet, Text} from "./sheet";
 import {count, oneLine, visible} from "./text";
 import {everything, shownRows, type Wanted} from "./view_rows";
 
-const MOST_BESIDE = 24;  // more records than that are easier to read as rows
+const MOST_BESIDE = 24; // more records than that are easier to read as rows
 const TYPING_MS = 120;
-const LOADING_MS = 120;  // while rows arrive, the first of them are enough to begin with
+const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with
 
-export function TableView({table, title, row, search, captures, nonce}: {
-  table: Table; title: string; row: number; search: string; captures: Map<string, Capture>; nonce: string;
+export function TableView({
+  table,
+  title,
+  row,
+  search,
+  captures,
+  nonce,
+}: {
+  table: Table;
+  title: string;
+  row: number;
+  search: string;
+  captures: Map<string, Capture>;
+  nonce: string;
 }) {
   const [rows, setRows] = useState<Rows | null>(null);
   const [loaded, setLoaded] = useState(0);
@@ -24,7 +36,7 @@ export function TableView({table, title, row, search, captures, nonce}: {
   const [visibleColumns, setVisibleColumns] = useState(() => table.columns.map(() => true));
   const [chosen, setChosen] = useState(row);
   const [said, setSaid] = useState("");
-  const [answered, setAnswered] = useState<Wanted | null>(null);  // what `order` is the answer to
+  const [answered, setAnswered] = useState<Wanted | null>(null); // what `order` is the answer to
   const asSheet = table.kind === "columns" && table.records <= MOST_BESIDE;
   const columns = useMemo(() => visibleColumns.flatMap((shown, at) => (shown ? [at] : [])), [visibleColumns]);
 
@@ -35,7 +47,9 @@ export function TableView({table, title, row, search, captures, nonce}: {
       setRows(part);
       setLoaded(part.count);
     }).catch((error: Error) => alive && setFailure(error.message));
-    return () => { alive = false; };
+    return () => {
+      alive = false;
+    };
   }, [table]);
 
   useEffect(() => setChosen(row), [row]);
@@ -43,12 +57,17 @@ export function TableView({table, title, row, search, captures, nonce}: {
   useEffect(() => {
     if (!rows) return;
     const abort = new AbortController();
-    const timer = setTimeout(() => {
-      shownRows(rows, wanted, abort.signal).then(found => {
-        setOrder(found);
-        setAnswered(wanted);
-      }).catch(() => {});
-    }, loaded === table.records || order.length === 0 ? 0 : LOADING_MS);
+    const timer = setTimeout(
+      () => {
+        shownRows(rows, wanted, abort.signal)
+          .then(found => {
+            setOrder(found);
+            setAnswered(wanted);
+          })
+          .catch(() => {});
+      },
+      loaded === table.records || order.length === 0 ? 0 : LOADING_MS,
+    );
     return () => {
       clearTimeout(timer);
       abort.abort();
@@ -75,12 +94,27 @@ export function TableView({table, title, row, search, captures, nonce}: {
 
   const heading = (
     <header class="table-head">
-      <h1>{visible(table.id)} <small>{title}</small></h1>
+      <h1>
+        {visible(table.id)} <small>{title}</small>
+      </h1>
     </header>
   );
-  if (failure) return <>{heading}<p class="problem" role="alert">{failure}</p></>;
+  if (failure)
+    return (
+      <>
+        {heading}
+        <p class="problem" role="alert">
+          {failure}
+        </p>
+      </>
+    );
   if (table.records === 0) {
-    return <>{heading}<p class="empty">No records{table.reason ? `: ${visible(table.reason)}` : "."}</p></>;
+    return (
+      <>
+        {heading}
+        <p class="empty">No records{table.reason ? `: ${visible(table.reason)}` : "."}</p>
+      </>
+    );
   }
 
   const partial = table.reason !== "" && <p class="problem">Partial: {visible(table.reason)}.</p>;
@@ -90,8 +124,8 @@ export function TableView({table, title, row, search, captures, nonce}: {
     setSaid(text);
     setTimeout(() => setSaid(""), 3000);
   };
-  const take = (shown: Shown) => void copy(tabSeparated(shown))
-    .then(() => tell(`${count(shown.order.length, "row")} copied`));
+  const take = (shown: Shown) =>
+    void copy(tabSeparated(shown)).then(() => tell(`${count(shown.order.length, "row")} copied`));
 
   return (
     <>
@@ -100,8 +134,13 @@ export function TableView({table, title, row, search, captures, nonce}: {
       <div class="tools" role="toolbar" aria-label="Table">
         <label>
           <span class="unseen">Search this table</span>
-          <input type="search" placeholder="Search this table" value={wanted.search} spellcheck={false}
-                 onInput={event => setWanted({...wanted, search: event.currentTarget.value})} />
+          <input
+            type="search"
+            placeholder="Search this table"
+            value={wanted.search}
+            spellcheck={false}
+            onInput={event => setWanted({...wanted, search: event.currentTarget.value})}
+          />
         </label>
         <span class="count" role="status">
           {loaded < table.records
@@ -114,13 +153,19 @@ export function TableView({table, title, row, search, captures, nonce}: {
         {!asSheet && (
           <label>
             Sort{" "}
-            <select value={wanted.sort ? String(wanted.sort.column) : ""}
-                    onChange={event => {
-                      const value = event.currentTarget.value;
-                      setWanted({...wanted, sort: value === "" ? null : {column: Number(value), ascending: true}});
-                    }}>
+            <select
+              value={wanted.sort ? String(wanted.sort.column) : ""}
+              onChange={event => {
+                const value = event.currentTarget.value;
+                setWanted({...wanted, sort: value === "" ? null : {column: Number(value), ascending: true}});
+              }}
+            >
               <option value="">as collected</option>
-              {table.columns.map((column, at) => <option key={at} value={String(at)}>{oneLine(column.label)}</option>)}
+              {table.columns.map((column, at) => (
+                <option key={at} value={String(at)}>
+                  {oneLine(column.label)}
+                </option>
+              ))}
             </select>
           </label>
         )}
@@ -131,41 +176,87 @@ export function TableView({table, title, row, search, captures, nonce}: {
               <legend class="unseen">Columns to show</legend>
               {table.columns.map((column, at) => (
                 <label key={at}>
-                  <input type="checkbox" checked={visibleColumns[at]}
-                         disabled={visibleColumns[at] && columns.length === 1}
-                         onChange={() => setVisibleColumns(visibleColumns.map((shown, i) => (i === at ? !shown : shown)))} />
-                  {" "}{oneLine(column.label)}
+                  <input
+                    type="checkbox"
+                    checked={visibleColumns[at]}
+                    disabled={visibleColumns[at] && columns.length === 1}
+                    onChange={() => setVisibleColumns(visibleColumns.map((shown, i) => (i === at ? !shown : shown)))}
+                  />{" "}
+                  {oneLine(column.label)}
                 </label>
               ))}
             </fieldset>
           </details>
         )}
-        <button type="button" disabled={!ready} onClick={() => latest.current && take(latest.current)}>Copy</button>
-        <button type="button" disabled={!ready}
-                onClick={() => latest.current && save(csv(latest.current), `${table.id.replace(/[^\w.-]/g, "_")}.csv`)}>
+        <button type="button" disabled={!ready} onClick={() => latest.current && take(latest.current)}>
+          Copy
+        </button>
+        <button
+          type="button"
+          disabled={!ready}
+          onClick={() => latest.current && save(csv(latest.current), `${table.id.replace(/[^\w.-]/g, "_")}.csv`)}
+        >
           CSV
         </button>
         {(filtered || wanted.sort) && (
-          <button type="button" onClick={() => setWanted(everything())}>Show all</button>
+          <button type="button" onClick={() => setWanted(everything())}>
+            Show all
+          </button>
         )}
-        <span class="said" role="status">{said}</span>
+        <span class="said" role="status">
+          {said}
+        </span>
       </div>
-      {rows && (asSheet
-        ? <Sheet rows={rows} columns={columns} order={[...order]} captures={captures} active={chosen} />
-        : <GridHost rows={rows} order={order} wanted={wanted} setWanted={setWanted} visibleColumns={visibleColumns}
-                    captures={captures} nonce={nonce} chosen={chosen} choose={setChosen} />)}
+      {rows &&
+        (asSheet ? (
+          <Sheet rows={rows} columns={columns} order={[...order]} captures={captures} active={chosen} />
+        ) : (
+          <GridHost
+            rows={rows}
+            order={order}
+            wanted={wanted}
+            setWanted={setWanted}
+            visibleColumns={visibleColumns}
+            captures={captures}
+            nonce={nonce}
+            chosen={chosen}
+            choose={setChosen}
+          />
+        ))}
       {rows && !asSheet && chosen >= 0 && chosen < rows.count && (
-        <Chosen rows={rows} row={chosen} captures={captures} close={() => setChosen(-1)}
-                take={() => take({rows, order: [chosen], columns: table.columns.map((_, at) => at)})} />
+        <Chosen
+          rows={rows}
+          row={chosen}
+          captures={captures}
+          close={() => setChosen(-1)}
+          take={() => take({rows, order: [chosen], columns: table.columns.map((_, at) => at)})}
+        />
       )}
       <div class="paper" ref={paper} />
     </>
   );
 }
 
-function GridHost({rows, order, wanted, setWanted, visibleColumns, captures, nonce, chosen, choose}: {
-  rows: Rows; order: Int32Array; wanted: Wanted; setWanted: (wanted: Wanted) => void; visibleColumns: boolean[];
-  captures: Map<string, Capture>; nonce: string; chosen: number; choose: (row: number) => void;
+function GridHost({
+  rows,
+  order,
+  wanted,
+  setWanted,
+  visibleColumns,
+  captures,
+  nonce,
+  chosen,
+  choose,
+}: {
+  rows: Rows;
+  order: Int32Array;
+  wanted: Wanted;
+  setWanted: (wanted: Wanted) => void;
+  visibleColumns: boolean[];
+  captures: Map<string, Capture>;
+  nonce: string;
+  chosen: number;
+  choose: (row: number) => void;
 }) {
   const host = useRef<HTMLDivElement>(null);
   const grid = useRef<Grid | null>(null);
@@ -180,9 +271,14 @@ function GridHost({rows, order, wanted, setWanted, visibleColumns, captures, non
       open: choose,
       filter: (column, text) => {
         clearTimeout(typing);
-        typing = window.setTimeout(() => setWanted({
-          ...current.current, filters: new Map(current.current.filters).set(column, text),
-        }), TYPING_MS);
+        typing = window.setTimeout(
+          () =>
+            setWanted({
+              ...current.current,
+              filters: new Map(current.current.filters).set(column, text),
+            }),
+          TYPING_MS,
+        );
       },
     });
     grid.current = made;
@@ -210,21 +306,39 @@ function GridHost({rows, order, wanted, setWanted, visibleColumns, captures, non
   return <div class={chosen >= 0 ? "grid short" : "grid"} ref={host} />;
 }
 
-function Chosen({rows, row, captures, close, take}: {
-  rows: Rows; row: number; captures: Map<string, Capture>; close: () => void; take: () => void;
+function Chosen({
+  rows,
+  row,
+  captures,
+  close,
+  take,
+}: {
+  rows: Rows;
+  row: number;
+  captures: Map<string, Capture>;
+  close: () => void;
+  take: () => void;
 }) {
   return (
     <section class="chosen" aria-label={`Record ${row + 1}`}>
       <header>
-        <h2>Record {(row + 1).toLocaleString("en")} <small>{visible(rows.name(row))}</small></h2>
-        <button type="button" onClick={take}>Copy</button>
-        <button type="button" onClick={close}>Close</button>
+        <h2>
+          Record {(row + 1).toLocaleString("en")} <small>{visible(rows.name(row))}</small>
+        </h2>
+        <button type="button" onClick={take}>
+          Copy
+        </button>
+        <button type="button" onClick={close}>
+          Close
+        </button>
       </header>
       <dl>
         {rows.table.columns.map((column, at) => (
           <div key={at}>
             <dt>{visible(column.label)}</dt>
-            <dd><Text value={rows.cell(row, at)} captures={captures} /></dd>
+            <dd>
+              <Text value={rows.cell(row, at)} captures={captures} />
+            </dd>
           </div>
         ))}
       </dl>

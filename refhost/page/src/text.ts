@@ -30,7 +30,9 @@ export function trimmed(value: Value): string {
 export function oneLine(value: Value, keepIndent = false): string {
   const text = plain(value);
   const cut = keepIndent ? text.replace(/[\s]+$/, "") : text.trim();
-  return visible(cut).replace(/\n+/g, " \u21b5 ").replace(/\t/g, keepIndent ? "    " : " ");
+  return visible(cut)
+    .replace(/\n+/g, " \u21b5 ")
+    .replace(/\t/g, keepIndent ? "    " : " ");
 }
 
 const NUMBER = /^[+-]?(\d+(\.\d*)?|\.\d+)(e[+-]?\d+)?$/i;
@@ -70,7 +72,6 @@ export function seconds(n: number): string {
 // RFC 4180. A spreadsheet takes some first characters for a formula; an apostrophe makes them text.
 export function csvCell(value: Value): string {
   let text = plain(value);
-  if (typeof value !== "number" && /^[\s]*[=+\-@\t\r]/.test(text) && Number.isNaN(number(text)))
-    text = `'${text}`;
-  return /[",\r\n]/.test(text) ? `"${text.replace(/"/g, "\"\"")}"` : text;
+  if (typeof value !== "number" && /^[\s]*[=+\-@\t\r]/.test(text) && Number.isNaN(number(text))) text = `'${text}`;
+  return /[",\r\n]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
 }

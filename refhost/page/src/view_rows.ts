@@ -4,8 +4,8 @@ import {number, plain} from "./text";
 import {selected, Slicer, sorted} from "./slices";
 
 export interface Wanted {
-  search: string;             // in any column
-  filters: Map<number, string>;  // by column
+  search: string; // in any column
+  filters: Map<number, string>; // by column
   sort: {column: number; ascending: boolean} | null;
 }
 
@@ -31,10 +31,12 @@ export function cellTest(filter: string): (value: string | number | null) => boo
 }
 
 export function searchTest(rows: Rows, search: string): Test {
-  const words = search.toLowerCase().split(/\s+/).filter(word => word !== "");
+  const words = search
+    .toLowerCase()
+    .split(/\s+/)
+    .filter(word => word !== "");
   const columns = rows.table.columns.map((_, column) => column);
-  return row => words.every(
-    word => columns.some(column => plain(rows.cell(row, column)).toLowerCase().includes(word)));
+  return row => words.every(word => columns.some(column => plain(rows.cell(row, column)).toLowerCase().includes(word)));
 }
 
 function tests(rows: Rows, wanted: Wanted): Test[] {
@@ -55,8 +57,7 @@ function comparison(rows: Rows, column: number): (a: number, b: number) => numbe
   const numbers = new Float64Array(rows.count);
   for (let row = 0; row < rows.count; ++row) numbers[row] = number(rows.cell(row, column));
   // "disk 9" before "disk 10" costs too much where there are many.
-  const texts = rows.count > MANY ? (a: string, b: string) => (a < b ? -1 : a > b ? 1 : 0)
-                                  : natural.compare;
+  const texts = rows.count > MANY ? (a: string, b: string) => (a < b ? -1 : a > b ? 1 : 0) : natural.compare;
   return (a, b) => {
     const x = numbers[a]!;
     const y = numbers[b]!;

@@ -9,7 +9,10 @@ import {useRows} from "./use_rows";
 function controllers(rows: Rows | undefined): Map<string, number[]> {
   const found = new Map<string, number[]>();
   for (let row = 0; rows && row < rows.count; ++row) {
-    const name = visible(rows.name(row)).replace(/\s+(PDLIST|Physical Drive List|TOPOLOGY INFO|Virtual Drive List)$/i, "");
+    const name = visible(rows.name(row)).replace(
+      /\s+(PDLIST|Physical Drive List|TOPOLOGY INFO|Virtual Drive List)$/i,
+      "",
+    );
     if (!found.has(name)) found.set(name, []);
     found.get(name)!.push(row);
   }
@@ -21,7 +24,8 @@ function StateText({code, states}: {code: string; states: Map<string, State>}) {
   return (
     <span class={`state ${state?.level ?? "unknown"}`}>
       {state && state.level !== "good" && <b aria-hidden="true">▲ </b>}
-      <bdi>{code}</bdi>{state && state.words !== code.toLowerCase() && <small> {state.words}</small>}
+      <bdi>{code}</bdi>
+      {state && state.words !== code.toLowerCase() && <small> {state.words}</small>}
     </span>
   );
 }
@@ -29,7 +33,7 @@ function StateText({code, states}: {code: string; states: Map<string, State>}) {
 const COUNTERS = [
   ["MediaErrorCount", "media errors"],
   ["OtherErrorCount", "other errors"],
-  ["PredictiveFail",  "predicted failures"],
+  ["PredictiveFail", "predicted failures"],
 ] as const;
 
 function Health({rows, row}: {rows: Rows; row: number}) {
@@ -37,20 +41,40 @@ function Health({rows, row}: {rows: Rows; row: number}) {
   const smart = trimmed(value(row, "SMARTflag"));
   return (
     <>
-      <div class="temperature"><bdi>{trimmed(value(row, "DriveTemperature"))}</bdi></div>
+      <div class="temperature">
+        <bdi>{trimmed(value(row, "DriveTemperature"))}</bdi>
+      </div>
       <ul class="counters">
         {COUNTERS.map(([id, words]) => {
           const text = trimmed(value(row, id));
-          return text !== "" && <li key={id} class={number(text) > 0 ? "raised" : ""}><bdi>{text}</bdi> {words}</li>;
+          return (
+            text !== "" && (
+              <li key={id} class={number(text) > 0 ? "raised" : ""}>
+                <bdi>{text}</bdi> {words}
+              </li>
+            )
+          );
         })}
-        {smart !== "" && <li class={/^yes$/i.test(smart) ? "raised" : ""}>SMART alert: <bdi>{smart}</bdi></li>}
+        {smart !== "" && (
+          <li class={/^yes$/i.test(smart) ? "raised" : ""}>
+            SMART alert: <bdi>{smart}</bdi>
+          </li>
+        )}
       </ul>
     </>
   );
 }
 
-function Slots({list, listed, details, detailed}: {
-  list: Rows | undefined; listed: number[]; details: Rows | undefined; detailed: number[];
+function Slots({
+  list,
+  listed,
+  details,
+  detailed,
+}: {
+  list: Rows | undefined;
+  listed: number[];
+  details: Rows | undefined;
+  detailed: number[];
 }) {
   const value = list && valueReader(list);
   const detail = details && valueReader(details);
@@ -63,7 +87,8 @@ function Slots({list, listed, details, detailed}: {
       {!paired && listed.length > 0 && detailed.length > 0 && (
         <p class="note">
           {count(listed.length, "drive")} listed in <a href="#PINFO">PINFO</a>, {detailed.length} described in{" "}
-          <a href="#PDLIST">PDLIST</a>: which belongs to which is not known, so temperatures and error counters are not shown here.
+          <a href="#PDLIST">PDLIST</a>: which belongs to which is not known, so temperatures and error counters are not
+          shown here.
         </p>
       )}
       <ul class="slots">
@@ -74,15 +99,23 @@ function Slots({list, listed, details, detailed}: {
             <li key={row} class={`slot ${driveStates.get(state)?.level ?? "unknown"}`}>
               {value && listed.length > 0 && (
                 <a href={tableHash("PINFO", row)}>
-                  <strong><bdi>{trimmed(value(row, "EID"))}</bdi></strong>
+                  <strong>
+                    <bdi>{trimmed(value(row, "EID"))}</bdi>
+                  </strong>
                   <StateText code={state} states={driveStates} />
-                  <span class="what"><bdi>{["Size", "Intf", "Med"].map(id => trimmed(value(row, id))).join(" ")}</bdi></span>
-                  <span class="what"><bdi>{trimmed(value(row, "Model"))}</bdi></span>
+                  <span class="what">
+                    <bdi>{["Size", "Intf", "Med"].map(id => trimmed(value(row, id))).join(" ")}</bdi>
+                  </span>
+                  <span class="what">
+                    <bdi>{trimmed(value(row, "Model"))}</bdi>
+                  </span>
                 </a>
               )}
               {details && detail && other !== undefined && (listed.length === 0 || paired) && (
                 <a class="health" href={tableHash("PDLIST", other)}>
-                  <span class="what"><bdi>{trimmed(detail(other, "SN"))}</bdi></span>
+                  <span class="what">
+                    <bdi>{trimmed(detail(other, "SN"))}</bdi>
+                  </span>
                   <Health rows={details} row={other} />
                 </a>
               )}
@@ -94,8 +127,18 @@ function Slots({list, listed, details, detailed}: {
   );
 }
 
-function Arrays({topology, members, volumes, volumeRows, slots}: {
-  topology: Rows; members: number[]; volumes: Rows | undefined; volumeRows: number[]; slots: Map<string, number>;
+function Arrays({
+  topology,
+  members,
+  volumes,
+  volumeRows,
+  slots,
+}: {
+  topology: Rows;
+  members: number[];
+  volumes: Rows | undefined;
+  volumeRows: number[];
+  slots: Map<string, number>;
 }) {
   const value = valueReader(topology);
   const volume = volumes && valueReader(volumes);
@@ -115,11 +158,20 @@ function Arrays({topology, members, volumes, volumeRows, slots}: {
         return (
           <article key={group} class="array">
             <h3>
-              {group === "-" ? "In no drive group" : <>Drive group <bdi>{group}</bdi></>}
+              {group === "-" ? (
+                "In no drive group"
+              ) : (
+                <>
+                  Drive group <bdi>{group}</bdi>
+                </>
+              )}
               {own !== undefined && (
                 <a href={tableHash("TINFO", own)}>
-                  <bdi>{trimmed(value(own, "Type"))}</bdi> <StateText code={trimmed(value(own, "State"))} states={volumeStates} />{" "}
-                  <small><bdi>{trimmed(value(own, "Size"))}</bdi></small>
+                  <bdi>{trimmed(value(own, "Type"))}</bdi>{" "}
+                  <StateText code={trimmed(value(own, "State"))} states={volumeStates} />{" "}
+                  <small>
+                    <bdi>{trimmed(value(own, "Size"))}</bdi>
+                  </small>
                 </a>
               )}
             </h3>
@@ -128,9 +180,15 @@ function Arrays({topology, members, volumes, volumeRows, slots}: {
                 {of.map(row => (
                   <li key={row}>
                     <a href={tableHash("VINFO", row)}>
-                      <bdi>{trimmed(volume(row, "DG"))} {trimmed(volume(row, "Name"))}</bdi>
+                      <bdi>
+                        {trimmed(volume(row, "DG"))} {trimmed(volume(row, "Name"))}
+                      </bdi>
                       <StateText code={trimmed(volume(row, "State"))} states={volumeStates} />
-                      <small><bdi>{trimmed(volume(row, "TYPE"))} {trimmed(volume(row, "Size"))}</bdi></small>
+                      <small>
+                        <bdi>
+                          {trimmed(volume(row, "TYPE"))} {trimmed(volume(row, "Size"))}
+                        </bdi>
+                      </small>
                     </a>
                   </li>
                 ))}
@@ -144,9 +202,13 @@ function Arrays({topology, members, volumes, volumeRows, slots}: {
                 return (
                   <li key={row} class={`slot ${driveStates.get(state)?.level ?? "unknown"}`}>
                     <a href={listed === undefined ? tableHash("TINFO", row) : tableHash("PINFO", listed)}>
-                      <strong><bdi>{place}</bdi></strong>
+                      <strong>
+                        <bdi>{place}</bdi>
+                      </strong>
                       <StateText code={state} states={driveStates} />
-                      <span class="what"><bdi>{trimmed(value(row, "Size"))}</bdi></span>
+                      <span class="what">
+                        <bdi>{trimmed(value(row, "Size"))}</bdi>
+                      </span>
                     </a>
                   </li>
                 );
@@ -161,7 +223,12 @@ function Arrays({topology, members, volumes, volumeRows, slots}: {
 
 export function DrivesPicture({tables}: {tables: Map<string, Table>}) {
   const {rows, failure} = useRows(tables, ["PINFO", "PDLIST", "TINFO", "VINFO"]);
-  if (failure) return <p class="problem" role="alert">{failure}</p>;
+  if (failure)
+    return (
+      <p class="problem" role="alert">
+        {failure}
+      </p>
+    );
   if (!rows) return <p>Reading the drives ...</p>;
   const [list, details, topology, volumes] = ["PINFO", "PDLIST", "TINFO", "VINFO"].map(id => rows.get(id));
   const parts = [list, details, topology, volumes].map(controllers);
@@ -170,13 +237,19 @@ export function DrivesPicture({tables}: {tables: Map<string, Table>}) {
     <>
       <h1>Drives and arrays</h1>
       {names.map(name => {
-        const [listed, detailed, members, volumeRows] = parts.map(part => part.get(name) ?? []) as
-          [number[], number[], number[], number[]];
+        const [listed, detailed, members, volumeRows] = parts.map(part => part.get(name) ?? []) as [
+          number[],
+          number[],
+          number[],
+          number[],
+        ];
         const eid = list && valueReader(list);
         const slots = new Map(eid ? listed.map(row => [trimmed(eid(row, "EID")), row] as const) : []);
         return (
           <section key={name} class="controller">
-            <h2><bdi>{name}</bdi></h2>
+            <h2>
+              <bdi>{name}</bdi>
+            </h2>
             {listed.length + detailed.length > 0 && (
               <>
                 <h3 class="part">{count(Math.max(listed.length, detailed.length), "drive")}</h3>

@@ -3,7 +3,7 @@ import {valueReader, type Rows} from "../data";
 import {oneLine, plain, trimmed} from "../text";
 
 export interface Event {
-  time: number;  // milliseconds since 1970, taking the written time for UTC; NaN: none
+  time: number; // milliseconds since 1970, taking the written time for UTC; NaN: none
   lane: string;
   table: string;
   row: number;
@@ -30,13 +30,13 @@ export function writtenTime(text: string): number {
 
 // storcli's event classes, as its manual numbers them.
 const CLASSES: Lane[] = [
-  {id: "4",  title: "4, dead",         level: "bad"  },
-  {id: "3",  title: "3, fatal",        level: "bad"  },
-  {id: "2",  title: "2, critical",     level: "bad"  },
-  {id: "1",  title: "1, warning",      level: "poor" },
-  {id: "0",  title: "0, information",  level: "good" },
-  {id: "-1", title: "-1, progress",    level: "minor"},
-  {id: "-2", title: "-2, debug",       level: "minor"},
+  {id: "4", title: "4, dead", level: "bad"},
+  {id: "3", title: "3, fatal", level: "bad"},
+  {id: "2", title: "2, critical", level: "bad"},
+  {id: "1", title: "1, warning", level: "poor"},
+  {id: "0", title: "0, information", level: "good"},
+  {id: "-1", title: "-1, progress", level: "minor"},
+  {id: "-2", title: "-2, debug", level: "minor"},
 ];
 
 export function controllerEvents(logs: Rows[]): {events: Event[]; lanes: Lane[]} {
@@ -61,9 +61,9 @@ const SEL_LINE = /^([0-9a-f]{4}) (\d\d)\/(\d\d)\/(\d\d) (\d\d):(\d\d):(\d\d) ([A
 const SEL_UNDATED = /^([0-9a-f]{4}) (?!\d\d\/\d\d\/\d\d ).*? ([A-Z]{3}) (.*)$/;
 
 const SEVERITIES: Lane[] = [
-  {id: "CRT", title: "CRT, critical",    level: "bad" },
-  {id: "MAJ", title: "MAJ, major",       level: "bad" },
-  {id: "MIN", title: "MIN, minor",       level: "poor"},
+  {id: "CRT", title: "CRT, critical", level: "bad"},
+  {id: "MAJ", title: "MAJ, major", level: "bad"},
+  {id: "MIN", title: "MIN, minor", level: "poor"},
   {id: "INF", title: "INF, information", level: "good"},
 ];
 
@@ -75,14 +75,23 @@ export function systemEvents(rows: Rows): {events: Event[]; lanes: Lane[]} {
     if (match) {
       const [, , month, date, year, hour, minute, second, severity, text] = match;
       events.push({
-        time: Date.UTC(2000 + Number(year), Number(month) - 1, Number(date), Number(hour), Number(minute), Number(second)),
-        lane: severity!, table: rows.table.id, row, text: oneLine(text!),
+        time: Date.UTC(
+          2000 + Number(year),
+          Number(month) - 1,
+          Number(date),
+          Number(hour),
+          Number(minute),
+          Number(second),
+        ),
+        lane: severity!,
+        table: rows.table.id,
+        row,
+        text: oneLine(text!),
       });
       continue;
     }
     const undated = SEL_UNDATED.exec(line);
-    if (undated)
-      events.push({time: NaN, lane: undated[2]!, table: rows.table.id, row, text: oneLine(undated[3]!)});
+    if (undated) events.push({time: NaN, lane: undated[2]!, table: rows.table.id, row, text: oneLine(undated[3]!)});
   }
   return {events, lanes: withOthers(SEVERITIES, events)};
 }

@@ -13,11 +13,13 @@ interface Picture {
   Picture: FunctionComponent<{tables: Map<string, Table>}>;
 }
 
-const any = (...ids: string[]) => (tables: Map<string, Table>) =>
-  ids.some(id => (tables.get(id)?.records ?? 0) > 0);
+const any =
+  (...ids: string[]) =>
+  (tables: Map<string, Table>) =>
+    ids.some(id => (tables.get(id)?.records ?? 0) > 0);
 
 export const pictures: Picture[] = [
-  {view: "sensors", title: "Sensors",           has: any("SENSORINFO"),               Picture: SensorsPicture},
-  {view: "drives",  title: "Drives and arrays", has: any("PINFO", "PDLIST", "TINFO"), Picture: DrivesPicture },
-  {view: "events",  title: "Events over time",  has: any(...eventTables),             Picture: EventsPicture },
+  {view: "sensors", title: "Sensors", has: any("SENSORINFO"), Picture: SensorsPicture},
+  {view: "drives", title: "Drives and arrays", has: any("PINFO", "PDLIST", "TINFO"), Picture: DrivesPicture},
+  {view: "events", title: "Events over time", has: any(...eventTables), Picture: EventsPicture},
 ];

@@ -10,8 +10,8 @@ export interface Sensor {
   reading: string;
   unit: string;
   status: string;
-  value: number;         // NaN: the reading is no number
-  thresholds: number[];  // LNR, LCR, LNC, UNC, UCR, UNR; NaN: none
+  value: number; // NaN: the reading is no number
+  thresholds: number[]; // LNR, LCR, LNC, UNC, UCR, UNR; NaN: none
   position: "within" | "warning" | "critical" | "unknown";
 }
 
@@ -34,7 +34,10 @@ export function sensorsOf(rows: Rows): Sensor[] {
     const value = unit === "discrete" ? NaN : number(cell(row, 2));
     const thresholds = THRESHOLDS.map((_, at) => number(cell(row, 5 + at)));
     return {
-      row, unit, value, thresholds,
+      row,
+      unit,
+      value,
+      thresholds,
       name: trimmed(cell(row, 1)),
       reading: trimmed(cell(row, 2)),
       status: trimmed(cell(row, 4)),

@@ -11,10 +11,10 @@ const HEIGHT = 26;
 
 const TITLES: Record<string, string> = {
   "degrees C": "Temperatures, degrees C",
-  "RPM":       "Fans, RPM",
-  "Volts":     "Voltages, Volts",
-  "Watts":     "Power, Watts",
-  "Amps":      "Currents, Amps",
+  RPM: "Fans, RPM",
+  Volts: "Voltages, Volts",
+  Watts: "Power, Watts",
+  Amps: "Currents, Amps",
 };
 
 // Between the outermost thresholds, or from zero where there are none below.
@@ -24,7 +24,9 @@ function scaleOf(sensor: Sensor) {
   const low = hasLower ? Math.min(...known) : Math.min(0, ...known);
   const high = Math.max(...known);
   const room = (high - low || Math.abs(high) || 1) * 0.08;
-  return scaleLinear().domain([hasLower || low < 0 ? low - room : low, high + room]).range([0, WIDTH]);
+  return scaleLinear()
+    .domain([hasLower || low < 0 ? low - room : low, high + room])
+    .range([0, WIDTH]);
 }
 
 function Bar({sensor}: {sensor: Sensor}) {
@@ -45,9 +47,12 @@ function Bar({sensor}: {sensor: Sensor}) {
       {!Number.isNaN(unc) && zone("zone warning", unc, undefined)}
       {lowest !== undefined && zone("zone critical", undefined, lowest)}
       {highest !== undefined && zone("zone critical", highest, undefined)}
-      {sensor.thresholds.map((threshold, at) => !Number.isNaN(threshold) && (
-        <line key={at} class="threshold" x1={x(threshold)} x2={x(threshold)} y1={5} y2={21} />
-      ))}
+      {sensor.thresholds.map(
+        (threshold, at) =>
+          !Number.isNaN(threshold) && (
+            <line key={at} class="threshold" x1={x(threshold)} x2={x(threshold)} y1={5} y2={21} />
+          ),
+      )}
       <rect class={`mark ${sensor.position}`} x={x(sensor.value) - 2.5} y={1} width={5} height={24} />
     </svg>
   );
@@ -62,12 +67,16 @@ function Line({sensor}: {sensor: Sensor}) {
   return (
     <li class={`sensor ${sensor.position}`}>
       <a href={tableHash("SENSORINFO", sensor.row)} title={spoken(sensor)}>
-        <span class="name"><bdi>{sensor.name}</bdi></span>
+        <span class="name">
+          <bdi>{sensor.name}</bdi>
+        </span>
         {Number.isNaN(sensor.value) ? <span class="bar" /> : <Bar sensor={sensor} />}
-        <span class="reading"><bdi>{sensor.reading}</bdi></span>
+        <span class="reading">
+          <bdi>{sensor.reading}</bdi>
+        </span>
         <span class="status">
-          {isBad(sensor) && <b aria-label="outside its thresholds">{sensor.position === "critical" ? "▲▲" : "▲"}</b>}
-          {" "}<bdi>{sensor.status}</bdi>
+          {isBad(sensor) && <b aria-label="outside its thresholds">{sensor.position === "critical" ? "▲▲" : "▲"}</b>}{" "}
+          <bdi>{sensor.status}</bdi>
         </span>
         <span class="unseen">, {spoken(sensor)}</span>
       </a>
@@ -77,7 +86,12 @@ function Line({sensor}: {sensor: Sensor}) {
 
 export function SensorsPicture({tables}: {tables: Map<string, Table>}) {
   const {rows, failure} = useRows(tables, ["SENSORINFO"]);
-  if (failure) return <p class="problem" role="alert">{failure}</p>;
+  if (failure)
+    return (
+      <p class="problem" role="alert">
+        {failure}
+      </p>
+    );
   if (!rows) return <p>Reading the sensors ...</p>;
   const sensors = sensorsOf(rows.get("SENSORINFO")!);
   const units = new Map<string, Sensor[]>();
@@ -93,21 +107,36 @@ export function SensorsPicture({tables}: {tables: Map<string, Table>}) {
     <>
       <h1>Sensors</h1>
       <p class="lead">
-        {count(sensors.length, "sensor")}, {outside.length === 0 ? "none outside its thresholds"
-          : `${outside.length} outside ${outside.length === 1 ? "its" : "their"} thresholds`}. <a href="#SENSORINFO">All values</a>.
+        {count(sensors.length, "sensor")},{" "}
+        {outside.length === 0
+          ? "none outside its thresholds"
+          : `${outside.length} outside ${outside.length === 1 ? "its" : "their"} thresholds`}
+        . <a href="#SENSORINFO">All values</a>.
       </p>
       <ul class="legend">
-        <li><i class="within" /> within</li>
-        <li><i class="warning" /> non-critical</li>
-        <li><i class="critical" /> critical and beyond</li>
+        <li>
+          <i class="within" /> within
+        </li>
+        <li>
+          <i class="warning" /> non-critical
+        </li>
+        <li>
+          <i class="critical" /> critical and beyond
+        </li>
         <li>lines: thresholds; each scale is the sensor's own</li>
       </ul>
-      {[...units].filter(([, all]) => all.length > 0).map(([unit, all]) => (
-        <section key={unit} class={unit === "discrete" || unit === "" ? "sensors states" : "sensors"}>
-          <h2>{TITLES[unit] ?? (unit === "discrete" ? "States (discrete sensors)" : unit || "Without a unit")}</h2>
-          <ul>{all.map(sensor => <Line key={sensor.row} sensor={sensor} />)}</ul>
-        </section>
-      ))}
+      {[...units]
+        .filter(([, all]) => all.length > 0)
+        .map(([unit, all]) => (
+          <section key={unit} class={unit === "discrete" || unit === "" ? "sensors states" : "sensors"}>
+            <h2>{TITLES[unit] ?? (unit === "discrete" ? "States (discrete sensors)" : unit || "Without a unit")}</h2>
+            <ul>
+              {all.map(sensor => (
+                <Line key={sensor.row} sensor={sensor} />
+              ))}
+            </ul>
+          </section>
+        ))}
     </>
   );
 }

@@ -2,8 +2,10 @@ import {useEffect, useState} from "preact/hooks";
 import {loadRows, type Rows, type Table} from "../data";
 
 // The rows of several tables, by id, once all are loaded.
-export function useRows(tables: Map<string, Table>, ids: readonly string[]):
-    {rows: Map<string, Rows> | null; failure: string} {
+export function useRows(
+  tables: Map<string, Table>,
+  ids: readonly string[],
+): {rows: Map<string, Rows> | null; failure: string} {
   const [rows, setRows] = useState<Map<string, Rows> | null>(null);
   const [failure, setFailure] = useState("");
   useEffect(() => {
@@ -12,7 +14,9 @@ export function useRows(tables: Map<string, Table>, ids: readonly string[]):
     Promise.all(wanted.map(table => loadRows(table)))
       .then(all => alive && setRows(new Map(all.map(one => [one.table.id, one]))))
       .catch((error: Error) => alive && setFailure(error.message));
-    return () => { alive = false; };
+    return () => {
+      alive = false;
+    };
   }, [tables]);
   return {rows, failure};
 }
