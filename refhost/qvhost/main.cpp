@@ -14,6 +14,7 @@
 #include "qvhost/cli/command_line.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect.h"
+#include "qvhost/present/check.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/query.h"
 #include "qvhost/present/show.h"
@@ -55,12 +56,13 @@ constexpr struct {
 // Commands that only print: they end when their reader does.
 constexpr struct {
     const char* name;
-    void (*run)(const ParsedArguments& parsed);
+    int (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
-    {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); }},
-    {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); }},
-    {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); }},
-    {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); }},
+    {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
+    {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
+    {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
+    {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
+    {"check",  [](const ParsedArguments& parsed) { return qvhost::check_report(parsed.check); }},
 };
 // clang-format on
 
@@ -87,6 +89,9 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
         app->exit(wanted);
         return 0;
     } catch (const CLI::ParseError& error) {
+        // What runs as a monitoring plug-in says so in its own words.
+        if (argc > 1 && std::string(argv[1]) == "check")
+            return qvhost::tell_usage_error(error.what());
         app->exit(error);
         return kUsage;
     }
@@ -96,7 +101,7 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
     std::signal(SIGPIPE, on_broken_pipe);
     std::cout.exceptions(std::ios::badbit);
     for (const auto& command : kPrinting) {
-        if (app->got_subcommand(command.name)) command.run(parsed);
+        if (app->got_subcommand(command.name)) return command.run(parsed);
     }
     return 0;
 }

@@ -7,6 +7,9 @@
 
 #include "files/new_file.h"
 #include "report/json_text.h"
+#include "report/verdict_json.h"
+#include "verdict/inventory_tables.h"
+#include "verdict/verdict_tables.h"
 
 namespace qvhost {
 
@@ -64,6 +67,33 @@ ordered_json collection_of(const Store& store) {
     // clang-format on
 }
 
+// One finding a line, one entity a line.
+void put_list(const ordered_json& list, std::ostream& out) {
+    out << '[';
+    const char* separator = "\n";
+    for (const auto& one : list) {
+        out << separator << text_of(one);
+        separator = ",\n";
+    }
+    out << ']';
+}
+
+void put_verdict(const Store& store, std::ostream& out) {
+    const auto verdict = read_verdict(store);
+    out << "\"health\":";
+    put_list(json_of(verdict.health), out);
+    out << ",\n\"findings\":";
+    put_list(json_of(verdict.findings), out);
+    out << ",\n\"inventory\":{";
+    const char* separator = "\n";
+    for (const auto& [kind, entities] : json_of(read_inventory(store)).items()) {
+        out << separator << text_of(kind) << ':';
+        put_list(entities, out);
+        separator = ",\n";
+    }
+    out << '}';
+}
+
 void put_record(const Record& record, std::string& json) {
     json += R"({"table":)";
     put_json_text(record.table, json);
@@ -93,7 +123,9 @@ void put_record(const Record& record, std::string& json) {
 
 void write_report_json(const Store& store, std::ostream& out) {
     out << "{\"format\":" << kReportFormat << ",\n\"collection\":" << text_of(collection_of(store))
-        << ",\n\"modules\":[";
+        << ",\n";
+    put_verdict(store, out);
+    out << ",\n\"modules\":[";
     const char* module_separator = "\n";
     for (const auto& module : store.modules()) {
         out << module_separator << "{\"name\":" << text_of(module.name)

@@ -28,7 +28,7 @@ Survey healthy() {
     survey.inventory.sensors.emplace_back();
     survey.inventory.controller_counts.push_back({{"ctrlcount.txt", 1}, "storcli", 1});
     survey.inventory.controllers.push_back(
-        {{"c0_showall.txt", 1}, 0, {}, {}, {}, "Optimal", {}, {}});
+        {{"c0_showall.txt", 1}, 0, {}, {}, {}, "Optimal", {}, {}, {}});
     return survey;
 }
 

@@ -57,8 +57,8 @@ TEST(Storage, HealthyThingsHaveNoFinding) {
     for (const char* state : {"Onln", "JBOD", "GHS", "DHS", "UGood"})
         inventory.drives.push_back(drive(static_cast<int>(inventory.drives.size()), state));
     inventory.topology = {row(0, "RAID1", "Optl")};
-    inventory.controllers.push_back({{"c0_showall.txt", 6}, 0, "X", "S", "1", "Optimal", 1, 5});
-    inventory.batteries.push_back({{"c0_showall.txt", 90}, 0, "CVPM05", "Optimal", 100, 24.0});
+    inventory.controllers.push_back({{"c0_showall.txt", 6}, 0, "X", "S", "1", "Optimal", 1, 5, {}});
+    inventory.batteries.push_back({{"c0_showall.txt", 90}, 0, "CVPM05", "Optimal", 100, 24.0, {}});
     EXPECT_EQ(judged(inventory), Lines{});
 }
 
@@ -207,11 +207,11 @@ TEST(Storage, ControllersBatteriesEnclosures) {
     Inventory inventory;
     inventory.controllers.push_back(
         {{"c0_showall.txt", 6}, 0, "M", "SV1", "1", "Needs Attention", 1, 5});
-    inventory.controllers.push_back({{"c1_showall.txt", 6}, 1, "M", {}, "1", "Failed", 1, 5});
+    inventory.controllers.push_back({{"c1_showall.txt", 6}, 1, "M", {}, "1", "Failed", 1, 5, {}});
     inventory.batteries.push_back(
         {{"c0_showall.txt", 90}, 0, "BBU", "Dgd(Needs Attention)", {}, {}});
-    inventory.batteries.push_back({{"c1_showall.txt", 90}, 1, "BBU", "Learning", {}, {}});
-    inventory.enclosures.push_back({{"c0_showall.txt", 95}, 0, 8, 24, "Critical", "E", {}});
+    inventory.batteries.push_back({{"c1_showall.txt", 90}, 1, "BBU", "Learning", {}, {}, {}});
+    inventory.enclosures.push_back({{"c0_showall.txt", 95}, 0, 8, 24, "Critical", "E", {}, {}});
     EXPECT_EQ(
         judged(inventory),
         (Lines{

@@ -184,7 +184,7 @@ TEST(StorageCaptures, readers_stand_any_text) {
         for (const auto& text : texts) {
             Inventory found;
             CaptureLines lines(text);
-            Reading reading{capture.name, found, {}, {}};
+            Reading reading{capture.pattern, found, {}, {}};
             capture.read(lines, reading);
             join_storage(found);
         }

@@ -97,10 +97,10 @@ TEST(CutSensors, HaveNoOtherValues) {
 TEST(Captures, PatternsAreNamedOnceAndHaveAReader) {
     std::set<std::string> patterns;
     for (const auto& captures : {ipmi_captures(), system_captures()}) {
-        for (const auto& [pattern, reader] : captures) {
-            EXPECT_TRUE(patterns.insert(pattern).second) << pattern;
-            ASSERT_NE(reader, nullptr);
-            EXPECT_FALSE(read("", reader).how.whole()) << pattern;
+        for (const auto& row : captures) {
+            EXPECT_TRUE(patterns.insert(row.pattern).second) << row.pattern;
+            ASSERT_NE(row.read, nullptr);
+            EXPECT_FALSE(read("", row.read).how.whole()) << row.pattern;
         }
     }
 }

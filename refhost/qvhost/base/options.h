@@ -45,6 +45,16 @@ struct QueryOptions {
     bool raw = false;
 };
 
+// What the user asked of `check`.
+struct CheckOptions {
+    std::filesystem::path report;
+    std::vector<std::string> subsystems;  // none: all
+    std::string format = "text";
+    std::string unknown_as = "unknown";
+    std::string perfdata = "usual";
+    std::optional<unsigned> max_age_seconds;  // an older report is UNKNOWN
+};
+
 // What the user asked of `export`.
 struct ExportOptions {
     std::filesystem::path report;

@@ -4,6 +4,7 @@
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include "qvhost/base/limits.h"
 #include "qvhost/cli/help.h"
 #include "qvhost/collect/child.h"
+#include "qvhost/present/check.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/query_rows.h"
 
@@ -54,13 +56,20 @@ const std::vector<CommandText> kTexts = {
       {"qvhost query DIR \"SELECT id, reason FROM qv_table WHERE reason <> ''\" --format json",    "Why tables are empty, for a program."},
       {"qvhost query DIR \"PRAGMA table_info(PDLIST)\"",                                           "The columns of a table."}}},
 
+    {"check", "Say how a server is, as a monitoring plug-in",
+     {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
+     {{"qvhost check /var/tmp/collection",                                  "The whole server."},
+      {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
+      {"qvhost check DIR --format json | jq -r '.findings[].subject'",      "What the findings are about, for a program."}}},
+
     {"export", "Write a report in another format",
-     {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures.",
+     {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
       "A spreadsheet takes a text for a formula if it begins with =, +, -, @ or a control character; in csv such a text gets an apostrophe before it, unless --raw is given."},
      {{"qvhost export DIR --format json | jq '.records | length'",          "All records, for a program."},
       {"qvhost export DIR --format csv --output tables",                    "Every table as tables/ID.csv."},
       {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv",   "One table."},
-      {"qvhost export DIR --format html --output page",                     "The page, as page/index.html."}}},
+      {"qvhost export DIR --format html --output page",                     "The page, as page/index.html."},
+      {"qvhost export DIR --format prometheus --output qvhost.prom",        "Metrics of sensors, drives, health and findings."}}},
 };
 // clang-format on
 
@@ -176,7 +185,7 @@ void add_export(CLI::App& app, ExportOptions& options) {
         .add_option(
             "--output", options.output,
             "Where to write instead of standard output: for json a file that does not exist, "
-            "for csv a directory that is new or empty")
+            "for csv a directory that is new or empty, for prometheus a file")
         ->type_name("PATH")
         ->check(not_empty);
     exporting.add_option("--table", options.table, "Only this table, on standard output (csv)")
@@ -187,6 +196,39 @@ void add_export(CLI::App& app, ExportOptions& options) {
         const auto misuse = export_misuse(options);
         if (!misuse.empty()) throw CLI::ValidationError(misuse);
     });
+}
+
+void add_check(CLI::App& app, CheckOptions& options) {
+    auto& check = add_command(app, "check");
+    add_report_argument(check, options.report);
+    check.add_option("--subsystem", options.subsystems, "Only this subsystem; may be given again")
+        ->delimiter(',')
+        ->check(one_of(subsystem_words()))
+        ->type_name(boost::join(subsystem_words(), "|"));
+    check.add_option("--format", options.format, "How the verdict is printed")
+        ->check(one_of(check_formats()))
+        ->type_name(boost::join(check_formats(), "|"))
+        ->capture_default_str();
+    check
+        .add_option("--max-age", options.max_age_seconds,
+                    "An older report is UNKNOWN: 90s, 30m, 2h, 1d")
+        ->transform(CLI::AsNumberWithUnit(
+            std::map<std::string, unsigned>{
+                {"s", 1    },
+                {"m", 60   },
+                {"h", 3600 },
+                {"d", 86400}
+    },
+            CLI::AsNumberWithUnit::CASE_SENSITIVE, ""))
+        ->type_name("TIME");
+    check.add_option("--unknown-as", options.unknown_as, "What is said where something is unknown")
+        ->check(one_of(check_unknown_words()))
+        ->type_name(boost::join(check_unknown_words(), "|"))
+        ->capture_default_str();
+    check.add_option("--perfdata", options.perfdata, "Which performance data is printed")
+        ->check(one_of(check_perfdata()))
+        ->type_name(boost::join(check_perfdata(), "|"))
+        ->capture_default_str();
 }
 
 std::vector<const CLI::Option*> options_where(const CLI::App& command, bool positional) {
@@ -224,6 +266,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     show.add_flag("--no-pager", parsed.show.no_pager, "No pager, also on a terminal");
 
     add_query(*app, parsed.query);
+    add_check(*app, parsed.check);
     add_export(*app, parsed.exporting);
 
     auto& child = *app->add_subcommand(kChildCommand)->group("");

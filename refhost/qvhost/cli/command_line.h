@@ -20,6 +20,7 @@ struct ParsedArguments {
     ShowOptions show;
     QueryOptions query;
     ExportOptions exporting;
+    CheckOptions check;
     struct {
         int settings = -1;
         int lifeline = -1;

@@ -11,6 +11,7 @@
 #include "files/new_file.h"
 #include "page/write_page.h"
 #include "qvhost/present/export_csv.h"
+#include "qvhost/present/export_prometheus.h"
 #include "qvhost/present/open_report.h"
 #include "report/report_json.h"
 #include "show/headers.h"
@@ -135,14 +136,23 @@ void export_html(const ExportOptions& options, const Store& store) {
     files.keep();
 }
 
+// node_exporter may read the file at any moment, and as a user of its own.
+void export_prometheus(const ExportOptions& options, const Store& store) {
+    if (options.output.empty()) return write_prometheus(store, std::cout);
+    replace_file(options.output, [&](std::ostream& out) { write_prometheus(store, out); });
+    fs::permissions(options.output, fs::perms::group_read | fs::perms::others_read,
+                    fs::perm_options::add);
+}
+
 // Every format has its row here.
 constexpr struct {
     const char* name;
     void (*run)(const ExportOptions& options, const Store& store);
 } kFormats[] = {
-    {"json", export_json},
-    {"csv",  export_csv },
-    {"html", export_html},
+    {"json",       export_json      },
+    {"csv",        export_csv       },
+    {"html",       export_html      },
+    {"prometheus", export_prometheus},
 };
 
 }  // namespace
