@@ -397,6 +397,10 @@ private:
             return true;
         }
         if (words.starts_with("device is a")) {
+            if (in_ != In::device) {
+                end_entity();
+                place_ = line_;
+            }
             if (words.find("hard drive") != std::string::npos) {
                 drive_ = reading_.entity_at<Drive>(place_);
                 in_ = In::drive;

@@ -134,52 +134,90 @@ std::string folded(std::string_view text) {
     return result;
 }
 
-// Serial numbers of which one tool prints only the beginning.
-bool same_serial(const Text& a, const Text& b) {
-    constexpr std::size_t kEnough = 8;
-    if (!a || !b) return false;
-    const auto x = folded(*a), y = folded(*b);
-    if (x == y) return true;
-    return std::min(x.size(), y.size()) >= kEnough && (x.starts_with(y) || y.starts_with(x));
-}
+// Known drives by what the operating system calls them.
+class Known {
+public:
+    void add(const Drive& drive, std::size_t index) {
+        if (drive.serial) serials_.emplace(folded(*drive.serial), index);
+        if (drive.device) devices_.emplace(*drive.device, index);
+        if (drive.wwn) wwns_.emplace(folded(*drive.wwn), index);
+    }
 
-bool same_drive(const Drive& known, const Drive& seen) {
-    if (known.serial && seen.serial) return same_serial(known.serial, seen.serial);
-    if (known.device && seen.device && *known.device == *seen.device) return true;
-    return known.wwn && seen.wwn && folded(*known.wwn) == folded(*seen.wwn);
-}
+    std::optional<std::size_t> find(const Drive& drive, const std::vector<Drive>& drives) const {
+        if (drive.serial) {
+            if (const auto index = find_serial(folded(*drive.serial))) return index;
+        }
+        // One name, two serial numbers: something else was plugged in.
+        const auto fits = [&](std::size_t index) { return !contradict(drives[index], drive); };
+        if (drive.device) {
+            const auto at = devices_.find(*drive.device);
+            if (at != devices_.end() && fits(at->second)) return at->second;
+        }
+        if (drive.wwn) {
+            const auto at = wwns_.find(folded(*drive.wwn));
+            if (at != wwns_.end() && fits(at->second)) return at->second;
+        }
+        return std::nullopt;
+    }
+
+private:
+    using Index = std::map<std::string, std::size_t>;
+
+    // Of some serial numbers one tool prints only the beginning.
+    std::optional<std::size_t> find_serial(const std::string& serial) const {
+        constexpr std::size_t kEnough = 8, kLongest = 64;  // characters
+        auto at = serials_.lower_bound(serial);
+        if (at != serials_.end() && at->first == serial) return at->second;
+        if (serial.size() < kEnough || serial.size() > kLongest) return std::nullopt;
+        if (at != serials_.end() && at->first.starts_with(serial)) return at->second;
+        for (auto size = serial.size() - 1; size >= kEnough; --size) {
+            at = serials_.find(serial.substr(0, size));
+            if (at != serials_.end()) return at->second;
+        }
+        return std::nullopt;
+    }
+
+    Index serials_, devices_, wwns_;
+};
 
 // What the operating system sees: behind a controller that a tool of its own told, or behind none.
 void join_devices(Inventory& inventory) {
     std::vector<Drive> joined;
-    joined.reserve(inventory.drives.size());
+    Known known;
+    const auto add = [&](Drive& drive) {
+        known.add(drive, joined.size());
+        joined.push_back(std::move(drive));
+    };
     for (Drive& drive : inventory.drives) {
-        if (drive.controller) joined.push_back(drive);
+        if (drive.controller) add(drive);
     }
     for (Drive& drive : inventory.drives) {
         if (drive.controller) continue;
-        const auto known = std::find_if(joined.begin(), joined.end(), [&](const Drive& other) {
-            return same_drive(other, drive);
-        });
-        if (known == joined.end()) {
-            joined.push_back(drive);
+        const auto index = known.find(drive, joined);
+        if (!index) {
+            add(drive);
             continue;
         }
+        Drive& same = joined[*index];
         // A drive may be a member of several arrays: the one that it is out of counts.
-        if (known->state == "ONLINE" && drive.state && drive.state != "ONLINE") {
-            known->state = drive.state;
-            known->place = drive.place;
+        if (same.state == "ONLINE" && drive.state && drive.state != "ONLINE") {
+            same.state = drive.state;
+            same.place = drive.place;
         }
-        merge_drive(*known, drive);
+        merge_drive(same, drive);
+        known.add(same, *index);
     }
     // lsblk's rows of RAID volumes and the like, which no tool told to be drives.
     std::erase_if(joined, [&](const Drive& drive) {
         return !drive.controller && !drive.state && !drive.interface && !drive.smart_alert;
     });
+    std::set<std::string> volumes;
+    for (const Volume& volume : inventory.volumes) {
+        if (volume.device) volumes.insert(*volume.device);
+    }
     std::erase_if(joined, [&](const Drive& drive) {
         return !drive.controller && !drive.state && !drive.smart_alert && drive.device &&
-               std::any_of(inventory.volumes.begin(), inventory.volumes.end(),
-                           [&](const Volume& volume) { return volume.device == drive.device; });
+               volumes.contains(*drive.device);
     });
     inventory.drives = std::move(joined);
 }

@@ -265,7 +265,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             finish();
             has_answer = true;
             pool = reading.entity_at<Volume>(number);
-            pool->name = std::string(pair->value);
+            pool->name = told(pair->value);
         } else if (pool && text.starts_with("errors:")) {
             has_errors = true;
             in_config = false;
@@ -286,7 +286,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             }
             const auto indent = line->text.find_first_not_of(" \t");
             const std::string_view name = cells[0];
-            if (name == *pool->name && pool_indent == 0) {
+            if (name == pool->name && pool_indent == 0) {
                 pool_indent = indent;
                 continue;
             }
@@ -312,8 +312,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             pool->place.line = number;
         } else if (pool && head && head->key == "scan") {
             const auto in_progress = head->value.find(" in progress");
-            if (in_progress != npos)
-                pool->operation = std::string(head->value.substr(0, in_progress));
+            if (in_progress != npos) pool->operation = told(head->value.substr(0, in_progress));
         } else if (pool && head && head->key == "config") {
             in_config = true;
             pool_indent = 0;

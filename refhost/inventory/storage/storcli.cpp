@@ -176,6 +176,31 @@ std::string joined(std::initializer_list<std::string_view> parts) {
     return text;
 }
 
+// What "Controller = N" begins.
+struct Answer {
+    Integer number;
+    std::int64_t line = 0;
+    std::string_view outcome;
+    bool failed = false;
+    std::int64_t failed_line = 0;
+    std::string description;
+    std::size_t errors_before = 0;  // that a table told
+    Controller controller;          // place.line 0: it says nothing of the controller
+    bool has_content = false;
+    bool expects_battery = false;
+    std::array<std::int64_t, storcli::kCounted> rows{};
+    std::array<Integer, storcli::kCounted> announced{};
+    Text time, system_time;
+    std::int64_t time_line = 0;
+};
+
+// The lines below "Drive /c0/e8/s1 ...".
+struct Details {
+    Drive drive;
+    bool has_details = false, has_attributes = false, has_settings = false;
+    bool has_counters = false, has_alert = false, has_identity = false, has_firmware = false;
+};
+
 class Reader {
 public:
     Reader(CaptureLines& lines, Reading& reading) : lines_(lines), reading_(reading) {}
@@ -192,31 +217,6 @@ public:
     }
 
 private:
-    // What "Controller = N" begins.
-    struct Answer {
-        Integer number;
-        std::int64_t line = 0;
-        std::string_view outcome;
-        bool failed = false;
-        std::int64_t failed_line = 0;
-        std::string description;
-        std::size_t errors_before = 0;  // that a table told
-        Controller controller;          // place.line 0: it says nothing of the controller
-        bool has_content = false;
-        bool expects_battery = false;
-        std::array<std::int64_t, storcli::kCounted> rows{};
-        std::array<Integer, storcli::kCounted> announced{};
-        Text time, system_time;
-        std::int64_t time_line = 0;
-    };
-
-    // The lines below "Drive /c0/e8/s1 ...".
-    struct Details {
-        Drive drive;
-        bool has_details = false, has_attributes = false, has_settings = false;
-        bool has_counters = false, has_alert = false, has_identity = false, has_firmware = false;
-    };
-
     enum class TablePart { none, before_heading, before_rows, rows };
 
     void gap(std::string words) { reading_.how.gaps.push_back({line_, std::move(words)}); }
