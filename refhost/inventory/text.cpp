@@ -91,9 +91,10 @@ bool is_one_character(std::string_view text) {
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
-    const auto begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) return {};
-    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+    const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 Text told(std::string_view text) {
@@ -211,19 +212,16 @@ Text iso_time(int year, int month, int day, int hour, int minute, int second) {
     if (year < kFirstYear || year > 9999 || month < 1 || month > 12 || day < 1 || day > 31 ||
         hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 60)
         return std::nullopt;
-    // A million events have one each: no printf.
     std::string text = "0000-00-00T00:00:00";
-    const auto put = [&](std::size_t at, int value) {
-        text[at] = static_cast<char>('0' + value / 10);
-        text[at + 1] = static_cast<char>('0' + value % 10);
+    const auto write = [&](std::size_t end, int number) {
+        for (; number > 0; number /= 10) text[--end] = static_cast<char>('0' + number % 10);
     };
-    put(0, year / 100);
-    put(2, year % 100);
-    put(5, month);
-    put(8, day);
-    put(11, hour);
-    put(14, minute);
-    put(17, second);
+    write(4, year);
+    write(7, month);
+    write(10, day);
+    write(13, hour);
+    write(16, minute);
+    write(19, second);
     return text;
 }
 
