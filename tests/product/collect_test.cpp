@@ -1,5 +1,6 @@
 // A collection that goes well, from the plug-in's callbacks to the report.
 #include <sys/stat.h>
+#include <sys/utsname.h>
 
 #include <algorithm>
 
@@ -35,7 +36,28 @@ TEST_F(Collect, EveryRecordIsInTheReportAsItWasAdded) {
                 {"id": "number", "display": "Number", "value": -7},
                 {"id": "bytes", "display": "Bytes", "value": "\uFFFD\u001b[31m<b>'"}]},
             {"table": "VALUES", "name": "empty", "index": 3, "properties": []}]})");
-    EXPECT_EQ(report_json(log_dir()), expected);
+    EXPECT_EQ(collected(log_dir()), expected);
+}
+
+TEST_F(Collect, TheReportTellsItsFormatAndWhatItIsFrom) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto report = report_json(log_dir());
+    EXPECT_EQ(report["format"], 1);
+    const auto& collection = report["collection"];
+    utsname names{};
+    ASSERT_EQ(::uname(&names), 0);
+    EXPECT_EQ(collection["host"], names.nodename);
+    EXPECT_EQ(collection["kernel"], names.release);
+    EXPECT_GT(collection["uptime_seconds"], 0);
+    EXPECT_EQ(collection["status"], "complete");
+    EXPECT_EQ(collection["version"], QV_VERSION);
+    EXPECT_EQ(collection["started"], meta(store_in(log_dir()), "started"));
+    EXPECT_EQ(collection["finished"], meta(store_in(log_dir()), "finished"));
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : collection.items()) keys.push_back(key);
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"host", "machine_id", "os", "kernel", "uptime_seconds",
+                                        "run_as", "started", "finished", "status", "version"}));
 }
 
 TEST_F(Collect, CallbacksAreCalledInOrder) {
@@ -187,7 +209,7 @@ TEST_F(Collect, TheLogLevelChangesTheLogAndNothingElse) {
     for (const unsigned level : {2u, 3u, 4u}) {
         fs::remove_all(log_dir());
         ASSERT_EQ(run(collect("calm", {"--log-level", std::to_string(level)})).exit, 0);
-        reports[level - 2] = report_json(log_dir());
+        reports[level - 2] = collected(log_dir());
         lines[level - 2] = lines_of(read_file(log_dir() / "qvhost.log")).size();
     }
     EXPECT_EQ(lines[0], 0u);

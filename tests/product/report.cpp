@@ -14,6 +14,11 @@ nlohmann::ordered_json report_json(const fs::path& log_dir) {
     return nlohmann::ordered_json::parse(read_file(log_dir / "report" / "report.json"));
 }
 
+nlohmann::ordered_json collected(const fs::path& log_dir) {
+    const auto report = report_json(log_dir);
+    return {{"modules", report["modules"]}, {"records", report["records"]}};
+}
+
 std::map<std::string, int> counts(const fs::path& store) {
     SQLite::Database db(store.string());
     EXPECT_EQ(db.execAndGet("PRAGMA integrity_check").getString(), "ok");

@@ -31,6 +31,9 @@ inline std::filesystem::path store_in(const std::filesystem::path& log_dir) {
 // The texts of the log, without time, level and place.
 std::vector<std::string> log_texts(const std::filesystem::path& log_dir);
 
+// Of that what the modules collected, which is the same for each collection of a machine.
+nlohmann::ordered_json collected(const std::filesystem::path& log_dir);
+
 // A report.json as a person reads it: modules and layouts as they are, and records a line each, their
 // values under one heading as long as table, name, ids and labels stay the same. Nothing is left out.
 std::string condensed(const std::string& report_json);
