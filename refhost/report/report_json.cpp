@@ -86,7 +86,8 @@ void put_verdict(const Store& store, std::ostream& out) {
     put_list(json_of(verdict.findings), out);
     out << ",\n\"inventory\":{";
     const char* separator = "\n";
-    for (const auto& [kind, entities] : json_of(read_inventory(store)).items()) {
+    const auto inventory = json_of(read_inventory(store));
+    for (const auto& [kind, entities] : inventory.items()) {
         out << separator << text_of(kind) << ':';
         put_list(entities, out);
         separator = ",\n";

@@ -206,10 +206,10 @@ TEST(Storage, PredictedFailuresWeighMoreWithoutRedundancy) {
 TEST(Storage, ControllersBatteriesEnclosures) {
     Inventory inventory;
     inventory.controllers.push_back(
-        {{"c0_showall.txt", 6}, 0, "M", "SV1", "1", "Needs Attention", 1, 5});
+        {{"c0_showall.txt", 6}, 0, "M", "SV1", "1", "Needs Attention", 1, 5, {}});
     inventory.controllers.push_back({{"c1_showall.txt", 6}, 1, "M", {}, "1", "Failed", 1, 5, {}});
     inventory.batteries.push_back(
-        {{"c0_showall.txt", 90}, 0, "BBU", "Dgd(Needs Attention)", {}, {}});
+        {{"c0_showall.txt", 90}, 0, "BBU", "Dgd(Needs Attention)", {}, {}, {}});
     inventory.batteries.push_back({{"c1_showall.txt", 90}, 1, "BBU", "Learning", {}, {}, {}});
     inventory.enclosures.push_back({{"c0_showall.txt", 95}, 0, 8, 24, "Critical", "E", {}, {}});
     EXPECT_EQ(

@@ -255,7 +255,7 @@ TEST(Arcconf, agrees_with_a_naive_reading_of_captures) {
         if (wanted.empty()) wanted = values(text, "Serial Number", 9);
         // Some were blotted out by those who published them.
         std::erase_if(wanted, [](const std::string& serial) {
-            return serial.find_first_not_of('*') == std::string::npos;
+            return serial.find_first_not_of("*X") == std::string::npos;
         });
         EXPECT_EQ(serials, wanted) << name;
         auto wanted_sizes = values(text, "Total Size", 9);
