@@ -49,9 +49,10 @@ constexpr auto kEvents = std::to_array<EventRow>({
     {"bmc",        "Fatal NMI",                              kInfo,     "event_pci"             },
     {"bmc",        "Power Supply AC lost",                   kInfo,     "event_power"           },
     {"bmc",        "AC lost",                                kInfo,     "event_power"           },
+    {"bmc",        "AC Lost",                                kInfo,     "event_power"           },
     {"bmc",        "Power Supply",                           kWarning,  "event_power"           },
-    {"bmc",        "Redundancy Lost",                        kInfo,     "event_power"           },
-    {"bmc",        "Insufficient Resources",                 kInfo,     "event_power"           },
+    {"bmc",        "Redundancy Lost",                        kInfo,     "event_redundancy"      },
+    {"bmc",        "Insufficient Resources",                 kInfo,     "event_redundancy"      },
     {"bmc",        "Drive Fault",                            kInfo,     "event_drive"           },
     {"bmc",        "In Critical Array",                      kInfo,     "event_drive"           },
     {"bmc",        "In Failed Array",                        kInfo,     "event_drive"           },
@@ -61,8 +62,13 @@ constexpr auto kEvents = std::to_array<EventRow>({
     {"bmc",        "Critical going",                         kInfo,     "event_threshold"       },
     {"bmc",        "critical going",                         kInfo,     "event_threshold"       },
     {"bmc",        "Non-recoverable going",                  kInfo,     "event_threshold"       },
+    {"bmc",        " Crit thresh",                           kInfo,     "event_threshold"       },
+    {"bmc",        " Unrec thresh",                          kInfo,     "event_threshold"       },
+    {"bmc",        " Noncrit thresh",                        kInfo,     "event_threshold_past"  },
     {"bmc",        "",                                       kCritical, "event_critical"        },
     {"bmc",        "",                                       kWarning,  "event_warning"         },
+    {"controller", "PD ",                                    kCritical, "event_controller_drive"},
+    {"controller", "VD ",                                    kCritical, "event_controller_drive"},
     {"controller", "",                                       kCritical, "event_controller"      },
     {"kernel",     "EDAC",                                   kCritical, "event_memory_error"    },
     {"kernel",     "EDAC",                                   kInfo,     "event_memory_corrected"},
@@ -116,6 +122,18 @@ Severity severity_at(const Rule& rule, const std::optional<double>& age) {
     return *age > limit ? Severity::warning : rule.severity;
 }
 
+// "Fan #17" is the sensor of number 17h; other subjects are names of sensors.
+std::string sensor_number_in(const std::string& subject) {
+    const auto mark = subject.rfind('#');
+    return mark == std::string::npos ? "" : subject.substr(mark + 1) + "h";
+}
+
+// Rules of events that a later event, or the sensor itself, may end.
+bool may_end(std::string_view rule_name) {
+    return rule_name == "event_threshold" || rule_name == "event_power" ||
+           rule_name == "event_redundancy";
+}
+
 bool has_ended(std::string_view text) { return text.find("Deasserted") != std::string_view::npos; }
 
 // What is said of the same thing, whether it begins or ends.
@@ -137,9 +155,7 @@ void EventJudge::take(const Event& event) {
 
     auto subject = event.subject.value_or("");
     auto key = std::string(row->rule) + '\n' + event.source + '\n' + subject;
-    const bool is_threshold = std::string_view(row->rule) == "event_threshold" ||
-                              std::string_view(row->rule) == "event_power";
-    if (is_threshold) key += '\n' + std::string(without_end_word(event.text));
+    if (may_end(row->rule)) key += '\n' + std::string(without_end_word(event.text));
     if (groups_.size() >= kMostGroups && !groups_.contains(key)) {
         key = std::string(row->rule) + '\n' + event.source;
         subject.clear();
@@ -169,7 +185,6 @@ void EventJudge::finish(const Group& group, const std::set<std::string>& well,
                         Collector& findings) const {
     const Rule* judged = &rule(group.row->rule);
     const std::string_view name = judged->name;
-    auto severity = judged->severity;
     const auto then = days_of(group.dated);
     const auto today = days_of(now);
     const auto age = then && today ? std::optional(std::max(0.0, *today - *then)) : std::nullopt;
@@ -178,12 +193,13 @@ void EventJudge::finish(const Group& group, const std::set<std::string>& well,
         static_cast<double>(group.most_on_day) > rule("event_memory_many").threshold)
         judged = &rule("event_memory_many");
     // What the sensor says now has more weight than what it once said.
-    if (name == "event_threshold" && (group.open == 0 || well.contains(group.subject)))
-        judged = &rule("event_threshold_past");
-    severity = severity_at(*judged, age);
-    if (name == "event_threshold" && not_well.contains(group.subject)) severity = Severity::notice;
-    if (name == "event_power" && (group.open == 0 || well.contains(group.subject)))
-        severity = Severity::notice;
+    const auto is_in = [&](const std::set<std::string>& names) {
+        return names.contains(group.subject) || names.contains(sensor_number_in(group.subject));
+    };
+    const bool has_passed = may_end(name) && (group.open == 0 || is_in(well));
+    if (name == "event_threshold" && has_passed) judged = &rule("event_threshold_past");
+    auto severity = severity_at(*judged, age);
+    if (has_passed || (may_end(name) && is_in(not_well))) severity = Severity::notice;
 
     Finding finding;
     finding.id = finding_id(*judged, group.subject.empty() ? group.source : group.subject);
@@ -206,8 +222,10 @@ void EventJudge::finish(const inventory::Inventory& inventory, const std::string
     for (const auto& sensor : inventory.sensors) {
         if (!sensor.name) continue;
         const bool read = sensor.reading || !sensor.states.empty();
-        if (is_well(sensor) && read) well.insert(*sensor.name);
-        if (!is_well(sensor)) not_well.insert(*sensor.name);
+        if (is_well(sensor) && !read) continue;
+        auto& names = is_well(sensor) ? well : not_well;
+        names.insert(*sensor.name);
+        if (sensor.number) names.insert(*sensor.number);
     }
     for (const auto& name : not_well) well.erase(name);
     for (const auto& [key, group] : groups_) finish(group, well, not_well, now, findings);

@@ -119,7 +119,7 @@ std::string why_not_whole(const SurveyedCapture& capture) {
         return capture.name + (line > 0 ? ", line " + std::to_string(line) : "") + ": ";
     };
     if (!capture.ended_badly.empty())
-        return capture.name + ": " + (capture.tool.empty() ? "" : capture.tool + " ") +
+        return capture.name + ": " + (capture.tool.empty() ? "" : capture.tool + ": ") +
                capture.ended_badly;
     if (!capture.is_there) return capture.name + ": it was not made";
     if (!capture.how.errors.empty())

@@ -48,9 +48,16 @@ void judge_clocks(const inventory::Inventory& inventory, Collector& findings) {
     }
 }
 
+bool is_not_installed(const inventory::SurveyedCapture& capture) {
+    return capture.ended_badly.ends_with(": not installed");
+}
+
 void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings) {
     for (const auto& capture : survey.captures) {
-        if (const auto reason = why_not_whole(capture); !reason.empty()) {
+        if (is_not_installed(capture)) {
+            findings.add(capture.tool, capture.tool, "tool_missing", "not installed",
+                         {capture.name, 0});
+        } else if (const auto reason = why_not_whole(capture); !reason.empty()) {
             std::int64_t line = 0;
             if (!capture.how.errors.empty()) {
                 line = capture.how.errors.front().line;

@@ -95,6 +95,8 @@ constexpr auto kRules = std::to_array<Rule>({
     {"event_drive",                 storage,   kWarning,  "events",                    "drive fault was logged",                     0, "", "the bay's light was on",                                                  "IPMI: sensor type Drive Slot",                       ""},
     {"event_disk",                  storage,   kWarning,  "events",                    "kernel logged disk errors",                  0, "", "reads or writes failed",                                                  "kernel: I/O error, Medium Error",                    ""},
     {"event_controller",            storage,   kWarning,  "events",                    "controller logged critical events",          7, "days; older ones are notices", "its own log calls them critical or worse",     "storcli: Class 2 to 4",                              ""},
+    {"event_controller_drive",      storage,   kNotice,   "events",                    "controller logged critical events of a drive or volume", 0, "", "what they say now is in their states",                            "storcli: Class 2 to 4",                              ""},
+    {"event_redundancy",            system,    kWarning,  "events",                    "loss of redundancy was logged",              0, "", "it is not known to be back",                                              "IPMI: Redundancy Lost",                              "ResourceEvent.RedundancyLost"},
     {"event_threshold",             system,    kWarning,  "events",                    "sensor crossed a critical threshold and is not known to be back", 0, "", "what the sensor says now is not known",              "IPMI: threshold events",                             ""},
     {"event_threshold_past",        system,    kNotice,   "events",                    "sensor crossed a threshold and is ok now",   0, "", "lost deassertions are common",                                            "IPMI: threshold events",                             ""},
     {"event_critical",              system,    kCritical, "events",                    "critical event was logged",                  7, "days; older ones are warnings", "its source calls it critical",                "IPMI: event severity; kernel log level",             ""},
@@ -102,6 +104,7 @@ constexpr auto kRules = std::to_array<Rule>({
 
     // What could not be told.
     {"not_read",                    collection, kUnknown, "captures and commands",     "something could not be read",                0, "", "what it would have said is not known",                                    "the command's end, the capture's text",              ""},
+    {"tool_missing",                collection, kNotice,  "commands",                  "tool is not installed",                      0, "", "health says where that leaves something unknown",                         "the shell's exit code 127",                          ""},
     {"not_understood",              collection, kNotice,  "captures",                  "lines were not understood",                  0, "", "no reader knows them; they may be a new version's",                       "the capture's text",                                 ""},
 });
 // clang-format on

@@ -250,6 +250,7 @@ constexpr auto kSupplyStates = std::to_array<StateRow>({
     {"ok",                   ""            },
     {"on",                   ""            },
     {"output on",            ""            },
+    {"output off",           "power_supply"},
     {"AC ok",                ""            },
     {"present",              ""            },
     {"Present, OK",          ""            },
@@ -400,6 +401,24 @@ void judge_words(const Sensor& sensor, Collector& findings) {
     }
 }
 
+// "present, AC ok, output on"
+std::vector<std::string_view> parts_of(std::string_view state) {
+    std::vector<std::string_view> parts;
+    while (true) {
+        const auto comma = state.find(", ");
+        parts.push_back(state.substr(0, comma));
+        if (comma == std::string_view::npos) return parts;
+        state.remove_prefix(comma + 2);
+    }
+}
+
+// "AC 230 V": a feed that is there.
+bool is_input_voltage(std::string_view state) {
+    if (!state.starts_with("AC ") && !state.starts_with("DC ")) return false;
+    const auto behind = state.find_first_not_of("0123456789.", 3);
+    return behind != 3 && behind != std::string_view::npos && state.substr(behind) == " V";
+}
+
 }  // namespace
 
 bool is_well(const Sensor& sensor) { return level_of(sensor) == Level::well; }
@@ -427,16 +446,22 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
     for (const PowerSupply& supply : inventory.power_supplies) {
         if (supply.present == false) continue;  // an empty bay is no failure
         const auto slot = supply.slot.value_or("");
-        const auto subject = "Power supply " + slot + (supply.model ? ", " + *supply.model : "") +
+        const auto subject = (slot.starts_with("Power") ? "" : "Power supply ") + slot +
+                             (supply.model ? ", " + *supply.model : "") +
                              (supply.serial ? ", serial " + *supply.serial : "");
         if (supply.state) {
-            const auto name = rule_for(kSupplyStates, *supply.state).value_or("power_supply");
-            if (!name.empty())
-                findings.add(supply_key(slot), subject, std::string(name).c_str(),
-                             "state " + *supply.state, supply.place);
+            for (const auto part : parts_of(*supply.state)) {
+                const auto name = rule_for(kSupplyStates, part)
+                                      .value_or(is_input_voltage(part) ? "" : "power_supply");
+                if (!name.empty())
+                    findings.add(supply_key(slot), subject, std::string(name).c_str(),
+                                 "state " + *supply.state, supply.place);
+            }
         }
         if (supply.input_state) {
-            const auto name = rule_for(kSupplyStates, *supply.input_state).value_or("power_input");
+            const auto name =
+                rule_for(kSupplyStates, *supply.input_state)
+                    .value_or(is_input_voltage(*supply.input_state) ? "" : "power_input");
             if (!name.empty())
                 findings.add(supply_key(slot), subject, "power_input",
                              "input " + *supply.input_state, supply.place);

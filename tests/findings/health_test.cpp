@@ -101,7 +101,7 @@ TEST(Health, WhatIsMissingIsSaidInWords) {
     for (const auto& one : judge_health(survey, {}, {})) {
         if (one.subsystem != Subsystem::bmc) continue;
         EXPECT_EQ(one.missing,
-                  std::vector<std::string>{"selfinfo.txt: ipmitool killed by signal 9"});
+                  std::vector<std::string>{"selfinfo.txt: ipmitool: killed by signal 9"});
     }
 }
 

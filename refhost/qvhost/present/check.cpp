@@ -108,6 +108,10 @@ std::string finding_text(const Finding& finding) {
     return text;
 }
 
+std::string place_text(const findings::Place& place) {
+    return plain(place.capture) + (place.line > 0 ? ", line " + std::to_string(place.line) : "");
+}
+
 // What matters most, in a few words.
 std::string headline(const CheckOptions& options, const Verdict& verdict, HealthWord worst) {
     const auto is_told = [&](const Finding& one) {
@@ -216,9 +220,7 @@ void print_text(const CheckOptions& options, const Checked& checked, HealthWord 
     }
     for (const auto& one : checked.verdict.findings) {
         std::cout << '[' << word(one.severity) << "] " << finding_text(one);
-        if (!one.evidence.empty())
-            std::cout << " (" << plain(one.evidence.front().capture) << ", line "
-                      << one.evidence.front().line << ')';
+        if (!one.evidence.empty()) std::cout << " (" << place_text(one.evidence.front()) << ')';
         std::cout << '\n';
     }
 }
