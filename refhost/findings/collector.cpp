@@ -1,6 +1,7 @@
 #include "findings/collector.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace qvhost::findings {
@@ -48,7 +49,7 @@ void Collector::add(Finding finding) {
 }
 
 std::vector<Finding> Collector::take() {
-    auto all = std::exchange(ready_, {});
+    std::vector<Finding> all;
     for (auto& [key, thing] : things_) {
         const auto& remarks = thing.remarks;
         const auto worst =
@@ -76,6 +77,9 @@ std::vector<Finding> Collector::take() {
         }
         all.push_back(std::move(finding));
     }
+    // What a thing says of itself stands before what was once logged of it.
+    std::move(ready_.begin(), ready_.end(), std::back_inserter(all));
+    ready_.clear();
     things_.clear();
     places_.clear();
     ready_places_.clear();

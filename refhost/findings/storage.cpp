@@ -345,10 +345,19 @@ std::string drive_subject(const Drive& drive) {
     return text;
 }
 
+// Where the field stands: counters and alerts stand in the drive's details.
+Place place_of(const Drive& drive, std::string_view field) {
+    for (const auto& at : drive.elsewhere) {
+        if (at.field == field) return at.place;
+    }
+    return drive.place;
+}
+
 void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& findings) {
-    const auto remark = [&](std::string_view rule_name, const std::string& says) {
+    const auto remark = [&](std::string_view rule_name, std::string_view field,
+                            const std::string& says) {
         findings.add(drive_key(drive), drive_subject(drive), std::string(rule_name).c_str(), says,
-                     drive.place);
+                     place_of(drive, field));
     };
     const bool exposed = redundancy.is_lost_for(drive);
     if (drive.state) {
@@ -356,23 +365,25 @@ void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& fi
         if (rule_name == "drive_failed" && exposed) rule_name = "drive_failed_no_redundancy";
         auto says = "state " + *drive.state;
         if (drive.rebuild_percent) says += ", rebuilt to " + percent_text(*drive.rebuild_percent);
-        if (!rule_name.empty()) remark(rule_name, says);
+        if (!rule_name.empty()) remark(rule_name, "state", says);
     }
-    if (drive.is_foreign == true) remark("drive_foreign", "foreign configuration");
-    const auto predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";
-    if (drive.smart_alert == true) remark(predicted, "SMART alert");
-    const auto count = [&](const char* rule_name, const Integer& value, const char* words) {
+    if (drive.is_foreign == true) remark("drive_foreign", "is_foreign", "foreign configuration");
+    const auto* const predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";
+    if (drive.smart_alert == true) remark(predicted, "smart_alert", "SMART alert");
+    const auto count = [&](const char* rule_name, const char* field, const Integer& value,
+                           const char* words) {
         if (value && static_cast<double>(*value) > rule(rule_name).threshold)
-            remark(rule_name, std::to_string(*value) + " " + words);
+            remark(rule_name, field, std::to_string(*value) + " " + words);
     };
-    count(predicted, drive.predicted_failures, "predicted failures");
-    count("drive_media_errors", drive.media_errors, "media errors");
-    count("drive_other_errors", drive.other_errors, "other errors");
+    count(predicted, "predicted_failures", drive.predicted_failures, "predicted failures");
+    count("drive_media_errors", "media_errors", drive.media_errors, "media errors");
+    count("drive_other_errors", "other_errors", drive.other_errors, "other errors");
     if (drive.percentage_used && *drive.percentage_used >= rule("drive_wear").threshold)
-        remark("drive_wear", percent_text(*drive.percentage_used) + " of its life used");
+        remark("drive_wear", "percentage_used",
+               percent_text(*drive.percentage_used) + " of its life used");
     if (drive.available_spare_percent &&
         *drive.available_spare_percent <= rule("drive_spare_low").threshold)
-        remark("drive_spare_low",
+        remark("drive_spare_low", "available_spare_percent",
                percent_text(*drive.available_spare_percent) + " of its spare blocks left");
 }
 

@@ -107,14 +107,41 @@ TEST(Events, AClearedLogIsNothing) {
 }
 
 TEST(Events, AControllersOwnLogByItsClass) {
+    const auto at = [](const char* time) {
+        return event("controller 1", time, EventSeverity::critical, "", "Cache was discarded");
+    };
     EXPECT_EQ(judged({event("controller 1", "2026-11-20T12:00:00", EventSeverity::info, "",
                             "Patrol Read started"),
-                      event("controller 1", "2026-11-20T12:00:00", EventSeverity::critical, "",
-                            "VD 0 is now OFFLINE")}),
-              Lines{"warning event_controller:controller_1 | controller 1 | VD 0 is now OFFLINE"});
-    EXPECT_EQ(judged({event("controller 1", "2026-10-20T12:00:00", EventSeverity::critical, "",
-                            "VD 0 is now OFFLINE")}),
-              Lines{"notice event_controller:controller_1 | controller 1 | VD 0 is now OFFLINE"});
+                      at("2026-11-20T12:00:00")}),
+              Lines{"warning event_controller:controller_1 | controller 1 | Cache was discarded"});
+    EXPECT_EQ(judged({at("2026-10-20T12:00:00")}),
+              Lines{"notice event_controller:controller_1 | controller 1 | Cache was discarded"});
+}
+
+// How a drive or volume is now, its state says.
+TEST(Events, WhatAControllerLoggedOfAVolumeIsPast) {
+    EXPECT_EQ(judged({event("controller 1", "2026-11-20T12:00:00", EventSeverity::critical,
+                            "VD 00/0", "VD 00/0 is now OFFLINE")}),
+              Lines{"notice event_controller_drive:VD_00_0 | VD 00/0 | VD 00/0 is now OFFLINE"});
+}
+
+// ipmiutil names sensors by type and number, and thresholds in its own words.
+TEST(Events, TheSensorOfANumberDecides) {
+    inventory::Inventory inventory;
+    inventory::Sensor fan;
+    fan.name = "FAN4";
+    fan.number = "17h";
+    fan.reading = 5000;
+    fan.status = "ok";
+    inventory.sensors = {fan};
+    const std::vector<Event> crossed{event("bmc", "2026-11-20T12:00:00", EventSeverity::critical,
+                                           "Fan #17", "Fan: Lo Crit thresh act=04 thr=06")};
+    EXPECT_EQ(
+        judged(crossed, inventory),
+        Lines{"notice event_threshold_past:Fan__17 | Fan #17 | Fan: Lo Crit thresh act=04 thr=06"});
+    EXPECT_EQ(
+        judged(crossed),
+        Lines{"warning event_threshold:Fan__17 | Fan #17 | Fan: Lo Crit thresh act=04 thr=06"});
 }
 
 TEST(Events, TheSameOfTheSameIsCounted) {

@@ -163,6 +163,28 @@ TEST(Sensors, SensorAndSupplyOfOneNumberAreOneFinding) {
             "warning power_input:PSU2 | Sensor PS2 Status | Power Supply AC lost; input AC lost"});
 }
 
+TEST(Sensors, SuppliesPrintSeveralStatesInOneText) {
+    const auto judged_supply = [](const char* state, const char* input) {
+        Inventory inventory;
+        inventory::PowerSupply supply;
+        supply.slot = "Power supply 2";
+        supply.state = state;
+        supply.input_state = input;
+        inventory.power_supplies = {supply};
+        Collector findings;
+        judge_power_supplies(inventory, findings);
+        return told(findings);
+    };
+    EXPECT_EQ(judged_supply("AC ok, output on", "AC ok"), Lines{});
+    EXPECT_EQ(judged_supply("Present, OK", "AC 230 V"), Lines{});
+    EXPECT_EQ(judged_supply("AC ok, output off", "AC ok"),
+              Lines{"warning power_supply:PSU2 | Power supply 2 | state AC ok, output off"});
+    EXPECT_EQ(judged_supply("on", "AC lost"),
+              Lines{"warning power_input:PSU2 | Power supply 2 | input AC lost"});
+    EXPECT_EQ(judged_supply("on", "AC V"),
+              Lines{"warning power_input:PSU2 | Power supply 2 | input AC V"});
+}
+
 TEST(Sensors, AnEmptyBayIsNoFailure) {
     Inventory inventory;
     inventory::PowerSupply bay;

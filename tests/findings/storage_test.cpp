@@ -118,6 +118,18 @@ TEST(Storage, WhatBelongsToOneDriveIsOneFinding) {
                "SMART alert; 218 media errors; 4 other errors"}));
 }
 
+TEST(Storage, EachRemarkHasItsOwnLine) {
+    Inventory inventory;
+    inventory.drives = {drive(3, "Offln", 0)};
+    inventory.drives[0].smart_alert = true;
+    inventory.drives[0].elsewhere = {{"smart_alert", {"pdlist.txt", 120}}};
+    Collector findings;
+    judge_storage(inventory, findings);
+    const auto all = findings.take();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all[0].evidence, (std::vector<Place>{{"c0_showall.txt", 43}, {"pdlist.txt", 120}}));
+}
+
 TEST(Storage, CountersAtTheirThresholds) {
     Inventory inventory;
     inventory.drives = {drive(0, "Onln"), drive(1, "Onln"), drive(2, "Onln"), drive(3, "Onln")};
