@@ -4,6 +4,7 @@
 // Fails if two tables have one id.
 
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -159,10 +160,7 @@ bool ids_differ() {
     return true;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    const std::string_view form = argc == 2 ? argv[1] : "";
+int run(std::string_view form) {
     if (!ids_differ()) return 1;
     if (form == "json") {
         print_json();
@@ -173,4 +171,15 @@ int main(int argc, char** argv) {
         return 2;
     }
     return std::cout.flush() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc == 2 ? argv[1] : "");
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "describe_tables: %s\n", error.what());
+        return 1;
+    }
 }
