@@ -59,7 +59,7 @@ std::string told(Inventory& found, const Understanding& how, const std::string& 
     return out.str();
 }
 
-std::string read(const StorageCapture& capture, CaptureLines& lines) {
+std::string read(const CaptureReader& capture, CaptureLines& lines) {
     Inventory found;
     std::string events;
     Reading reading{"capture",
