@@ -59,7 +59,7 @@ std::string told(Inventory& found, const Understanding& how, const std::string& 
     return out.str();
 }
 
-std::string read(const StorageCapture& capture, CaptureLines& lines) {
+std::string read(const CaptureReader& capture, CaptureLines& lines) {
     Inventory found;
     std::string events;
     Reading reading{"capture",
@@ -71,7 +71,7 @@ std::string read(const StorageCapture& capture, CaptureLines& lines) {
                     {}};
     capture.read(lines, reading);
     fuzz::expect(reading.how.not_understood <= reading.how.lines, "no line is counted twice");
-    const auto text = told(found, reading.how, events);
+    auto text = told(found, reading.how, events);
 
     join_storage(found);
     const auto once = told(found, reading.how, "");

@@ -14,7 +14,7 @@ namespace qvhost::inventory {
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-constexpr std::int64_t kMebibyte = 1024 * 1024;
+constexpr std::int64_t kMebibyte = std::int64_t{1} << 20;
 
 // Read configuration has been initiated for controller 0
 // ------------------------------------------------------------------------

@@ -36,7 +36,9 @@ struct Numbered {
     std::string tool;
     std::vector<Integer> numbers;
     std::string name;
-    auto operator<=>(const Numbered&) const = default;
+    bool operator<(const Numbered& other) const {
+        return std::tie(tool, numbers, name) < std::tie(other.tool, other.numbers, other.name);
+    }
 };
 
 using Key = std::optional<Numbered>;

@@ -11,7 +11,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t kMostBytes = 16 * 1024 * 1024;
+constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
 constexpr int kMostDepth = 64;
 
 // Whether brackets are nested no deeper than is sane. Brackets within texts count as well: a text with so
@@ -40,8 +40,9 @@ std::int64_t JsonText::line_of(std::string_view key) const {
            std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
 }
 
-std::optional<JsonText> read_json(CaptureLines& lines, Reading& reading) {
-    JsonText found;
+std::unique_ptr<const JsonText> read_json(CaptureLines& lines, Reading& reading) {
+    auto result = std::make_unique<JsonText>();
+    JsonText& found = *result;
     bool begun = false;
     const auto gap = [&](const char* words) {
         reading.how.gaps.push_back({lines.count(), words});
@@ -59,18 +60,18 @@ std::optional<JsonText> read_json(CaptureLines& lines, Reading& reading) {
         if (found.text.size() + line->text.size() > kMostBytes) {
             while (lines.next()) continue;
             gap("it is too long");
-            return std::nullopt;
+            return nullptr;
         }
         found.text += line->text;
         found.text += '\n';
     }
     if (!begun) {
         gap("no JSON is in it");
-        return std::nullopt;
+        return nullptr;
     }
     if (!is_shallow(found.text)) {
         gap("its JSON is nested too deeply");
-        return std::nullopt;
+        return nullptr;
     }
     found.value = json::parse(found.text, nullptr, false);
     if (found.value.is_discarded()) {
@@ -88,10 +89,10 @@ std::optional<JsonText> read_json(CaptureLines& lines, Reading& reading) {
     }
     if (!found.value.is_object()) {
         gap("its JSON cannot be read");
-        return std::nullopt;
+        return nullptr;
     }
     reading.how.lines = lines.count();
-    return found;
+    return result;
 }
 
 Integer json_integer(const json& value, const char* path) {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,8 +22,8 @@ struct JsonText {
 };
 
 // The first object of the capture. Lines before it are counted as not understood; what is no JSON or is
-// cut off is a gap.
-std::optional<JsonText> read_json(CaptureLines& lines, Reading& reading);
+// cut off is a gap, and null.
+std::unique_ptr<const JsonText> read_json(CaptureLines& lines, Reading& reading);
 
 // The member that the path leads to: "/nvme_smart_health_information_log/media_errors"; empty if there
 // is none or it is of another type.

@@ -224,7 +224,7 @@ private:
             if (has_text_) finish();
             return;
         }
-        if (!in_data_ && trimmed(line) != "") reading_.how.unknown_line(number);
+        if (!in_data_ && !trimmed(line).empty()) reading_.how.unknown_line(number);
     }
 
     void check_controller(std::int64_t number) {
