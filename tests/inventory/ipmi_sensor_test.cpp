@@ -99,6 +99,9 @@ TEST(Sensor, WhatIsNoRowIsSaid) {
                 "gap 1: no sensor\nerror 1: Could not open device at /dev/ipmi0 or /dev/ipmi/0 or /dev/ipmidev/0: "
                 "No such file or directory\n",
                 "no driver"},
+            Case{
+                "Error reading event status for sensor #05: Node busyCPU1 Temp        | 48.000     | degrees C  | ok    | na        | na        | na        | na        | na        | na        \n",
+                "gap 1: not a row of ten cells\ngap 1: no sensor\n", "an error before a row"},
             Case{"hello\n", "gap 1: no sensor\nnot understood: 1 from 1\n", "nobody knows it"},
             Case{"\n", "gap 1: no sensor\n", "an empty line"},
             Case{"", "", "an empty capture, which is not whole either"},
@@ -221,6 +224,12 @@ TEST(JoinSensors, OneSensorAThing) {
         "sensors 3: name='PSU2 Status' number='34h' kind='discrete' status='ok' states=[Presence detected][Power Supply AC lost]\n"
         "sensors 4: name='FAN7' number='22h' kind='fan' status='na'\n"
         "sensors 5: name='Only Here' number='40h' kind='fan' reading=100 unit='RPM' status='ok'\n");
+    const auto* const fan = &made.found.sensors[3];
+    EXPECT_EQ(sensor_of_event(made.found, "FAN7"), fan);
+    EXPECT_EQ(sensor_of_event(made.found, "Fan #22"), fan);
+    EXPECT_EQ(sensor_of_event(made.found, "Fan #0x22"), fan);
+    EXPECT_EQ(sensor_of_event(made.found, "Temp"), nullptr);  // there are two
+    EXPECT_EQ(sensor_of_event(made.found, "Fan #ff"), nullptr);
     EXPECT_TRUE(made.found.sdr_sensors.empty());
     EXPECT_TRUE(made.found.ipmiutil_sensors.empty());
 }

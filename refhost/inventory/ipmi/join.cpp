@@ -172,6 +172,25 @@ void join_power_supplies(Inventory& found) {
 
 }  // namespace
 
+const Sensor* sensor_of_event(const Inventory& found, std::string_view subject) {
+    const auto hash = subject.rfind('#');
+    std::string number;  // as sensors have it: "1Fh"
+    if (hash != std::string_view::npos) {
+        auto digits = subject.substr(hash + 1);
+        if (digits.starts_with("0x")) digits.remove_prefix(2);
+        for (const char c : digits)
+            number += c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+        number += 'h';
+    }
+    const Sensor* meant = nullptr;
+    for (const auto& sensor : found.sensors) {
+        if (sensor.name != subject && (number.empty() || sensor.number != number)) continue;
+        if (meant != nullptr) return nullptr;
+        meant = &sensor;
+    }
+    return meant;
+}
+
 void join_bmc(Inventory& found) {
     merge_all(found.bmcs);
     keep_one_list(found.frus);
