@@ -1,0 +1,60 @@
+#include "page.h"
+
+#include <algorithm>
+
+namespace truth {
+
+int Page::line(std::string text) {
+    lines.push_back({std::move(text)});
+    return last();
+}
+
+int Page::row(std::string text, int tail, bool is_counted) {
+    lines.push_back({std::move(text), tail, is_counted});
+    return last();
+}
+
+void Page::text(const std::string& all) {
+    std::size_t at = 0;
+    while (at < all.size()) {
+        const auto end = all.find('\n', at);
+        line(all.substr(at, end - at));
+        at = end == std::string::npos ? all.size() : end + 1;
+    }
+}
+
+void Subject::tell(const Page& page, int line, std::initializer_list<Saying> fields) {
+    for (const auto& [field, told] : fields)
+        facts.push_back({field, told, {page.name, line, line}});
+}
+
+std::vector<Spot> Subject::spots_of(const std::string& field) const {
+    std::vector<Spot> spots;
+    for (const auto& fact : facts) {
+        if (fact.field == field) spots.push_back(fact.spot);
+    }
+    return spots;
+}
+
+std::optional<Spot> Subject::spot_of(const std::string& field) const {
+    const auto spots = spots_of(field);
+    return spots.empty() ? std::nullopt : std::optional(spots.front());
+}
+
+Subject& Book::subject(const std::string& kind, const std::string& id,
+                       const std::vector<std::string>& match) {
+    const auto found = std::find_if(subjects.begin(), subjects.end(), [&](const Subject& one) {
+        return one.kind == kind && one.id == id;
+    });
+    if (found != subjects.end()) return *found;
+    return subjects.emplace_back(Subject{kind, id, match});
+}
+
+const Subject* Book::find(const std::string& kind, const std::string& id) const {
+    const auto found = std::find_if(subjects.begin(), subjects.end(), [&](const Subject& one) {
+        return one.kind == kind && one.id == id;
+    });
+    return found == subjects.end() ? nullptr : &*found;
+}
+
+}  // namespace truth
