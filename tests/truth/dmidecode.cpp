@@ -1,5 +1,7 @@
 // dmidecode in three versions: 3.3 with "MT/s" and sizes in GB, 2.12 with "MHz" and sizes in MB, and 2.2,
 // which sets everything a tab deeper.
+#include <map>
+
 #include "print.h"
 
 namespace truth {
@@ -13,14 +15,20 @@ struct Table {
     Version version;
     int handle = 0;
 
+    static int size_of(int type) {
+        static const std::map<int, int> kSizes = {{0, 26},  {1, 27},  {2, 15},  {3, 22}, {4, 42},
+                                                  {16, 23}, {17, 40}, {38, 18}, {127, 4}};
+        return kSizes.at(type);
+    }
     void open(int type, const std::string& name) {
+        const auto size = std::to_string(size_of(type));
         if (version == Version::v2_2) {
             page.line("Handle 0x" + upper(hex(static_cast<std::uint64_t>(handle++), 4)));
-            page.line("\tDMI type " + std::to_string(type) + ", 27 bytes.");
+            page.line("\tDMI type " + std::to_string(type) + ", " + size + " bytes.");
             page.line("\t" + name);
         } else {
             page.line("Handle 0x" + upper(hex(static_cast<std::uint64_t>(handle++), 4)) +
-                      ", DMI type " + std::to_string(type) + ", 27 bytes");
+                      ", DMI type " + std::to_string(type) + ", " + size + " bytes");
             page.line(name);
         }
     }

@@ -450,11 +450,18 @@ std::int64_t data_sectors(const RaidLevel& level, int of_span, std::int64_t driv
     return level.spans * with_data * drive;
 }
 
-void invent_groups(Controller& controller, Random& random, int most_groups) {
+// Integrated RAID knows stripes and mirrors alone.
+bool knows(StorageTool tool, const RaidLevel& level) {
+    return tool != StorageTool::sas2ircu || level.parity <= 0;
+}
+
+void invent_groups(Controller& controller, Random& random, StorageTool tool) {
+    const int most_groups = tool == StorageTool::storcli ? 3 : 2;
     int volume = 0;
     const int groups = random.between(0, most_groups);
     for (int number = 0; number < groups; ++number) {
         const auto& level = random.pick(kLevels);
+        if (!knows(tool, level)) continue;
         const auto& model = random.pick(kDriveModels);
         const int of_span = random.between(level.least, level.most);
         Group group;
@@ -617,7 +624,9 @@ Controller invent_controller(Random& random, int number, StorageTool tool, Mode 
     one.driver_version = "07.725.01.00-rc1";
     one.pci_address = "00:" + hex(static_cast<std::uint64_t>(0x03 + number * 0x11), 2) + ":00:00";
     if (random.chance(10)) one.clock_off = 9 * 3600;  // another zone is no wrong clock
-    if (mode == Mode::raid) invent_groups(one, random, tool == StorageTool::storcli ? 3 : 2);
+    if (tool == StorageTool::arcconf) one.firmware = "7.5-0 (32" + random.digits(3) + ")";
+    if (tool == StorageTool::sas2ircu) one.firmware = "20.00.0" + random.digits(1) + ".00";
+    if (mode == Mode::raid) invent_groups(one, random, tool);
     if (tool == StorageTool::storcli || one.drives.empty()) invent_loose_drives(one, random);
     if (tool != StorageTool::storcli) {
         for (auto& drive : one.drives) {

@@ -69,7 +69,7 @@ std::vector<int> print_table(Page& page, const std::vector<Column>& columns,
 
 void print_heading(Page& page, const std::string& heading) {
     page.line(heading + " :");
-    page.line(std::string(heading.size() + 1, '='));
+    page.line(std::string(heading.size(), '='));
     page.line("");
 }
 
@@ -301,9 +301,14 @@ void print_volumes(const Server& server, Page& page, Book& book, const Controlle
             "Check Consistency\n");
     } else {
         page.text(
-            "Cac=CacheCade|Rec=Recovery|OfLn=OffLine|Pdgd=Partially Degraded|dgrd=Degraded\n"
-            "Optl=Optimal|RO=Read Only|RW=Read Write|HD=Hidden|B=Blocked|Consist=Consistent|\n"
-            "R=Read Ahead Always|NR=No Read Ahead|WB=WriteBack|\n"
+            "Cac=CacheCade|Rec=Recovery|OfLn=OffLine|Pdgd=Partially Degraded|dgrd=Degraded\n");
+        page.text(
+            server.form == StorcliForm::v1_03
+                ? "Optl=Optimal|RO=Read Only|RW=Read Write|B=Blocked|Consist=Consistent|\n"
+                  "Ra=Read Ahead Adaptive|R=Read Ahead Always|NR=No Read Ahead|WB=WriteBack|\n"
+                : "Optl=Optimal|RO=Read Only|RW=Read Write|HD=Hidden|B=Blocked|Consist=Consistent|\n"
+                  "R=Read Ahead Always|NR=No Read Ahead|WB=WriteBack|\n");
+        page.text(
             "AWB=Always WriteBack|WT=WriteThrough|C=Cached IO|D=Direct IO|sCC=Scheduled\n"
             "Check Consistency\n");
     }
@@ -431,6 +436,7 @@ void print_drives(const Server& server, Page& page, Book& book, const Controller
     for (std::size_t at = 0; at < lines.size(); ++at)
         tell_drive(page, lines[at], book, controller, *here[at], is_short);
     print_drive_legend(server, controller, page);
+    if (!says_version(server) || controller.enclosures.empty()) page.line("");
 }
 
 // ---- Enclosures, batteries --------------------------------------------------------------------------
@@ -569,7 +575,7 @@ void print_detail(const Server& server, Page& page, Book& book, const Controller
     page.line(std::string(name.size() + 23, '='));
     page.line("");
     page.line(name + " State :");
-    page.line(std::string(name.size() + 7, '='));
+    page.line(std::string(name.size() + 6, '='));
     const auto count = [&](const char* key, const char* field, int value) {
         const int line =
             page.line(std::string(key) + " = " + (is_hba ? "N/A" : std::to_string(value)));
@@ -594,7 +600,7 @@ void print_detail(const Server& server, Page& page, Book& book, const Controller
     page.line("");
     page.line("");
     page.line(name + " Device attributes :");
-    page.line(std::string(name.size() + 19, '='));
+    page.line(std::string(name.size() + 18, '='));
     const bool is_old = server.form == StorcliForm::v7_06 || server.form == StorcliForm::v1_03;
     if (is_hba) {
         page.line("Manufacturer Id = " + left(drive.vendor, 8));
@@ -632,7 +638,7 @@ void print_detail(const Server& server, Page& page, Book& book, const Controller
     page.line("");
     page.line("");
     page.line(name + " Policies/Settings :");
-    page.line(std::string(name.size() + 19, '='));
+    page.line(std::string(name.size() + 18, '='));
     if (drive.group && drive.span >= 0)
         page.line("Drive position = DriveGroup:" + std::to_string(*drive.group) +
                   ", Span:" + std::to_string(drive.span) + ", Row:" + std::to_string(drive.row));
