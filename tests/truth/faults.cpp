@@ -174,7 +174,11 @@ bool battery_failed(Server& server, Random& random) {
 bool enclosure_failed(Server& server, Random& random) {
     auto* controller = any_controller(server, random);
     if (!controller || server.storage_tool != StorageTool::storcli) return false;
-    if (controller->enclosures.empty() || server.form == StorcliForm::v1_03) return false;
+    // Older versions do not list enclosures, and neither does the form for host bus adapters.
+    const bool lists_them =
+        (server.form == StorcliForm::v7_06 || server.form == StorcliForm::v7_12) &&
+        controller->mode == Mode::raid;
+    if (controller->enclosures.empty() || !lists_them) return false;
     controller->enclosures.front().state = random.chance(50) ? "Fault" : "Critical";
     return true;
 }

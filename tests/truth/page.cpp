@@ -1,7 +1,5 @@
 #include "page.h"
 
-#include <algorithm>
-
 namespace truth {
 
 int Page::line(std::string text) {
@@ -43,18 +41,14 @@ std::optional<Spot> Subject::spot_of(const std::string& field) const {
 
 Subject& Book::subject(const std::string& kind, const std::string& id,
                        const std::vector<std::string>& match) {
-    const auto found = std::find_if(subjects.begin(), subjects.end(), [&](const Subject& one) {
-        return one.kind == kind && one.id == id;
-    });
-    if (found != subjects.end()) return *found;
-    return subjects.emplace_back(Subject{kind, id, match});
+    auto& place = by_id[{kind, id}];
+    if (!place) place = &subjects.emplace_back(Subject{kind, id, match});
+    return *place;
 }
 
 const Subject* Book::find(const std::string& kind, const std::string& id) const {
-    const auto found = std::find_if(subjects.begin(), subjects.end(), [&](const Subject& one) {
-        return one.kind == kind && one.id == id;
-    });
-    return found == subjects.end() ? nullptr : &*found;
+    const auto found = by_id.find({kind, id});
+    return found == by_id.end() ? nullptr : found->second;
 }
 
 }  // namespace truth

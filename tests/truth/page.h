@@ -107,7 +107,12 @@ struct EventTold {
 };
 
 struct Book {
+    Book() = default;
+    Book(const Book&) = delete;  // by_id leads into subjects
+    Book& operator=(const Book&) = delete;
+
     std::deque<Subject> subjects = {};
+    std::map<std::pair<std::string, std::string>, Subject*> by_id = {};
     std::map<std::string, EventTold> events = {};  // by an id of ours, in the order of the sources
 
     Subject& subject(const std::string& kind, const std::string& id,

@@ -44,10 +44,15 @@ constexpr double kTera = kGiga * 1024.0;
 
 }  // namespace
 
+// storcli counts whole megabytes and cuts what stands behind the third decimal.
 std::string storcli_size(std::int64_t sectors_of_512, bool is_short) {
-    const double bytes = static_cast<double>(sectors_of_512) * 512.0;
-    const bool is_tera = bytes >= kTera;
-    auto text = number(bytes / (is_tera ? kTera : kGiga), 3);
+    const auto megabytes = sectors_of_512 / 2048;
+    const bool is_tera = megabytes >= 1024 * 1024;
+    const auto thousandths = megabytes * 1000 / (is_tera ? 1024 * 1024 : 1024);
+    char digits[32];
+    std::snprintf(digits, sizeof digits, "%lld.%03lld", static_cast<long long>(thousandths / 1000),
+                  static_cast<long long>(thousandths % 1000));
+    std::string text = digits;
     if (is_short) {
         while (text.back() == '0' && text[text.size() - 2] != '.') text.pop_back();
     }

@@ -238,9 +238,28 @@ std::string json_text(const Json& json) {
 
 }  // namespace
 
+namespace {
+
+// Of what happens to the server; the server itself is made of the seed.
+Random fate_of(std::uint64_t seed) { return Random(seed ^ 0x5eed); }
+
+}  // namespace
+
+std::vector<std::uint64_t> seeds_with(const std::string& fault, std::size_t count,
+                                      std::uint64_t first) {
+    constexpr std::uint64_t kMost = 5000;
+    std::vector<std::uint64_t> seeds;
+    for (auto seed = first; seed < first + kMost && seeds.size() < count; ++seed) {
+        auto server = invent(seed, usual_now());
+        auto random = fate_of(seed);
+        if (add_fault(server, random, fault)) seeds.push_back(seed);
+    }
+    return seeds;
+}
+
 std::unique_ptr<Made> make(const Options& options) {
     auto made = std::make_unique<Made>();
-    Random random(options.seed ^ 0x5eed);
+    auto random = fate_of(options.seed);
     made->server = invent(options.seed, options.now);
     auto& server = made->server;
     if (options.fault.empty()) {

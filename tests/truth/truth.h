@@ -31,6 +31,10 @@ struct Made {
     Json truth;  // truth.json
 };
 
+// The first seeds from `first` on whose servers can have the fault.
+std::vector<std::uint64_t> seeds_with(const std::string& fault, std::size_t count,
+                                      std::uint64_t first = 1);
+
 // Pointers lead from the fates to the pages: it stays where it is.
 std::unique_ptr<Made> make(const Options& options);
 
