@@ -172,7 +172,7 @@ void print_drive(const Controller& controller, const Drive& drive, Config& confi
     const int head = page.line("      Device #" + std::to_string(drive.device_id));
     subject.tell(page, head,
                  {{"controller", Told(controller.number, {nullptr})},
-                  {"device_id", drive.device_id},
+                  {"device_id", Told(drive.device_id, {drive.slot})},
                   {"is_foreign", Told(nullptr, {false})},
                   {"drive_group", anything(nullptr)},
                   {"other_errors", anything(nullptr)}});

@@ -75,7 +75,7 @@ protected:
         const auto differences = compare(made->truth, report_of(*made));
         if (differences.empty()) return;
         ++wrong_;
-        if (wrong_ > kMostShown) return;
+        if (wrong_ > most_shown_) return;
         std::string all;
         for (std::size_t at = 0; at < std::min<std::size_t>(differences.size(), 12); ++at)
             all += "    " + differences[at] + "\n";
@@ -85,7 +85,7 @@ protected:
     }
 
     void TestBody() override {}
-    static constexpr int kMostShown = 25;
+    long most_shown_ = setting("QV_TRUTH_SHOWN", 25, 25);
     fs::path dir_;
     int wrong_ = 0;
 };
