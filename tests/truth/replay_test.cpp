@@ -1,0 +1,48 @@
+// Random servers through the built program: recorded, replayed, and read from report.json.
+#include <chrono>
+
+#include <gtest/gtest.h>
+
+#include "compare.h"
+#include "program.h"
+#include "setting.h"
+#include "truth.h"
+
+namespace truth {
+
+namespace {
+
+// The program judges the age of events by its own clock.
+Seconds today() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::seconds>(now).count();
+}
+
+class Replay : public test::ProductTest {};
+
+TEST_F(Replay, TellsTheTruthOfRandomServers) {
+    const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
+    const long seeds = test::setting("QV_TRUTH_SEEDS", 10, 3000);
+    for (long seed = first; seed < first + seeds; ++seed) {
+        Options options;
+        options.seed = static_cast<std::uint64_t>(seed);
+        options.now = today();
+        const auto made = make(options);
+        const auto machine = dir() / "machine";
+        const auto log = dir() / "log";
+        std::filesystem::remove_all(machine);
+        std::filesystem::remove_all(log);
+        write_machine(*made, machine);
+        const auto outcome = run(std::vector<std::string>{"replay", machine.string(), "--log-dir",
+                                                          log.string(), "--quiet"});
+        ASSERT_EQ(outcome.exit, 0) << "seed " << seed << ": " << outcome.err;
+        const auto report = Json::parse(test::read_file(log / "report" / "report.json"));
+        for (const auto& difference : compare(made->truth, report))
+            ADD_FAILURE() << "truth_server --machine --seed " << seed << " --now "
+                          << iso(options.now) << ": " << difference;
+    }
+}
+
+}  // namespace
+
+}  // namespace truth
