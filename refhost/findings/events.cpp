@@ -122,10 +122,16 @@ Severity severity_at(const Rule& rule, const std::optional<double>& age) {
     return *age > limit ? Severity::warning : rule.severity;
 }
 
-// "Fan #17" is the sensor of number 17h; other subjects are names of sensors.
+// "Fan #1f" and "Fan #0x1f" are the sensor of number 1Fh; other subjects are names of sensors.
 std::string sensor_number_in(const std::string& subject) {
     const auto mark = subject.rfind('#');
-    return mark == std::string::npos ? "" : subject.substr(mark + 1) + "h";
+    if (mark == std::string::npos) return "";
+    auto number = subject.substr(mark + 1);
+    if (number.starts_with("0x")) number.erase(0, 2);
+    for (char& c : number) {
+        if (c >= 'a' && c <= 'f') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return number + "h";
 }
 
 // Rules of events that a later event, or the sensor itself, may end.

@@ -130,18 +130,18 @@ TEST(Events, TheSensorOfANumberDecides) {
     inventory::Inventory inventory;
     inventory::Sensor fan;
     fan.name = "FAN4";
-    fan.number = "17h";
+    fan.number = "1Fh";
     fan.reading = 5000;
     fan.status = "ok";
     inventory.sensors = {fan};
     const std::vector<Event> crossed{event("bmc", "2026-11-20T12:00:00", EventSeverity::critical,
-                                           "Fan #17", "Fan: Lo Crit thresh act=04 thr=06")};
+                                           "Fan #1f", "Fan: Lo Crit thresh act=04 thr=06")};
     EXPECT_EQ(
         judged(crossed, inventory),
-        Lines{"notice event_threshold_past:Fan__17 | Fan #17 | Fan: Lo Crit thresh act=04 thr=06"});
+        Lines{"notice event_threshold_past:Fan__1f | Fan #1f | Fan: Lo Crit thresh act=04 thr=06"});
     EXPECT_EQ(
         judged(crossed),
-        Lines{"warning event_threshold:Fan__17 | Fan #17 | Fan: Lo Crit thresh act=04 thr=06"});
+        Lines{"warning event_threshold:Fan__1f | Fan #1f | Fan: Lo Crit thresh act=04 thr=06"});
 }
 
 TEST(Events, TheSameOfTheSameIsCounted) {
