@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "findings/finding.h"
@@ -42,6 +43,15 @@ private:
     std::vector<Finding> ready_;
     std::map<std::string, std::size_t> ready_places_;  // by id
 };
+
+// Where a field of an entity stands: mostly where the entity does.
+template <class Entity>
+Place place_of(const Entity& entity, std::string_view field) {
+    for (const auto& at : entity.elsewhere) {
+        if (at.field == field) return at.place;
+    }
+    return entity.place;
+}
 
 // The id of a finding of this rule on this thing: letters, digits and "._:-" alone, so that it can
 // stand in a rules file and a label.

@@ -10,6 +10,7 @@
 
 #include "findings/sensors.h"
 #include "findings/states.h"
+#include "inventory/ipmi/join.h"
 
 namespace qvhost::findings {
 
@@ -122,18 +123,6 @@ Severity severity_at(const Rule& rule, const std::optional<double>& age) {
     return *age > limit ? Severity::warning : rule.severity;
 }
 
-// "Fan #1f" and "Fan #0x1f" are the sensor of number 1Fh; other subjects are names of sensors.
-std::string sensor_number_in(const std::string& subject) {
-    const auto mark = subject.rfind('#');
-    if (mark == std::string::npos) return "";
-    auto number = subject.substr(mark + 1);
-    if (number.starts_with("0x")) number.erase(0, 2);
-    for (char& c : number) {
-        if (c >= 'a' && c <= 'f') c = static_cast<char>(c - 'a' + 'A');
-    }
-    return number + "h";
-}
-
 // Rules of events that a later event, or the sensor itself, may end.
 bool may_end(std::string_view rule_name) {
     return rule_name == "event_threshold" || rule_name == "event_power" ||
@@ -186,9 +175,8 @@ void EventJudge::take(const Event& event) {
     }
 }
 
-void EventJudge::finish(const Group& group, const std::set<std::string>& well,
-                        const std::set<std::string>& not_well, const std::string& now,
-                        Collector& findings) const {
+void EventJudge::finish(const Group& group, const inventory::Inventory& inventory,
+                        const std::string& now, Collector& findings) const {
     const Rule* judged = &rule(group.row->rule);
     const std::string_view name = judged->name;
     const auto then = days_of(group.dated);
@@ -199,13 +187,12 @@ void EventJudge::finish(const Group& group, const std::set<std::string>& well,
         static_cast<double>(group.most_on_day) > rule("event_memory_many").threshold)
         judged = &rule("event_memory_many");
     // What the sensor says now has more weight than what it once said.
-    const auto is_in = [&](const std::set<std::string>& names) {
-        return names.contains(group.subject) || names.contains(sensor_number_in(group.subject));
-    };
-    const bool has_passed = may_end(name) && (group.open == 0 || is_in(well));
+    const auto* const sensor = inventory::sensor_of_event(inventory, group.subject);
+    const bool was_read = sensor && (sensor->reading || !sensor->states.empty());
+    const bool has_passed = may_end(name) && (group.open == 0 || (was_read && is_well(*sensor)));
     if (name == "event_threshold" && has_passed) judged = &rule("event_threshold_past");
     auto severity = severity_at(*judged, age);
-    if (has_passed || (may_end(name) && is_in(not_well))) severity = Severity::notice;
+    if (has_passed || (may_end(name) && sensor && !is_well(*sensor))) severity = Severity::notice;
 
     Finding finding;
     finding.id = finding_id(*judged, group.subject.empty() ? group.source : group.subject);
@@ -223,18 +210,7 @@ void EventJudge::finish(const Group& group, const std::set<std::string>& well,
 
 void EventJudge::finish(const inventory::Inventory& inventory, const std::string& now,
                         Collector& findings) {
-    std::set<std::string> well;
-    std::set<std::string> not_well;
-    for (const auto& sensor : inventory.sensors) {
-        if (!sensor.name) continue;
-        const bool read = sensor.reading || !sensor.states.empty();
-        if (is_well(sensor) && !read) continue;
-        auto& names = is_well(sensor) ? well : not_well;
-        names.insert(*sensor.name);
-        if (sensor.number) names.insert(*sensor.number);
-    }
-    for (const auto& name : not_well) well.erase(name);
-    for (const auto& [key, group] : groups_) finish(group, well, not_well, now, findings);
+    for (const auto& [key, group] : groups_) finish(group, inventory, now, findings);
     groups_.clear();
 }
 

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <string>
 
 #include "findings/collector.h"
@@ -37,8 +36,7 @@ private:
         std::int64_t on_day = 0;
         std::int64_t most_on_day = 0;
     };
-    void finish(const Group& group, const std::set<std::string>& well,
-                const std::set<std::string>& not_well, const std::string& now,
+    void finish(const Group& group, const inventory::Inventory& inventory, const std::string& now,
                 Collector& findings) const;
 
     std::map<std::string, Group> groups_;

@@ -390,14 +390,14 @@ void judge_words(const Sensor& sensor, Collector& findings) {
             const auto& row = redundant_in(sensor);
             findings.add(key_of(sensor), "Sensor " + name_of(sensor),
                          redundancy->is_insufficient ? row.insufficient : row.lost, state,
-                         sensor.place);
+                         place_of(sensor, "states"));
             continue;
         }
         const auto found = rule_for(kWords, state);
         if (!found || found->empty()) continue;
         const auto key = is_of_power_supply(*found) ? supply_key(name_of(sensor)) : key_of(sensor);
         findings.add(key, "Sensor " + name_of(sensor), std::string(*found).c_str(), state,
-                     sensor.place);
+                     place_of(sensor, "states"));
     }
 }
 
@@ -473,7 +473,7 @@ void judge_bmc(const Inventory& inventory, Collector& findings) {
     for (const auto& bmc : inventory.bmcs) {
         if (bmc.self_test && !same_word(*bmc.self_test, "passed"))
             findings.add("self_test", "BMC", "self_test", "self test: " + *bmc.self_test,
-                         bmc.place);
+                         place_of(bmc, "self_test"));
     }
     for (const auto& log : inventory.sel_logs) {
         const bool full = log.overflow == true;

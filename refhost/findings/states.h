@@ -24,8 +24,12 @@ inline bool same_word(std::string_view a, std::string_view b) {
 // The rule that a state calls for; nothing if no row knows the state.
 template <class Rows>
 std::optional<std::string_view> rule_for(const Rows& rows, std::string_view state) {
-    const auto row = std::find_if(std::begin(rows), std::end(rows),
-                                  [&](const StateRow& one) { return same_word(one.state, state); });
+    // "Predictive failure" is a power supply's, "Predictive Failure" a drive's.
+    auto row = std::find_if(std::begin(rows), std::end(rows),
+                            [&](const StateRow& one) { return one.state == state; });
+    if (row == std::end(rows))
+        row = std::find_if(std::begin(rows), std::end(rows),
+                           [&](const StateRow& one) { return same_word(one.state, state); });
     if (row == std::end(rows)) return std::nullopt;
     return row->rule;
 }

@@ -329,6 +329,7 @@ std::string drive_place(const Drive& drive) {
     if (drive.slot)
         return (drive.enclosure ? number_text(drive.enclosure) : "") + ":" +
                number_text(drive.slot);
+    if (drive.device_id) return "device " + number_text(drive.device_id);
     return drive.device.value_or("");
 }
 
@@ -343,14 +344,6 @@ std::string drive_subject(const Drive& drive) {
     if (drive.model) text += ", " + *drive.model;
     if (drive.serial) text += ", serial " + *drive.serial;
     return text;
-}
-
-// Where the field stands: counters and alerts stand in the drive's details.
-Place place_of(const Drive& drive, std::string_view field) {
-    for (const auto& at : drive.elsewhere) {
-        if (at.field == field) return at.place;
-    }
-    return drive.place;
 }
 
 void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& findings) {

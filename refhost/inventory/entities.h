@@ -55,6 +55,7 @@ struct MemoryModule {
 struct Bmc {
     Place place;
     Text firmware, ipmi, self_test, address, mac;
+    std::vector<FieldPlace> elsewhere;  // a self test that stands in another capture
 };
 
 struct Sensor {
@@ -64,9 +65,10 @@ struct Sensor {
     Text kind;     // temperature, fan, voltage, current, power, discrete, ...
     Real reading;  // empty for discrete sensors
     Text unit;
-    Text status;                      // as printed: ok, nc, cr, nr, na, ns
-    Real lnr, lc, lnc, unc, uc, unr;  // thresholds, in the reading's unit
-    Texts states;                     // the words of a discrete sensor
+    Text status;                        // as printed: ok, nc, cr, nr, na, ns
+    Real lnr, lc, lnc, unc, uc, unr;    // thresholds, in the reading's unit
+    Texts states;                       // the words of a discrete sensor
+    std::vector<FieldPlace> elsewhere;  // states that stand in another capture
 };
 
 struct PowerSupply {

@@ -117,6 +117,8 @@ TEST(Sensors, WordsOfDiscreteSensors) {
          "warning power_redundancy:PS_Redundancy | Sensor PS Redundancy | Redundancy Lost"},
         {"PS Redundancy", "Non-Redundant: Insufficient Resources",
          "critical power_insufficient:PS_Redundancy | Sensor PS Redundancy | Non-Redundant: Insufficient Resources"},
+        {"Drive Bay 4", "Predictive Failure",
+         "warning drive_bay_fault:Drive_Bay_4 | Sensor Drive Bay 4 | Predictive Failure"},
         {"Drive 3", "Drive Fault",
          "warning drive_bay_fault:Drive_3 | Sensor Drive 3 | Drive Fault"},
         {"CPU1 Status", "Thermal Trip",

@@ -37,6 +37,8 @@ void join_sensor(Sensor& sensor, const Sensor& other) {
     const bool takes_status = (has_bits && is_discrete(other)) ||
                               (is_unread(sensor) && other.reading && !is_discrete(sensor));
     if (takes_status && other.status) sensor.status = other.status;
+    if (sensor.states.empty() && !other.states.empty())
+        sensor.elsewhere.push_back({"states", other.place});
     complete(sensor, other);
 }
 
@@ -192,6 +194,9 @@ const Sensor* sensor_of_event(const Inventory& found, std::string_view subject) 
 }
 
 void join_bmc(Inventory& found) {
+    for (const auto& bmc : found.bmcs) {
+        if (bmc.self_test) found.bmcs.front().elsewhere.push_back({"self_test", bmc.place});
+    }
     merge_all(found.bmcs);
     keep_one_list(found.frus);
     join_sensors(found);
