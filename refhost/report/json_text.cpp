@@ -53,4 +53,10 @@ void put_json_text(std::string_view text, std::string& json) {
     json += '"';
 }
 
+std::string as_utf8(std::string_view text) {
+    std::string json;
+    put_json_text(text, json);
+    return nlohmann::json::parse(json).get<std::string>();
+}
+
 }  // namespace qvhost

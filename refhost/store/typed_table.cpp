@@ -1,5 +1,6 @@
 #include "store/typed_table.h"
 
+#include <set>
 #include <utility>
 
 #include "store/impl.h"
@@ -50,6 +51,22 @@ TypedValue value_of(const SQLite::Column& cell, ColumnType type) {
     return {};
 }
 
+// The columns as a SELECT names them. SQLite takes a quoted name that is no column for a text, so one that
+// the table does not have is NULL.
+std::string selected(SQLite::Database& db, const char* table,
+                     std::span<const TypedColumn> columns) {
+    std::set<std::string> there;
+    Statement names(db, "SELECT name FROM pragma_table_info(?)");
+    names.bind(1, table);
+    while (names.executeStep()) there.insert(names.getColumn(0).getString());
+    std::string list;
+    for (const auto& column : columns) {
+        if (!list.empty()) list += ", ";
+        list += there.contains(column.name) ? identifier(column.name) : "NULL";
+    }
+    return list;
+}
+
 }  // namespace
 
 struct TypedTableWriter::Impl {
@@ -97,11 +114,9 @@ void each_typed_row(const Store& store, const char* table, std::span<const Typed
     with_file_name(store.impl_->path, [&] {
         auto& db = store.impl_->db;
         if (!db.tableExists(table)) return;
-        std::string names;
-        for (const auto& column : columns)
-            names += (names.empty() ? "" : ", ") + identifier(column.name);
         std::vector<TypedValue> row(columns.size());
-        for (Statement q(db, "SELECT " + names + " FROM " + identifier(table) + " ORDER BY rowid");
+        for (Statement q(db, "SELECT " + selected(db, table, columns) + " FROM " +
+                                 identifier(table) + " ORDER BY rowid");
              q.executeStep();) {
             for (std::size_t i = 0; i < columns.size(); ++i)
                 row[i] = value_of(q.getColumn(static_cast<int>(i)), columns[i].type);

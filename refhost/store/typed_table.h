@@ -60,7 +60,8 @@ private:
 };
 
 // Hands on each row, in the order in which they were added; a value of another type than its column's
-// is NULL. Nothing where the store has no such table: an older one.
+// is NULL, as is one of a column that the table does not have. Nothing where the store has no such table:
+// an older one.
 void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
                     const std::function<void(const std::vector<TypedValue>&)>& take);
 

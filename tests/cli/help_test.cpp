@@ -8,7 +8,8 @@ namespace {
 using Help = ReportTest;
 
 TEST_F(Help, EveryCommandHasExamples) {
-    for (const std::string command : {"collect", "replay", "tables", "show", "query", "export"}) {
+    for (const std::string command :
+         {"collect", "replay", "tables", "show", "query", "check", "export"}) {
         SCOPED_TRACE(command);
         const auto help = run({command, "--help"});
         EXPECT_EQ(help.exit, 0);

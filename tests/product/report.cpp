@@ -3,6 +3,8 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "program.h"
 #include "store/store.h"
 
@@ -82,6 +84,34 @@ std::string condensed(const std::string& report_json) {
         text += values.dump() + "\n";
     }
     return text;
+}
+
+std::string verdict(const std::string& report_json) {
+    const auto report = nlohmann::ordered_json::parse(report_json);
+    std::string text = "\nhealth:\n";
+    const auto str = [](const nlohmann::ordered_json& value) { return value.get<std::string>(); };
+    for (const auto& one : report.at("health")) {
+        text += str(one.at("subsystem")) + ": " + str(one.at("health"));
+        std::string captures;
+        for (const auto& capture : one.at("judged_by"))
+            captures += (captures.empty() ? " (" : ", ") + str(capture);
+        text += captures + (captures.empty() ? "\n" : ")\n");
+        for (const auto& missing : one.at("missing"))
+            text += "    missing: " + missing.dump() + "\n";
+    }
+    text += "\nfindings:\n";
+    for (const auto& one : report.at("findings")) {
+        text += str(one.at("severity")) + " " + one.at("id").dump() + " " +
+                one.at("subject").dump() + " " + one.at("says").dump();
+        if (!one.at("evidence").empty()) {
+            const auto& place = one.at("evidence").front();
+            text += " " + place.at("capture").dump() + " line " + place.at("line").dump();
+        }
+        text += "\n";
+    }
+    // Commands name directories that are others in each run.
+    static const std::regex temporary("[^ '\"]*/qvhost-(replay|test)-\\w{6}/");
+    return std::regex_replace(text, temporary, "");
 }
 
 }  // namespace test

@@ -38,4 +38,8 @@ nlohmann::ordered_json collected(const std::filesystem::path& log_dir);
 // values under one heading as long as table, name, ids and labels stay the same. Nothing is left out.
 std::string condensed(const std::string& report_json);
 
+// Its health and findings: "storage: ok (c0_showall.txt)" and what is missing below it; each finding a line
+// with the place that tells it first.
+std::string verdict(const std::string& report_json);
+
 }  // namespace test

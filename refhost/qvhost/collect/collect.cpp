@@ -117,6 +117,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
         note_machine(store, stage.machine);
+        if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
         store.commit();
 
         JournalReader journal(dir.journal());
@@ -148,7 +149,7 @@ int collect(CollectOptions options, const Stage& stage) {
 }
 
 int collect_here(const CollectOptions& options) {
-    return collect(options, {.program = program_file(), .machine = this_machine()});
+    return collect(options, {.program = program_file(), .machine = this_machine(), .recorded = ""});
 }
 
 }  // namespace qvhost

@@ -103,7 +103,9 @@ std::string local_time(const std::string& utc) {
 findings::Circumstances circumstances_of(const Store& store,
                                          const std::vector<CommandInfo>& commands) {
     findings::Circumstances circumstances;
-    circumstances.now = local_time(store.meta("finished"));
+    // A server that was recorded long ago is judged as of then, today and next year.
+    circumstances.now = store.meta("recorded");
+    if (circumstances.now.empty()) circumstances.now = local_time(store.meta("finished"));
     if (store.meta("status") != "complete") {
         circumstances.incomplete_because = store.meta("incomplete_because");
         if (circumstances.incomplete_because.empty())

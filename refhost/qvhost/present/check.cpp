@@ -71,15 +71,26 @@ Checked read_report(const CheckOptions& options) {
     return checked;
 }
 
-// Leaves what was asked for, and says "unknown" as it was asked to.
+// Leaves what was asked for. A subsystem of which the report says nothing is unknown.
 void select(const CheckOptions& options, Verdict& verdict) {
     const auto is_left_out = [&](findings::Subsystem subsystem) {
         return !options.subsystems.empty() &&
                std::find(options.subsystems.begin(), options.subsystems.end(), word(subsystem)) ==
                    options.subsystems.end();
     };
-    std::erase_if(verdict.health, [&](const Health& one) { return is_left_out(one.subsystem); });
     std::erase_if(verdict.findings, [&](const Finding& one) { return is_left_out(one.subsystem); });
+    std::vector<Health> asked;
+    for (const auto subsystem : findings::kSubsystems) {
+        if (is_left_out(subsystem)) continue;
+        const auto found =
+            std::find_if(verdict.health.begin(), verdict.health.end(),
+                         [&](const Health& one) { return one.subsystem == subsystem; });
+        asked.push_back(
+            found != verdict.health.end()
+                ? *found
+                : Health{subsystem, HealthWord::unknown, {}, {"the report says nothing"}});
+    }
+    verdict.health = std::move(asked);
 }
 
 HealthWord told_as(const CheckOptions& options, HealthWord health) {
@@ -130,10 +141,12 @@ std::string headline(const CheckOptions& options, const Verdict& verdict, Health
     }
     if (text.empty()) {
         for (const auto& one : verdict.health) {
-            if (one.health != HealthWord::unknown || told_as(options, one.health) != worst)
+            const bool is_unknown = one.health == HealthWord::unknown;
+            if (told_as(options, one.health) != worst || (worst >= HealthWord::ok && !is_unknown))
                 continue;
             if (text.empty()) {
-                text = std::string(word(one.subsystem)) + " cannot be told" +
+                text = std::string(word(one.subsystem)) +
+                       (is_unknown ? " cannot be told" : " is " + std::string(word(one.health))) +
                        (one.missing.empty() ? "" : ": " + plain(one.missing.front()));
             } else {
                 ++more;
@@ -166,7 +179,9 @@ std::string label(const std::string& name) {
     return text + "'";
 }
 
-std::string limit(const inventory::Real& value) { return value ? number(*value) : ""; }
+std::string limit(const inventory::Real& value) {
+    return value && std::isfinite(*value) ? number(*value) : "";
+}
 
 // "critical=1 warning=0 ... age=12s temperature_max=45"
 std::vector<std::string> performance_data(const CheckOptions& options, const Checked& checked) {
@@ -180,13 +195,13 @@ std::vector<std::string> performance_data(const CheckOptions& options, const Che
     if (checked.age_seconds) data.push_back("age=" + std::to_string(*checked.age_seconds) + "s");
     std::optional<double> highest;
     for (const auto& sensor : checked.sensors) {
-        if (sensor.kind == "temperature" && sensor.reading)
+        if (sensor.kind == "temperature" && sensor.reading && std::isfinite(*sensor.reading))
             highest = std::max(highest.value_or(*sensor.reading), *sensor.reading);
     }
     if (highest) data.push_back("temperature_max=" + number(*highest));
     if (options.perfdata != "sensors") return data;
     for (const auto& sensor : checked.sensors) {
-        if (!sensor.reading || !sensor.name) continue;
+        if (!sensor.reading || !std::isfinite(*sensor.reading) || !sensor.name) continue;
         data.push_back(label(*sensor.name) + "=" + number(*sensor.reading) + ";" +
                        limit(sensor.unc) + ";" + limit(sensor.uc));
     }

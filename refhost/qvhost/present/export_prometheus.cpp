@@ -14,6 +14,7 @@
 
 #include "findings/finding.h"
 #include "inventory/inventory.h"
+#include "report/json_text.h"
 #include "report/report_json.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
@@ -31,7 +32,7 @@ using Labels = std::vector<std::pair<const char*, std::string>>;
 // Label values are UTF-8, in which backslash, quote and line end are escaped.
 std::string escaped(std::string_view text) {
     std::string out;
-    for (const char c : text) {
+    for (const char c : as_utf8(text)) {
         if (c == '\\' || c == '"') {
             out += '\\';
             out += c;
@@ -212,12 +213,17 @@ void write_sensors(const std::vector<Sensor>& sensors, std::ostream& out) {
     }
 }
 
-Labels place_of(const Drive& drive) {
+// All that tells a drive from others, in each of its series: two controllers of different tools can have
+// the same number, and not every drive has a slot.
+Labels labels_of(const Drive& drive) {
     return {
         {"controller", text(drive.controller)},
         {"enclosure",  text(drive.enclosure) },
         {"slot",       text(drive.slot)      },
         {"device",     text(drive.device)    },
+        {"serial",     text(drive.serial)    },
+        {"model",      text(drive.model)     },
+        {"firmware",   text(drive.firmware)  },
     };
 }
 
@@ -231,23 +237,18 @@ void write_drive_values(const std::vector<Drive>& drives, Value Drive::*field, c
                         const char* type, const char* help, std::ostream& out) {
     Metric metric(out, name, type, help);
     for (const auto& drive : drives) {
-        if (drive.*field) metric.add(place_of(drive), static_cast<double>(*(drive.*field)));
+        if (drive.*field) metric.add(labels_of(drive), static_cast<double>(*(drive.*field)));
     }
 }
 
 void write_storage(const inventory::Inventory& inventory, std::ostream& out) {
     const auto& drives = inventory.drives;
     Metric info(out, "qvhost_drive_info", "gauge", "What a drive is; always 1.");
-    for (const auto& drive : drives) {
-        auto labels = place_of(drive);
-        labels = with(labels, "serial", text(drive.serial));
-        labels = with(labels, "model", text(drive.model));
-        info.add(with(labels, "firmware", text(drive.firmware)), 1);
-    }
+    for (const auto& drive : drives) info.add(labels_of(drive), 1);
     Metric state(out, "qvhost_drive_state", "gauge",
                  "State of a drive, as its tool prints it; always 1.");
     for (const auto& drive : drives) {
-        if (drive.state) state.add(with(place_of(drive), "state", *drive.state), 1);
+        if (drive.state) state.add(with(labels_of(drive), "state", *drive.state), 1);
     }
     write_drive_values(drives, &Drive::media_errors, "qvhost_drive_media_errors_total", "counter",
                        "Errors of the medium.", out);

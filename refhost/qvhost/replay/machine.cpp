@@ -1,6 +1,7 @@
 #include "qvhost/replay/machine.h"
 
 #include <algorithm>
+#include <ctime>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -39,6 +40,7 @@ public:
         Machine machine;
         machine.description = text(root, "description");
         machine.uname = text(root, "uname");
+        machine.recorded = time(root, "recorded");
         machine.identity = {.host = known_text(root, "host"),
                             .machine_id = known_text(root, "machine_id"),
                             .os = known_text(root, "os"),
@@ -70,6 +72,15 @@ private:
     std::optional<std::string> known_text(const json& object, const char* key) const {
         auto value = text(object, key);
         return value.empty() ? std::nullopt : std::optional(std::move(value));
+    }
+
+    std::string time(const json& object, const char* key) const {
+        auto value = text(object, key);
+        std::tm parts{};
+        const char* end = ::strptime(value.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+        if (!value.empty() && (!end || *end != '\0'))
+            fail("\"" + std::string(key) + "\" is not a time such as \"2026-11-20T07:30:05\"");
+        return value;
     }
 
     int number(const json& object, const char* key, int most) const {

@@ -27,6 +27,8 @@ struct RecordedCommand {
 struct Machine {
     std::string description;
     std::string uname;  // the hardware platform
+    // When it was recorded, by its own clock: "2026-11-20T07:30:05". Empty: nobody noted it.
+    std::string recorded;
     MachineIdentity identity;
     std::vector<RecordedCommand> commands;
 };

@@ -58,8 +58,10 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
                                  place.path() / "lib");
     write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string());
     options.search_path = search_path.string();
-    return collect(options,
-                   {.program = program, .kill_leftovers = true, .machine = machine.identity});
+    return collect(options, {.program = program,
+                             .kill_leftovers = true,
+                             .machine = machine.identity,
+                             .recorded = machine.recorded});
 }
 
 }  // namespace qvhost
