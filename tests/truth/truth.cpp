@@ -240,7 +240,7 @@ std::string json_text(const Json& json) {
 
 namespace {
 
-// Of what happens to the server; the server itself is made of the seed.
+// Of what happens to the server; the number alone makes the server itself.
 Random fate_of(std::uint64_t seed) { return Random(seed ^ 0x5eed); }
 
 }  // namespace
