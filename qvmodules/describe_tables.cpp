@@ -1,8 +1,10 @@
 // Prints what the modules declare of their tables, while the project is built:
 //     describe_tables json      share/qvhost/tables.json, for programs
 //     describe_tables markdown  docs/tables.md, for people
-// Fails if two tables have one id.
+// Fails if two tables have one id, or if a table's tool is not among the vendors' although it is run from
+// their folder.
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -13,6 +15,7 @@
 
 #include "declared_modules.h"
 #include "file/table.h"
+#include "tools/vendor_tools.h"
 
 using namespace marlox::repository;
 using capture::Column;
@@ -74,6 +77,15 @@ Json described(const Table& table) {
     };
 }
 
+Json described(const VendorTool& tool) {
+    Json files = {tool.x32};
+    if (tool.x64 != tool.x32) files.push_back(tool.x64);
+    return {
+        {"name",  tool.name},
+        {"files", files    },
+    };
+}
+
 void print_json() {
     Json modules = Json::array();
     for (const auto* module : kDeclaredModules) {
@@ -85,7 +97,9 @@ void print_json() {
             {"tables",  tables         }
         });
     }
-    std::cout << Json{{"format", 1}, {"modules", modules}}.dump(2) << '\n';
+    Json tools = Json::array();
+    for (const auto& tool : kVendorTools) tools.push_back(described(tool));
+    std::cout << Json{{"format", 1}, {"tools", tools}, {"modules", modules}}.dump(2) << '\n';
 }
 
 std::string cell(std::string_view text) {
@@ -160,8 +174,23 @@ bool ids_differ() {
     return true;
 }
 
+bool tools_are_known() {
+    for (const auto* module : kDeclaredModules) {
+        for (const Table* table : module->tables) {
+            if (!table->source.in_qv_tools() ||
+                std::any_of(kVendorTools.begin(), kVendorTools.end(), [&](const VendorTool& tool) {
+                    return tool.name == table->source.tool;
+                }))
+                continue;
+            std::cerr << "tools/vendor_tools.h lacks the tool of " << table->id << ".\n";
+            return false;
+        }
+    }
+    return true;
+}
+
 int run(std::string_view form) {
-    if (!ids_differ()) return 1;
+    if (!ids_differ() || !tools_are_known()) return 1;
     if (form == "json") {
         print_json();
     } else if (form == "markdown") {

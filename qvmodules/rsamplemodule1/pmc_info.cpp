@@ -82,6 +82,7 @@ constexpr capture::Source kSource = {
     .tool = "arcconf",
     .command = "'{P}qv_tools/arcconf_{x}' savesupportarchive",
     .capture = "Firmware/Controller 1 Config.txt",
+    .not_asked = "no Adaptec controller",
 };
 
 // Files the controller's two records, each at the line of its last property.

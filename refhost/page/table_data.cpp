@@ -160,6 +160,7 @@ ordered_json write_table(const Store& store, const ModuleInfo& module, const Tab
     const auto* sheet = std::get_if<ColumnLayout>(&table.layout);
     const bool rows = std::holds_alternative<RowLayout>(table.layout);
     return {{"id", table.id},
+            {"title", table.title},
             {"module", module.name},
             {"kind", sheet  ? "columns"
                      : rows ? "rows"

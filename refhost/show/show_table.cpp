@@ -80,8 +80,9 @@ void show_table(std::ostream& out, const Store& store, const ModuleInfo& module,
                 const TableInfo& table, const TerminalStyle& style) {
     const auto count =
         std::to_string(table.records) + (table.records == 1 ? " record" : " records");
-    auto title = visible(table.id) + " (" + visible(module.display) + "), " +
-                 (table.records == 0 ? "no records" : count);
+    auto title = visible(table.id);
+    if (!table.title.empty()) title += ": " + one_line(table.title);
+    title += " (" + visible(module.display) + "), " + (table.records == 0 ? "no records" : count);
     if (!table.reason.empty())
         title += (table.records == 0 ? ": " : ", partial: ") + visible(table.reason);
     for (const auto& line : wrapped(title, style.width)) out << bold(line, style) << '\n';

@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "store/declared_table.h"
 #include "store/impl.h"
 
 namespace qvhost {
@@ -158,6 +159,8 @@ std::vector<CommandInfo> Store::commands() const {
 
 std::vector<ModuleInfo> Store::modules() const {
     return with_file_name(impl_->path, [&] {
+        std::map<std::string, std::string> titles;
+        for (auto& table : declared_tables(*this)) titles.emplace(table.id, std::move(table.title));
         std::vector<ModuleInfo> modules;
         std::map<std::int64_t, std::size_t> place;
         for (Statement q(impl_->db, "SELECT module, name, display FROM qv_module ORDER BY module");
@@ -174,7 +177,7 @@ std::vector<ModuleInfo> Store::modules() const {
                 impl_->db.execAndGet("SELECT count(*) FROM " + identifier(table->sql_name))
                     .getInt64();
             modules[place[table->module]].tables.push_back(
-                {table->id, table->layout, records, table->reason});
+                {table->id, titles[table->id], table->layout, records, table->reason});
         }
         return modules;
     });

@@ -22,6 +22,7 @@ namespace qvhost {
 
 struct TableInfo {
     std::string id;
+    std::string title;  // for people, as the plug-in declares it; empty: it does not
     Layout layout;
     std::int64_t records = 0;
     // Why it is empty; of a table with records, why these are not all. For people; empty: nothing is

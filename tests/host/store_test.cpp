@@ -1,4 +1,5 @@
 #include "store/store.h"
+#include "store/declared_table.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sys/stat.h>
@@ -101,6 +102,25 @@ TEST_F(StoreTest, KeepsModulesTablesLayoutsAndFacts) {
     EXPECT_EQ(modules[1].tables[0].layout, Layout(RowLayout{{"a"}, {1, 2}, true}));
     EXPECT_EQ(store.meta("started"), "later");
     EXPECT_EQ(store.meta("unknown"), "");
+}
+
+TEST_F(StoreTest, KeepsWhatIsDeclaredOfTables) {
+    const std::vector<DeclaredTable> tables = {
+        {"T1", "First", "always", "tool", true, "{P}tool >{L}a.txt", "a.txt", "MC", "no such card"},
+        {"qv_declared", "", "never", "", false, "", "", "", ""},
+    };
+    {
+        Store store(path(), Store::Mode::create);
+        for (const char* table : {"T1", "qv_declared", "other"}) store.add_table("M", table);
+        write_declared_tables(store, std::vector<DeclaredTable>{tables[1]});
+        write_declared_tables(store, tables);
+        store.commit();
+    }
+    const Store store(path(), Store::Mode::read);
+    EXPECT_EQ(declared_tables(store), tables);
+    std::vector<std::string> titles;
+    for (const auto& table : store.modules().at(0).tables) titles.push_back(table.title);
+    EXPECT_EQ(titles, (std::vector<std::string>{"First", "", ""}));
 }
 
 TEST_F(StoreTest, LosesNothing) {

@@ -267,7 +267,7 @@ TEST_F(Collect, TheSummaryCountsEveryTableAndNamesTheReport) {
         "Module zeta   SURROUNDINGS  1\n"
         "              VALUES        3\n"
         "Module alpha  ANOTHER       1\n"
-        "              EMPTY         0        nothing to report\n"
+        "              EMPTY         0        unknown\n"
         "\nReport: " +
         (log_dir() / "report" / "index.html").string() + "\n";
     EXPECT_EQ(outcome.out, expected);

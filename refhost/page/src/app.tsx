@@ -10,7 +10,7 @@ import {SearchView} from "./search";
 import {serverName} from "./server_name";
 import {TableView} from "./table_view";
 import {applyTheme, nextTheme, savedTheme} from "./theme";
-import {visible} from "./text";
+import {oneLine, visible} from "./text";
 
 export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const [route, setRoute] = useState<Route>(() => routeOf(location.hash));
@@ -42,10 +42,13 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
 
   const here =
     route.view === "table" ? tableHash(route.name) : viewHash(route.view === "capture" ? "captures" : route.view);
-  const entry = (href: string, text: string, detail = "", empty = false) => (
+  const entry = (href: string, text: string, detail = "", empty = false, title = "") => (
     <li key={href}>
       <a href={href} class={empty ? "nothing" : ""} aria-current={href === here ? "page" : undefined}>
-        <span>{text}</span>
+        <span>
+          {text}
+          {title !== "" && <small class="title">{title}</small>}
+        </span>
         {detail !== "" && <small>{detail}</small>}
       </a>
     </li>
@@ -106,6 +109,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
                     visible(table.id),
                     table.records > 0 ? table.records.toLocaleString("en") : "none",
                     table.records === 0,
+                    oneLine(table.title),
                   ),
                 )}
               </ul>
@@ -119,7 +123,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
               <TableView
                 key={`${route.name}/${route.search}`}
                 table={found.table}
-                title={visible(found.module.display)}
+                module={visible(found.module.display)}
                 row={route.row}
                 search={route.search}
                 captures={captures}

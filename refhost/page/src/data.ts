@@ -12,6 +12,7 @@ export interface Column {
 
 export interface Table {
   id: string;
+  title: string; // empty: the plug-in declares none
   module: string;
   kind: "columns" | "rows" | "";
   columns: Column[];

@@ -6,6 +6,7 @@ import {loadRows, type Overview, type Table} from "./data";
 import {plainTable} from "./plain_table";
 import {serverName} from "./server_name";
 import {Sheet} from "./sheet";
+import {tableName} from "./table_name";
 import {count, visible} from "./text";
 
 const ROWS_EACH = 200;
@@ -24,7 +25,7 @@ export function PrintView({overview, tables}: {overview: Overview; tables: Map<s
           if (!alive) return;
           const part = document.createElement("section");
           const title = document.createElement("h2");
-          title.textContent = `${visible(table.id)} (${visible(module.display)}), ${count(table.records, "record")}`;
+          title.textContent = `${tableName(table)} (${visible(module.display)}), ${count(table.records, "record")}`;
           part.append(title);
           if (table.reason !== "") {
             const note = document.createElement("p");

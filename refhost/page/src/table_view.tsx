@@ -6,6 +6,7 @@ import {copy, csv, save, tabSeparated, type Shown} from "./export";
 import {createGrid, type Grid} from "./grid";
 import {plainTable} from "./plain_table";
 import {Sheet, Text} from "./sheet";
+import {tableName} from "./table_name";
 import {count, oneLine, visible} from "./text";
 import {everything, shownRows, type Wanted} from "./view_rows";
 
@@ -15,14 +16,14 @@ const LOADING_MS = 120; // while rows arrive, the first of them are enough to be
 
 export function TableView({
   table,
-  title,
+  module,
   row,
   search,
   captures,
   nonce,
 }: {
   table: Table;
-  title: string;
+  module: string;
   row: number;
   search: string;
   captures: Map<string, Capture>;
@@ -95,7 +96,7 @@ export function TableView({
   const heading = (
     <header class="table-head">
       <h1>
-        {visible(table.id)} <small>{title}</small>
+        {tableName(table)} <small>{module}</small>
       </h1>
     </header>
   );

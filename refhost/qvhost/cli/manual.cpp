@@ -135,7 +135,7 @@ void write_manual(std::ostream& out, const CLI::App& app) {
     write_section(out, "EXIT STATUS", kExitStatus);
     write_section(out, "ENVIRONMENT", kEnvironment);
     write_section(out, "FILES", kFiles);
-    out << ".SH SEE ALSO\n.BR sqlite3 (1),\n.BR less (1),\n.BR ipmitool (1)\n";
+    out << ".SH SEE ALSO\n.BR sqlite3 (1),\n.BR less (1)\n";
 }
 
 }  // namespace qvhost

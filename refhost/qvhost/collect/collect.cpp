@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -11,6 +12,7 @@
 #include <stdexcept>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/processes.h"
@@ -116,8 +118,12 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
+        store.set_meta("also", boost::join(options.also, ","));
         note_machine(store, stage.machine);
         if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
+        const auto declared = tables_declared_by(options.plugin);
+        if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
+        write_declared_tables(store, declared.tables);
         store.commit();
 
         JournalReader journal(dir.journal());

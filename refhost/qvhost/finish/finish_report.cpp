@@ -29,7 +29,7 @@ void finish_report(Store& store, const LogDir& dir, const std::filesystem::path&
     const auto commands = read_commands(dir.commands());
     store.set_commands(commands);
     store.set_facts(machine_facts(store, dir));
-    explain(store, Evidence(dir, tools, started, commands));
+    explain(store, Evidence(dir, tools, started, store));
     store.commit();
     judge_report(store, dir, commands);
     write_report_json(store, dir.json());

@@ -8,8 +8,8 @@
 
 namespace qvhost {
 
-// Completes the store with what the captures and the command log tell (the machine, the commands, why
-// tables are empty or partial), and writes the views that people and programs read: report.json and
+// Completes the store, which has the declarations of the tables, with what the captures and the command log
+// tell (the machine, the commands, why tables are empty or partial), and writes the views that people and programs read: report.json and
 // the page. `tools` is the directory of the vendors' tools; captures that are older than `started` are
 // those of an earlier collection.
 void finish_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,

@@ -1,12 +1,12 @@
 #include "qvhost/finish/judge_report.h"
 
-#include <array>
 #include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "findings/judge.h"
+#include "inventory/exit_codes.h"
 #include "inventory/survey.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
@@ -16,28 +16,6 @@ namespace qvhost {
 namespace {
 
 using inventory::CaptureOrigin;
-
-// Tools that tell something by their exit code: with it they have run to their end all the same.
-struct ExitCode {
-    std::string_view command;  // how it begins
-    std::string_view outcome;
-};
-
-// clang-format off
-constexpr auto kHarmless = std::to_array<ExitCode>({
-    {"ipmitool mc selftest", "exit code "  },  // the test's result
-    {"ipmitool fru",         "exit code 1" },  // some of the devices could not be read; it says which
-});
-// clang-format on
-
-bool is_harmless(const CommandInfo& command) {
-    for (const auto& [beginning, outcome] : kHarmless) {
-        if (command.text.starts_with(beginning) && command.outcome.starts_with(outcome) &&
-            !command.cut_off)
-            return command.outcome.find(':') == std::string::npos;
-    }
-    return false;
-}
 
 // The word of a shell command that begins there, its quotes and escapes removed.
 std::string shell_word(std::string_view command, std::size_t begin) {
@@ -58,7 +36,7 @@ std::string shell_word(std::string_view command, std::size_t begin) {
     return word;
 }
 
-// "'/opt/qvhost/bin/qv_tools/storcli_x64' ..." or "ipmitool ...": the name alone.
+// "'/opt/qvhost/bin/qv_tools/TOOL_x64' ..." or "TOOL ...": the name alone.
 std::string tool_of(const std::string& command) {
     const auto path = shell_word(command, 0);
     return path.substr(path.find_last_of('/') + 1);
@@ -74,6 +52,10 @@ std::vector<std::string> captures_of(const std::string& command, const std::stri
         if (path.starts_with(log_dir)) captures.push_back(path.substr(log_dir.size()));
     }
     return captures;
+}
+
+bool is_harmless(const CommandInfo& command) {
+    return !command.cut_off && inventory::ran_to_its_end(command.text, command.outcome);
 }
 
 std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands, const LogDir& dir) {

@@ -1,47 +1,22 @@
 #include "qvhost/finish/reasons.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/split.hpp>
 #include <charconv>
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "qvhost/base/plugin.h"
 
 namespace qvhost {
 
 namespace fs = std::filesystem;
 
-// Where a table's records come from.
-struct Evidence::Source {
-    const char* table;
-    const char* label;    // in the log's messages on the command's status; "" if it has none
-    const char* capture;  // the file that is read
-    const char* tool;
-    bool in_qv_tools;
-};
-
 namespace {
-
-struct Fixed {
-    const char* table;
-    const char* reason;
-};
-
-// Tables that no module fills.
-constexpr Fixed kNeverFilled[] = {
-    {"AMTLOG",        "not collected"                 },
-    {"ARPINFO",       "not collected on Linux"        },
-    {"NETSTATINFO",   "not collected on Linux"        },
-    {"PELADDTABLE",   "not collected"                 },
-    {"CONTROLLER",    "not collected"                 },
-    {"ENDDEVICEINFO", "not collected"                 },
-    {"ARRAY",         "not collected"                 },
-    {"VOLUME",        "not collected"                 },
-    {"PMCINFO",       "collected only with --also pmc"},
-    {"PMCVER",        "collected only with --also pmc"},
-    {"PMCLINK",       "collected only with --also pmc"},
-};
 
 // What ends the collection of all BMC tables, as the log tells it; behind some a code follows.
 struct Stop {
@@ -71,11 +46,6 @@ bool holds_error(const fs::path& capture) {
     return false;
 }
 
-// Why there is no capture.
-std::string not_asked(const std::string& table) {
-    return table == "SAS2IRLOG" ? "no SAS2308 controller" : "not asked for on this server";
-}
-
 std::string tool_failed(const std::string& tool, const std::string& code) {
     if (code == "127") return tool + " is not installed (exit code 127)";
     if (code == "126") return tool + " cannot be run (exit code 126)";
@@ -87,14 +57,51 @@ std::string tool_failed(const std::string& tool, const std::string& code) {
     return tool + " failed with code " + code;
 }
 
+// "exit code 127: not installed" -> "127"; empty if the tool ended in another way.
+std::string exit_code(const CommandInfo& command) {
+    const std::string words = "exit code ";
+    if (!command.outcome.starts_with(words)) return "";
+    const auto end = command.outcome.find_first_not_of("0123456789", words.size());
+    return command.outcome.substr(words.size(), end - words.size());
+}
+
+// Whether the shell could not start the tool of a command that ended with this code.
+bool did_not_run(const std::string& code) { return code == "127" || code == "126"; }
+
+// Whether the text is the declared one, with any text for each of its places: "'{P}tool_{x}' show".
+bool is_command(std::string_view text, std::string_view declared) {
+    const auto literal = declared.substr(0, declared.find('{'));
+    if (literal.empty() || !text.starts_with(literal)) return false;
+    text.remove_prefix(literal.size());
+    declared.remove_prefix(literal.size());
+    while (!declared.empty()) {
+        const auto close = declared.find('}');
+        if (close == std::string_view::npos) return false;
+        declared.remove_prefix(close + 1);
+        const auto next = declared.substr(0, declared.find('{'));
+        declared.remove_prefix(next.size());
+        const auto at = declared.empty() ? text.rfind(next) : text.find(next);
+        if (at == std::string_view::npos) return false;
+        text.remove_prefix(at + next.size());
+    }
+    return text.empty();
+}
+
+bool is_operation(const std::string& name) {
+    return std::any_of(std::begin(kOperations), std::end(kOperations),
+                       [&](const Operation& one) { return name == one.name; });
+}
+
 }  // namespace
 
 Evidence::Evidence(const LogDir& dir, fs::path tools, fs::file_time_type started,
-                   std::vector<CommandInfo> commands)
+                   const Store& store)
     : captures_(dir.path()),
       tools_(std::move(tools)),
       started_(started),
-      commands_(std::move(commands)) {
+      commands_(store.commands()),
+      declared_(declared_tables(store)) {
+    boost::split(also_, store.meta("also"), [](char c) { return c == ','; });
     std::ifstream log(dir.log());
     const std::string mark = "[repo] ";
     for (std::string line; std::getline(log, line);) {
@@ -120,16 +127,40 @@ bool Evidence::is_installed(const std::string& tool) const {
     return false;
 }
 
-std::string Evidence::from_log(const Source& source) const {
-    const std::string label = source.label;
+const DeclaredTable* Evidence::declared(const std::string& id) const {
+    const auto found = std::find_if(declared_.begin(), declared_.end(),
+                                    [&](const DeclaredTable& table) { return table.id == id; });
+    return found == declared_.end() ? nullptr : &*found;
+}
+
+const CommandInfo* Evidence::last_command(const DeclaredTable& table) const {
+    const auto last = [&](auto is_meant) {
+        const auto found = std::find_if(commands_.rbegin(), commands_.rend(), is_meant);
+        return found == commands_.rend() ? nullptr : &*found;
+    };
+    if (table.capture.empty()) return nullptr;
+    const auto capture = (captures_ / table.capture).string();
+    if (const auto* writer = last([&](const CommandInfo& c) { return writes(c, capture); }))
+        return writer;
+    return last([&](const CommandInfo& c) { return is_command(c.text, table.command); });
+}
+
+std::string Evidence::from_command(const DeclaredTable& table) const {
+    const auto* command = last_command(table);
+    if (!command || !command->cut_off) return "";
+    return table.tool + ": " + command->outcome;
+}
+
+std::string Evidence::from_log(const DeclaredTable& table) const {
+    const auto& label = table.log_label;
     if (label.empty()) return "";
     std::string rest;
     if (behind("Failed to get " + label + " info,exit code:", rest))
-        return tool_failed(source.tool, rest);
+        return tool_failed(table.tool, rest);
     if (behind("Signal terminal while getting " + label + " info", rest))
-        return std::string(source.tool) + " was killed, or took too long";
+        return table.tool + " was killed, or took too long";
     if (behind("Failed to get " + label + " info", rest))
-        return std::string(source.tool) + " could not be started";
+        return table.tool + " could not be started";
     for (const auto& stop : kBmcStops) {
         if (!behind(stop.words, rest)) continue;
         const std::string reason = stop.reason;
@@ -138,74 +169,49 @@ std::string Evidence::from_log(const Source& source) const {
     return "";
 }
 
-std::string Evidence::from_capture(const Source& source) const {
-    const auto capture = captures_ / source.capture;
+std::string Evidence::from_capture(const DeclaredTable& table) const {
+    const auto& tool = table.tool;
+    const auto* command = last_command(table);
+    const auto code = command ? exit_code(*command) : "";
+    const bool missing = table.in_qv_tools && !is_installed(tool);
+
+    const auto capture = captures_ / table.capture;
     std::error_code error;
-    const auto written = fs::last_write_time(capture, error);
-    const std::string tool = source.tool;
-    if (error || written < started_) return not_asked(source.table);
-    const bool installed = !source.in_qv_tools || is_installed(tool);
-    if (fs::file_size(capture, error) == 0)
-        return installed ? tool + " printed nothing" : tool + " is not in qv_tools";
-    if (holds_error(capture)) return tool + " answered with an error, see " + source.capture;
-    return "nothing to report in " + std::string(source.capture);
-}
-
-const Evidence::Source* Evidence::source_of(const std::string& table) {
-    static const Source kSources[] = {
-        {"MCINFO",     "MC",       "mcinfo.txt",     "ipmiutil",     true },
-        {"SELFINFO",   "selftest", "selfinfo.txt",   "ipmitool",     false},
-        {"VERINFO",    "version",  "verinfo.txt",    "ipmiutil",     true },
-        {"PSUINFO",    "PSU",      "psuinfo.txt",    "ipmiutil",     true },
-        {"LANINFO",    "LAN",      "laninfo.txt",    "ipmiutil",     true },
-        {"LEDINFO",    "LED",      "ledinfo.txt",    "ipmiutil",     true },
-        {"SENSORINFO", "sensor",   "sensorinfo.txt", "ipmitool",     false},
-        {"SDRINFO",    "SDR",      "sdrinfo.txt",    "ipmitool",     false},
-        {"FRUINFO",    "FRU",      "fruinfo.txt",    "ipmitool",     false},
-        {"SELINFO",    "SEL",      "selinfo.txt",    "ipmiutil",     true },
-        {"RAIDINFO",   "",         "c0_showall.txt", "storcli",      true },
-        {"TINFO",      "",         "c0_showall.txt", "storcli",      true },
-        {"VINFO",      "",         "c0_showall.txt", "storcli",      true },
-        {"PINFO",      "",         "c0_showall.txt", "storcli",      true },
-        {"PDLIST",     "",         "pdlist.txt",     "storcli",      true },
-        {"EVENTLOG1",  "",         "raidevents.txt", "storcli",      true },
-        {"EVENTLOG2",  "",         "raidevents.txt", "storcli",      true },
-        {"EVENTLOG3",  "",         "raidevents.txt", "storcli",      true },
-        {"EVENTLOG4",  "",         "raidevents.txt", "storcli",      true },
-        {"EVENTLOG5",  "",         "raidevents.txt", "storcli",      true },
-        {"FWTERMLOG",  "",         "fwtermlog.txt",  "storcli",      true },
-        {"LSILINK",    "",         "ctrlcount.txt",  "storcli",      true },
-        {"SAS2IRLOG",  "",         "ir.txt",         "SAS2IR_linux", true },
-    };
-    const auto source = std::find_if(std::begin(kSources), std::end(kSources),
-                                     [&](const Source& s) { return table == s.table; });
-    return source == std::end(kSources) ? nullptr : &*source;
-}
-
-// The last command that wrote the capture, if it was cut off.
-std::string Evidence::from_command(const Source& source) const {
-    const auto capture = (captures_ / source.capture).string();
-    const auto last = std::find_if(commands_.rbegin(), commands_.rend(),
-                                   [&](const CommandInfo& c) { return writes(c, capture); });
-    if (last == commands_.rend() || !last->cut_off) return "";
-    return std::string(source.tool) + ": " + last->outcome;
-}
-
-std::string Evidence::why_empty(const std::string& table) const {
-    for (const auto& [id, reason] : kNeverFilled) {
-        if (table == id) return reason;
+    const bool is_file = fs::is_regular_file(capture, error);
+    if (!is_file || fs::last_write_time(capture, error) < started_) {
+        if (!command)
+            return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
+        if (missing) return tool + " is not in qv_tools";
+        return code.empty() || code == "0" ? tool + " left no " + table.capture
+                                           : tool_failed(tool, code);
     }
-    const auto* source = source_of(table);
-    if (!source) return "nothing to report";
-    for (const auto& told : {from_command(*source), from_log(*source)}) {
+    const bool is_empty = fs::file_size(capture, error) == 0;
+    if (missing && (is_empty || did_not_run(code))) return tool + " is not in qv_tools";
+    if (is_empty && table.in_qv_tools) return tool + " printed nothing";
+    if (did_not_run(code)) return tool_failed(tool, code);
+    if (is_empty) return tool + " printed nothing";
+    if (holds_error(capture)) return tool + " answered with an error, see " + table.capture;
+    return "nothing to report in " + table.capture;
+}
+
+std::string Evidence::why_empty(const std::string& id) const {
+    const auto* table = declared(id);
+    if (!table) return "unknown";
+    const auto& filled = table->filled;
+    if (filled == "never") return "not collected";
+    if (filled == "not on Linux") return "not collected on Linux";
+    if (is_operation(filled) && std::find(also_.begin(), also_.end(), filled) == also_.end())
+        return "collected only with --also " + filled;
+    if (table->tool.empty()) return "nothing to report";
+    for (const auto& told : {from_command(*table), from_log(*table)}) {
         if (!told.empty()) return told;
     }
-    return from_capture(*source);
+    return from_capture(*table);
 }
 
-std::string Evidence::why_partial(const std::string& table) const {
-    const auto* source = source_of(table);
-    return source ? from_command(*source) : "";
+std::string Evidence::why_partial(const std::string& id) const {
+    const auto* table = declared(id);
+    return table ? from_command(*table) : "";
 }
 
 }  // namespace qvhost

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
 
@@ -32,7 +33,9 @@ Store open_store(const LogDir& dir) {
                 fs::remove(dir.store().string() + part);
         }
     }
-    return {dir.store(), Store::Mode::create};
+    Store store(dir.store(), Store::Mode::create);
+    write_declared_tables(store, tables_declared_by(installed_plugin()).tables);
+    return store;
 }
 
 // Takes what can be read of the journal. Returns what is wrong with it.

@@ -4,8 +4,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/collect/collect.h"
 #include "qvhost/replay/machine.h"
@@ -39,6 +42,15 @@ private:
     fs::path path_;
 };
 
+// A plug-in that does not say which tools it needs runs those of the installed one.
+std::vector<VendorTool> vendor_tools_of(const fs::path& plugin) {
+    if (!plugin.empty()) {
+        if (auto declared = tables_declared_by(plugin); !declared.tools.empty())
+            return std::move(declared.tools);
+    }
+    return tables_declared_by(installed_plugin()).tools;
+}
+
 }  // namespace
 
 int replay(const fs::path& machine_dir, CollectOptions options) {
@@ -56,7 +68,8 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
     fs::copy_file(program_file(), program);
     fs::create_directory_symlink(program_file().parent_path().parent_path() / "lib",
                                  place.path() / "lib");
-    write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string());
+    write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string(),
+                    vendor_tools_of(options.plugin));
     options.search_path = search_path.string();
     return collect(options, {.program = program,
                              .kill_leftovers = true,

@@ -1,5 +1,6 @@
 #include "qvhost/replay/stand_ins.h"
 
+#include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
 #include <cerrno>
 #include <cstring>
@@ -13,17 +14,6 @@ namespace qvhost {
 namespace fs = std::filesystem;
 
 namespace {
-
-// The vendors' tools and the names of their builds.
-const std::map<std::string, std::vector<std::string>> kVendorTools = {
-    {"SAS2IR_linux",      {"SAS2IR_linux_x32", "SAS2IR_linux_x64"}          },
-    {"SCELNX",            {"SCELNX_32", "SCELNX_64"}                        },
-    {"arcconf",           {"arcconf_x32", "arcconf_x64"}                    },
-    {"eventslog_convert", {"eventslog_convert_x32", "eventslog_convert_x64"}},
-    {"ipmiutil",          {"ipmiutil_x32_nh", "ipmiutil_x64_nh"}            },
-    {"sas2ircu",          {"sas2ircu"}                                      },
-    {"storcli",           {"storcli_x32", "storcli_x64"}                    },
-};
 
 // Real tools that do no harm: filters in command lines, and chmod, which reaches the stand-ins alone.
 constexpr const char* kRealTools[] = {"awk", "chmod", "grep", "wc"};
@@ -87,17 +77,19 @@ void link_real_tool(const std::string& name, const fs::path& search_path) {
 }  // namespace
 
 void write_stand_ins(const Machine& machine, const fs::path& vendor_tools,
-                     const fs::path& search_path, const std::string& log_dir) {
+                     const fs::path& search_path, const std::string& log_dir,
+                     const std::vector<VendorTool>& vendors) {
     std::map<std::string, std::vector<RecordedCommand>> tools;
     for (const auto& command : machine.commands) tools[command.tool].push_back(command);
     for (const auto& [tool, commands] : tools) {
         const auto script = script_for(tool, commands, log_dir);
-        const auto builds = kVendorTools.find(tool);
-        if (builds == kVendorTools.end()) {
+        const auto vendor = std::find_if(vendors.begin(), vendors.end(),
+                                         [&](const VendorTool& one) { return one.name == tool; });
+        if (vendor == vendors.end()) {
             write_script(search_path / tool, script);
             continue;
         }
-        for (const auto& name : builds->second) write_script(vendor_tools / name, script);
+        for (const auto& file : vendor->files) write_script(vendor_tools / file, script);
     }
     if (!tools.contains("uname") && !machine.uname.empty()) {
         write_script(search_path / "uname",

@@ -3,16 +3,19 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/replay/machine.h"
 
 namespace qvhost {
 
-// Writes a stand-in for each of the machine's tools: the vendors' into `vendor_tools`, under the name
-// of every build, all others into `search_path`, beside the harmless real tools that command lines
+// Writes a stand-in for each of the machine's tools: those that `vendors` names into `vendor_tools`, as
+// every file of theirs, all others into `search_path`, beside the harmless real tools that command lines
 // need. What the machine has not recorded is not there. In a command's arguments "{LOG}" is the log
 // directory with its "/".
 void write_stand_ins(const Machine& machine, const std::filesystem::path& vendor_tools,
-                     const std::filesystem::path& search_path, const std::string& log_dir);
+                     const std::filesystem::path& search_path, const std::string& log_dir,
+                     const std::vector<VendorTool>& vendors);
 
 }  // namespace qvhost

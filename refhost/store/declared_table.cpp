@@ -1,0 +1,55 @@
+#include "store/declared_table.h"
+
+#include "store/typed_table.h"
+
+namespace qvhost {
+
+namespace {
+
+// No table of records has a name that begins like this one.
+constexpr const char* kName = "qv_declared";
+
+constexpr auto kColumns = std::to_array<TypedColumn>({
+    {"id",          ColumnType::text   },
+    {"title",       ColumnType::text   },
+    {"filled",      ColumnType::text   },
+    {"tool",        ColumnType::text   },
+    {"in_qv_tools", ColumnType::boolean},
+    {"command",     ColumnType::text   },
+    {"capture",     ColumnType::text   },
+    {"log_label",   ColumnType::text   },
+    {"not_asked",   ColumnType::text   },
+});
+
+std::string text_of(const TypedValue& value) {
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? *text : "";
+}
+
+bool is_true(const TypedValue& value) {
+    const auto* number = std::get_if<std::int64_t>(&value);
+    return number && *number != 0;
+}
+
+}  // namespace
+
+void write_declared_tables(Store& store, std::span<const DeclaredTable> tables) {
+    TypedTableWriter writer(store, kName, kColumns);
+    for (const auto& table : tables) {
+        writer.add({table.id, table.title, table.filled, table.tool,
+                    std::int64_t{table.in_qv_tools}, table.command, table.capture, table.log_label,
+                    table.not_asked});
+    }
+}
+
+std::vector<DeclaredTable> declared_tables(const Store& store) {
+    std::vector<DeclaredTable> tables;
+    each_typed_row(store, kName, kColumns, [&](const std::vector<TypedValue>& row) {
+        tables.push_back({text_of(row[0]), text_of(row[1]), text_of(row[2]), text_of(row[3]),
+                          is_true(row[4]), text_of(row[5]), text_of(row[6]), text_of(row[7]),
+                          text_of(row[8])});
+    });
+    return tables;
+}
+
+}  // namespace qvhost
