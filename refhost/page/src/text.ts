@@ -62,6 +62,18 @@ export function bytes(n: number): string {
   return `${size.toFixed(size < 10 ? 1 : 0)} ${units[unit]}`;
 }
 
+// A capacity to three decimals, as storage tools print it: "1.089 TiB".
+export function capacity(n: number): string {
+  const units = ["B", "KiB", "MiB", "GiB", "TiB", "PiB"];
+  let size = n;
+  let unit = 0;
+  while (size >= 1024 && unit < units.length - 1) {
+    size /= 1024;
+    ++unit;
+  }
+  return `${Number(size.toFixed(3))} ${units[unit]}`;
+}
+
 export function seconds(n: number): string {
   if (n < 0.1) return "< 0.1 s";
   if (n < 10) return `${n.toFixed(1)} s`;
