@@ -133,6 +133,9 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
             .map(picture => (
               <picture.Picture key={picture.view} overview={overview} tables={tables} />
             ))}
+          {pictures.some(({view}) => view === route.view) && !drawn.some(({view}) => view === route.view) && (
+            <p class="empty">This report has nothing to draw here.</p>
+          )}
           {route.view === "captures" && <CapturesView overview={overview} />}
           {route.view === "capture" &&
             (captures.has(route.name) ? (

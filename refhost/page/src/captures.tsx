@@ -4,7 +4,7 @@ import {loadCapture, type Capture, type Overview} from "./data";
 import {captureAddress} from "./link";
 import {viewHash} from "./route";
 import {SeverityMark} from "./severity_mark";
-import {bytes, count, seconds, visible} from "./text";
+import {bytes, count, cutAtLine, seconds, visible} from "./text";
 import {findingsAt} from "./verdict";
 
 export function CapturesView({overview}: {overview: Overview}) {
@@ -98,24 +98,6 @@ function Others({overview}: {overview: Overview}) {
       </div>
     </section>
   );
-}
-
-// The text cut at one of its lines: what comes before it, the line, what follows. Without that line all
-// of it comes before.
-export function cutAtLine(
-  text: string,
-  line: number,
-): {before: string; marked: string | null; after: string; lines: number} {
-  let lines = 0;
-  let [begin, end] = [-1, -1];
-  for (let at = 0; at < text.length; ) {
-    const stop = text.indexOf("\n", at);
-    const next = stop < 0 ? text.length : stop;
-    if (++lines === line) [begin, end] = [at, next];
-    at = next + 1;
-  }
-  if (begin < 0) return {before: text, marked: null, after: "", lines};
-  return {before: text.slice(0, begin), marked: text.slice(begin, end), after: text.slice(end), lines};
 }
 
 function CaptureText({

@@ -18,7 +18,8 @@ function Subsystem({health, overview}: {health: Health; overview: Overview}) {
       <details title={reason}>
         <summary>
           <SeverityMark of={health.health} />
-          <span class="name">{visible(health.subsystem)}</span> <strong class="word">{health.health}</strong>
+          <span class="name">{health.subsystem === "bmc" ? "BMC" : visible(health.subsystem)}</span>{" "}
+          <strong class="word">{health.health}</strong>
           {missing.length > 0 && (
             <small class="why">
               <bdi>{visible(missing[0]!)}</bdi>
