@@ -187,7 +187,7 @@ test("the drives of all controllers are drawn as slots, arrays with their member
   assert.match(await bad.innerText(), /Offln offline[\s\S]*1\.089 TiB SAS HDD[\s\S]*41 °C[\s\S]*218 media errors/);
   const array = page.locator(".array", {hasText: "Drive group 1"}).first();
   assert.equal(await array.locator(".members .slot").count(), 4);
-  assert.match(await array.locator(".volumes").innerText(), /2 "data pool"\s+critical: Dgrd degraded\s+RAID5/);
+  assert.match(await array.locator(".volumes").innerText(), /2 "data pool"\s+critical:\s+Dgrd degraded\s+RAID5/);
   await array.locator(".members a", {hasText: "10:5"}).click();
   await page.locator("mark").waitFor();
   assert.match(await page.locator("mark").innerText(), /^10:5 +16 Offln/);
