@@ -17,6 +17,9 @@
 #include "page/data_file.h"
 #include "page/table_data.h"
 #include "report/json_text.h"
+#include "report/verdict_json.h"
+#include "verdict/inventory_tables.h"
+#include "verdict/verdict_tables.h"
 
 namespace qvhost {
 
@@ -74,10 +77,38 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
 
 ordered_json meta_of(const Store& store) {
     auto meta = ordered_json::object();
-    for (const char* key : {"started", "finished", "seconds", "qvhost", "limits"})
+    for (const char* key :
+         {"host", "os", "kernel", "started", "finished", "seconds", "qvhost", "limits"})
         meta[key] = store.meta(key);
     meta["status"] = store.status_text();
     return meta;
+}
+
+// What the page draws of the inventory, without the fields that no capture tells.
+ordered_json drawn_inventory(const Store& store) {
+    const auto whole = json_of(read_inventory(store));
+    auto drawn = ordered_json::object();
+    for (const char* kind :
+         {"sensors", "controllers", "batteries", "enclosures", "volumes", "drives"}) {
+        auto& list = drawn[kind] = ordered_json::array();
+        for (const auto& entity : whole.at(kind)) {
+            auto known = ordered_json::object();
+            for (const auto& [field, value] : entity.items()) {
+                if (!value.is_null()) known[field] = value;
+            }
+            list.push_back(std::move(known));
+        }
+    }
+    return drawn;
+}
+
+// Nothing from a store without a verdict: the page says so.
+void add_verdict(const Store& store, ordered_json& overview) {
+    const auto verdict = read_verdict(store);
+    if (verdict.health.empty()) return;
+    overview["health"] = json_of(verdict.health);
+    overview["findings"] = json_of(verdict.findings);
+    overview["inventory"] = drawn_inventory(store);
 }
 
 // The grid adds a style sheet while it runs. The page's policy admits only styles with this nonce.
@@ -124,11 +155,12 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                         {"cut_off", command.cut_off}});
     }
     const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
-    const ordered_json overview{{"meta", meta_of(store)},
-                                {"facts", std::move(facts)},
-                                {"modules", std::move(modules)},
-                                {"commands", std::move(runs)},
-                                {"captures", write_captures(captures, log_dir, data)}};
+    ordered_json overview{{"meta", meta_of(store)},
+                          {"facts", std::move(facts)},
+                          {"modules", std::move(modules)},
+                          {"commands", std::move(runs)},
+                          {"captures", write_captures(captures, log_dir, data)}};
+    add_verdict(store, overview);
     const auto json = overview.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
     write_new_file(data / "overview.js", data_script("overview", json));
     write_new_file(report / "index.html", with_nonce(html()));

@@ -18,6 +18,7 @@ const views = [
   "#/events",
   "#/captures",
   "#/capture/dmidecode.log",
+  "#/capture/c0_showall.txt@90",
   "#/search/fan",
   "#/print",
   "#SENSORINFO",

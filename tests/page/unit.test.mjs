@@ -12,7 +12,7 @@ before(async () => {
   globalThis.window = {};
   const {outputFiles} = await build({
     stdin: {
-      contents: ["text", "link", "route", "slices", "view_rows", "pictures/event_times", "pictures/readings", "data"]
+      contents: ["text", "link", "route", "slices", "view_rows", "pictures/event_times", "verdict", "data"]
         .map(name => `export * from "./src/${name}";`)
         .join("\n"),
       resolveDir: page,
@@ -105,7 +105,8 @@ test("addresses in the page come back as they went in", () => {
       const route = part.routeOf(part.tableHash(id, row, search));
       assert.deepEqual(route, {view: "table", name: id, row, search}, id);
     }
-    assert.deepEqual(part.routeOf(part.viewHash("capture", id)), {view: "capture", name: id, row: -1, search: ""});
+    assert.deepEqual(part.routeOf(part.captureHash(id)), {view: "capture", name: id, row: -1, search: ""});
+    assert.deepEqual(part.routeOf(part.captureHash(id, 42)), {view: "capture", name: id, row: 41, search: ""});
   }
   assert.equal(part.routeOf("").view, "overview");
   assert.equal(part.routeOf("#/nonsense").view, "overview");
@@ -136,7 +137,15 @@ test("work that is no longer wanted stops", async () => {
 test("event times are read as the tools write them, or not at all", () => {
   assert.equal(part.writtenTime("Tue Nov 17 21:12:03 2026"), Date.UTC(2026, 10, 17, 21, 12, 3));
   assert.equal(part.writtenTime("Thu Jul  9 04:04:22 2026"), Date.UTC(2026, 6, 9, 4, 4, 22));
-  for (const text of ["", "0", "19", "07:12:44", "Tue Foo 17 21:12:03 2026", "Tue Nov 17 21:12:03 2026 x"])
+  for (const text of [
+    "",
+    "0",
+    "19",
+    "07:12:44",
+    "Thu Jan  1 00:00:12 1970",
+    "Tue Foo 17 21:12:03 2026",
+    "Tue Nov 17 21:12:03 2026 x",
+  ])
     assert.ok(Number.isNaN(part.writtenTime(text)), text);
 });
 
@@ -156,6 +165,9 @@ test("SEL lines with and without a date", () => {
         ["ipmiutil sel version 3.18\n"],
         ["RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]\n"],
         ["0005 11/15/23 02:13:48 MAJ BMC  Fan #17  Lo Crit thresh act=04 thr=06\n"],
+        ["0007 01/01/70 00:00:12 INF BMC  Fan #17  something\n"],
+        ["0008 12/31/99 23:59:59 INF BMC  Fan #17  something\n"],
+        ["0009 01/01/00 00:00:00 INF BMC  Fan #17  something\n"],
         ["0006 00000012 INF BMC  Fan #17  something\n"],
         ["rubbish"],
       ],
@@ -166,23 +178,50 @@ test("SEL lines with and without a date", () => {
     [
       [Date.UTC(2023, 10, 15, 2, 13, 48), "MAJ", 2],
       [NaN, "INF", 3],
+      [NaN, "INF", 4],
+      [Date.UTC(2000, 0, 1), "INF", 5],
+      [NaN, "INF", 6],
     ],
   );
 });
 
-test("a sensor is outside from its threshold on, and only by numbers", () => {
-  const ids = Array.from({length: 10}, (_, at) => `item${at + 1}`);
-  const position = (...cells) => part.sensorsOf(rowsOf(ids, [cells]))[0].position;
-  const limits = ["na", "5", "10", "80", "90", "na"];
-  assert.equal(position("T", "50", "degrees C", "ok", ...limits), "within");
-  assert.equal(position("T", "80", "degrees C", "nc", ...limits), "warning");
-  assert.equal(position("T", "79.9", "degrees C", "ok", ...limits), "within");
-  assert.equal(position("T", "10", "degrees C", "nc", ...limits), "warning");
-  assert.equal(position("T", "5", "degrees C", "cr", ...limits), "critical");
-  assert.equal(position("T", "90", "degrees C", "cr", ...limits), "critical");
-  assert.equal(position("T", "na", "degrees C", "ns", ...limits), "unknown");
-  assert.equal(position("T", "0x80", "discrete", "0x8000", ...limits), "unknown");
-  assert.equal(position("T", "50"), "within");
+test("a text is cut at one of its lines", () => {
+  const cut = (text, line) => {
+    const {before, marked, after, lines} = part.cutAtLine(text, line);
+    assert.equal(before + (marked ?? "") + after, text);
+    return [marked, before.length, lines];
+  };
+  assert.deepEqual(cut("a\nb\nc\n", 2), ["b", 2, 3]);
+  assert.deepEqual(cut("a\nb\nc", 3), ["c", 4, 3]);
+  assert.deepEqual(cut("\n\n", 2), ["", 1, 2]);
+  assert.deepEqual(cut("a\n", 2), [null, 2, 1]);
+  assert.deepEqual(cut("a\n", 0), [null, 2, 1]);
+  assert.deepEqual(cut("", 1), [null, 0, 0]);
+});
+
+test("a capacity is in binary units, to three decimals", () => {
+  assert.equal(part.capacity(478998375170), "446.102 GiB");
+  assert.equal(part.capacity(1024 ** 4), "1 TiB");
+  assert.equal(part.capacity(512), "512 B");
+});
+
+test("a drive's severity comes from where it stands or from findings that begin with its name", () => {
+  const finding = (severity, subject, line) => ({severity, subject, evidence: [{capture: "a.txt", line}]});
+  const of = part.driveSeverities({
+    findings: [
+      finding("warning", "Drive 10:1 of controller 0, X, serial 1", 90),
+      finding("notice", "somebody", 7),
+      finding("critical", "Drive 10:11 of controller 0", 91),
+      finding("warning", "Drive /dev/sda, X", 92),
+    ],
+  });
+  const drive = (place, line = 1) => of({capture: "a.txt", line, ...place});
+  assert.equal(drive({controller: 0, enclosure: 10, slot: 1}), "warning");
+  assert.equal(drive({controller: 1, enclosure: 10, slot: 1}), undefined);
+  assert.equal(drive({controller: 0, enclosure: 10, slot: 2}, 7), "notice");
+  assert.equal(drive({controller: 0, enclosure: 10, slot: 1}, 91), "critical");
+  assert.equal(drive({device: "/dev/sda"}), "warning");
+  assert.equal(of({capture: "b.txt", line: 91}), undefined);
 });
 
 test("filters of a column", () => {

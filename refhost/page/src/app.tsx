@@ -23,7 +23,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
     [overview],
   );
   const tables = useMemo(() => new Map(all.map(({table}) => [table.id, table])), [all]);
-  const drawn = useMemo(() => pictures.filter(picture => picture.has(tables)), [tables]);
+  const drawn = useMemo(() => pictures.filter(picture => picture.has(overview, tables)), [overview, tables]);
 
   useEffect(() => {
     const moved = () => {
@@ -117,7 +117,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
           ))}
         </nav>
         <main ref={main} tabIndex={-1}>
-          {route.view === "overview" && <OverviewView overview={overview} tables={tables} />}
+          {route.view === "overview" && <OverviewView overview={overview} />}
           {route.view === "table" &&
             (found ? (
               <TableView
@@ -135,17 +135,25 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
           {drawn
             .filter(picture => picture.view === route.view)
             .map(picture => (
-              <picture.Picture key={picture.view} tables={tables} />
+              <picture.Picture key={picture.view} overview={overview} tables={tables} />
             ))}
+          {pictures.some(({view}) => view === route.view) && !drawn.some(({view}) => view === route.view) && (
+            <p class="empty">This report has nothing to draw here.</p>
+          )}
           {route.view === "captures" && <CapturesView overview={overview} />}
           {route.view === "capture" &&
             (captures.has(route.name) ? (
-              <CaptureView key={route.name} capture={captures.get(route.name)!} overview={overview} />
+              <CaptureView
+                key={route.name}
+                capture={captures.get(route.name)!}
+                line={route.row + 1}
+                overview={overview}
+              />
             ) : (
               <p class="empty">There is no capture {visible(route.name)}.</p>
             ))}
           {route.view === "search" && <SearchView overview={overview} text={route.name} />}
-          {route.view === "print" && <PrintView overview={overview} tables={tables} />}
+          {route.view === "print" && <PrintView overview={overview} />}
         </main>
       </div>
     </>

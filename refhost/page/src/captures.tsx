@@ -1,9 +1,11 @@
 // The raw captures: what each tool wrote, with the command that made it.
-import {useEffect, useState} from "preact/hooks";
+import {useEffect, useMemo, useRef, useState} from "preact/hooks";
 import {loadCapture, type Capture, type Overview} from "./data";
 import {captureAddress} from "./link";
 import {viewHash} from "./route";
-import {bytes, count, seconds, visible} from "./text";
+import {SeverityMark} from "./severity_mark";
+import {bytes, count, cutAtLine, seconds, visible} from "./text";
+import {findingsAt} from "./verdict";
 
 export function CapturesView({overview}: {overview: Overview}) {
   return (
@@ -98,7 +100,67 @@ function Others({overview}: {overview: Overview}) {
   );
 }
 
-export function CaptureView({capture, overview}: {capture: Capture; overview: Overview}) {
+function CaptureText({
+  capture,
+  text,
+  line,
+  overview,
+}: {
+  capture: Capture;
+  text: string;
+  line: number;
+  overview: Overview;
+}) {
+  const {before, marked, after, lines} = useMemo(() => cutAtLine(visible(text), line), [text, line]);
+  const numbers = useMemo(() => Array.from({length: lines}, (_, at) => at + 1).join("\n"), [lines]);
+  const mark = useRef<HTMLElement>(null);
+  useEffect(() => mark.current?.scrollIntoView({block: "center", inline: "nearest"}), [text, line]);
+  const whole = capture.shown === capture.size;
+  return (
+    <>
+      {!whole && (
+        <p class="note">
+          The first {bytes(capture.shown)} of {bytes(capture.size)}.
+        </p>
+      )}
+      {line > 0 && marked === null && (
+        <p class="problem" role="alert">
+          {whole
+            ? `There is no line ${line}: the capture has ${count(lines, "line")}.`
+            : `Line ${line} is not in the shown part, which is ${count(lines, "line")}.`}
+        </p>
+      )}
+      {marked !== null && <p class="note">Line {line} is marked.</p>}
+      <ul class="findings">
+        {(line > 0 ? findingsAt(overview, capture.name, line) : []).map(finding => (
+          <li key={finding.id} class={`finding ${finding.severity}`}>
+            <SeverityMark of={finding.severity} />
+            <p>
+              <strong>{finding.severity}</strong>: <bdi>{visible(finding.subject)}</bdi>{" "}
+              <bdi class="says">{visible(finding.says)}</bdi>
+            </p>
+          </li>
+        ))}
+      </ul>
+      <div class="capture-text" tabIndex={0} role="region" aria-label={`Text of ${visible(capture.name)}`}>
+        <pre class="line-numbers" aria-hidden="true">
+          {numbers}
+        </pre>
+        <pre class="capture">
+          {before}
+          {marked !== null && (
+            <mark ref={mark} data-line={line}>
+              {marked}
+            </mark>
+          )}
+          {after}
+        </pre>
+      </div>
+    </>
+  );
+}
+
+export function CaptureView({capture, line, overview}: {capture: Capture; line: number; overview: Overview}) {
   const [text, setText] = useState<string | null>(null);
   const [failure, setFailure] = useState("");
   useEffect(() => {
@@ -150,16 +212,7 @@ export function CaptureView({capture, overview}: {capture: Capture; overview: Ov
       {capture.kind === "binary" && <p class="empty">Not a text.</p>}
       {capture.data !== "" && text === null && failure === "" && <p>Reading ...</p>}
       {text !== null && capture.size > 0 && (
-        <>
-          {capture.shown < capture.size && (
-            <p class="note">
-              The first {bytes(capture.shown)} of {bytes(capture.size)}.
-            </p>
-          )}
-          <pre class="capture" tabIndex={0} role="region" aria-label={`Text of ${capture.name}`}>
-            {visible(text)}
-          </pre>
-        </>
+        <CaptureText capture={capture} text={text} line={line} overview={overview} />
       )}
     </>
   );

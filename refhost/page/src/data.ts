@@ -50,12 +50,134 @@ export interface Capture {
   commands: number[];
 }
 
+// Where something stands: the line counted from 1; 0: nowhere in particular.
+export interface Place {
+  capture: string;
+  line: number;
+}
+
+export type Severity = "critical" | "warning" | "unknown" | "notice";
+export type HealthWord = "critical" | "warning" | "unknown" | "ok" | "absent";
+
+export interface Health {
+  subsystem: string;
+  health: HealthWord;
+  judged_by: string[]; // the captures that it rests on
+  missing: string[]; // what could not be judged, in words
+}
+
+export interface Finding {
+  id: string;
+  severity: Severity;
+  subsystem: string;
+  subject: string;
+  says: string;
+  time: string | null; // of the latest event, by its source's clock
+  count: number;
+  evidence: Place[];
+}
+
+// Entities of the inventory; a field that no capture tells is not there. docs/inventory.md has them all.
+export interface Sensor extends Place {
+  name?: string;
+  kind?: string;
+  reading?: number;
+  unit?: string;
+  status?: string;
+  lnr?: number;
+  lc?: number;
+  lnc?: number;
+  unc?: number;
+  uc?: number;
+  unr?: number;
+  states: string[];
+}
+
+export interface Controller extends Place {
+  number?: number;
+  model?: string;
+  serial?: string;
+  firmware?: string;
+  status?: string;
+  volumes?: number;
+  drives?: number;
+}
+
+export interface Battery extends Place {
+  controller?: number;
+  model?: string;
+  state?: string;
+  charge_percent?: number;
+  temperature_celsius?: number;
+}
+
+export interface Enclosure extends Place {
+  controller?: number;
+  number?: number;
+  slots?: number;
+  state?: string;
+  model?: string;
+}
+
+export interface Volume extends Place {
+  controller?: number;
+  drive_group?: number;
+  number?: number;
+  raid?: string;
+  state?: string;
+  capacity_bytes?: number;
+  cache?: string;
+  name?: string;
+  device?: string;
+  operation?: string;
+  progress_percent?: number;
+}
+
+export interface Drive extends Place {
+  controller?: number;
+  enclosure?: number;
+  slot?: number;
+  state?: string;
+  drive_group?: number;
+  is_foreign?: boolean;
+  spare?: string;
+  rebuild_percent?: number;
+  capacity_bytes?: number;
+  interface?: string;
+  media?: string;
+  model?: string;
+  serial?: string;
+  firmware?: string;
+  device?: string;
+  temperature_celsius?: number;
+  media_errors?: number;
+  other_errors?: number;
+  predicted_failures?: number;
+  smart_alert?: boolean;
+  percentage_used?: number;
+  available_spare_percent?: number;
+  power_on_hours?: number;
+}
+
+export interface Inventory {
+  sensors: Sensor[];
+  controllers: Controller[];
+  batteries: Battery[];
+  enclosures: Enclosure[];
+  volumes: Volume[];
+  drives: Drive[];
+}
+
 export interface Overview {
   meta: Record<string, string>;
   facts: Fact[];
   modules: Module[];
   commands: Command[];
   captures: Capture[];
+  // Of a report without a verdict: none of them.
+  health?: Health[];
+  findings?: Finding[];
+  inventory?: Inventory;
 }
 
 // The rows of one table, as far as they are loaded: for each chunk, for each column, the values.

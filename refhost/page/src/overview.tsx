@@ -1,39 +1,37 @@
-// The first view: which machine, what was collected, what wants a look, what is missing and why.
-import {Concerns} from "./concerns";
-import type {Overview, Table} from "./data";
+// The first view: what the collection lacks, how each subsystem is, what is wrong, which machine it is,
+// what was collected.
+import type {Overview} from "./data";
+import {FindingsView} from "./findings";
+import {HealthView} from "./health";
 import {tableHash, viewHash} from "./route";
-import {serverName} from "./server_name";
+import {hostName, productName} from "./server_name";
 import {count, seconds, visible} from "./text";
+import {missing} from "./verdict";
 
-export function OverviewView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
-  const {meta} = overview;
-  const status = meta["status"] ?? "";
-  const all = overview.modules.flatMap(module => module.tables);
-  const records = all.reduce((sum, table) => sum + table.records, 0);
-  const started = Date.parse(meta["started"] ?? "");
-  const took = Number.parseFloat(meta["seconds"] ?? "");
-  const partial = all.filter(table => table.records > 0 && table.reason !== "");
-  const failed = overview.commands.filter(command => command.outcome !== "").length;
-
+// What the collection did not bring, so that nobody takes silence for health.
+function Lacking({overview}: {overview: Overview}) {
+  const status = overview.meta["status"] ?? "";
+  const incomplete = status !== "" && status !== "complete";
+  const partial = overview.modules
+    .flatMap(module => module.tables)
+    .filter(table => table.records > 0 && table.reason !== "");
+  const unjudged = missing(overview);
+  if (!incomplete && partial.length === 0 && unjudged.length === 0) return null;
+  const some = 4;
+  const lines = unjudged.map(({words, subsystems}) => (
+    <li key={words}>
+      <bdi>{visible(words)}</bdi> <small>({visible(subsystems.join(", "))})</small>
+    </li>
+  ));
   return (
-    <>
-      <h1>{serverName(overview)}</h1>
-      <p class="lead">
-        Collected{" "}
-        {Number.isNaN(started) ? "at an unknown time" : <time dateTime={meta["started"]}>{when(started)}</time>}
-        {!Number.isNaN(took) && ` in ${seconds(took)}`}
-        {": "}
-        {count(records, "record")} in {count(all.filter(table => table.records > 0).length, "table")}
-        {", "}
-        <a href="#/captures">{count(overview.captures.length, "capture")}</a>.
-      </p>
-      {status !== "" && status !== "complete" && (
-        <p class="problem" role="alert">
-          This collection is {visible(status)}.
+    <div class="problem" role="alert">
+      {incomplete && (
+        <p>
+          This collection is <bdi>{visible(status)}</bdi>.
         </p>
       )}
       {partial.length > 0 && (
-        <p class="problem">
+        <p>
           Partial:{" "}
           {partial.map((table, at) => (
             <span key={table.id}>
@@ -44,11 +42,86 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
           .
         </p>
       )}
-      {overview.facts.length > 0 && (
+      {unjudged.length > 0 && (
+        <>
+          <p>This collection lacks what a verdict needs:</p>
+          <ul class="dashed">{lines.slice(0, some)}</ul>
+          {lines.length > some && (
+            <details>
+              <summary>{lines.length - some} more</summary>
+              <ul class="dashed">{lines.slice(some)}</ul>
+            </details>
+          )}
+        </>
+      )}
+    </div>
+  );
+}
+
+// The health of the subsystems and the findings, or that the report holds none.
+export function Verdict({overview}: {overview: Overview}) {
+  if (overview.health === undefined)
+    return <p class="empty">This report holds no verdict: nothing in it says how the server is.</p>;
+  return (
+    <>
+      <section aria-labelledby="health">
+        <h2 id="health">Health</h2>
+        <HealthView overview={overview} />
+      </section>
+      <section aria-labelledby="findings">
+        <h2 id="findings">Findings</h2>
+        <FindingsView overview={overview} />
+      </section>
+    </>
+  );
+}
+
+// What the page itself knows of the machine, before what its captures say of it.
+function machineFacts(overview: Overview) {
+  const own = [
+    {label: "Host name", value: overview.meta["host"] ?? ""},
+    {label: "Operating system", value: overview.meta["os"] ?? ""},
+  ].map(fact => ({...fact, source: ""}));
+  return [...own.filter(fact => fact.value !== ""), ...overview.facts];
+}
+
+export function OverviewView({overview}: {overview: Overview}) {
+  const {meta} = overview;
+  const all = overview.modules.flatMap(module => module.tables);
+  const records = all.reduce((sum, table) => sum + table.records, 0);
+  const started = Date.parse(meta["started"] ?? "");
+  const took = Number.parseFloat(meta["seconds"] ?? "");
+  const facts = machineFacts(overview);
+  const [host, product] = [hostName(overview), productName(overview)];
+  const failed = overview.commands.filter(command => command.outcome !== "").length;
+
+  return (
+    <>
+      <h1>
+        <bdi>{host || product || "Server report"}</bdi>
+        {host !== "" && product !== "" && (
+          <small class="product">
+            {" "}
+            <bdi>{product}</bdi>
+          </small>
+        )}
+      </h1>
+      <p class="lead">
+        Collected{" "}
+        {Number.isNaN(started) ? "at an unknown time" : <time dateTime={meta["started"]}>{when(started)}</time>}
+        {!Number.isNaN(took) && ` in ${seconds(took)}`}
+        {": "}
+        {count(records, "record")} in {count(all.filter(table => table.records > 0).length, "table")}
+        {", "}
+        <a href="#/captures">{count(overview.captures.length, "capture")}</a>.
+      </p>
+      <Lacking overview={overview} />
+      <Verdict overview={overview} />
+      {facts.length > 0 && (
         <section aria-labelledby="machine">
           <h2 id="machine">The machine</h2>
           <dl class="facts">
-            {overview.facts.map(fact => (
+            {facts.map(fact => (
               <div key={fact.label}>
                 <dt>{fact.label}</dt>
                 <dd>
@@ -64,18 +137,14 @@ export function OverviewView({overview, tables}: {overview: Overview; tables: Ma
           </dl>
         </section>
       )}
-      <section aria-labelledby="look">
-        <h2 id="look">Worth a look</h2>
-        <Concerns tables={tables} />
+      <section aria-labelledby="collected">
+        <h2 id="collected">What was collected</h2>
         {failed > 0 && (
           <p>
             {count(failed, "command")} of {overview.commands.length} did not end well:{" "}
             <a href="#/captures">see the captures</a>.
           </p>
         )}
-      </section>
-      <section aria-labelledby="collected">
-        <h2 id="collected">What was collected</h2>
         <div class="scroll" tabIndex={0} role="region" aria-label="Tables">
           <table class="list">
             <thead>

@@ -1,8 +1,8 @@
 // The whole report as one document, for paper or a PDF.
 import {render} from "preact";
 import {useEffect, useRef, useState} from "preact/hooks";
-import {Concerns} from "./concerns";
-import {loadRows, type Overview, type Table} from "./data";
+import {loadRows, type Overview} from "./data";
+import {Verdict} from "./overview";
 import {plainTable} from "./plain_table";
 import {serverName} from "./server_name";
 import {Sheet} from "./sheet";
@@ -11,7 +11,7 @@ import {count, visible} from "./text";
 
 const ROWS_EACH = 200;
 
-export function PrintView({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
+export function PrintView({overview}: {overview: Overview}) {
   const [state, setState] = useState("Putting the tables together ...");
   const paper = useRef<HTMLDivElement>(null);
   useEffect(() => {
@@ -63,6 +63,8 @@ export function PrintView({overview, tables}: {overview: Overview; tables: Map<s
           Print
         </button>
       </p>
+      <Verdict overview={overview} />
+      <h2>The machine</h2>
       <dl class="facts">
         {overview.facts.map(fact => (
           <div key={fact.label}>
@@ -73,8 +75,6 @@ export function PrintView({overview, tables}: {overview: Overview; tables: Map<s
           </div>
         ))}
       </dl>
-      <h2>Worth a look</h2>
-      <Concerns tables={tables} />
       <div class="whole" ref={paper} />
     </>
   );

@@ -1,10 +1,10 @@
 // Where in the page: "#SENSORINFO" is a table, "#SENSORINFO@12" its 12th record, "#SENSORINFO/fan" its
-// records with "fan", "#/..." a view.
+// records with "fan", "#/..." a view, "#/capture/NAME@7" line 7 of a capture.
 
 export interface Route {
   view: "overview" | "table" | "sensors" | "drives" | "events" | "captures" | "capture" | "search" | "print";
   name: string; // of the table or capture, or what is searched
-  row: number; // from 0; -1: none
+  row: number; // of a table, or the line of a capture; from 0; -1: none
   search: string;
 }
 
@@ -25,7 +25,9 @@ export function routeOf(hash: string): Route {
   if (text.startsWith("/")) {
     const [view, ...rest] = text.slice(1).split("/");
     const known = VIEWS.find(v => v === view);
-    return known ? {...overview, view: known, name: decoded(rest.join("/"))} : overview;
+    if (!known) return overview;
+    const [, name, line] = /^(.*?)(?:@(\d+))?$/s.exec(rest.join("/"))!;
+    return {...overview, view: known, name: decoded(name!), row: Number(line ?? 0) - 1};
   }
   const [, name, row, search] = /^([^@/]*)(?:@(\d+))?(?:\/(.*))?$/s.exec(text) ?? [text, text];
   return {view: "table", name: decoded(name!), row: Number(row ?? 0) - 1, search: decoded(search ?? "")};
@@ -38,4 +40,9 @@ export function tableHash(id: string, row = -1, search = ""): string {
 
 export function viewHash(view: Route["view"], name = ""): string {
   return `#/${view}${name === "" ? "" : `/${encodeURIComponent(name)}`}`;
+}
+
+// A line of a capture; 0: the capture as a whole.
+export function captureHash(name: string, line = 0): string {
+  return `${viewHash("capture", name)}${line > 0 ? `@${line}` : ""}`;
 }

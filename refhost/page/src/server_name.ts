@@ -1,8 +1,16 @@
-// What the report calls its server: the product, where a capture tells it.
+// What the report calls its server: its host name and its product, where the collection tells them.
 import type {Overview} from "./data";
 import {visible} from "./text";
 
+export function productName(overview: Overview): string {
+  return visible(overview.facts.find(fact => fact.label === "Product")?.value ?? "");
+}
+
+export function hostName(overview: Overview): string {
+  return visible(overview.meta["host"] ?? "");
+}
+
 export function serverName(overview: Overview): string {
-  const product = overview.facts.find(fact => fact.label === "Product");
-  return product ? visible(product.value) : "Server report";
+  const names = [hostName(overview), productName(overview)].filter(name => name !== "");
+  return names.length > 0 ? names.join(", ") : "Server report";
 }

@@ -35,6 +35,24 @@ export function oneLine(value: Value, keepIndent = false): string {
     .replace(/\t/g, keepIndent ? "    " : " ");
 }
 
+// The text cut at one of its lines: what comes before it, the line, what follows. Without that line all
+// of it comes before.
+export function cutAtLine(
+  text: string,
+  line: number,
+): {before: string; marked: string | null; after: string; lines: number} {
+  let lines = 0;
+  let [begin, end] = [-1, -1];
+  for (let at = 0; at < text.length; ) {
+    const stop = text.indexOf("\n", at);
+    const next = stop < 0 ? text.length : stop;
+    if (++lines === line) [begin, end] = [at, next];
+    at = next + 1;
+  }
+  if (begin < 0) return {before: text, marked: null, after: "", lines};
+  return {before: text.slice(0, begin), marked: text.slice(begin, end), after: text.slice(end), lines};
+}
+
 const NUMBER = /^[+-]?(\d+(\.\d*)?|\.\d+)(e[+-]?\d+)?$/i;
 
 // The number that a value is, whole; NaN for everything else ("na", "31C (87.80 F)").
@@ -60,6 +78,18 @@ export function bytes(n: number): string {
     ++unit;
   } while (size >= 1024 && unit < units.length - 1);
   return `${size.toFixed(size < 10 ? 1 : 0)} ${units[unit]}`;
+}
+
+// A capacity to three decimals, as storage tools print it: "1.089 TiB".
+export function capacity(n: number): string {
+  const units = ["B", "KiB", "MiB", "GiB", "TiB", "PiB"];
+  let size = n;
+  let unit = 0;
+  while (size >= 1024 && unit < units.length - 1) {
+    size /= 1024;
+    ++unit;
+  }
+  return `${Number(size.toFixed(3))} ${units[unit]}`;
 }
 
 export function seconds(n: number): string {

@@ -1,270 +1,259 @@
-// The drives of each controller as a row of slots, and its arrays with their members.
-import {valueReader, type Rows, type Table} from "../data";
-import {tableHash} from "../route";
-import {count, number, trimmed, visible} from "../text";
-import {driveStates, volumeStates, type State} from "./states";
-import {useRows} from "./use_rows";
+// The drives of each controller as a row of slots, and its arrays with their members. What has a finding is
+// marked.
+import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../data";
+import {Standing} from "../evidence";
+import {SeverityMark} from "../severity_mark";
+import {capacity, count, visible} from "../text";
+import {drivePlace, driveSeverities, severities} from "../verdict";
+import {levelOf} from "./level";
+import {driveStates, volumeStates} from "./states";
 
-// Records of one controller follow one another under one name ("Controller 0 PDLIST").
-function controllers(rows: Rows | undefined): Map<string, number[]> {
-  const found = new Map<string, number[]>();
-  for (let row = 0; rows && row < rows.count; ++row) {
-    const name = visible(rows.name(row)).replace(
-      /\s+(PDLIST|Physical Drive List|TOPOLOGY INFO|Virtual Drive List)$/i,
-      "",
-    );
-    if (!found.has(name)) found.set(name, []);
-    found.get(name)!.push(row);
-  }
-  return found;
-}
+type DriveJudge = ReturnType<typeof driveSeverities>;
+type Judge = ReturnType<typeof severities>;
 
-function StateText({code, states}: {code: string; states: Map<string, State>}) {
-  const state = states.get(code);
+const joined = (...texts: (string | number | undefined)[]) =>
+  texts
+    .filter(text => text !== undefined && text !== "")
+    .map(text => visible(String(text)))
+    .join(" ");
+
+function State({code, words, severity}: {code: string; words: Map<string, string>; severity: ReturnType<Judge>}) {
+  const meaning = words.get(code);
   return (
-    <span class={`state ${state?.level ?? "unknown"}`}>
-      {state && state.level !== "good" && <b aria-hidden="true">▲ </b>}
-      <bdi>{code}</bdi>
-      {state && state.words !== code.toLowerCase() && <small> {state.words}</small>}
+    <span class={`state ${levelOf(severity)}`}>
+      {severity !== undefined && severity !== "notice" && (
+        <>
+          <SeverityMark of={severity} />
+          <span class="unseen">{severity}: </span>
+        </>
+      )}
+      <bdi>{visible(code)}</bdi>
+      {meaning !== undefined && <small> {meaning}</small>}
     </span>
   );
 }
 
-const COUNTERS = [
-  ["MediaErrorCount", "media errors"],
-  ["OtherErrorCount", "other errors"],
-  ["PredictiveFail", "predicted failures"],
-] as const;
+const size = (bytes: number | undefined) => (bytes === undefined ? undefined : capacity(bytes));
 
-function Health({rows, row}: {rows: Rows; row: number}) {
-  const value = valueReader(rows);
-  const smart = trimmed(value(row, "SMARTflag"));
-  return (
-    <>
-      <div class="temperature">
-        <bdi>{trimmed(value(row, "DriveTemperature"))}</bdi>
-      </div>
-      <ul class="counters">
-        {COUNTERS.map(([id, words]) => {
-          const text = trimmed(value(row, id));
-          return (
-            text !== "" && (
-              <li key={id} class={number(text) > 0 ? "raised" : ""}>
-                <bdi>{text}</bdi> {words}
-              </li>
-            )
-          );
-        })}
-        {smart !== "" && (
-          <li class={/^yes$/i.test(smart) ? "raised" : ""}>
-            SMART alert: <bdi>{smart}</bdi>
-          </li>
-        )}
-      </ul>
-    </>
-  );
-}
+// What is known of a drive beside its state, in this order.
+const FACTS: ((drive: Drive) => string | undefined | false)[] = [
+  drive => drive.serial !== undefined && `serial ${drive.serial}`,
+  drive => drive.firmware !== undefined && `firmware ${drive.firmware}`,
+  drive => drive.slot !== undefined && drive.device,
+  drive => drive.spare !== undefined && `${drive.spare} spare`,
+  drive => drive.is_foreign === true && "foreign configuration",
+  drive => drive.rebuild_percent !== undefined && `rebuild ${drive.rebuild_percent} %`,
+  drive => drive.temperature_celsius !== undefined && `${drive.temperature_celsius} °C`,
+  drive => drive.power_on_hours !== undefined && `${drive.power_on_hours.toLocaleString("en")} hours on`,
+];
 
-function Slots({
-  list,
-  listed,
-  details,
-  detailed,
-}: {
-  list: Rows | undefined;
-  listed: number[];
-  details: Rows | undefined;
-  detailed: number[];
-}) {
-  const value = list && valueReader(list);
-  const detail = details && valueReader(details);
-  // storcli prints both lists by enclosure and slot. With the same number of drives in both, the
-  // n-th of one is the n-th of the other; otherwise nothing says which belongs to which.
-  const paired = listed.length === detailed.length;
-  const slots = listed.length > 0 ? listed : detailed;
-  return (
-    <>
-      {!paired && listed.length > 0 && detailed.length > 0 && (
-        <p class="note">
-          {count(listed.length, "drive")} listed in <a href="#PINFO">PINFO</a>, {detailed.length} described in{" "}
-          <a href="#PDLIST">PDLIST</a>: which belongs to which is not known, so temperatures and error counters are not
-          shown here.
-        </p>
-      )}
-      <ul class="slots">
-        {slots.map((row, at) => {
-          const state = value && listed.length > 0 ? trimmed(value(row, "State")) : "";
-          const other = detailed[at];
-          return (
-            <li key={row} class={`slot ${driveStates.get(state)?.level ?? "unknown"}`}>
-              {value && listed.length > 0 && (
-                <a href={tableHash("PINFO", row)}>
-                  <strong>
-                    <bdi>{trimmed(value(row, "EID"))}</bdi>
-                  </strong>
-                  <StateText code={state} states={driveStates} />
-                  <span class="what">
-                    <bdi>{["Size", "Intf", "Med"].map(id => trimmed(value(row, id))).join(" ")}</bdi>
-                  </span>
-                  <span class="what">
-                    <bdi>{trimmed(value(row, "Model"))}</bdi>
-                  </span>
-                </a>
-              )}
-              {details && detail && other !== undefined && (listed.length === 0 || paired) && (
-                <a class="health" href={tableHash("PDLIST", other)}>
-                  <span class="what">
-                    <bdi>{trimmed(detail(other, "SN"))}</bdi>
-                  </span>
-                  <Health rows={details} row={other} />
-                </a>
-              )}
-            </li>
-          );
-        })}
-      </ul>
-    </>
-  );
-}
+// Counters of what goes wrong: raised from 1 on.
+const COUNTERS: ((drive: Drive) => [value: number | undefined, words: string])[] = [
+  drive => [drive.media_errors, "media errors"],
+  drive => [drive.other_errors, "other errors"],
+  drive => [drive.predicted_failures, "predicted failures"],
+];
 
-function Arrays({
-  topology,
-  members,
-  volumes,
-  volumeRows,
-  slots,
-}: {
-  topology: Rows;
-  members: number[];
-  volumes: Rows | undefined;
-  volumeRows: number[];
-  slots: Map<string, number>;
-}) {
-  const value = valueReader(topology);
-  const volume = volumes && valueReader(volumes);
-  const groups = new Map<string, number[]>();
-  for (const row of members) {
-    const group = trimmed(value(row, "DG"));
-    if (!groups.has(group)) groups.set(group, []);
-    groups.get(group)!.push(row);
-  }
-  const isDrive = (row: number) => trimmed(value(row, "Type")) === "DRIVE";
+function Counters({drive}: {drive: Drive}) {
+  const wear = [
+    drive.percentage_used !== undefined && `${drive.percentage_used} % used`,
+    drive.available_spare_percent !== undefined && `${drive.available_spare_percent} % spare left`,
+  ].filter(text => text !== false);
   return (
-    <div class="arrays">
-      {[...groups].map(([group, rows]) => {
-        // The group's own row comes first; rows of its arrays and spans repeat it.
-        const own = rows.find(row => !isDrive(row));
-        const of = volume ? volumeRows.filter(row => trimmed(volume(row, "DG")).split("/")[0] === group) : [];
+    <ul class="counters">
+      {COUNTERS.map(counter => {
+        const [value, words] = counter(drive);
         return (
-          <article key={group} class="array">
-            <h3>
-              {group === "-" ? (
-                "In no drive group"
-              ) : (
-                <>
-                  Drive group <bdi>{group}</bdi>
-                </>
-              )}
-              {own !== undefined && (
-                <a href={tableHash("TINFO", own)}>
-                  <bdi>{trimmed(value(own, "Type"))}</bdi>{" "}
-                  <StateText code={trimmed(value(own, "State"))} states={volumeStates} />{" "}
-                  <small>
-                    <bdi>{trimmed(value(own, "Size"))}</bdi>
-                  </small>
-                </a>
-              )}
-            </h3>
-            {volume && of.length > 0 && (
+          value !== undefined && (
+            <li key={words} class={value > 0 ? "counted" : ""}>
+              {value.toLocaleString("en")} {words}
+            </li>
+          )
+        );
+      })}
+      {drive.smart_alert !== undefined && (
+        <li class={drive.smart_alert ? "counted" : ""}>SMART alert: {drive.smart_alert ? "yes" : "no"}</li>
+      )}
+      {wear.length > 0 && <li>{wear.join(", ")}</li>}
+    </ul>
+  );
+}
+
+function Slot({drive, overview, severityOf}: {drive: Drive; overview: Overview; severityOf: DriveJudge}) {
+  const severity = severityOf(drive);
+  return (
+    <li class={`slot ${levelOf(severity)}`}>
+      <Standing overview={overview} place={drive}>
+        <strong>
+          <bdi>{visible(drivePlace(drive)) || "no slot"}</bdi>
+        </strong>
+        <State code={drive.state ?? ""} words={driveStates} severity={severity} />
+        <span class="what">
+          <bdi>{joined(size(drive.capacity_bytes), drive.interface, drive.media)}</bdi>
+        </span>
+        <span class="what">
+          <bdi>{visible(drive.model ?? "")}</bdi>
+        </span>
+        {FACTS.map(fact => fact(drive) || "")
+          .filter(text => text !== "")
+          .map(text => (
+            <span key={text} class="what">
+              <bdi>{visible(text)}</bdi>
+            </span>
+          ))}
+        <Counters drive={drive} />
+      </Standing>
+    </li>
+  );
+}
+
+function VolumeLine({volume, overview, severityOf}: {volume: Volume; overview: Overview; severityOf: Judge}) {
+  const {number, name, device, operation, progress_percent: progress} = volume;
+  return (
+    <li>
+      <Standing overview={overview} place={volume}>
+        <bdi>{joined(number, name && `"${name}"`, device)}</bdi>
+        <State code={volume.state ?? ""} words={volumeStates} severity={severityOf(volume)} />
+        <small>
+          <bdi>
+            {joined(
+              volume.raid,
+              size(volume.capacity_bytes),
+              operation,
+              progress === undefined ? undefined : `${progress} %`,
+            )}
+          </bdi>
+        </small>
+      </Standing>
+    </li>
+  );
+}
+
+function Arrays({volumes, drives, overview}: {volumes: Volume[]; drives: Drive[]; overview: Overview}) {
+  const severityOf = severities(overview);
+  const ofDrive = driveSeverities(overview);
+  const groups = [...new Set([...volumes, ...drives].map(one => one.drive_group))]
+    .filter(group => group !== undefined || volumes.some(volume => volume.drive_group === undefined))
+    .sort((a, b) => (a ?? Infinity) - (b ?? Infinity));
+  if (groups.length === 0) return null;
+  return (
+    <>
+      <h3 class="part">Arrays and their members</h3>
+      <div class="arrays">
+        {groups.map(group => {
+          const members = group === undefined ? [] : drives.filter(drive => drive.drive_group === group);
+          return (
+            <article key={group} class="array">
+              <h4>{group === undefined ? "Without a drive group" : `Drive group ${group}`}</h4>
               <ul class="volumes">
-                {of.map(row => (
-                  <li key={row}>
-                    <a href={tableHash("VINFO", row)}>
-                      <bdi>
-                        {trimmed(volume(row, "DG"))} {trimmed(volume(row, "Name"))}
-                      </bdi>
-                      <StateText code={trimmed(volume(row, "State"))} states={volumeStates} />
-                      <small>
-                        <bdi>
-                          {trimmed(volume(row, "TYPE"))} {trimmed(volume(row, "Size"))}
-                        </bdi>
-                      </small>
-                    </a>
+                {volumes
+                  .filter(volume => volume.drive_group === group)
+                  .map((volume, at) => (
+                    <VolumeLine key={at} volume={volume} overview={overview} severityOf={severityOf} />
+                  ))}
+              </ul>
+              <ul class="members">
+                {members.map((drive, at) => (
+                  <li key={at} class={`slot ${levelOf(ofDrive(drive))}`}>
+                    <Standing overview={overview} place={drive}>
+                      <strong>
+                        <bdi>{visible(drivePlace(drive))}</bdi>
+                      </strong>
+                      <State code={drive.state ?? ""} words={driveStates} severity={ofDrive(drive)} />
+                      <span class="what">
+                        <bdi>{joined(size(drive.capacity_bytes))}</bdi>
+                      </span>
+                    </Standing>
                   </li>
                 ))}
               </ul>
-            )}
-            <ul class="members">
-              {rows.filter(isDrive).map(row => {
-                const place = trimmed(value(row, "EID"));
-                const listed = slots.get(place);
-                const state = trimmed(value(row, "State"));
-                return (
-                  <li key={row} class={`slot ${driveStates.get(state)?.level ?? "unknown"}`}>
-                    <a href={listed === undefined ? tableHash("TINFO", row) : tableHash("PINFO", listed)}>
-                      <strong>
-                        <bdi>{place}</bdi>
-                      </strong>
-                      <StateText code={state} states={driveStates} />
-                      <span class="what">
-                        <bdi>{trimmed(value(row, "Size"))}</bdi>
-                      </span>
-                    </a>
-                  </li>
-                );
-              })}
-            </ul>
-          </article>
-        );
-      })}
-    </div>
+            </article>
+          );
+        })}
+      </div>
+    </>
   );
 }
 
-export function DrivesPicture({tables}: {tables: Map<string, Table>}) {
-  const {rows, failure} = useRows(tables, ["PINFO", "PDLIST", "TINFO", "VINFO"]);
-  if (failure)
-    return (
-      <p class="problem" role="alert">
-        {failure}
-      </p>
-    );
-  if (!rows) return <p>Reading the drives ...</p>;
-  const [list, details, topology, volumes] = ["PINFO", "PDLIST", "TINFO", "VINFO"].map(id => rows.get(id));
-  const parts = [list, details, topology, volumes].map(controllers);
-  const names = [...new Set(parts.flatMap(part => [...part.keys()]))];
+// A line about the controller itself, its battery or an enclosure.
+const controllerSays = ({serial, firmware, status}: Controller) =>
+  visible([serial && `serial ${serial}`, firmware && `firmware ${firmware}`, status].filter(Boolean).join(", "));
+const batterySays = ({model, state, charge_percent: charge, temperature_celsius: heat}: Battery) =>
+  joined(
+    "Battery",
+    model,
+    state,
+    charge === undefined ? undefined : `${charge} % full`,
+    heat === undefined ? undefined : `${heat} °C`,
+  );
+const enclosureSays = ({number, model, state, slots}: Enclosure) =>
+  joined("Enclosure", number, model, state, slots === undefined ? undefined : count(slots, "slot"));
+
+function ControllerPart({number, overview}: {number: number | undefined; overview: Overview}) {
+  const inventory = overview.inventory!;
+  const own = <One extends {controller?: number}>(list: One[]) => list.filter(one => one.controller === number);
+  const controllers = number === undefined ? [] : inventory.controllers.filter(one => one.number === number);
+  const drives = own(inventory.drives);
+  const parts = [
+    ...controllers.map(one => ({place: one, says: controllerSays(one)})),
+    ...own(inventory.batteries).map(one => ({place: one, says: batterySays(one)})),
+    ...own(inventory.enclosures).map(one => ({place: one, says: enclosureSays(one)})),
+  ].filter(({says}) => says !== "");
+  const severityOf = severities(overview);
+  const ofDrive = driveSeverities(overview);
+  return (
+    <section class="controller">
+      <h2>
+        {number === undefined ? (
+          "Behind no RAID controller"
+        ) : (
+          <bdi>{joined("Controller", number, ...controllers.map(({model}) => model))}</bdi>
+        )}
+      </h2>
+      {parts.length > 0 && (
+        <ul class="controller-parts">
+          {parts.map(({place, says}, at) => {
+            const severity = severityOf(place);
+            return (
+              <li key={at}>
+                <Standing overview={overview} place={place}>
+                  {severity !== undefined && severity !== "notice" && <SeverityMark of={severity} />}
+                  <bdi>{says}</bdi>
+                </Standing>
+              </li>
+            );
+          })}
+        </ul>
+      )}
+      {drives.length > 0 && (
+        <>
+          <h3 class="part">{count(drives.length, "drive")}</h3>
+          <ul class="slots">
+            {drives.map((drive, at) => (
+              <Slot key={at} drive={drive} overview={overview} severityOf={ofDrive} />
+            ))}
+          </ul>
+        </>
+      )}
+      <Arrays volumes={own(inventory.volumes)} drives={drives} overview={overview} />
+    </section>
+  );
+}
+
+export function DrivesPicture({overview}: {overview: Overview}) {
+  const {controllers, drives, volumes} = overview.inventory!;
+  const numbers = [
+    ...controllers.map(({number}) => number),
+    ...[...drives, ...volumes].map(({controller}) => controller),
+  ];
   return (
     <>
       <h1>Drives and arrays</h1>
-      {names.map(name => {
-        const [listed, detailed, members, volumeRows] = parts.map(part => part.get(name) ?? []) as [
-          number[],
-          number[],
-          number[],
-          number[],
-        ];
-        const eid = list && valueReader(list);
-        const slots = new Map(eid ? listed.map(row => [trimmed(eid(row, "EID")), row] as const) : []);
-        return (
-          <section key={name} class="controller">
-            <h2>
-              <bdi>{name}</bdi>
-            </h2>
-            {listed.length + detailed.length > 0 && (
-              <>
-                <h3 class="part">{count(Math.max(listed.length, detailed.length), "drive")}</h3>
-                <Slots list={list} listed={listed} details={details} detailed={detailed} />
-              </>
-            )}
-            {topology && members.length > 0 && (
-              <>
-                <h3 class="part">Arrays and their members</h3>
-                <Arrays topology={topology} members={members} volumes={volumes} volumeRows={volumeRows} slots={slots} />
-              </>
-            )}
-          </section>
-        );
-      })}
+      {[...new Set(numbers)]
+        .sort((a, b) => (a ?? Infinity) - (b ?? Infinity))
+        .map(number => (
+          <ControllerPart key={number} number={number} overview={overview} />
+        ))}
     </>
   );
 }

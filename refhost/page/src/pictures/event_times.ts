@@ -3,7 +3,7 @@ import {valueReader, type Rows} from "../data";
 import {oneLine, plain, trimmed} from "../text";
 
 export interface Event {
-  time: number; // milliseconds since 1970, taking the written time for UTC; NaN: none
+  time: number; // milliseconds since 1970, taking the written time for UTC; NaN: none, or no clock
   lane: string;
   table: string;
   row: number;
@@ -18,6 +18,13 @@ export interface Lane {
 
 const MONTHS = ["Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"];
 
+// A clock that nobody has set begins in 1970: what it says is no time.
+const FIRST = Date.UTC(2000, 0, 1);
+
+function clockTime(time: number): number {
+  return time < FIRST ? NaN : time;
+}
+
 // "Tue Nov 17 21:12:03 2026", as storcli dates events once the host has told it the time.
 const WRITTEN = /^[A-Z][a-z]{2} ([A-Z][a-z]{2}) +(\d{1,2}) (\d{2}):(\d{2}):(\d{2}) (\d{4})$/;
 
@@ -25,7 +32,9 @@ export function writtenTime(text: string): number {
   const match = WRITTEN.exec(text);
   const month = match ? MONTHS.indexOf(match[1]!) : -1;
   if (!match || month < 0) return NaN;
-  return Date.UTC(Number(match[6]), month, Number(match[2]), Number(match[3]), Number(match[4]), Number(match[5]));
+  return clockTime(
+    Date.UTC(Number(match[6]), month, Number(match[2]), Number(match[3]), Number(match[4]), Number(match[5])),
+  );
 }
 
 // storcli's event classes, as its manual numbers them.
@@ -60,6 +69,11 @@ export function controllerEvents(logs: Rows[]): {events: Event[]; lanes: Lane[]}
 const SEL_LINE = /^([0-9a-f]{4}) (\d\d)\/(\d\d)\/(\d\d) (\d\d):(\d\d):(\d\d) ([A-Z]{3}) (.*)$/;
 const SEL_UNDATED = /^([0-9a-f]{4}) (?!\d\d\/\d\d\/\d\d ).*? ([A-Z]{3}) (.*)$/;
 
+// Two digits from 1970, when IPMI's time begins, to 2069.
+function fullYear(digits: number): number {
+  return digits < 70 ? 2000 + digits : 1900 + digits;
+}
+
 const SEVERITIES: Lane[] = [
   {id: "CRT", title: "CRT, critical", level: "bad"},
   {id: "MAJ", title: "MAJ, major", level: "bad"},
@@ -75,13 +89,15 @@ export function systemEvents(rows: Rows): {events: Event[]; lanes: Lane[]} {
     if (match) {
       const [, , month, date, year, hour, minute, second, severity, text] = match;
       events.push({
-        time: Date.UTC(
-          2000 + Number(year),
-          Number(month) - 1,
-          Number(date),
-          Number(hour),
-          Number(minute),
-          Number(second),
+        time: clockTime(
+          Date.UTC(
+            fullYear(Number(year)),
+            Number(month) - 1,
+            Number(date),
+            Number(hour),
+            Number(minute),
+            Number(second),
+          ),
         ),
         lane: severity!,
         table: rows.table.id,

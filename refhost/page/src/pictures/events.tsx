@@ -1,7 +1,7 @@
 // When what happened: the controller's event log and the system event log, a lane for each class.
 import {scaleUtc} from "d3-scale";
 import {useMemo, useState} from "preact/hooks";
-import type {Table} from "../data";
+import type {Overview, Table} from "../data";
 import {tableHash} from "../route";
 import {count} from "../text";
 import {controllerEvents, systemEvents, type Event, type Lane} from "./event_times";
@@ -27,7 +27,20 @@ function day(time: number): string {
   return new Date(time).toISOString().slice(0, 16).replace("T", " ");
 }
 
-function Timeline({title, events, lanes, note}: {title: string; events: Event[]; lanes: Lane[]; note: string}) {
+// A span of time ends when the collection did; without it, all events that there are.
+function Timeline({
+  title,
+  events,
+  lanes,
+  note,
+  collected,
+}: {
+  title: string;
+  events: Event[];
+  lanes: Lane[];
+  note: string;
+  collected: number; // NaN: not known
+}) {
   const [span, setSpan] = useState(Infinity);
   const dated = useMemo(() => events.filter(event => !Number.isNaN(event.time)), [events]);
   const range = useMemo(
@@ -38,13 +51,14 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
       ),
     [dated],
   );
-  const end = range[1] + 1;
-  const start = Math.max(range[0], end - span);
+  const last = Number.isNaN(collected) ? range[1] : collected;
+  const end = (span === Infinity ? Math.max(range[1], last) : last) + 1;
+  const start = Math.max(Math.min(range[0], end - 1), end - span);
   const present = lanes.filter(lane => events.some(event => event.lane === lane.id));
   const bins = useMemo(() => {
     const all = new Map<string, {lane: string; bin: number; events: Event[]}>();
     for (const event of dated) {
-      if (event.time < start) continue;
+      if (event.time < start || event.time >= end) continue;
       const bin = Math.floor(((event.time - start) / (end - start)) * BINS);
       const key = `${event.lane} ${bin}`;
       const known = all.get(key);
@@ -74,12 +88,12 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
       <h2>{title}</h2>
       <p>
         {count(events.length, "entry", "entries")}
-        {undated > 0 && `, ${undated.toLocaleString("en")} of them without a date`}. {note}
+        {undated > 0 && `, ${undated.toLocaleString("en")} of them without a date (no clock)`}. {undated > 0 && note}
       </p>
       {dated.length > 0 && (
         <>
           <p class="choices">
-            {SPANS.filter(([, length]) => length === Infinity || length < range[1] - range[0]).map(([name, length]) => (
+            {SPANS.filter(([, length]) => length === Infinity || length < last - range[0]).map(([name, length]) => (
               <button type="button" key={name} aria-pressed={span === length} onClick={() => setSpan(length)}>
                 {name}
               </button>
@@ -172,7 +186,7 @@ function Timeline({title, events, lanes, note}: {title: string; events: Event[];
   );
 }
 
-export function EventsPicture({tables}: {tables: Map<string, Table>}) {
+export function EventsPicture({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
   const {rows, failure} = useRows(tables, eventTables);
   const [controller, system] = useMemo(() => {
     if (!rows) return [null, null];
@@ -187,6 +201,7 @@ export function EventsPicture({tables}: {tables: Map<string, Table>}) {
       </p>
     );
   if (!rows) return <p>Reading the events ...</p>;
+  const collected = Date.parse(overview.meta["finished"] || overview.meta["started"] || "");
   return (
     <>
       <h1>Events over time</h1>
@@ -195,10 +210,18 @@ export function EventsPicture({tables}: {tables: Map<string, Table>}) {
         <Timeline
           title="RAID controller"
           {...controller}
+          collected={collected}
           note="Without a date are those that the controller dated in seconds since it started."
         />
       )}
-      {system && <Timeline title="System event log (SEL)" {...system} note="" />}
+      {system && (
+        <Timeline
+          title="System event log (SEL)"
+          {...system}
+          collected={collected}
+          note="Without a date are those from before the BMC had a clock."
+        />
+      )}
     </>
   );
 }

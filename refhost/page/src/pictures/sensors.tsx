@@ -1,26 +1,32 @@
-// Each sensor's reading against its thresholds, grouped by unit.
+// Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
 import {scaleLinear} from "d3-scale";
-import type {Table} from "../data";
-import {tableHash} from "../route";
-import {count} from "../text";
-import {isBad, sensorsOf, THRESHOLDS, type Sensor} from "./readings";
-import {useRows} from "./use_rows";
+import type {Overview, Sensor} from "../data";
+import {Standing} from "../evidence";
+import {SeverityMark} from "../severity_mark";
+import {count, visible} from "../text";
+import {severities} from "../verdict";
+import {levelOf, type Level} from "./level";
 
 const WIDTH = 360;
 const HEIGHT = 26;
 
 const TITLES: Record<string, string> = {
-  "degrees C": "Temperatures, degrees C",
-  RPM: "Fans, RPM",
-  Volts: "Voltages, Volts",
-  Watts: "Power, Watts",
-  Amps: "Currents, Amps",
+  temperature: "Temperatures",
+  fan: "Fans",
+  voltage: "Voltages",
+  power: "Power",
+  current: "Currents",
 };
+const STATES = "discrete";
+
+const LOWER = ["lnr", "lc", "lnc"] as const;
+const UPPER = ["unc", "uc", "unr"] as const;
+const THRESHOLDS = [...LOWER, ...UPPER];
 
 // Between the outermost thresholds, or from zero where there are none below.
 function scaleOf(sensor: Sensor) {
-  const known = [...sensor.thresholds, sensor.value].filter(value => !Number.isNaN(value));
-  const hasLower = sensor.thresholds.slice(0, 3).some(value => !Number.isNaN(value));
+  const known = [...THRESHOLDS.map(id => sensor[id]), sensor.reading].filter(value => value !== undefined);
+  const hasLower = LOWER.some(id => sensor[id] !== undefined);
   const low = hasLower ? Math.min(...known) : Math.min(0, ...known);
   const high = Math.max(...known);
   const room = (high - low || Math.abs(high) || 1) * 0.08;
@@ -29,89 +35,95 @@ function scaleOf(sensor: Sensor) {
     .range([0, WIDTH]);
 }
 
-function Bar({sensor}: {sensor: Sensor}) {
+function Bar({sensor, reading, level}: {sensor: Sensor; reading: number; level: Level}) {
   const x = scaleOf(sensor);
-  const [lnr, lcr, lnc, unc, ucr, unr] = sensor.thresholds as [number, number, number, number, number, number];
-  const first = (...values: number[]) => values.find(value => !Number.isNaN(value));
   // From a threshold outwards to the next one, or to the end of the scale.
   const zone = (kind: string, from: number | undefined, to: number | undefined) => {
     const [begin, end] = [from === undefined ? 0 : x(from), to === undefined ? WIDTH : x(to)];
     return <rect class={kind} x={Math.min(begin, end)} y={8} width={Math.abs(end - begin)} height={10} />;
   };
-  const lowest = first(lcr, lnr);
-  const highest = first(ucr, unr);
+  const lowest = sensor.lc ?? sensor.lnr;
+  const highest = sensor.uc ?? sensor.unr;
   return (
     <svg class="bar" viewBox={`0 0 ${WIDTH} ${HEIGHT}`} preserveAspectRatio="none" aria-hidden="true">
       <rect class="zone within" x={0} y={8} width={WIDTH} height={10} />
-      {!Number.isNaN(lnc) && zone("zone warning", undefined, lnc)}
-      {!Number.isNaN(unc) && zone("zone warning", unc, undefined)}
+      {sensor.lnc !== undefined && zone("zone warning", undefined, sensor.lnc)}
+      {sensor.unc !== undefined && zone("zone warning", sensor.unc, undefined)}
       {lowest !== undefined && zone("zone critical", undefined, lowest)}
       {highest !== undefined && zone("zone critical", highest, undefined)}
-      {sensor.thresholds.map(
-        (threshold, at) =>
-          !Number.isNaN(threshold) && (
-            <line key={at} class="threshold" x1={x(threshold)} x2={x(threshold)} y1={5} y2={21} />
-          ),
-      )}
-      <rect class={`mark ${sensor.position}`} x={x(sensor.value) - 2.5} y={1} width={5} height={24} />
+      {THRESHOLDS.map(id => {
+        const threshold = sensor[id];
+        return (
+          threshold !== undefined && (
+            <line key={id} class="threshold" x1={x(threshold)} x2={x(threshold)} y1={5} y2={21} />
+          )
+        );
+      })}
+      <rect class={`mark ${level}`} x={x(reading) - 2.5} y={1} width={5} height={24} />
     </svg>
   );
 }
 
 function spoken(sensor: Sensor): string {
-  const limits = sensor.thresholds.flatMap((value, at) => (Number.isNaN(value) ? [] : [`${THRESHOLDS[at]} ${value}`]));
+  const limits = THRESHOLDS.filter(id => sensor[id] !== undefined).map(id => `${id.toUpperCase()} ${sensor[id]}`);
   return limits.length > 0 ? limits.join(", ") : "no thresholds";
 }
 
-function Line({sensor}: {sensor: Sensor}) {
+type Judge = ReturnType<typeof severities>;
+
+function Line({sensor, overview, severityOf}: {sensor: Sensor; overview: Overview; severityOf: Judge}) {
+  const severity = severityOf(sensor);
+  const level = levelOf(severity);
+  const {reading, states} = sensor;
+  const thresholds = sensor.kind === STATES ? "" : spoken(sensor);
   return (
-    <li class={`sensor ${sensor.position}`}>
-      <a href={tableHash("SENSORINFO", sensor.row)} title={spoken(sensor)}>
+    <li class={`sensor ${level}`}>
+      <Standing overview={overview} place={sensor} title={thresholds}>
         <span class="name">
-          <bdi>{sensor.name}</bdi>
+          <bdi>{visible(sensor.name ?? "")}</bdi>
         </span>
-        {Number.isNaN(sensor.value) ? <span class="bar" /> : <Bar sensor={sensor} />}
+        {reading === undefined ? <span class="bar" /> : <Bar sensor={sensor} reading={reading} level={level} />}
         <span class="reading">
-          <bdi>{sensor.reading}</bdi>
+          <bdi>{reading ?? (states.length > 0 ? visible(states.join(", ")) : "")}</bdi>
         </span>
         <span class="status">
-          {isBad(sensor) && <b aria-label="outside its thresholds">{sensor.position === "critical" ? "▲▲" : "▲"}</b>}{" "}
-          <bdi>{sensor.status}</bdi>
+          {severity !== undefined && severity !== "notice" && (
+            <>
+              <SeverityMark of={severity} />
+              <span class="unseen">{severity}: </span>
+            </>
+          )}
+          <bdi>{visible(sensor.status ?? "")}</bdi>
         </span>
-        <span class="unseen">, {spoken(sensor)}</span>
-      </a>
+        {thresholds !== "" && <span class="unseen">, {thresholds}</span>}
+      </Standing>
     </li>
   );
 }
 
-export function SensorsPicture({tables}: {tables: Map<string, Table>}) {
-  const {rows, failure} = useRows(tables, ["SENSORINFO"]);
-  if (failure)
-    return (
-      <p class="problem" role="alert">
-        {failure}
-      </p>
-    );
-  if (!rows) return <p>Reading the sensors ...</p>;
-  const sensors = sensorsOf(rows.get("SENSORINFO")!);
-  const units = new Map<string, Sensor[]>();
-  for (const unit of Object.keys(TITLES)) units.set(unit, []);
+function titleOf(kind: string, sensors: Sensor[]): string {
+  if (kind === STATES) return "States (discrete sensors)";
+  const units = [...new Set(sensors.flatMap(sensor => sensor.unit ?? []))].map(visible);
+  return [TITLES[kind] ?? (visible(kind) || "Others"), ...units].join(", ");
+}
+
+export function SensorsPicture({overview}: {overview: Overview}) {
+  const sensors = overview.inventory!.sensors;
+  const severityOf = severities(overview);
+  const kinds = new Map<string, Sensor[]>(Object.keys(TITLES).map(kind => [kind, []]));
   for (const sensor of sensors) {
-    const unit = sensor.unit;
-    if (!units.has(unit)) units.set(unit, []);
-    units.get(unit)!.push(sensor);
+    const kind = sensor.kind ?? "";
+    if (!kinds.has(kind)) kinds.set(kind, []);
+    kinds.get(kind)!.push(sensor);
   }
-  const outside = sensors.filter(isBad);
+  const found = sensors.filter(sensor => levelOf(severityOf(sensor)) !== "plain").length;
 
   return (
     <>
       <h1>Sensors</h1>
       <p class="lead">
-        {count(sensors.length, "sensor")},{" "}
-        {outside.length === 0
-          ? "none outside its thresholds"
-          : `${outside.length} outside ${outside.length === 1 ? "its" : "their"} thresholds`}
-        . <a href="#SENSORINFO">All values</a>.
+        {count(sensors.length, "sensor")}, {found === 0 ? "none" : found} with a finding. Each leads to its line in the
+        capture.
       </p>
       <ul class="legend">
         <li>
@@ -125,14 +137,14 @@ export function SensorsPicture({tables}: {tables: Map<string, Table>}) {
         </li>
         <li>lines: thresholds; each scale is the sensor's own</li>
       </ul>
-      {[...units]
+      {[...kinds]
         .filter(([, all]) => all.length > 0)
-        .map(([unit, all]) => (
-          <section key={unit} class={unit === "discrete" || unit === "" ? "sensors states" : "sensors"}>
-            <h2>{TITLES[unit] ?? (unit === "discrete" ? "States (discrete sensors)" : unit || "Without a unit")}</h2>
+        .map(([kind, all]) => (
+          <section key={kind} class={kind === STATES ? "sensors states" : "sensors"}>
+            <h2>{titleOf(kind, all)}</h2>
             <ul>
-              {all.map(sensor => (
-                <Line key={sensor.row} sensor={sensor} />
+              {all.map((sensor, at) => (
+                <Line key={at} sensor={sensor} overview={overview} severityOf={severityOf} />
               ))}
             </ul>
           </section>

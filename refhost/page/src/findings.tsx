@@ -1,0 +1,68 @@
+// What is wrong, the worst first, each with the lines that say so.
+import type {Finding, Overview, Severity} from "./data";
+import {addressOf, Evidence} from "./evidence";
+import {SeverityMark} from "./severity_mark";
+import {count, visible} from "./text";
+import {bySeverity} from "./verdict";
+
+const TITLES: Record<Severity, [one: string, many: string]> = {
+  critical: ["critical finding", "critical findings"],
+  warning: ["warning", "warnings"],
+  unknown: ["thing that nobody can tell", "things that nobody can tell"],
+  notice: ["notice", "notices"],
+};
+
+function FindingLine({finding, overview}: {finding: Finding; overview: Overview}) {
+  const address = finding.evidence[0] && addressOf(overview, finding.evidence[0]);
+  const subject = <bdi>{visible(finding.subject)}</bdi>;
+  return (
+    <li class={`finding ${finding.severity}`}>
+      <SeverityMark of={finding.severity} />
+      <div>
+        <p>
+          <span class="unseen">{finding.severity}: </span>
+          {address === undefined ? <strong>{subject}</strong> : <a href={address}>{subject}</a>}{" "}
+          <bdi class="says">{visible(finding.says)}</bdi>
+        </p>
+        <p class="from">
+          <span>{visible(finding.subsystem)}</span>
+          {finding.time !== null && <time dateTime={finding.time}>{visible(finding.time.replace("T", " "))}</time>}
+          {finding.count > 1 && <span>{count(finding.count, "time")}</span>}
+          {finding.evidence.map((place, at) => (
+            <Evidence key={at} overview={overview} place={place} />
+          ))}
+        </p>
+      </div>
+    </li>
+  );
+}
+
+export function FindingsView({overview}: {overview: Overview}) {
+  const groups = bySeverity(overview.findings!);
+  if (groups.length === 0) return <p class="empty">No rule found anything in what was read.</p>;
+  return (
+    <>
+      {groups.map(({severity, findings}) => {
+        const title = count(findings.length, ...TITLES[severity]);
+        const list = (
+          <ul class="findings">
+            {findings.map(finding => (
+              <FindingLine key={finding.id} finding={finding} overview={overview} />
+            ))}
+          </ul>
+        );
+        return severity === "notice" ? (
+          <details key={severity} class="notices">
+            <summary>{title}</summary>
+            {list}
+          </details>
+        ) : (
+          <section key={severity}>
+            <h3>{title}</h3>
+            {list}
+          </section>
+        );
+      })}
+    </>
+  );
+}
