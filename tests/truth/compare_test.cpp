@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
         Lie{"/findings/0/subsystem", R"("cooling")",
             R"(finding "temperature_critical" ("critical") of "Sensor Temp": "43", "sensorinfo.txt" line 2: subsystem is "cooling", not "temperature")"},
         Lie{"/findings/0/subject", R"("Sensor")",
-            R"(finding "temperature_critical" ("critical") of "Sensor": "43", "sensorinfo.txt" line 2: does not name "Temp")"},
+            R"(finding "temperature_critical" ("critical") of "Sensor": "43", "sensorinfo.txt" line 2: does not name ["Temp"])"},
         Lie{"/findings/0/evidence/0/line", "1",
             R"(no finding: "sensor Temp is cr" ["critical"] at [{"capture":"sensorinfo.txt","first":2,"last":2}])"},
         Lie{"/findings/1/evidence/0/capture", R"("c0_showall.txt")",

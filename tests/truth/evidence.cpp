@@ -171,6 +171,9 @@ Fate suffer(const Page& page, Damage damage, Random& random) {
         case Damage::no_last_line_end:
             // Empty lines at the end go as well, so that the last byte is one of text.
             while (!fate.bytes.empty() && fate.bytes.back() == '\n') fate.bytes.pop_back();
+            for (std::size_t line = 0; line < page.lines.size(); ++line) {
+                if (!page.lines[line].text.empty()) fate.open_line = static_cast<int>(line);
+            }
             fate.trust = Trust::unsure;
             break;
         case Damage::words_before:
@@ -222,16 +225,20 @@ Fates suffer_all(const std::vector<Page>& pages, Random& random, int percent_hur
     }
     if (!random.chance(percent_hurt)) return fates;
     const auto damages = all_damages();
-    for (int left = random.between(1, 2), tries = 0; left > 0 && tries < 30; ++tries) {
+    for (int left = random.between(1, 2); left > 0; --left) {
         const auto damage = random.pick(damages);
-        const auto& page = random.pick(pages);
-        if (!fits(page, damage) || fates.of(page.name).damage != Damage::none) continue;
+        std::vector<const Page*> fit;
+        for (const auto& page : pages) {
+            if (fits(page, damage) && fates.of(page.name).damage == Damage::none)
+                fit.push_back(&page);
+        }
+        if (fit.empty()) continue;
+        const auto& page = *random.pick(fit);
         for (const auto& one : pages) {
             const bool goes_too = damage == Damage::tool_missing && one.tool == page.tool;
             if ((goes_too || &one == &page) && fits(one, damage))
                 fates.by_page[one.name] = suffer(one, damage, random);
         }
-        --left;
     }
     return fates;
 }

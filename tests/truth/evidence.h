@@ -46,6 +46,7 @@ struct Fate {
     std::vector<int> where;       // by line of the page: its number now, from 1; 0: it is gone
     int cut_line = -1;            // the line of the page that lost its end; -1: none
     bool is_cut_in_tail = false;  // where nobody could tell
+    int open_line = -1;  // the last line, whole but without its end: nobody can tell that it is
 };
 
 struct Fates {

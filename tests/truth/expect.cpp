@@ -11,7 +11,7 @@ const char* word(Level level) {
 Left left_of(const Spot& spot, const Fates& fates) {
     const auto& fate = fates.of(spot.page);
     if (!fate.is_there || fate.where[static_cast<std::size_t>(spot.first)] == 0) return Left::gone;
-    return fate.is_sure ? Left::sure : Left::shaky;
+    return fate.is_sure && fate.open_line != spot.last ? Left::sure : Left::shaky;
 }
 
 namespace {
@@ -177,7 +177,7 @@ void expect_drives(Found& found, const Controller& controller) {
         Expected one;
         one.about = "drive " + name;
         one.subsystem = "storage";
-        one.holds = {std::to_string(drive.slot)};
+        one.holds = {std::to_string(drive.slot), drive.serial};
         one.least = one.most = Level::notice;
         Left best = Left::gone;
         for (const auto& trouble : troubles) {
@@ -601,8 +601,8 @@ std::set<std::string> without_findings(const std::string& subsystem, const Serve
                                        const Fates& fates) {
     if (subsystem == "storage") {
         if (server.storage_tool == StorageTool::none) {
-            const bool is_whole = fates.of("host_lspci.txt").trust == Trust::whole;
-            if (server.has_ahci || !is_whole) return {"unknown"};
+            const bool is_broken = fates.of("host_lspci.txt").trust == Trust::broken;
+            if (server.has_ahci || is_broken) return {"unknown"};
             return {"absent", "unknown"};
         }
         const auto trust = trust_of_storage(server, fates);

@@ -18,7 +18,7 @@ struct Expected {
     Level least = Level::warning, most = Level::warning;
     std::string subsystem;
     std::vector<Spot> spots;              // the evidence is one of these
-    std::vector<std::string> holds = {};  // texts that stand in its subject or in what it says
+    std::vector<std::string> holds = {};  // one of these stands in its subject or in what it says
     bool is_certain = true;               // false: it may be there
     bool is_once = true;                  // no second finding has evidence at these lines
 };

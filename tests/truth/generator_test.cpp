@@ -118,7 +118,9 @@ bool stands_in(const Fact& fact, const std::string& line) {
     };
     // What nobody has to read tells nothing by its words; clocks are told in the tool's own form.
     if (std::count(fact.told.also.begin(), fact.told.also.end(), nullptr) > 0) return true;
-    if (fact.field == "time" || fact.field == "system" || fact.field == "enclosure") return true;
+    if (fact.field == "time" || fact.field == "system" || fact.field == "enclosure" ||
+        fact.field == "controller")
+        return true;
     if (value.is_array()) return std::all_of(values.begin(), values.end(), holds);
     return std::any_of(values.begin(), values.end(), holds);
 }

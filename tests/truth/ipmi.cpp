@@ -190,13 +190,23 @@ void print_frus(const Server& server, Book& book, Pages& pages) {
             tell(say("Board Part Number", fru.board_part), "part", fru.board_part, fru.part);
             say("Board Extra", "MAC " + server.bmc.mac);
         }
+        const int supply = fru.device.starts_with("PSU") ? fru.device[3] - '0' : 0;
+        const auto join = [&](int line, const char* field, const std::string& value) {
+            if (supply > 0)
+                book.subject("power_supplies", std::to_string(supply), {"slot"})
+                    .tell(page, line, {{field, joined(value)}});
+        };
         if (fru.has_product) {
             tell(say("Product Manufacturer", fru.manufacturer), "manufacturer", fru.manufacturer,
                  fru.board_manufacturer);
-            tell(say("Product Name", fru.product), "product", fru.product, fru.board_product);
+            const int product = say("Product Name", fru.product);
+            tell(product, "product", fru.product, fru.board_product);
+            join(product, "model", fru.product);
             tell(say("Product Part Number", fru.part), "part", fru.part, fru.board_part);
             say("Product Version", "1.0");
-            tell(say("Product Serial", fru.serial), "serial", fru.serial, fru.board_serial);
+            const int serial = say("Product Serial", fru.serial);
+            tell(serial, "serial", fru.serial, fru.board_serial);
+            join(serial, "serial", fru.serial);
             if (fru.has_chassis) say("Product Asset Tag", "asset-42");
         }
         page.line("");
@@ -211,9 +221,9 @@ void print_sel(const Server& server, Random& random, Book& book, Pages& pages) {
     const auto used = server.bmc.sel.size();
     page.line(is_older ? "ipmiutil sel version 2.98" : "ipmiutil sel version 3.18");
     page.line("-- BMC version " + server.bmc.firmware + ", IPMI version 2.0 ");
-    const int full =
-        page.line("SEL Ver 51 Support 0f, Size = 0 records (Used=" + std::to_string(used) +
-                  ", Free=" + std::to_string(server.bmc.sel_room - static_cast<int>(used)) + ")");
+    const int full = page.line(
+        "SEL Ver 51 Support 0f, Size = 0 records (Used=" + std::to_string(used) + ", Free=" +
+        std::to_string(std::max(0, server.bmc.sel_room - static_cast<int>(used))) + ")");
     book.subject("_sel", "room", {}).tell(page, full, {{"used", used}});
     page.line("RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]");
     int id = 1;

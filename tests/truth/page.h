@@ -59,8 +59,9 @@ struct Told {
         : value(std::forward<Value>(told)), also(std::move(alternatives)) {}
     Json value;
     std::vector<Json> also = {};
-    bool begins = false;   // longer values that begin so are right as well
-    bool is_free = false;  // any value is
+    bool begins = false;     // longer values that begin so are right as well
+    bool is_free = false;    // any value is
+    bool is_joined = false;  // the line is about another entity; a reader may join it to this one
 };
 inline Told beginning(Json value) {
     Told told(std::move(value));
@@ -70,6 +71,12 @@ inline Told beginning(Json value) {
 inline Told anything(Json value) {
     Told told(std::move(value));
     told.is_free = true;
+    return told;
+}
+template <class Value>
+Told joined(Value&& value) {
+    Told told(std::forward<Value>(value));
+    told.is_joined = true;
     return told;
 }
 

@@ -86,12 +86,14 @@ void print_version(const Server& server, Page& page) {
     page.line("Operating system = Linux " + server.kernel);
 }
 
-void print_head(const Server& server, Page& page, int controller, const std::string& description) {
+// Gives the line of the controller's number.
+int print_head(const Server& server, Page& page, int controller, const std::string& description) {
     print_version(server, page);
-    page.line("Controller = " + std::to_string(controller));
+    const int number = page.line("Controller = " + std::to_string(controller));
     page.line("Status = Success");
     page.line("Description = " + description);
     page.line("");
+    return number;
 }
 
 Subject& subject_of(Book& book, const Controller& controller) {
@@ -103,11 +105,8 @@ void tell_controller(Page& page, Book& book, const Controller& controller) {
     const auto say = [&](const std::string& key, const std::string& value) {
         return page.line(key + " = " + value);
     };
-    const int line = say("Product Name", controller.model);
-    subject.tell(page, line,
-                 {{"number", controller.number},
-                  {"model", controller.model},
-                  {"status", anything(nullptr)}});
+    subject.tell(page, say("Product Name", controller.model),
+                 {{"model", controller.model}, {"status", anything(nullptr)}});
     subject.tell(page, say("Serial Number", controller.serial), {{"serial", controller.serial}});
     page.line("SAS Address =  500605b00" + std::to_string(controller.number % 10) + "5719c0");
 }
@@ -538,7 +537,8 @@ Page show(const Server& server, Random& random, Book& book, const Controller& co
     if (!is_hba && server.form != StorcliForm::v1_03)
         page.text(
             "Generating detailed summary of the adapter, it may take a while to complete.\n\n");
-    print_head(server, page, controller.number, "None");
+    const int head = print_head(server, page, controller.number, "None");
+    subject_of(book, controller).tell(page, head, {{"number", controller.number}});
     print_summary(server, page, book, controller);
     if (!is_hba) {
         print_topology(server, page, book, controller, is_short);

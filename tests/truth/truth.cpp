@@ -44,6 +44,7 @@ void add_field(const Subject& subject, const char* field, const Fates& fates, Js
                Json& how) {
     Json sure = Json::array();
     Json shaky = Json::array();
+    Json joined = Json::array();
     bool is_told_freely = false;
     bool begins = false;
     bool was_cut = false;
@@ -55,6 +56,10 @@ void add_field(const Subject& subject, const char* field, const Fates& fates, Js
             is_told_freely = true;
             continue;
         }
+        if (fact.told.is_joined) {
+            add_once(joined, fact.told.value);
+            continue;
+        }
         begins = begins || fact.told.begins;
         was_cut = was_cut || has_damaged_line(fact, fates);
         auto& values = left == Left::sure ? sure : shaky;
@@ -64,6 +69,8 @@ void add_field(const Subject& subject, const char* field, const Fates& fates, Js
     auto values = sure;
     for (const auto& value : shaky) add_once(values, value);
     if (sure.empty() && !shaky.empty()) add_once(values, nullptr);
+    if (values.empty() && !joined.empty()) values.push_back(nullptr);
+    for (const auto& value : joined) add_once(values, value);
     if (values.empty() && is_told_freely) how["free"].push_back(field);
     if (sure.empty() && is_told_freely && !values.empty()) how["free"].push_back(field);
     entity[field] = values.empty() ? Json() : values.front();
@@ -112,7 +119,7 @@ Json entity_of(const ContractKind& kind, const Subject& subject, const Fates& fa
     const Fact* first = nullptr;
     for (const auto& fact : subject.facts) {
         const auto left = left_of(fact.spot, fates);
-        if (left > best) {
+        if (left > best && !fact.told.is_joined) {
             best = left;
             first = &fact;
         }
