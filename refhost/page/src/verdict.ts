@@ -1,5 +1,5 @@
 // What the collection's verdict says, as the page shows it. It comes with the report; nothing here judges.
-import type {Drive, Finding, Overview, Place, Severity} from "./data";
+import type {Drive, Finding, Overview, Place, Sensor, Severity} from "./data";
 
 const SEVERITIES: Severity[] = ["critical", "warning", "unknown", "notice"];
 
@@ -43,18 +43,31 @@ export function drivePlace(drive: Drive): string {
   return drive.slot === undefined ? (drive.device ?? "") : `${drive.enclosure ?? ""}:${drive.slot}`;
 }
 
-// The worst finding of a drive. What is said of its counters stands in its details, not where the drive
-// stands; such findings begin with the drive's name: "Drive 10:4 of controller 0, EX1200MM0129, ...".
-export function driveSeverities(overview: Overview): (drive: Drive) => Severity | undefined {
+// The worst finding of an entity, by where it stands or by its name. What is said of a drive's counters or
+// of a sensor's states stands on other lines; such findings begin with the name: "Drive 10:4 of controller
+// 0, EX1200MM0129, ...".
+function namedSeverities(overview: Overview): (place: Place, name: string) => Severity | undefined {
   const here = severities(overview);
   const named = new Map<string, Severity>();
   for (const {severity, subject} of overview.findings ?? []) {
-    const name = subject.split(", ")[0]!;
-    named.set(name, worse(named.get(name), severity));
+    for (const name of new Set([subject, subject.split(", ")[0]!])) named.set(name, worse(named.get(name), severity));
   }
+  return (place, name) => {
+    const [a, b] = [here(place), named.get(name)];
+    return b === undefined ? a : worse(a, b);
+  };
+}
+
+// Readings of sensors stand where the sensors do, and names of sensors need not be unique.
+export function sensorSeverities(overview: Overview): (sensor: Sensor) => Severity | undefined {
+  const [here, named] = [severities(overview), namedSeverities(overview)];
+  return sensor => (sensor.reading === undefined ? named(sensor, `Sensor ${sensor.name ?? ""}`) : here(sensor));
+}
+
+export function driveSeverities(overview: Overview): (drive: Drive) => Severity | undefined {
+  const named = namedSeverities(overview);
   return drive => {
     const of = drive.controller === undefined ? "" : ` of controller ${drive.controller}`;
-    const [a, b] = [here(drive), named.get(`Drive ${drivePlace(drive)}${of}`)];
-    return b === undefined ? a : worse(a, b);
+    return named(drive, `Drive ${drivePlace(drive)}${of}`);
   };
 }

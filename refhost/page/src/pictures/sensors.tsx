@@ -4,7 +4,7 @@ import type {Overview, Sensor} from "../data";
 import {Standing} from "../evidence";
 import {SeverityMark} from "../severity_mark";
 import {count, visible} from "../text";
-import {severities} from "../verdict";
+import {sensorSeverities} from "../verdict";
 import {levelOf, type Level} from "./level";
 
 const WIDTH = 360;
@@ -69,7 +69,7 @@ function spoken(sensor: Sensor): string {
   return limits.length > 0 ? limits.join(", ") : "no thresholds";
 }
 
-type Judge = ReturnType<typeof severities>;
+type Judge = ReturnType<typeof sensorSeverities>;
 
 function Line({sensor, overview, severityOf}: {sensor: Sensor; overview: Overview; severityOf: Judge}) {
   const severity = severityOf(sensor);
@@ -109,7 +109,7 @@ function titleOf(kind: string, sensors: Sensor[]): string {
 
 export function SensorsPicture({overview}: {overview: Overview}) {
   const sensors = overview.inventory!.sensors;
-  const severityOf = severities(overview);
+  const severityOf = sensorSeverities(overview);
   const kinds = new Map<string, Sensor[]>(Object.keys(TITLES).map(kind => [kind, []]));
   for (const sensor of sensors) {
     const kind = sensor.kind ?? "";
