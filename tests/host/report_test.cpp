@@ -35,6 +35,21 @@ TEST_F(Report, AsItIsPromised) {
     write_report_json(Store(path(), Store::Mode::read), out);
     EXPECT_EQ(out.str(), R"({"format":1,
 "collection":{"host":null,"machine_id":null,"os":null,"kernel":null,"uptime_seconds":null,"run_as":null,"started":null,"finished":null,"status":"incomplete","version":null},
+"health":[],
+"findings":[],
+"inventory":{
+"systems":[],
+"processors":[],
+"memory_modules":[],
+"bmcs":[],
+"sensors":[],
+"power_supplies":[],
+"frus":[],
+"controllers":[],
+"batteries":[],
+"enclosures":[],
+"volumes":[],
+"drives":[]},
 "modules":[
 {"name":"M","display":"A \"module\"","tables":[
 {"id":"ROWS","layout":{"kind":"rows","headers":["a","b"],"widths":[60,40],"flag":false}},

@@ -114,7 +114,8 @@ TEST_F(VerdictTables, SqlHasTheTypesOfTheContract) {
                            .unc = 40.0,
                            .uc = {},
                            .unr = {},
-                           .states = {"present", "power lost"}});
+                           .states = {"present", "power lost"},
+                           .elsewhere = {}});
     all.drives.resize(1);
     all.drives[0].is_foreign = true;
     all.drives[0].slot = 7;
