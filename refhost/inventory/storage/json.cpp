@@ -41,34 +41,32 @@ std::int64_t JsonText::line_of(std::string_view key) const {
 }
 
 std::unique_ptr<const JsonText> read_json(CaptureLines& lines, Reading& reading) {
-    auto result = std::make_unique<JsonText>();
-    JsonText& found = *result;
-    bool begun = false;
+    std::unique_ptr<JsonText> result;
     const auto gap = [&](const char* words) {
         reading.how.gaps.push_back({lines.count(), words});
         reading.how.lines = lines.count();
     };
     while (const auto line = lines.next()) {
-        if (!begun) {
+        if (!result) {
             if (!trimmed(line->text).starts_with('{')) {
                 if (!trimmed(line->text).empty()) reading.how.unknown_line(line->number);
                 continue;
             }
-            begun = true;
-            found.first_line = line->number;
+            result = std::make_unique<JsonText>(line->number);
         }
-        if (found.text.size() + line->text.size() > kMostBytes) {
+        if (result->text.size() + line->text.size() > kMostBytes) {
             while (lines.next()) continue;
             gap("it is too long");
             return nullptr;
         }
-        found.text += line->text;
-        found.text += '\n';
+        result->text += line->text;
+        result->text += '\n';
     }
-    if (!begun) {
+    if (!result) {
         gap("no JSON is in it");
         return nullptr;
     }
+    JsonText& found = *result;
     if (!is_shallow(found.text)) {
         gap("its JSON is nested too deeply");
         return nullptr;

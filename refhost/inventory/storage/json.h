@@ -13,9 +13,13 @@
 namespace qvhost::inventory {
 
 struct JsonText {
+    explicit JsonText(std::int64_t line) : first_line(line) {}
+    JsonText(const JsonText&) = delete;
+    JsonText& operator=(const JsonText&) = delete;
+
     nlohmann::json value;
-    std::string text;             // the object's own text
-    std::int64_t first_line = 1;  // of it in the capture
+    std::string text;         // the object's own text
+    std::int64_t first_line;  // of it in the capture
 
     // Where a key stands first, "\"passed\""; the object's first line if it is not found.
     std::int64_t line_of(std::string_view key) const;
