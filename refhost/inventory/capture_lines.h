@@ -21,7 +21,7 @@ struct CaptureLine {
 // the rest is skipped.
 class CaptureLines {
 public:
-    static constexpr std::size_t kLongestLine = 64 * 1024;  // bytes
+    static constexpr std::size_t kLongestLine = std::size_t{64} * 1024;  // bytes
 
     explicit CaptureLines(std::string_view text);
     // Takes the descriptor, and closes it.

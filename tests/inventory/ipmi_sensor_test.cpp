@@ -99,6 +99,9 @@ TEST(Sensor, WhatIsNoRowIsSaid) {
                 "gap 1: no sensor\nerror 1: Could not open device at /dev/ipmi0 or /dev/ipmi/0 or /dev/ipmidev/0: "
                 "No such file or directory\n",
                 "no driver"},
+            Case{
+                "Error reading event status for sensor #05: Node busyCPU1 Temp        | 48.000     | degrees C  | ok    | na        | na        | na        | na        | na        | na        \n",
+                "gap 1: not a row of ten cells\ngap 1: no sensor\n", "an error before a row"},
             Case{"hello\n", "gap 1: no sensor\nnot understood: 1 from 1\n", "nobody knows it"},
             Case{"\n", "gap 1: no sensor\n", "an empty line"},
             Case{"", "", "an empty capture, which is not whole either"},

@@ -102,6 +102,12 @@ bool is_tool_error(std::string_view line) {
                        [&](std::string_view form) { return is_like(line, form); });
 }
 
+bool is_error_before_name(std::string_view name) {
+    constexpr std::size_t kLongestName = 32;  // IPMI 2.0, section 43.15: 16 bytes of packed digits
+    constexpr std::size_t kUsualName = 16;
+    return name.size() > kLongestName || (name.size() > kUsualName && is_tool_error(name));
+}
+
 void read_aside(const CaptureLine& line, Reading& reading) {
     const auto text = trimmed(without_chatter(line.text));
     if (text.empty() && line.ended) return;

@@ -116,6 +116,7 @@ Row row_of(std::string_view line) {
         row = {cells[0], {}, cells[2], cells[1]};
         row.fits = is_in(kStatusWords, row.status);
     }
+    row.fits = row.fits && !is_error_before_name(row.name);
     return row;
 }
 

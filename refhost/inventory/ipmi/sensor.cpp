@@ -57,7 +57,7 @@ std::vector<std::string_view> cells_of(std::string_view line) {
         cells.insert(cells.begin(), trimmed(line.substr(0, end)));
     }
     const bool fits = (is_number_or_na(cells[kReading]) || integer(cells[kReading])) &&
-                      is_status(cells[kStatus]) &&
+                      is_status(cells[kStatus]) && !is_error_before_name(cells[kName]) &&
                       std::all_of(cells.begin() + kFirstThreshold, cells.end(), is_number_or_na);
     return fits ? cells : std::vector<std::string_view>{};
 }
