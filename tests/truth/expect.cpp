@@ -264,7 +264,7 @@ void expect_storage(Found& found) {
 // ---- The BMC ----------------------------------------------------------------------------------------
 
 bool has_good_fan_redundancy(const Found& found) {
-    if (!found.server.asks_sdr || !found.is_whole("sdrinfo.txt")) return false;
+    if (!found.server.asks_sdr() || !found.is_whole("sdrinfo.txt")) return false;
     return std::any_of(found.server.bmc.sensors.begin(), found.server.bmc.sensors.end(),
                        [](const Sensor& sensor) {
                            return sensor.role == "fan redundancy" &&
@@ -450,8 +450,8 @@ void expect_sel(Found& found) {
     }
     // A sensor that is well now: its old entries tell of the past. Which sensor it is, only the sensor
     // records tell.
-    const bool is_known =
-        found.server.asks_sdr && found.is_whole("sdrinfo.txt") && found.is_whole("sensorinfo.txt");
+    const bool is_known = found.server.asks_sdr() && found.is_whole("sdrinfo.txt") &&
+                          found.is_whole("sensorinfo.txt");
     Expected past{"SEL entries of thresholds",
                   {"event_threshold", "event_threshold_past"},
                   Level::notice,

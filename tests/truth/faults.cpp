@@ -294,28 +294,28 @@ bool zero_thresholds_nc(Server& server, Random& random) {
 }
 
 bool add_state(Server& server, const std::string& role, int bit, const char* word) {
-    auto* sensor = server.asks_sdr ? sensor_with(server, role) : nullptr;
+    auto* sensor = server.asks_sdr() ? sensor_with(server, role) : nullptr;
     if (!sensor) return false;
     sensor->states.emplace_back(bit, word);
     return true;
 }
 
 bool replace_states(Server& server, const std::string& role, int bit, const char* word) {
-    auto* sensor = server.asks_sdr ? sensor_with(server, role) : nullptr;
+    auto* sensor = server.asks_sdr() ? sensor_with(server, role) : nullptr;
     if (!sensor || (sensor->states.size() == 1 && sensor->states.front().first != 0)) return false;
     sensor->states = {{bit, word}};
     return true;
 }
 
 bool ac_lost(Server& server, Random&) {
-    if (!server.asks_sdr || server.bmc.supplies.size() < 2) return false;
+    if (!server.asks_sdr() || server.bmc.supplies.size() < 2) return false;
     auto& supply = server.bmc.supplies.back();
     if (!supply.has_input || supply.has_failed) return false;
     supply.has_input = false;
     return add_state(server, "psu" + std::to_string(supply.number), 3, "Power Supply AC lost");
 }
 bool supply_failed(Server& server, Random& random) {
-    if (!server.asks_sdr || server.bmc.supplies.empty()) return false;
+    if (!server.asks_sdr() || server.bmc.supplies.empty()) return false;
     auto& supply = server.bmc.supplies.front();
     if (!supply.has_input || supply.has_failed) return false;
     supply.has_failed = true;

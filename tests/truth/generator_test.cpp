@@ -94,7 +94,7 @@ bool stands_in(const Fact& fact, const std::string& line) {
         {"global", {"GHS", "Global"}}, {"dedicated", {"DHS", "Dedicated"}},
         {"temperature", {"degrees"}},  {"fan", {"RPM"}},
         {"voltage", {"Volts"}},        {"current", {"Amps"}},
-        {"power", {"Watts"}}};
+        {"power", {"Watts"}},          {"HDD", {"SSD  "}}};
     const auto holds = [&](const Json& one) {
         if (one.is_number_float()) {
             for (const int decimals : {0, 2, 3}) {
@@ -342,7 +342,9 @@ TEST_F(Directory, HoldsTheCapturesByTheirNames) {
 
 TEST_F(Directory, HoldsARecordedServer) {
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        const auto made = make(options_of(seed, 100));
+        auto options = options_of(seed, 100);
+        options.is_recorded = true;
+        const auto made = make(options);
         const auto dir = dir_ / std::to_string(seed);
         write_machine(*made, dir);
         const auto machine = Json::parse(bytes_of(dir / "machine.json"));

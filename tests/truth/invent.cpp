@@ -12,8 +12,21 @@ namespace {
 
 constexpr const char* kMakers[] = {"Example Systems", "Exemplar Computing, Inc.", "EXC",
                                    "Northwind  Servers", "EXA (Example Arrays)"};
-constexpr const char* kProducts[] = {"KP220 Rack Server", "RX-2540 M4", "Converged HX-7520",
-                                     "R 640", "ProBox SL4540 Gen9"};
+
+struct Product {
+    const char* name;
+    Platform platform;
+};
+constexpr Product kProducts[] = {
+    {"KP220 Rack Server", Platform::full},
+    {"Model KP120-2", Platform::full},
+    {"KV900  4U (8S)", Platform::full},
+    {"KN100 Storage Server", Platform::without_leds},
+    {"Converged HX-7520", Platform::without_leds},
+    {"KL010 Rack Server", Platform::reduced},
+    {"kp310", Platform::reduced},
+};
+constexpr const char* kUnknownProducts[] = {"RX-2540 M4", "R 640", "ProBox SL4540 Gen9"};
 constexpr const char* kPlaceholders[] = {"To Be Filled By O.E.M.",
                                          "To be filled by O.E.M.",
                                          "Not Specified",
@@ -34,6 +47,7 @@ void invent_machine(Server& server, Random& random) {
     server.is_virtual = random.chance(8);
     server.has_bmc = !server.is_virtual && random.chance(95);
     if (server.is_virtual) {
+        server.platform = Platform::unknown;
         const bool is_qemu = random.chance(60);
         server.manufacturer = is_qemu ? "QEMU" : "VMware, Inc.";
         server.product = is_qemu ? "Standard PC (Q35 + ICH9, 2009)" : "VMware Virtual Platform";
@@ -41,7 +55,14 @@ void invent_machine(Server& server, Random& random) {
         server.firmware = is_qemu ? "rel-1.14.0-0-g155821a1990b" : "6.00";
     } else {
         server.manufacturer = random.pick(kMakers);
-        server.product = random.pick(kProducts);
+        const auto& product = random.pick(kProducts);
+        server.product = product.name;
+        server.platform = product.platform;
+        // Where there is no BMC, the plug-in may ask for one all the same.
+        if (!server.has_bmc && random.chance(60)) {
+            server.product = random.pick(kUnknownProducts);
+            server.platform = Platform::unknown;
+        }
         server.version = random.digits(2);
         server.firmware = random.capitals(4) + " " + random.digits(1) + "." + random.digits(2);
     }
@@ -716,7 +737,6 @@ Server invent(std::uint64_t seed, Seconds now) {
     server.now = now;
     invent_machine(server, random);
     if (server.has_bmc) invent_bmc(server, random);
-    server.asks_sdr = random.chance(70);
     invent_storage(server, random);
     invent_dmesg(server, random);
     return server;

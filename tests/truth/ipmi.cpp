@@ -390,8 +390,23 @@ void print_supplies(const Server& server, Random& random, Book& book, Pages& pag
     pages.push_back(page);
 }
 
+// What no verdict rests on.
+void print_versions(const Server& server, Pages& pages) {
+    if (!server.asks_sdr()) return;
+    Page versions{"verinfo.txt", "ipmiutil", "dorvanoem ver", true};
+    versions.line("BMC Firmware             : TCO " + server.bmc.firmware);
+    versions.line("UEFI Version             : " + server.firmware);
+    versions.line("FPGA Version             : 1.06");
+    pages.push_back(versions);
+    if (server.platform != Platform::full) return;
+    Page leds{"ledinfo.txt", "ipmiutil", "dorvanoem led", true};
+    leds.line("Power LED                 green, on");
+    leds.line("System error LED          off");
+    pages.push_back(leds);
+}
+
 // What the tools say where there is no BMC.
-void print_absence(Pages& pages) {
+void print_absence(const Server& server, Pages& pages) {
     const std::string ipmitool =
         "Could not open device at /dev/ipmi0 or /dev/ipmi/0 or /dev/ipmidev/0: No such file or directory";
     const std::string ipmiutil =
@@ -408,6 +423,7 @@ void print_absence(Pages& pages) {
         {"laninfo.txt", "ipmiutil", "dorvanoem lan"},
     };
     for (const auto& question : kQuestions) {
+        if (!server.asks_sdr() && std::string(question.name) == "psuinfo.txt") continue;
         Page page{question.name, question.tool, question.arguments, true, 1};
         page.line(page.tool == "ipmitool" ? ipmitool : ipmiutil);
         pages.push_back(page);
@@ -417,18 +433,20 @@ void print_absence(Pages& pages) {
 }  // namespace
 
 void print_ipmi(const Server& server, Random& random, Book& book, Pages& pages) {
+    if (server.platform == Platform::unknown) return;
     if (!server.has_bmc) {
-        print_absence(pages);
+        print_absence(server, pages);
         return;
     }
     print_sensors(server, random, book, pages);
-    if (server.asks_sdr) print_records(server, random, book, pages);
+    if (server.asks_sdr()) print_records(server, random, book, pages);
     print_frus(server, book, pages);
     print_sel(server, random, book, pages);
     print_self_test(server, book, pages);
     print_controller(server, random, book, pages);
     print_network(server, random, book, pages);
-    print_supplies(server, random, book, pages);
+    if (server.asks_sdr()) print_supplies(server, random, book, pages);
+    print_versions(server, pages);
 }
 
 }  // namespace truth

@@ -40,6 +40,7 @@ int run(int count, char** arguments) {
             output = value();
         } else if (name == "--machine") {
             is_machine = true;
+            options.is_recorded = true;
         } else if (name == "--now") {
             options.now = truth::seconds_of_iso(value());
         } else if (name == "--fault") {

@@ -27,14 +27,22 @@ TEST_F(Replay, TellsTheTruthOfRandomServers) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);
         options.now = today();
+        options.is_recorded = true;
         const auto made = make(options);
+        // Nobody asks sas2ircu for its display yet.
+        if (made->server.storage_tool == StorageTool::sas2ircu) continue;
         const auto machine = dir() / "machine";
         const auto log = dir() / "log";
         std::filesystem::remove_all(machine);
         std::filesystem::remove_all(log);
         write_machine(*made, machine);
-        const auto outcome = run(std::vector<std::string>{"replay", machine.string(), "--log-dir",
-                                                          log.string(), "--quiet"});
+        std::vector<std::string> arguments = {"replay", machine.string(), "--log-dir", log.string(),
+                                              "--quiet"};
+        if (made->server.storage_tool == StorageTool::arcconf) {
+            arguments.emplace_back("--also");
+            arguments.emplace_back("pmc");
+        }
+        const auto outcome = run(arguments);
         ASSERT_EQ(outcome.exit, 0) << "seed " << seed << ": " << outcome.err;
         const auto report = Json::parse(test::read_file(log / "report" / "report.json"));
         for (const auto& difference : compare(made->truth, report))

@@ -182,6 +182,14 @@ struct KernelLine {
     std::string words = {};  // of a bad one
 };
 
+// What the plug-in asks of a BMC, which it tells by the product's name.
+enum class Platform {
+    full,
+    without_leds,
+    reduced,  // neither sensor records nor power supplies
+    unknown,  // nothing
+};
+
 struct Server {
     std::uint64_t seed = 0;
     Seconds now = 0;
@@ -198,7 +206,10 @@ struct Server {
     bool has_ahci = false;  // an on-board SATA controller
     bool has_topology_fault = false;
     std::vector<KernelLine> dmesg = {};
-    bool asks_sdr = true;
+    Platform platform = Platform::full;
+    bool asks_sdr() const {
+        return platform == Platform::full || platform == Platform::without_leds;
+    }
     std::set<std::string> faults = {};  // the names of what is wrong with it
 };
 

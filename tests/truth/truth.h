@@ -17,6 +17,7 @@ struct Options {
     std::uint64_t seed = 0;
     Seconds now = 0;               // when the collection ends
     int percent_hurt = 45;         // servers whose captures suffer
+    bool is_recorded = false;      // a recorded server gives one answer to a question asked twice
     std::string fault = {};        // this fault alone, where the server can have it
     Damage damage = Damage::none;  // with `page`: this alone happens to the captures
     std::string page = {};
