@@ -285,8 +285,9 @@ void compare_findings(const Json& truth, const Json& actual, Differences& differ
 
 void compare_health(const Json& truth, const Json& actual, Differences& differences) {
     for (const auto& [subsystem, words] : truth.at("health").items()) {
+        const auto& name = subsystem;  // Clang's lambdas take no structured binding
         const auto found = std::find_if(actual.begin(), actual.end(), [&](const Json& one) {
-            return at(one, "subsystem") == subsystem;
+            return at(one, "subsystem") == name;
         });
         if (found == actual.end()) {
             differences.add("no health of " + subsystem);
