@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             expect_inside(command.stderr_file, place.server());
             for (const auto& [name, source] : command.files) expect_inside(source, place.server());
         }
-        qvhost::write_stand_ins(machine, place.tools(), place.search_path(), "/log/");
+        qvhost::write_stand_ins(machine, place.tools(), place.search_path(), "/log/", {});
     });
     fuzz::expect(failure.empty() || failure.find(place.scratch.path()) != std::string::npos,
                  "a failure names the file");
