@@ -118,8 +118,9 @@ TEST_F(StoreTest, KeepsWhatIsDeclaredOfTables) {
     }
     const Store store(path(), Store::Mode::read);
     EXPECT_EQ(declared_tables(store), tables);
+    const std::vector<ModuleInfo> modules = store.modules();
     std::vector<std::string> titles;
-    for (const auto& table : store.modules().at(0).tables) titles.push_back(table.title);
+    for (const auto& table : modules.at(0).tables) titles.push_back(table.title);
     EXPECT_EQ(titles, (std::vector<std::string>{"First", "", ""}));
 }
 
