@@ -6,11 +6,9 @@
 #include <cstdlib>
 
 #include "check.h"
-#include "log/command_log.h"
 #include "outcome.h"
+#include "runner/command_log.h"
 #include "scratch.h"
-
-namespace capture = marlox::repository::capture;
 
 namespace {
 
@@ -47,7 +45,7 @@ void read_written(const std::filesystem::path& log, fuzz::Pieces input) {
         const auto status = static_cast<int>(input.byte() << 8 | input.byte());
         const auto* reason = kReasons[input.byte() % 4];
         const std::vector<pid_t> left(reason ? input.byte() % 3 : 0, 4711);
-        capture::LoggedCommand(text).ended(status, reason, left);
+        runner::LoggedCommand(text).ended(status, reason, left);
         written.push_back({text, status, reason, left.size()});
     }
     const auto commands = qvhost::read_commands(log);

@@ -1,6 +1,6 @@
 #include "no_tools.h"
 
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace fuzz {
 
@@ -8,7 +8,7 @@ std::string printed;
 
 }  // namespace fuzz
 
-namespace marlox::repository::capture {
+namespace runner {
 
 int run(const std::string&, TimeoutKind) { return 0; }
 
@@ -16,4 +16,4 @@ std::optional<std::string> output_of(const std::string&, std::size_t most) {
     return fuzz::printed.substr(0, most);
 }
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

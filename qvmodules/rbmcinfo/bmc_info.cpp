@@ -12,7 +12,7 @@
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
 #include "read/text.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -96,7 +96,7 @@ int bmc_info(RRepository& repo, int kind) {
     const auto command = bmc_command(table.source.command);
     unit.detail(question.announcement);
     if (&table == &kMcInfo) unit.progress("mc final path:", command);
-    if (check_system_call(capture::run(command), table.source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), table.source.log_label) != 0) return 1;
 
     auto bytes = capture::read_bytes(capture::log_path(table.source.capture));
     if (!bytes) {

@@ -4,7 +4,7 @@
 
 #include "rbmcinfo/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -12,7 +12,7 @@ namespace marlox::repository {
 namespace {
 
 using capture::expand;
-using capture::run;
+using runner::run;
 
 constexpr const char* kRedHat = "/etc/redhat-release";
 constexpr const char* kNxbr = "/etc/NXBR-release";
@@ -22,7 +22,7 @@ int missing(const char* file) { return ::access(file, F_OK); }
 
 // The archive keeps the name that the distribution's tool gave it.
 int pack_and_fetch(const char* pack, const char* fetch) {
-    run(pack, capture::TimeoutKind::archive);
+    run(pack, runner::TimeoutKind::archive);
     return run(expand(fetch, {}));
 }
 

@@ -6,7 +6,7 @@
 #include "rbmcinfo/platform.h"
 #include "rbmcinfo/rbmcinfo.h"
 #include "rbmcinfo/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -98,7 +98,7 @@ std::span<const Step> steps_for(int kind) {
 }
 
 bool start_ipmi_service() {
-    const int status = capture::run("service ipmi start 1>/dev/null 2>&1");
+    const int status = runner::run("service ipmi start 1>/dev/null 2>&1");
     const int code = (status >> 8) & 255;
     if (status == -1) {
         unit.progress("Failed to start IPMI service, could not be able to get BMC related info");
@@ -137,12 +137,12 @@ void collect(RRepository& repo) {
     if (check_linux_bit() != 0 || kind == kNoBmc) return;
 
     if (!start_ipmi_service()) return;
-    if (check_ipmi_devintf() != 1) capture::run("modprobe ipmi_devintf 1>/dev/null 2>&1");
+    if (check_ipmi_devintf() != 1) runner::run("modprobe ipmi_devintf 1>/dev/null 2>&1");
     for (const Step& step : steps_for(kind)) {
         step.capture(repo);
         if (step.debug_line) unit.progress(step.debug_line);
     }
-    capture::run("service ipmi stop 1>/dev/null 2>&1");
+    runner::run("service ipmi stop 1>/dev/null 2>&1");
     unit.progress("Exit CollectData-BMC related info");
 }
 

@@ -6,7 +6,7 @@
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
 #include "read/text.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -37,7 +37,7 @@ static_assert(capture::well_formed(kFruInfo));
 int fru_info(RRepository& repo) {
     const auto& source = kFruInfo.source;
     const auto command = bmc_command(source.command);
-    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
     auto lines = capture::Lines::open(capture::log_path(source.capture));
     if (!lines) {
@@ -52,7 +52,7 @@ int fru_info(RRepository& repo) {
 int fru_info_amd(RRepository& repo) {
     const auto command = bmc_command("ipmitool fru print 0 1>'{L}fruinfo.txt' 2>'{L}fruinfo.txt'");
     const auto& source = kFruInfo.source;
-    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
     const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {

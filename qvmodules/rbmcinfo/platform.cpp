@@ -4,7 +4,7 @@
 
 #include "rbmcinfo/unit.h"
 #include "read/text.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -50,7 +50,7 @@ constexpr Code kCodes[] = {
 // dmidecode prints "	Product Name: KP220 Rack Server"; awk leaves " KP220 Rack Server".
 int check_bmc() {
     const auto output =
-        capture::output_of("dmidecode -t system 2>&1|grep 'Product Name'|awk -F: '{print $2}'");
+        runner::output_of("dmidecode -t system 2>&1|grep 'Product Name'|awk -F: '{print $2}'");
     if (!output) {
         unit.progress("Fail to get the Product Name");
         return kUnreadableProduct;
@@ -75,7 +75,7 @@ int check_bmc() {
 }
 
 int check_ipmi_devintf() {
-    const auto output = capture::output_of("lsmod|grep ipmi_devintf|wc -l");
+    const auto output = runner::output_of("lsmod|grep ipmi_devintf|wc -l");
     if (!output) {
         unit.progress("Fail to get the status of ipmi_devintf module");
         return -1;

@@ -1,6 +1,6 @@
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -29,7 +29,7 @@ int run_by_size(const BySize& command) {
     const char* text = linux_x32_x64 == 32   ? command.on_32
                        : linux_x32_x64 == 64 ? command.on_64
                                              : command.else_text;
-    return capture::run(bmc_command(text));
+    return runner::run(bmc_command(text));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
 #include "read/text.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -38,7 +38,7 @@ static_assert(capture::well_formed(kSdrInfo));
 int sdr_info(RRepository& repo) {
     const auto& source = kSdrInfo.source;
     const auto command = bmc_command(source.command);
-    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
     const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {

@@ -5,7 +5,7 @@
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -35,7 +35,7 @@ static_assert(capture::well_formed(kSelInfo));
 int sel_info(RRepository& repo) {
     const auto& source = kSelInfo.source;
     const auto command = bmc_command(source.command);
-    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
     auto lines = capture::Lines::open(capture::log_path(source.capture));
     if (!lines) {

@@ -7,7 +7,7 @@
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
 #include "read/text.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -66,7 +66,7 @@ int sensor_info(RRepository& repo) {
     const auto& source = kSensorInfo.source;
     const auto command = bmc_command(source.command);
     unit.detail("start to run ipmitool sensor command");
-    if (check_system_call(capture::run(command), source.log_label) != 0) return 1;
+    if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
     const auto bytes = capture::read_bytes(capture::log_path(source.capture));
     if (!bytes) {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <utility>
 
-#include "log/command_log.h"
+#include "runner/command_log.h"
 
 namespace marlox::repository::capture {
 
@@ -19,7 +19,7 @@ constexpr std::size_t kBlock = 65536;
 // A missing file is not logged: a tool that is not installed leaves none.
 int open_for_reading(const std::string& path) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0 && errno != ENOENT) log_unread(path, errno);
+    if (fd < 0 && errno != ENOENT) runner::log_unread(path, errno);
     return fd;
 }
 
@@ -29,7 +29,7 @@ std::size_t read_some(int fd, char* to, std::size_t size) {
         const ssize_t n = ::read(fd, to, size);
         if (n >= 0) return static_cast<std::size_t>(n);
         if (errno == EINTR) continue;
-        log_unread(fd, errno);
+        runner::log_unread(fd, errno);
         return 0;
     }
 }

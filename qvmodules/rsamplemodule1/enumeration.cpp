@@ -6,7 +6,7 @@
 #include "rsamplemodule1/rsamplemodule1.h"
 #include "rsamplemodule1/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -40,8 +40,8 @@ void collect(RRepository& repository) {
     }
     make_tools_executable(current_absolute_path);
 
-    capture::run(capture::expand("'{P}qv_tools/storcli_{x}' show ctrlcount > '{L}ctrlcount.txt'",
-                                 {current_absolute_path, linux_x32_x64}));
+    runner::run(capture::expand("'{P}qv_tools/storcli_{x}' show ctrlcount > '{L}ctrlcount.txt'",
+                                {current_absolute_path, linux_x32_x64}));
     // Controller 0 is asked whatever the count is.
     if (!capture::Lines::open(capture::log_path("ctrlcount.txt"))) {
         unit.detail("Failed to open raid log file");

@@ -5,7 +5,7 @@
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -59,7 +59,7 @@ void lsi_info(RRepository& repository) {
     const auto command =
         capture::expand(kRaidInfo.source.command, {current_absolute_path, linux_x32_x64});
     unit.progress("raidinfo raw path:", command);
-    capture::run(command);
+    runner::run(command);
 
     auto report = capture::Lines::open(capture::log_path(kRaidInfo.source.capture));
     if (!report) {

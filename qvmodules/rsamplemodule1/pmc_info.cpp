@@ -9,7 +9,7 @@
 #include "rsamplemodule1/captures.h"
 #include "rsamplemodule1/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 namespace marlox::repository {
@@ -138,7 +138,7 @@ constexpr capture::Table kPmcLink = {
 static_assert(capture::well_formed(kPmcLink));
 
 void pmc_info(RRepository& repository) {
-    const auto count = capture::output_of("lspci | grep Adaptec | wc -l");
+    const auto count = runner::output_of("lspci | grep Adaptec | wc -l");
     if (!count) {
         unit.progress("Can not find the PMC Card!");
         return;
@@ -146,7 +146,7 @@ void pmc_info(RRepository& repository) {
     if (capture::leading_int(*count) <= 0) return;
 
     // The word size is asked anew; the one that the modules found before is not used.
-    const auto platform = capture::output_of("uname -i");
+    const auto platform = runner::output_of("uname -i");
     if (!platform) {
         unit.progress("Cannot get the linux OS structure!");
         return;
@@ -154,8 +154,8 @@ void pmc_info(RRepository& repository) {
     const int bits = capture::contains(capture::first_line(*platform, 9), "64") ? 64 : 32;
 
     const capture::Places places{current_absolute_path, bits};
-    capture::run(capture::expand(kSource.command, places));
-    capture::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", places));
+    runner::run(capture::expand(kSource.command, places));
+    runner::run(capture::expand("cp -rf /var/log/Support/Firmware '{L}' 2>/dev/null", places));
 
     const auto path = capture::log_path(kSource.capture);
     unit.detail("PMC raid firmware log path:", path);

@@ -8,7 +8,7 @@
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -68,7 +68,7 @@ void collect(RRepository& repo) {
 
     const auto command = sample2::tool_command(kLsiLink.source.command);
     unit.detail("ctrlcout path:", command);
-    capture::run(command);
+    runner::run(command);
 
     const auto path = capture::log_path(kLsiLink.source.capture);
     unit.detail("ctrlcout path:", path);

@@ -12,7 +12,7 @@
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/rsamplemodule2.h"
 #include "rsamplemodule2/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -226,7 +226,7 @@ void event_log(RRepository& repository) {
     const auto& source = kEventLog[0].source;
     const auto command = sample2::tool_command(source.command);
     unit.progress("raidevent raw path:", command);
-    capture::run(command);
+    runner::run(command);
 
     bool saw_any = false;
     {
@@ -244,7 +244,7 @@ void event_log(RRepository& repository) {
     const auto convert = sample2::tool_command(
         "'{P}qv_tools/eventslog_convert_{x}' '{L}raidevents.txt' > '{L}eventslog_convert.txt'");
     unit.detail("eventslog_convert raw path:", convert);
-    capture::run(convert);
+    runner::run(convert);
 }
 
 }  // namespace marlox::repository

@@ -6,7 +6,7 @@
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -43,7 +43,7 @@ static_assert(capture::well_formed(kFwTermLog));
 void fw_term_log(RRepository& repository) {
     const auto command = sample2::tool_command(kFwTermLog.source.command);
     unit.progress("fwterm raw path:", command);
-    capture::run(command);
+    runner::run(command);
 
     auto lines = capture::Lines::open(capture::log_path(kFwTermLog.source.capture));
     if (!lines) {

@@ -7,7 +7,7 @@
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -62,7 +62,7 @@ void lsi_link(RRepository& repo, int controller) {
     for (const RawReport& report : kReports) {
         // The line before each of the later commands shows the first one.
         if (&report != kReports) unit.progress("raidevent raw path:", first_command);
-        capture::run(sample2::tool_command(report.command, controller));
+        runner::run(sample2::tool_command(report.command, controller));
         record.set(report.column,
                    capture::link_text(sample2::tool_command(report.file, controller)));
     }

@@ -10,7 +10,7 @@
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -164,7 +164,7 @@ void read_sections(capture::Lines& lines, std::array<Section, n>& sections) {
 void lsi_list(RRepository& repo) {
     const auto command = sample2::tool_command(kSource.command);
     unit.progress("raid raw path:", command);
-    capture::run(command);
+    runner::run(command);
 
     auto lines = capture::Lines::open(capture::log_path(kSource.capture));
     if (!lines) {

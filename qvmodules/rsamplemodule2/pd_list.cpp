@@ -5,7 +5,7 @@
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -70,7 +70,7 @@ static_assert(capture::well_formed(kPdList));
 void pd_list(RRepository& repo) {
     const auto command = sample2::tool_command(kPdList.source.command);
     unit.progress("fwterm raw path:", command);  // the label of the term log, here as well
-    capture::run(command);
+    runner::run(command);
 
     auto report = capture::Lines::open(capture::log_path(kPdList.source.capture));
     if (!report) {

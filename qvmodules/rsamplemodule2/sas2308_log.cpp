@@ -6,7 +6,7 @@
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 namespace marlox::repository {
 
@@ -43,7 +43,7 @@ constexpr auto kColumns = capture::columns_of(kEntry);
 
 // The command writes the count into the current directory, not into the log directory.
 bool has_sas2308() {
-    capture::run("lspci | grep SAS2308 | wc -l > b.txt");
+    runner::run("lspci | grep SAS2308 | wc -l > b.txt");
     const auto count = capture::read_bytes("b.txt");
     return count && capture::leading_int(*count) >= 1;
 }
@@ -69,11 +69,11 @@ void sas2308_log(RRepository& repo) {
 
     // sas2ircu has one build for all word sizes, and its path has no quotes. It writes logir.log into
     // the current directory.
-    capture::run(sample2::tool_command("{P}qv_tools/sas2ircu 0 logir upload"));
+    runner::run(sample2::tool_command("{P}qv_tools/sas2ircu 0 logir upload"));
 
     const auto decode = sample2::tool_command(kSas2IrLog.source.command);
     unit.progress("irlog2 raw path:", decode);
-    capture::run(decode);
+    runner::run(decode);
 
     const auto path = capture::log_path(kSas2IrLog.source.capture);
     unit.progress("3irlog raw path:", path);

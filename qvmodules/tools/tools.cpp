@@ -11,7 +11,7 @@
 #include "log/unit_log.h"
 #include "read/text.h"
 #include "run/command.h"
-#include "run/process.h"
+#include "runner/process.h"
 
 char current_absolute_path[256] = {};
 
@@ -74,7 +74,7 @@ int GetProgramDir(char* buffer) {
 }
 
 int check_linux_bit() {
-    const auto platform = capture::output_of("uname -i");
+    const auto platform = runner::output_of("uname -i");
     if (!platform) {
         unit.progress("Fail to get the Linux OS structure");
         return 1;
@@ -105,7 +105,7 @@ void StrReplace(char* text, char* from, char* to) {
 }
 
 void make_tools_executable(const char* program_dir) {
-    capture::run(capture::expand("chmod 544 '{P}qv_tools'/*", {program_dir}));
+    runner::run(capture::expand("chmod 544 '{P}qv_tools'/*", {program_dir}));
 }
 
 }  // namespace marlox::repository

@@ -5,9 +5,9 @@
 
 #include <vector>
 
-namespace marlox::repository::capture {
+namespace runner {
 
 // The processes of the group that have not ended. Empty, too, if /proc cannot be read.
 std::vector<pid_t> members(pid_t group);
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

@@ -1,4 +1,4 @@
-#include "run/limits.h"
+#include "runner/limits.h"
 
 #include <algorithm>
 #include <charconv>
@@ -9,9 +9,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "run/group.h"
+#include "runner/group.h"
 
-namespace marlox::repository::capture {
+namespace runner {
 
 namespace {
 
@@ -95,4 +95,4 @@ int Limits::interval() const {
     return static_cast<int>(std::max(left, milliseconds(0)).count());
 }
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

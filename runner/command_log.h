@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace marlox::repository::capture {
+namespace runner {
 
 // One command: the constructor logs its start, ended() its end.
 class LoggedCommand {
@@ -31,4 +31,4 @@ private:
 void log_unread(const std::string& path, int error);
 void log_unread(int fd, int error);
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

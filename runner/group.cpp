@@ -1,4 +1,4 @@
-#include "run/group.h"
+#include "runner/group.h"
 
 #include <charconv>
 #include <cstdio>
@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-namespace marlox::repository::capture {
+namespace runner {
 
 namespace {
 
@@ -42,4 +42,4 @@ std::vector<pid_t> members(pid_t group) {
     return found;
 }
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

@@ -1,4 +1,4 @@
-#include "log/command_log.h"
+#include "runner/command_log.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace marlox::repository::capture {
+namespace runner {
 
 namespace {
 
@@ -63,4 +63,4 @@ void log_unread(int fd, int error) {
     log_unread(path.string(), error);
 }
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

@@ -10,9 +10,9 @@
 #include <optional>
 #include <string>
 
-#include "run/limits.h"
+#include "runner/limits.h"
 
-namespace marlox::repository::capture {
+namespace runner {
 
 // Runs the command and returns its wait status; -1 if no process could be started. SIGINT and
 // SIGQUIT are ignored and SIGCHLD is blocked until the command has ended.
@@ -23,4 +23,4 @@ int run(const std::string& command, TimeoutKind kind = TimeoutKind::tool);
 // pclose(), the pipe is then closed and the shell waited for, but no process that it leaves behind.
 std::optional<std::string> output_of(const std::string& command, std::size_t most = 4096);
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace marlox::repository::capture {
+namespace runner {
 
 // Which variable holds the time limit of a command.
 enum class TimeoutKind {
@@ -50,4 +50,4 @@ private:
     std::uint64_t bytes_written_ = 0;
 };
 
-}  // namespace marlox::repository::capture
+}  // namespace runner

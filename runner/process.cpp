@@ -1,4 +1,4 @@
-#include "run/process.h"
+#include "runner/process.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,10 +15,10 @@
 #include <utility>
 #include <vector>
 
-#include "log/command_log.h"
-#include "run/group.h"
+#include "runner/command_log.h"
+#include "runner/group.h"
 
-namespace marlox::repository::capture {
+namespace runner {
 
 namespace {
 
@@ -254,4 +254,4 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     return text;
 }
 
-}  // namespace marlox::repository::capture
+}  // namespace runner
