@@ -83,6 +83,12 @@ std::vector<Finding> Collector::take() {
     things_.clear();
     places_.clear();
     ready_places_.clear();
+    for (auto& finding : all) {
+        if (const auto* const words = rules_->acknowledged(finding.id)) {
+            finding.severity = Severity::notice;
+            finding.says += "; " + *words;
+        }
+    }
     std::stable_sort(all.begin(), all.end(),
                      [](const Finding& a, const Finding& b) { return a.severity < b.severity; });
     return all;

@@ -21,6 +21,11 @@ struct Remark {
 
 class Collector {
 public:
+    // The rules must outlive it.
+    explicit Collector(const Rules& rules = built_in_rules()) : rules_(&rules) {}
+
+    const Rule& rule(std::string_view name) const { return rules_->rule(name); }
+
     // `key` names the thing for the finding's id (serial, else slot or name), `subject` for people.
     void add(const std::string& key, const std::string& subject, Remark remark);
     void add(const std::string& key, const std::string& subject, const char* rule_name,
@@ -30,7 +35,7 @@ public:
     void add(Finding finding);
 
     // One finding for each thing and subsystem, the worst first. Of several remarks the worst names
-    // the finding; the first in the table of rules among equals.
+    // the finding; the first in the table of rules among equals. One that is acknowledged is a notice.
     std::vector<Finding> take();
 
 private:
@@ -38,6 +43,7 @@ private:
         std::string subject;
         std::vector<Remark> remarks;
     };
+    const Rules* rules_;
     std::vector<std::pair<std::string, Thing>> things_;  // by subsystem and key, in order
     std::map<std::string, std::size_t> places_;          // of things_
     std::vector<Finding> ready_;

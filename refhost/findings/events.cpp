@@ -177,20 +177,20 @@ void EventJudge::take(const Event& event) {
 
 void EventJudge::finish(const Group& group, const inventory::Inventory& inventory,
                         const std::string& now, Collector& findings) const {
-    const Rule* judged = &rule(group.row->rule);
+    const Rule* judged = &findings.rule(group.row->rule);
     const std::string_view name = judged->name;
     const auto then = days_of(group.dated);
     const auto today = days_of(now);
     const auto age = then && today ? std::optional(std::max(0.0, *today - *then)) : std::nullopt;
 
     if (name == "event_memory_corrected" &&
-        static_cast<double>(group.most_on_day) > rule("event_memory_many").threshold)
-        judged = &rule("event_memory_many");
+        static_cast<double>(group.most_on_day) > findings.rule("event_memory_many").threshold)
+        judged = &findings.rule("event_memory_many");
     // What the sensor says now has more weight than what it once said.
     const auto* const sensor = inventory::sensor_of_event(inventory, group.subject);
     const bool was_read = sensor && (sensor->reading || !sensor->states.empty());
     const bool has_passed = may_end(name) && (group.open == 0 || (was_read && is_well(*sensor)));
-    if (name == "event_threshold" && has_passed) judged = &rule("event_threshold_past");
+    if (name == "event_threshold" && has_passed) judged = &findings.rule("event_threshold_past");
     auto severity = severity_at(*judged, age);
     if (has_passed || (may_end(name) && sensor && !is_well(*sensor))) severity = Severity::notice;
 

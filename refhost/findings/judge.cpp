@@ -41,7 +41,7 @@ void judge_clocks(const inventory::Inventory& inventory, Collector& findings) {
         constexpr double kWidestZone = 14 * 3600;
         const double apart = std::abs(*its - *ours);
         const double off = apart <= kWidestZone ? std::abs(std::remainder(apart, kQuarter)) : apart;
-        if (off < rule("clock_wrong").threshold) continue;
+        if (off < findings.rule("clock_wrong").threshold) continue;
         findings.add(clock.source, "Clock of " + clock.source, "clock_wrong",
                      "it says " + *clock.time + " where this system's says " + *clock.system_time,
                      clock.place);
@@ -78,8 +78,8 @@ void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings
 }  // namespace
 
 Verdict judge(const inventory::Survey& survey, EventJudge& events,
-              const Circumstances& circumstances) {
-    Collector findings;
+              const Circumstances& circumstances, const Rules& rules) {
+    Collector findings(rules);
     judge_storage(survey.inventory, findings);
     judge_sensors(survey.inventory, findings);
     judge_power_supplies(survey.inventory, findings);

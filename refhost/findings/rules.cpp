@@ -109,15 +109,45 @@ constexpr auto kRules = std::to_array<Rule>({
 });
 // clang-format on
 
+const Rule* find_in(std::span<const Rule> rules, std::string_view name) {
+    const auto found =
+        std::find_if(rules.begin(), rules.end(), [&](const Rule& one) { return name == one.name; });
+    return found == rules.end() ? nullptr : &*found;
+}
+
+const Rule& required_in(std::span<const Rule> rules, std::string_view name) {
+    const auto* const found = find_in(rules, name);
+    if (!found) throw std::logic_error("there is no rule " + std::string(name));
+    return *found;
+}
+
 }  // namespace
 
 std::span<const Rule> all_rules() { return kRules; }
 
-const Rule& rule(std::string_view name) {
-    const auto found = std::find_if(kRules.begin(), kRules.end(),
-                                    [&](const Rule& one) { return name == one.name; });
-    if (found == kRules.end()) throw std::logic_error("there is no rule " + std::string(name));
-    return *found;
+const Rule& rule(std::string_view name) { return required_in(kRules, name); }
+
+Rules::Rules() : rules_(kRules.begin(), kRules.end()) {}
+
+const Rule& Rules::rule(std::string_view name) const { return required_in(rules_, name); }
+
+Rule* Rules::find(std::string_view name) {
+    const auto* const found = find_in(rules_, name);
+    return found ? &rules_[static_cast<std::size_t>(found - rules_.data())] : nullptr;
+}
+
+void Rules::acknowledge(const std::string& finding_id, const std::string& words) {
+    acknowledged_[finding_id] = words;
+}
+
+const std::string* Rules::acknowledged(const std::string& finding_id) const {
+    const auto found = acknowledged_.find(finding_id);
+    return found == acknowledged_.end() ? nullptr : &found->second;
+}
+
+const Rules& built_in_rules() {
+    static const Rules rules;
+    return rules;
 }
 
 }  // namespace qvhost::findings

@@ -1,8 +1,11 @@
 // The table of rules: what is looked at, how bad it is, and why. docs/findings.md is made of it.
 #pragma once
 
+#include <map>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "findings/finding.h"
 
@@ -23,7 +26,30 @@ struct Rule {
 
 std::span<const Rule> all_rules();
 
-// The rule of that name; it must be there.
+// The rule of that name as it is built in; it must be there.
 const Rule& rule(std::string_view name);
+
+// The rules that a judgement goes by: those that are built in, changed as a site wants them.
+class Rules {
+public:
+    Rules();
+
+    // The rule of that name; it must be there.
+    const Rule& rule(std::string_view name) const;
+    Rule* find(std::string_view name);  // null: there is none
+
+    // The finding of this id is known to those who look after the server: it is shown as a notice, and
+    // `words` say so.
+    void acknowledge(const std::string& finding_id, const std::string& words);
+
+    // Null: nobody knows of it.
+    const std::string* acknowledged(const std::string& finding_id) const;
+
+private:
+    std::vector<Rule> rules_;
+    std::map<std::string, std::string> acknowledged_;
+};
+
+const Rules& built_in_rules();
 
 }  // namespace qvhost::findings

@@ -477,7 +477,8 @@ void judge_bmc(const Inventory& inventory, Collector& findings) {
     }
     for (const auto& log : inventory.sel_logs) {
         const bool full = log.overflow == true;
-        if (!full && !(log.used_percent && *log.used_percent >= rule("sel_nearly_full").threshold))
+        if (!full &&
+            !(log.used_percent && *log.used_percent >= findings.rule("sel_nearly_full").threshold))
             continue;
         findings.add("sel", "System event log", "sel_nearly_full",
                      full ? "entries were lost" : number(*log.used_percent) + " % full", log.place);

@@ -365,17 +365,17 @@ void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& fi
     if (drive.smart_alert == true) remark(predicted, "smart_alert", "SMART alert");
     const auto count = [&](const char* rule_name, const char* field, const Integer& value,
                            const char* words) {
-        if (value && static_cast<double>(*value) > rule(rule_name).threshold)
+        if (value && static_cast<double>(*value) > findings.rule(rule_name).threshold)
             remark(rule_name, field, std::to_string(*value) + " " + words);
     };
     count(predicted, "predicted_failures", drive.predicted_failures, "predicted failures");
     count("drive_media_errors", "media_errors", drive.media_errors, "media errors");
     count("drive_other_errors", "other_errors", drive.other_errors, "other errors");
-    if (drive.percentage_used && *drive.percentage_used >= rule("drive_wear").threshold)
+    if (drive.percentage_used && *drive.percentage_used >= findings.rule("drive_wear").threshold)
         remark("drive_wear", "percentage_used",
                percent_text(*drive.percentage_used) + " of its life used");
     if (drive.available_spare_percent &&
-        *drive.available_spare_percent <= rule("drive_spare_low").threshold)
+        *drive.available_spare_percent <= findings.rule("drive_spare_low").threshold)
         remark("drive_spare_low", "available_spare_percent",
                percent_text(*drive.available_spare_percent) + " of its spare blocks left");
 }

@@ -51,7 +51,16 @@ void write_findings() {
            "The rules by which qvhost judges an inventory and its events. One rule is one row of\n"
            "`refhost/findings/rules.cpp`, of which this page is made.\n\n"
            "`critical` wakes somebody, `warning` makes a ticket, `unknown` says that nobody can tell, `notice`\n"
-           "is shown and colours nothing.\n";
+           "is shown and colours nothing.\n\n"
+           "A site may see some of them in another way. `qvhost check REPORT --rules FILE` judges by these\n"
+           "rules with the lines of FILE applied:\n\n"
+           "    # comment\n"
+           "    severity     fan_warning notice\n"
+           "    threshold    drive_wear 90\n"
+           "    acknowledge  drive_media_errors:ZA1B2C3D until 2027-01-31 a new drive is ordered\n\n"
+           "A finding that is acknowledged is a notice up to and on that day, and says so. Its id is shown by\n"
+           "`qvhost check REPORT --format json`. A line that is none of these makes the answer UNKNOWN and\n"
+           "is named.\n";
     for (const auto subsystem : findings::kSubsystems) {
         std::cout
             << "\n## " << word(subsystem)

@@ -461,6 +461,74 @@ TEST_F(Check, RecordedServersAreAsTheirDescriptionsSay) {
     EXPECT_EQ(degraded.exit, 2) << degraded.out;
 }
 
+// A site's rules judge the captures again; the report itself stays as it is.
+TEST_F(Check, GoesByTheRulesOfTheSite) {
+    const auto report = replayed("x86_64-kp420-two-megaraid");
+    const auto before = check(report, {"--format", "json"});
+    const auto findings = nlohmann::json::parse(before.out).at("findings");
+    std::string rules = "# all of it is known\n";
+    for (const auto& one : findings) {
+        if (one.at("subsystem") == "storage" && one.at("severity") != "notice")
+            rules +=
+                "acknowledge " + one.at("id").get<std::string>() + " until 2999-12-31 ticket 7\n";
+    }
+    ASSERT_GT(lines_of(rules).size(), 1u);
+    const auto file = dir() / "rules";
+    const std::vector<std::string> asked{"--subsystem", "storage", "--rules", file};
+
+    write_file(file, "");
+    EXPECT_EQ(check(report, asked).out, check(report, {"--subsystem", "storage"}).out);
+    EXPECT_EQ(check(report, asked).exit, 2);
+
+    write_file(file, rules);
+    const auto known = check(report, asked);
+    EXPECT_EQ(known.exit, 0) << known.out;
+    EXPECT_NE(known.out.find("; acknowledged until 2999-12-31: ticket 7"), std::string::npos)
+        << known.out;
+
+    write_file(file, "severity volume_no_redundancy notice\nseverity drive_failed");
+    const auto bad = check(report, asked);
+    EXPECT_EQ(bad.exit, 3);
+    EXPECT_EQ(bad.out, "UNKNOWN: " + file.string() + ", line 2: the severity is missing\n");
+
+    EXPECT_EQ(check(report, {"--format", "json"}).out, before.out);
+}
+
+// A threshold is no matter of words: what is below it is found again.
+TEST_F(Check, FindsAgainWhatAThresholdLetPass) {
+    const auto report = dir() / "directory";
+    fs::create_directories(report / "report");
+    fs::rename(store_of(all(HealthWord::ok)), report / "report" / "report.sqlite");
+    write_file(
+        report / "host_smartctl_nvme0.json",
+        R"({"smartctl":{"exit_status":0},"device":{"name":"/dev/nvme0","type":"nvme","protocol":"NVMe"},"serial_number":"Z1",)"
+        R"("smart_status":{"passed":true},"nvme_smart_health_information_log":{"percentage_used":30}})");
+    const auto file = dir() / "rules";
+    const auto finds_wear = [&](const char* line) {
+        write_file(file, line);
+        return check(report, {"--rules", file}).out.find("30 % of its life used") !=
+               std::string::npos;
+    };
+    EXPECT_FALSE(finds_wear(""));
+    EXPECT_FALSE(finds_wear("threshold drive_wear 31"));
+    EXPECT_TRUE(finds_wear("threshold drive_wear 30"));
+}
+
+TEST_F(Check, RulesThatCannotBeReadAreUnknown) {
+    const auto store = store_of(all(HealthWord::ok));
+    const auto file = dir() / "rules";
+    write_file(file, "");
+    EXPECT_EQ(said(store, {"--rules", file}),
+              "3 UNKNOWN: " + store.string() +
+                  ": --rules needs the captures: name the directory of the report");
+    EXPECT_EQ(said(store, {"--rules", dir() / "nowhere"}),
+              "3 UNKNOWN: " + (dir() / "nowhere").string() + ": No such file or directory");
+    EXPECT_EQ(said(store, {"--rules", dir()}), "3 UNKNOWN: " + dir().string() + ": it is no file");
+    write_file(file, std::string((1 << 20) + 1, '#'));
+    EXPECT_EQ(said(store, {"--rules", file}),
+              "3 UNKNOWN: " + file.string() + ": it is longer than 1 MiB");
+}
+
 TEST_F(Check, OutputThatCannotBeWrittenIsAFailure) {
     const auto outcome = run(
         Invocation{.arguments = {"check", store_of(all(HealthWord::ok))}, .out_file = "/dev/full"});

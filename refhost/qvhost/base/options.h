@@ -53,6 +53,7 @@ struct CheckOptions {
     std::string unknown_as = "unknown";
     std::string perfdata = "usual";
     std::optional<unsigned> max_age_seconds;  // an older report is UNKNOWN
+    std::filesystem::path rules;              // the site's own (findings/rules_file.h); empty: none
 };
 
 // What the user asked of `export`.

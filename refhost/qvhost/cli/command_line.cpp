@@ -60,7 +60,8 @@ const std::vector<CommandText> kTexts = {
      {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
      {{"qvhost check /var/tmp/collection",                                  "The whole server."},
       {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
-      {"qvhost check DIR --format json | jq -r '.findings[].subject'",      "What the findings are about, for a program."}}},
+      {"qvhost check DIR --rules /etc/qvhost.rules",                        "By the severities and acknowledgements of this site."},
+      {"qvhost check DIR --format json | jq -r '.findings[].id'",           "The ids of the findings, for a program."}}},
 
     {"export", "Write a report in another format",
      {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
@@ -221,6 +222,11 @@ void add_check(CLI::App& app, CheckOptions& options) {
     },
             CLI::AsNumberWithUnit::CASE_SENSITIVE, ""))
         ->type_name("TIME");
+    check
+        .add_option("--rules", options.rules,
+                    "Severities, thresholds and known findings of this site (docs/findings.md)")
+        ->type_name("FILE")
+        ->check(not_empty);
     check.add_option("--unknown-as", options.unknown_as, "What is said where something is unknown")
         ->check(one_of(check_unknown_words()))
         ->type_name(boost::join(check_unknown_words(), "|"))

@@ -115,4 +115,12 @@ void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo
     store.commit();
 }
 
+findings::Verdict judge_again(const Store& store, const LogDir& dir, const findings::Rules& rules) {
+    const auto commands = store.commands();
+    findings::EventJudge events;
+    const auto survey = inventory::survey(dir.path(), origins_of(commands, dir),
+                                          [&](inventory::Event&& event) { events.take(event); });
+    return findings::judge(survey, events, circumstances_of(store, commands), rules);
+}
+
 }  // namespace qvhost

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+#include "findings/finding.h"
+#include "findings/rules.h"
 #include "qvhost/base/log_dir.h"
 #include "store/store.h"
 
@@ -10,5 +12,8 @@ namespace qvhost {
 
 // The store's status and the time at which it was finished must be set.
 void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo>& commands);
+
+// What other rules say of the captures of a finished report. Nothing is written.
+findings::Verdict judge_again(const Store& store, const LogDir& dir, const findings::Rules& rules);
 
 }  // namespace qvhost

@@ -1,7 +1,10 @@
 #include "qvhost/present/check.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -9,9 +12,14 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
+#include "files/descriptor.h"
 #include "findings/finding.h"
+#include "findings/rules_file.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/finish/judge_report.h"
 #include "qvhost/present/open_report.h"
 #include "report/verdict_json.h"
 #include "show/visible.h"
@@ -59,12 +67,51 @@ std::optional<std::time_t> utc_seconds(const std::string& text) {
     return ::timegm(&parts);
 }
 
+constexpr std::size_t kLargestRules = 1 << 20;  // bytes
+
+// "2026-11-21", where this system's clock is.
+std::string today() {
+    const auto now = std::time(nullptr);
+    std::tm parts{};
+    ::localtime_r(&now, &parts);
+    char text[16];
+    std::strftime(text, sizeof text, "%Y-%m-%d", &parts);
+    return text;
+}
+
+findings::Rules read_rules(const std::filesystem::path& file) {
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!opened)
+        throw std::runtime_error(file.string() + ": " + std::generic_category().message(errno));
+    if (!std::filesystem::is_regular_file(file))
+        throw std::runtime_error(file.string() + ": it is no file");
+    const auto text = read_bytes(opened.get(), kLargestRules + 1);
+    if (text.size() > kLargestRules)
+        throw std::runtime_error(file.string() + ": it is longer than 1 MiB");
+    try {
+        return findings::parse_rules(text, today());
+    } catch (const findings::RulesError& error) {
+        throw std::runtime_error(file.string() + ", line " + std::to_string(error.line) + ": " +
+                                 error.what());
+    }
+}
+
+// Other rules need what the verdict was made from.
+Verdict judged_by_rules(const CheckOptions& options, const Store& store) {
+    const auto rules = read_rules(options.rules);
+    if (!std::filesystem::is_directory(options.report))
+        throw std::runtime_error(options.report.string() +
+                                 ": --rules needs the captures: name the directory of the report");
+    return judge_again(store, LogDir(options.report), rules);
+}
+
 Checked read_report(const CheckOptions& options) {
     const auto report = open_report(options.report);
     Checked checked{read_verdict(report.store), {}, std::nullopt};
     if (checked.verdict.health.empty())
         throw std::runtime_error(options.report.string() +
                                  ": the report holds no verdict; it is an older version's");
+    if (!options.rules.empty()) checked.verdict = judged_by_rules(options, report.store);
     checked.sensors = read_inventory(report.store).sensors;
     if (const auto finished = utc_seconds(report.store.meta("finished")))
         checked.age_seconds = std::max<std::int64_t>(0, std::time(nullptr) - *finished);
