@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "store/names.h"
+#include "store/readable_file.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -82,6 +83,7 @@ struct Store::Impl {
 
     std::string path;
     Mode mode;
+    std::unique_ptr<store::ReadableFile> readable;  // null: the store is filled
     SQLite::Database db;
     std::optional<SQLite::Transaction> transaction;
     std::vector<std::unique_ptr<Table>> tables;

@@ -1,8 +1,6 @@
 // Opening and closing a store.
-#include <fcntl.h>
+#include <sqlite3.h>
 
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "files/new_file.h"
@@ -21,19 +19,18 @@ constexpr int kBusyMs = 3000;
 
 int open_flags(Store::Mode mode) {
     // A store is used by one thread, which needs no locks.
-    const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+    const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY | SQLite::OPEN_URI
+                                                 : SQLite::OPEN_READWRITE;
     return access | SQLite::OPEN_NOMUTEX;
-}
-
-void check_readable(const std::string& path) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file) throw std::runtime_error(path + ": " + std::strerror(errno));
 }
 
 }  // namespace
 
 Store::Impl::Impl(const std::string& file, Mode open_mode)
-    : path(file), mode(open_mode), db(file, open_flags(open_mode), kBusyMs) {
+    : path(file),
+      mode(open_mode),
+      readable(open_mode == Mode::read ? std::make_unique<store::ReadableFile>(file) : nullptr),
+      db(readable ? readable->uri() : file, open_flags(open_mode), kBusyMs) {
     for (const auto name : kTypedTables) table_names.claim(name);
     if (mode == Mode::create) {
         // synchronous=OFF does not wait for the disk. If the process dies, nothing is lost; if the
@@ -133,12 +130,13 @@ store::Table* Store::Impl::find_table(const std::string& id) {
 }
 
 Store::Store(const std::string& path, Mode mode) {
-    if (mode == Mode::create) {
-        create_private(path);
-    } else {
-        check_readable(path);
-    }
+    if (mode == Mode::create) create_private(path);
     impl_ = store::with_file_name(path, [&] { return std::make_unique<Impl>(path, mode); });
+}
+
+const std::string& Store::uri() const {
+    static const std::string none;
+    return impl_->readable ? impl_->readable->uri() : none;
 }
 
 Store::~Store() = default;

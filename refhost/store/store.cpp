@@ -90,6 +90,15 @@ std::string Store::meta(const std::string& key) const {
     });
 }
 
+std::map<std::string, std::string> Store::all_meta() const {
+    return store::with_file_name(impl_->path, [&] {
+        std::map<std::string, std::string> all;
+        for (Statement q(impl_->db, "SELECT key, value FROM qv_meta"); q.executeStep();)
+            all[q.getColumn(0).getString()] = q.getColumn(1).getString();
+        return all;
+    });
+}
+
 void Store::set_status(const std::string& incomplete_because) {
     set_meta("status", incomplete_because.empty() ? "complete" : "incomplete");
     set_meta("incomplete_because", incomplete_because);

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -57,8 +58,10 @@ class Store {
 public:
     enum class Mode { create, update, read };
 
-    // create: a new file (mode 0600), replacing none: throws if it exists. read: never writes, not
-    // even beside the file. Throws std::runtime_error naming the file.
+    // create: a new file (mode 0600), replacing none: throws if it exists. Its directory must be one that
+    // this program made, since SQLite acts on what lies beside a file of that name. update: the same, to go
+    // on filling it. read: a file that anybody made; never writes, not even beside the file
+    // (readable_file.h). Throws std::runtime_error naming the file.
     Store(const std::string& path, Mode mode);
     ~Store();
     Store(Store&&) noexcept;
@@ -75,6 +78,7 @@ public:
     // Facts about the collection as a whole: "started", "finished", "status", ... (UTF-8 texts).
     void set_meta(const std::string& key, const std::string& value);
     std::string meta(const std::string& key) const;  // empty if not set
+    std::map<std::string, std::string> all_meta() const;
 
     // How the collection ended: the meta values "status", which is "running", "complete" or "incomplete",
     // and "incomplete_because". An empty reason: it is complete.
@@ -86,6 +90,10 @@ public:
     std::vector<Fact> facts() const;
     void set_commands(const std::vector<CommandInfo>& commands);
     std::vector<CommandInfo> commands() const;
+
+    // Of a store that is read: what SQLite opens as the same file, with SQLITE_OPEN_URI, while this
+    // object lives.
+    const std::string& uri() const;
 
     // Reading. Modules in the order in which they were added, tables in theirs.
     std::vector<ModuleInfo> modules() const;

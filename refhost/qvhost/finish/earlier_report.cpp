@@ -1,5 +1,6 @@
 #include "qvhost/finish/earlier_report.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -22,10 +23,13 @@ std::string when_it_started(const LogDir& dir) {
 }
 
 fs::path free_name(const LogDir& dir, const std::string& started) {
+    // What stands in a store is anybody's text; of this only what a time has gets into a name.
     std::string stamp;
     for (const char c : started) {
-        if (c != '-' && c != ':') stamp += c;
+        if ((c >= '0' && c <= '9') || c == 'T' || c == 'Z') stamp += c;
     }
+    constexpr std::size_t kLongest = 16;  // 20261121T012040Z
+    stamp.resize(std::min(stamp.size(), kLongest));
     const auto base = dir.path() / ("report-" + (stamp.empty() ? "unfinished" : stamp));
     auto name = base;
     for (int i = 2; fs::exists(fs::symlink_status(name)); ++i)

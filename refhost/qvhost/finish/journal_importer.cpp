@@ -52,7 +52,8 @@ void JournalImporter::take(const JournalEntry& entry) {
                               state_.reached.insert(start.table);
                           },
                           [&](const Record& record) {
-                              if (++state_.records > known_) store_.add(record);
+                              ++state_.records;
+                              store_.add(record);
                           },
                           [&](const TableEndEntry& end) {
                               state_.table.clear();

@@ -25,9 +25,7 @@ struct CollectionState {
 
 class JournalImporter {
 public:
-    // The first `known` records of the journal are in the store already.
-    JournalImporter(JournalReader& journal, Store& store, std::size_t known = 0)
-        : journal_(journal), store_(store), known_(known) {}
+    JournalImporter(JournalReader& journal, Store& store) : journal_(journal), store_(store) {}
 
     // Takes what is new in the journal, or the first part of it if it is long. Commits if the last
     // commit is half a second ago. False: there was nothing new.
@@ -43,7 +41,6 @@ private:
 
     JournalReader& journal_;
     Store& store_;
-    std::size_t known_;
     std::map<std::string, std::string> titles_;  // of modules
     std::string module_;
     CollectionState state_;

@@ -3,11 +3,14 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
+#include <vector>
 
 #include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
+#include "store/declared_table.h"
+#include "store/store.h"
 
 namespace qvhost {
 
@@ -15,27 +18,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::size_t records_in(const Store& store) {
-    std::size_t records = 0;
-    for (const auto& module : store.modules()) {
-        for (const auto& table : module.tables) records += static_cast<std::size_t>(table.records);
+// What only the store tells that was left: when the collection began, on which machine, ... All else is in
+// the journal. The store is read as one of a stranger's, and is not used again.
+void take_over(const fs::path& left, Store& store) {
+    std::vector<DeclaredTable> declared;
+    try {
+        const Store old(left, Store::Mode::read);
+        for (const auto& [key, value] : old.all_meta()) store.set_meta(key, value);
+        declared = declared_tables(old);
+    } catch (const std::runtime_error&) {
+        // It is missing or damaged.
     }
-    return records;
-}
-
-// The store as it was left. A damaged one is replaced by an empty one: the journal has everything.
-Store open_store(const LogDir& dir) {
-    if (fs::exists(dir.store())) {
-        try {
-            return {dir.store(), Store::Mode::update};
-        } catch (const std::runtime_error&) {
-            for (const char* part : {"", "-wal", "-shm", "-journal"})
-                fs::remove(dir.store().string() + part);
-        }
-    }
-    Store store(dir.store(), Store::Mode::create);
-    write_declared_tables(store, tables_declared_by(installed_plugin()).tables);
-    return store;
+    if (declared.empty()) declared = tables_declared_by(installed_plugin()).tables;
+    write_declared_tables(store, declared);
 }
 
 // Takes what can be read of the journal. Returns what is wrong with it.
@@ -57,15 +52,20 @@ std::string recover(const LogDir& dir) {
     if (!fs::exists(dir.journal())) return "";
     std::string found;
     bool damaged = false;
+    const auto place = dir.report() / "unfinished";
+    fs::remove_all(place);
+    make_private_directory(place);
+    const auto unfinished = place / dir.store().filename();
     {
-        auto store = open_store(dir);
+        Store store(unfinished, Store::Mode::create);
+        take_over(dir.store(), store);
         JournalReader journal(dir.journal());
-        JournalImporter importer(journal, store, records_in(store));
+        JournalImporter importer(journal, store);
         const auto damage = take_journal(importer);
         const auto& state = importer.state();
         found = "a collection that was broken off";
         if (!state.table.empty()) found += " while it collected " + state.table;
-        found += ", with " + std::to_string(records_in(store)) + " records";
+        found += ", with " + std::to_string(state.records) + " records";
         damaged = !damage.empty();
         if (damaged) found += "; " + damage;
         importer.explain_unreached();
@@ -73,6 +73,10 @@ std::string recover(const LogDir& dir) {
         finish_report(store, dir, program_file().parent_path() / "qv_tools",
                       std::filesystem::file_time_type::min());
     }
+    // What belonged to the old store must not lie beside the new one: SQLite would take it for its own.
+    for (const char* part : {"-wal", "-shm", "-journal"}) fs::remove(dir.store().string() + part);
+    fs::rename(unfinished, dir.store());
+    fs::remove_all(place);
     fs::remove(dir.commands());
     if (damaged) {
         fs::rename(dir.journal(), dir.journal().string() + ".damaged");

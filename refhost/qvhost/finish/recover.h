@@ -7,9 +7,9 @@
 
 namespace qvhost {
 
-// Imports the rest of the journal into the store and finishes the report. Returns for people what was
-// found; empty: nothing was left. Throws std::runtime_error if it cannot be saved. The directory's lock
-// must be held.
+// Makes a new store of what the journal holds, finishes the report with it, and puts it in the place of the
+// store that was left, which is only read. Returns for people what was found; empty: nothing was left.
+// Throws std::runtime_error if it cannot be saved. The directory's lock must be held.
 std::string recover(const LogDir& dir);
 
 }  // namespace qvhost

@@ -24,7 +24,8 @@ fs::path store_of(const fs::path& report) {
                                      "completed: " +
                                      reason);
         const DirLock lock(report);
-        std::cerr << "qvhost: found " << one_line(recover(dir)) << '\n';
+        if (const auto found = recover(dir); !found.empty())
+            std::cerr << "qvhost: found " << one_line(found) << '\n';
     }
     return dir.store();
 }

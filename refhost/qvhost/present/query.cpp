@@ -76,15 +76,13 @@ int authorize(void* refusal, int action, const char* first, const char* second, 
     }
 }
 
-Database open_database(const std::filesystem::path& file) {
+Database open_database(const Report& report) {
     sqlite3* opened = nullptr;
-    // An absolute path is never taken for a URI.
-    const int status = sqlite3_open_v2(std::filesystem::absolute(file).c_str(), &opened,
-                                       SQLITE_OPEN_READONLY, nullptr);
+    const int status = sqlite3_open_v2(report.store.uri().c_str(), &opened,
+                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
     Database db(opened, sqlite3_close);
     if (status != SQLITE_OK)
-        throw std::runtime_error(file.string() + ": " + sqlite3_errmsg(opened));
-    sqlite3_busy_timeout(opened, 5000);
+        throw std::runtime_error(report.file.string() + ": " + sqlite3_errmsg(opened));
     // The file may come from anywhere: views in it get no more rights than the statement has.
     sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -186,7 +184,7 @@ Cell cell_of(sqlite3_stmt* statement, int column) {
 
 void query_report(const QueryOptions& options) {
     const auto report = open_report(options.report);
-    const auto db = open_database(report.file);
+    const auto db = open_database(report);
     Refusal refusal;
     sqlite3_set_authorizer(db.get(), authorize, &refusal);
     const auto statement = prepare(db.get(), options.sql, refusal);

@@ -1,12 +1,9 @@
 #include "qvhost/replay/replay.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
+#include "files/temporary_directory.h"
 #include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/log_dir.h"
@@ -19,28 +16,6 @@ namespace qvhost {
 namespace fs = std::filesystem;
 
 namespace {
-
-// A temporary directory, removed at the end.
-class TemporaryDirectory {
-public:
-    TemporaryDirectory() {
-        std::string pattern = fs::temp_directory_path() / "qvhost-replay-XXXXXX";
-        if (!::mkdtemp(pattern.data()))
-            throw std::runtime_error(pattern + ": " + std::strerror(errno));
-        path_ = pattern;
-    }
-    ~TemporaryDirectory() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
 
 // A plug-in that does not say which tools it needs runs those of the installed one.
 std::vector<VendorTool> vendor_tools_of(const fs::path& plugin) {
@@ -59,7 +34,7 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
 
     // The plug-in looks for its tools beside the running program, so a copy of the program runs
     // beside the stand-ins.
-    const TemporaryDirectory place;
+    const TemporaryDirectory place("qvhost-replay");
     const auto program = place.path() / "bin" / "qvhost";
     const auto vendor_tools = place.path() / "bin" / "qv_tools";
     const auto search_path = place.path() / "path";

@@ -1,0 +1,191 @@
+// Reports that somebody else made: whatever lies in their directory, looking at them writes nothing
+// outside of it, and nothing of it becomes a path.
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+
+#include "program.h"
+#include "report.h"
+#include "store/store.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string big_endian(std::uint32_t number) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
+    return bytes;
+}
+
+// A rollback journal that SQLite takes for one of a program that crashed: without pages, and with the
+// name of a super-journal, which SQLite removes when it has rolled back. The form is that of SQLite's
+// "Database File Format", section 3.
+std::string hot_journal(const fs::path& database, const std::string& super_journal) {
+    const auto bytes = read_file(database);
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes.at(at)); };
+    const std::uint32_t page_size = byte(16) * 256u + byte(17);
+    const auto pages = static_cast<std::uint32_t>(bytes.size() / page_size);
+    std::string journal("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
+    journal +=
+        big_endian(0) + big_endian(0) + big_endian(pages) + big_endian(512) + big_endian(page_size);
+    journal.resize(512);
+    std::uint32_t sum = 0;
+    for (const char c : super_journal) sum += static_cast<std::uint32_t>(c);
+    return journal + big_endian(0x40000000 / page_size + 1) + super_journal +
+           big_endian(static_cast<std::uint32_t>(super_journal.size())) + big_endian(sum) +
+           std::string("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
+}
+
+// Everything below a directory, by name, with the time of its last change and what tells its contents.
+std::map<std::string, std::string> everything_in(const fs::path& directory) {
+    std::map<std::string, std::string> found;
+    for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+        struct stat info {};
+        ::lstat(entry.path().c_str(), &info);
+        found[entry.path().string()] =
+            std::to_string(info.st_ctim.tv_sec) + "." + std::to_string(info.st_ctim.tv_nsec) + " " +
+            std::to_string(S_ISREG(info.st_mode) ? std::hash<std::string>()(read_file(entry.path()))
+                                                 : 0);
+    }
+    return found;
+}
+
+class Received : public ProductTest {
+protected:
+    void SetUp() override {
+        ProductTest::SetUp();
+        ASSERT_EQ(run(collect("calm", {"--quiet"})).exit, 0);
+        write_file(victim(), "kept");
+    }
+
+    // Every command that reads a report.
+    std::vector<std::vector<std::string>> readers() const {
+        return {
+            {"show", log_dir()},
+            {"query", log_dir(), "SELECT * FROM ANOTHER"},
+            {"query", log_dir(), "SELECT * FROM qv_meta"},
+            {"check", log_dir()},
+            {"export", log_dir(), "--format", "json"},
+            {"export", log_dir(), "--format", "prometheus"},
+            {"export", log_dir(), "--format", "csv", "--table", "VALUES"},
+            {"export", log_dir(), "--format", "html", "--output", dir() / "page"},
+        };
+    }
+
+    fs::path victim() const { return dir() / "victim"; }
+    fs::path report() const { return log_dir() / "report"; }
+};
+
+TEST_F(Received, AJournalBesideTheStoreIsNotRolledBack) {
+    write_file(report() / "report.sqlite-journal", hot_journal(store_in(log_dir()), victim()));
+    const auto before = everything_in(log_dir());
+    for (const auto& arguments : readers()) {
+        const auto outcome = run(arguments);
+        EXPECT_NE(outcome.exit, 0) << arguments[0];
+        EXPECT_NE(outcome.out.find("report.sqlite-journal") != std::string::npos ||
+                      outcome.err.find("report.sqlite-journal") != std::string::npos,
+                  false)
+            << arguments[0] << outcome.err;
+        EXPECT_EQ(read_file(victim()), "kept") << arguments[0];
+        EXPECT_EQ(everything_in(log_dir()), before) << arguments[0];
+        fs::remove_all(dir() / "page");
+    }
+}
+
+// The journal of a collection that seems to be broken off lets the report be completed.
+TEST_F(Received, CompletingAReportRollsNothingBack) {
+    const auto journal = hot_journal(store_in(log_dir()), victim());
+    for (const char* name : {"report.sqlite-journal", "report.sqlite.new-journal",
+                             "unfinished/report.sqlite-journal"}) {
+        for (const auto& arguments : readers()) {
+            SCOPED_TRACE(name + (" " + arguments[0]));
+            write_file(report() / name, journal);
+            write_file(report() / "collection.journal", {8, 0, 0, 0, 0, 0, 0, 0});
+            run(arguments);
+            EXPECT_EQ(read_file(victim()), "kept");
+            for (const auto& [entry, content] : everything_in(report()))
+                EXPECT_FALSE(entry.ends_with("sqlite-journal")) << entry << " stays beside it";
+            fs::remove_all(dir() / "page");
+        }
+    }
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+    EXPECT_EQ(read_file(victim()), "kept");
+}
+
+TEST_F(Received, ANewCollectionRollsNothingBack) {
+    write_file(report() / "report.sqlite-journal", hot_journal(store_in(log_dir()), victim()));
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+    EXPECT_EQ(read_file(victim()), "kept");
+}
+
+// A store as a reader of another program's may leave it: part of it in its log.
+TEST_F(Received, AWriteAheadLogIsReadFromACopy) {
+    const auto copy = dir() / "copy.sqlite";
+    fs::copy_file(store_in(log_dir()), copy);
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(copy.c_str(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db,
+                           "PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0;"
+                           "UPDATE qv_meta SET value='logged' WHERE key='qvhost'",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    for (const char* part : {"", "-wal", "-shm"})
+        fs::copy_file(copy.string() + part, store_in(log_dir()).string() + part,
+                      fs::copy_options::overwrite_existing);
+    sqlite3_close(db);
+
+    const auto before = everything_in(log_dir());
+    const auto asked = run(
+        {"query", log_dir(), "SELECT value FROM qv_meta WHERE key='qvhost'", "--format", "csv"});
+    EXPECT_EQ(asked.out, "value\r\nlogged\r\n") << asked.err;
+    for (const auto& arguments : readers()) {
+        run(arguments);
+        EXPECT_EQ(everything_in(log_dir()), before) << arguments[0];
+        fs::remove_all(dir() / "page");
+    }
+}
+
+// Reading a store writes nothing, whatever mode it was left in.
+TEST_F(Received, ReadingWritesNothing) {
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(store_in(log_dir()).c_str(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(db);
+    const auto before = everything_in(log_dir());
+    for (const auto& arguments : readers()) {
+        run(arguments);
+        EXPECT_EQ(everything_in(log_dir()), before) << arguments[0];
+        fs::remove_all(dir() / "page");
+    }
+}
+
+TEST_F(Received, APipeIsNotWaitedFor) {
+    fs::remove(store_in(log_dir()));
+    ASSERT_EQ(::mkfifo(store_in(log_dir()).c_str(), 0600), 0);
+    for (const auto& arguments : readers()) {
+        const auto outcome = run(arguments);
+        EXPECT_NE(outcome.exit, 0);
+        EXPECT_NE((outcome.out + outcome.err).find("it is no file"), std::string::npos)
+            << arguments[0] << outcome.err;
+        fs::remove_all(dir() / "page");
+    }
+}
+
+// A number in a report never becomes a part of a path.
+TEST_F(Received, TheTimeInAStoreIsNoPath) {
+    fs::create_directory(dir() / "target");
+    qvhost::Store(store_in(log_dir()), qvhost::Store::Mode::update)
+        .set_meta("started", "/../../target/x");
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+    EXPECT_TRUE(fs::is_empty(dir() / "target"));
+}
+
+}  // namespace
+
+}  // namespace test
