@@ -30,6 +30,8 @@ namespace page {
 namespace {
 
 constexpr std::size_t kMaxCaptureBytes = 1 << 20;  // shown of each capture
+constexpr std::size_t kMaxCapturesBytes =
+    64 << 20;  // written of all: a file with holes costs its sender nothing
 
 // Makes an empty directory. A program that was killed may have left half a page there.
 void make_directory(const fs::path& path) {
@@ -53,14 +55,17 @@ std::string file_stem(std::size_t number, const std::string& text) {
 ordered_json write_captures(const std::vector<Capture>& captures, const fs::path& log_dir,
                             const fs::path& data) {
     auto all = ordered_json::array();
+    std::size_t room = kMaxCapturesBytes;
     for (const auto& capture : captures) {
         std::string file;
         std::size_t shown = 0;
-        if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0) {
-            const auto text = beginning_of(log_dir / capture.name, kMaxCaptureBytes);
+        if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0 && room > 0) {
+            const auto text =
+                beginning_of(log_dir / capture.name, std::min(room, kMaxCaptureBytes));
             const auto name = "capture-" + file_stem(all.size() + 1, capture.name) + ".js";
             std::string json;
             put_json_text(text, json);
+            room -= std::min(room, json.size());
             write_new_file(data / name, data_script("capture", json));
             file = "data/" + name;
             shown = text.size();
@@ -155,7 +160,8 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                         {"cut_off", command.cut_off}});
     }
     const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
-    ordered_json overview{{"meta", meta_of(store)},
+    ordered_json overview{{"apart", report.parent_path() != log_dir},
+                          {"meta", meta_of(store)},
                           {"facts", std::move(facts)},
                           {"modules", std::move(modules)},
                           {"commands", std::move(runs)},

@@ -16,6 +16,7 @@
 #include "qvhost/collect/collect.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/export.h"
+#include "qvhost/present/open_page.h"
 #include "qvhost/present/query.h"
 #include "qvhost/present/show.h"
 #include "qvhost/present/tables.h"
@@ -60,6 +61,7 @@ constexpr struct {
 } kPrinting[] = {
     {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
+    {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
     {"check",  [](const ParsedArguments& parsed) { return qvhost::check_report(parsed.check); }},

@@ -9,7 +9,7 @@ using Help = ReportTest;
 
 TEST_F(Help, EveryCommandHasExamples) {
     for (const std::string command :
-         {"collect", "replay", "tables", "show", "query", "check", "export"}) {
+         {"collect", "replay", "tables", "show", "open", "query", "check", "export"}) {
         SCOPED_TRACE(command);
         const auto help = run({command, "--help"});
         EXPECT_EQ(help.exit, 0);

@@ -177,6 +177,58 @@ TEST_F(Received, APipeIsNotWaitedFor) {
     }
 }
 
+// The page that came with a report is its sender's program.
+TEST_F(Received, ThePageIsMadeAnew) {
+    const std::string evil = "<script>alert(1)</script>";
+    for (const char* name : {"index.html", "data/overview.js", "assets/page.js"})
+        write_file(report() / name, evil);
+    write_file(log_dir() / "capture.txt", "what a tool said");
+    const auto before = everything_in(log_dir());
+
+    const auto opened =
+        run(Invocation{.arguments = {"open", log_dir()},
+                       .environment = {{"TMPDIR", dir()}, {"BROWSER", "echo shown:"}}});
+    EXPECT_EQ(opened.exit, 0) << opened.err;
+    const auto told = lines_of(opened.out);
+    ASSERT_EQ(told.size(), 2u) << opened.out;
+    EXPECT_EQ(told[1], "shown: " + told[0]);
+    const fs::path page = fs::path(told[0]).parent_path();
+    EXPECT_EQ(page.parent_path(), dir());
+    EXPECT_EQ(fs::status(page).permissions(), fs::perms::owner_all);
+    std::string text;
+    for (const auto& entry : fs::recursive_directory_iterator(page)) {
+        if (entry.is_regular_file()) text += read_file(entry.path());
+    }
+    EXPECT_EQ(text.find(evil), std::string::npos);
+    EXPECT_NE(text.find("what a tool said"), std::string::npos) << "captures are part of it";
+    EXPECT_EQ(everything_in(log_dir()), before);
+
+    EXPECT_EQ(run({"open", store_in(log_dir()), "--output", dir() / "chosen"}).exit, 0);
+    EXPECT_TRUE(fs::exists(dir() / "chosen" / "index.html"));
+    const auto again = run({"open", store_in(log_dir()), "--output", dir() / "chosen"});
+    EXPECT_EQ(again.exit, 1) << "nothing is replaced";
+}
+
+// A file with holes costs its sender nothing. 64 MiB of JSON, the backslashes in it doubled.
+TEST_F(Received, ThePageHoldsABoundedPartOfTheCaptures) {
+    for (int i = 0; i < 30; ++i) {
+        const auto file = log_dir() / ("sparse" + std::to_string(i) + ".txt");
+        write_file(file, std::string(4096, 'x'));
+        fs::resize_file(file, std::uintmax_t{1} << 40);
+    }
+    const auto page = dir() / "page";
+    EXPECT_EQ(run({"open", log_dir(), "--output", page}).exit, 0);
+    std::uintmax_t bytes = 0;
+    std::size_t files = 0;
+    for (const auto& entry : fs::directory_iterator(page / "data")) {
+        if (!entry.path().filename().string().starts_with("capture-")) continue;
+        bytes += entry.file_size();
+        ++files;
+    }
+    EXPECT_LT(bytes, std::uintmax_t{128} << 20);
+    EXPECT_GT(files, 8u);
+}
+
 // A number in a report never becomes a part of a path.
 TEST_F(Received, TheTimeInAStoreIsNoPath) {
     fs::create_directory(dir() / "target");

@@ -169,7 +169,7 @@ export function CaptureView({capture, line, overview}: {capture: Capture; line: 
       .then(setText)
       .catch((error: Error) => setFailure(error.message));
   }, [capture]);
-  const address = captureAddress(capture);
+  const address = overview.apart ? undefined : captureAddress(capture);
   return (
     <>
       <h1>
@@ -185,7 +185,7 @@ export function CaptureView({capture, line, overview}: {capture: Capture; line: 
             </a>
           </>
         ) : (
-          ", in the log directory; a browser might run it as a page, so it is shown as text only"
+          `, in the log directory${overview.apart ? "" : "; a browser might run it as a page, so it is shown as text only"}`
         )}
         .
       </p>

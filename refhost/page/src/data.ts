@@ -169,6 +169,7 @@ export interface Inventory {
 }
 
 export interface Overview {
+  apart: boolean; // the page is not beside the captures and report.json
   meta: Record<string, string>;
   facts: Fact[];
   modules: Module[];

@@ -182,8 +182,15 @@ export function OverviewView({overview}: {overview: Overview}) {
         </div>
       </section>
       <footer>
-        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}. The same records:{" "}
-        <a href="report.json">report.json</a> and report.sqlite beside this page.
+        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}.
+        {!overview.apart && (
+          <>
+            {" "}
+            The same records: <a href="report.json">report.json</a> and report.sqlite beside this page.
+          </>
+        )}
+        <br />A page can run whatever its sender put into it. If this report came from somebody else, read the page that{" "}
+        <code>qvhost open</code> makes from its store instead.
       </footer>
     </>
   );

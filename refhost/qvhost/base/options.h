@@ -37,6 +37,12 @@ struct ShowOptions {
     bool no_pager = false;
 };
 
+// What the user asked of `open`.
+struct OpenOptions {
+    std::filesystem::path report;
+    std::filesystem::path output;  // empty: a temporary directory
+};
+
 // What the user asked of `query`.
 struct QueryOptions {
     std::filesystem::path report;

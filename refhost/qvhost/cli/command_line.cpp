@@ -49,6 +49,13 @@ const std::vector<CommandText> kTexts = {
       {"qvhost show /var/tmp/collection SENSORINFO PDLIST",                 "Two of them."},
       {"qvhost show report.sqlite SELINFO --no-pager | grep -i temperature", "The store alone is a report as well."}}},
 
+    {"open", "Make the page of a report and show it",
+     {"The page is made from the report's store, in a directory of its own, and its place is printed. If the variable BROWSER is set, the page is shown with that command.",
+      "Use it for every report that somebody else made: the page in a log directory is a program, and runs whatever its sender put into it."},
+     {{"qvhost open DIR",                                                   "Make the page in a temporary directory and say where."},
+      {"BROWSER=firefox qvhost open DIR",                                   "Show it as well."},
+      {"qvhost open report.sqlite --output page",                           "Make it in a directory of that name, from the store alone."}}},
+
     {"query", "Ask a report with SQL",
      {"Each table of the report is an SQL table with one column for each property, and qv_seq, the record's place in the collection; the tables qv_* hold modules, layouts and record names. The statement can read the report and do nothing else."},
      {{"qvhost query DIR \"SELECT item1, item2 FROM SENSORINFO\"",                                 "Two columns of a table."},
@@ -270,6 +277,13 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     add_report_argument(show, parsed.show.report);
     show.add_option("TABLE", parsed.show.tables, "Tables to show; none: all");
     show.add_flag("--no-pager", parsed.show.no_pager, "No pager, also on a terminal");
+
+    auto& open = add_command(*app, "open");
+    add_report_argument(open, parsed.open.report);
+    open.add_option("--output", parsed.open.output,
+                    "A directory that is new or empty, for the page")
+        ->type_name("DIR")
+        ->check(not_empty);
 
     add_query(*app, parsed.query);
     add_check(*app, parsed.check);

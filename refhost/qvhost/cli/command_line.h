@@ -18,6 +18,7 @@ struct ParsedArguments {
     CollectOptions collect;
     std::filesystem::path machine;
     ShowOptions show;
+    OpenOptions open;
     QueryOptions query;
     ExportOptions exporting;
     CheckOptions check;

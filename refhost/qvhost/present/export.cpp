@@ -1,10 +1,6 @@
 #include "qvhost/present/export.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <iostream>
 #include <stdexcept>
 
@@ -12,6 +8,7 @@
 #include "page/write_page.h"
 #include "qvhost/present/export_csv.h"
 #include "qvhost/present/export_prometheus.h"
+#include "qvhost/present/new_files.h"
 #include "qvhost/present/open_report.h"
 #include "report/report_json.h"
 #include "show/headers.h"
@@ -60,41 +57,6 @@ std::string file_name(const std::string& id) {
     }
     return name;
 }
-
-// A directory that is new or empty, for entries that are there all or not at all.
-class NewFiles {
-public:
-    explicit NewFiles(fs::path directory) : directory_(std::move(directory)) {
-        if (::mkdir(directory_.c_str(), 0700) == 0) {
-            made_ = true;
-        } else if (errno != EEXIST) {
-            fail(directory_, std::string("cannot make the directory: ") + std::strerror(errno));
-        } else if (!fs::is_directory(directory_)) {
-            fail(directory_, "not a directory");
-        } else if (!fs::is_empty(directory_)) {
-            fail(directory_, "the directory is not empty; nothing is written into it");
-        }
-    }
-    ~NewFiles() {
-        if (kept_) return;
-        std::error_code ignored;
-        for (const auto& entry : entries_) fs::remove_all(entry, ignored);
-        if (made_) fs::remove(directory_, ignored);
-    }
-    NewFiles(const NewFiles&) = delete;
-    NewFiles& operator=(const NewFiles&) = delete;
-
-    fs::path path(const std::string& name) const { return directory_ / name; }
-    // The entry of that name is one of them: made by now, or going to be made.
-    void adopt(const std::string& name) { entries_.push_back(path(name)); }
-    void keep() { kept_ = true; }
-
-private:
-    fs::path directory_;
-    std::vector<fs::path> entries_;
-    bool made_ = false;
-    bool kept_ = false;
-};
 
 void export_tables(const ExportOptions& options, const Store& store) {
     NewFiles files(options.output);
