@@ -32,6 +32,8 @@ int main(int, char** arguments) {
               "it threw"
         });
         journal.append(TableEndEntry{"M", "V", Layout(), ""});
+        journal.append(QuestionEntry{"smartctl", "", ""});
+        journal.append(QuestionEntry{"", "storage", "smartctl is not installed"});
         journal.append(EndEntry{"no plug-in"});
     }
     fs::copy_file(directory / "one_of_each", directory / "half");

@@ -24,6 +24,7 @@ JournalEntry entry(fuzz::Pieces& input) {
         case 1: return TableStartEntry{text(input), text(input)};
         case 2: return TableEndEntry{text(input), text(input), layout(input), text(input)};
         case 3: return EndEntry{text(input)};
+        case 4: return QuestionEntry{text(input), text(input), text(input)};
         default: return record(input);
     }
 }

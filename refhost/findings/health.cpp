@@ -37,13 +37,13 @@ constexpr auto kEvidence = std::to_array<EvidenceRow>({
     {Subsystem::cooling,     Needed::if_asked, {"sdrinfo.txt",    "host_ipmitool_sdr.txt"},    "the sensor records were not read"   },
     {Subsystem::power,       Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
     {Subsystem::power,       Needed::if_asked, {"sdrinfo.txt",    "host_ipmitool_sdr.txt"},    "the sensor records were not read"   },
-    {Subsystem::memory,      Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::memory,      Needed::with_bmc, {"selinfo.txt",    "host_sel.txt"},              "the system event log was not read"  },
     {Subsystem::memory,      Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
-    {Subsystem::processor,   Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::processor,   Needed::with_bmc, {"selinfo.txt",    "host_sel.txt"},              "the system event log was not read"  },
     {Subsystem::processor,   Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
-    {Subsystem::bmc,         Needed::with_bmc, {"selfinfo.txt",   "host_ipmitool_selftest.txt"}, "the self test was not asked for"  },
+    {Subsystem::bmc,         Needed::with_bmc, {"selfinfo.txt",   "host_selftest.txt"},        "the self test was not asked for"    },
     {Subsystem::system,      Needed::with_bmc, {"sensorinfo.txt", "host_ipmitool_sensor.txt"}, "the sensors were not read"          },
-    {Subsystem::system,      Needed::with_bmc, {"selinfo.txt",    "host_ipmitool_sel.txt"},    "the system event log was not read"  },
+    {Subsystem::system,      Needed::with_bmc, {"selinfo.txt",    "host_sel.txt"},              "the system event log was not read"  },
     {Subsystem::system,      Needed::always,   {"dmesg.log",      "host_dmesg.txt"},           "the kernel's messages were not read"},
 });
 // clang-format on
@@ -59,6 +59,7 @@ const SurveyedCapture* no_bmc(const Survey& survey) {
     if (!inventory.sensors.empty() || !inventory.bmcs.empty() || !inventory.ipmi_devices.empty())
         return nullptr;
     const auto* dmidecode = survey.find("dmidecode.log");
+    if (!dmidecode) dmidecode = survey.find("host_dmidecode.txt");
     if (!dmidecode || inventory.systems.empty()) return nullptr;
     if (inventory.systems.front().is_virtual == true) return dmidecode;
     return dmidecode->whole() ? dmidecode : nullptr;
@@ -154,6 +155,11 @@ std::vector<Health> judge_health(const Survey& survey, const Circumstances& circ
             health.health = HealthWord::absent;
         } else {
             health.health = health.judged_by.empty() ? HealthWord::unknown : HealthWord::ok;
+        }
+        for (const auto& lack : circumstances.lacks) {
+            const bool by_bmc =
+                lack.subsystem == word(Subsystem::bmc) && rests_on_bmc_alone(subsystem);
+            if (by_bmc || lack.subsystem == word(subsystem)) add_once(health.missing, lack.words);
         }
         all.push_back(std::move(health));
     }

@@ -10,11 +10,19 @@
 
 namespace qvhost::findings {
 
+// A question that could not be asked. It alone makes no subsystem unknown.
+struct Lack {
+    std::string subsystem;
+    std::string words;
+};
+
 // What is known of the collection as a whole.
 struct Circumstances {
     std::string now;                            // when it ended, ISO 8601, on this system's clock
     std::string incomplete_because;             // in words; empty: it is complete
     std::vector<std::string> cut_off_commands;  // "ipmitool sensor: killed by signal 9"
+    // What could not be asked: "ipmitool is not installed (Debian package ipmitool)".
+    std::vector<Lack> lacks = {};
 };
 
 std::vector<Health> judge_health(const inventory::Survey& survey,

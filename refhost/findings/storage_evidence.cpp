@@ -102,6 +102,7 @@ bool was_read(const Survey& survey, const ToolRow& row) {
 std::int64_t weigh_counted(const Survey& survey, Health& health) {
     std::int64_t most = 0;
     for (const auto& counted : survey.inventory.controller_counts) {
+        if (counted.tool != "storcli") continue;
         constexpr std::int64_t kMost = 256;  // a count beyond it is no count
         const auto count = std::clamp<std::int64_t>(counted.count.value_or(0), 0, kMost);
         most = std::max(most, count);

@@ -29,14 +29,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The names of the files in the directory, and of those in its subdirectories, sorted.
-std::set<std::string> files_in(const fs::path& log_dir) {
+// The names of the files in the directory that are no older, and of those in its subdirectories, sorted.
+std::set<std::string> files_in(const fs::path& log_dir, fs::file_time_type not_before) {
     std::set<std::string> names;
     std::error_code error;
     for (fs::recursive_directory_iterator entry(log_dir, error), end; !error && entry != end;
          entry.increment(error)) {
         if (entry.depth() > 0) entry.disable_recursion_pending();
         if (entry->is_symlink(error) || !entry->is_regular_file(error)) continue;
+        if (entry->last_write_time(error) < not_before) continue;
         names.insert(entry->path().lexically_relative(log_dir).string());
     }
     return names;
@@ -57,9 +58,9 @@ int open_capture(const fs::path& path) {
 class Surveyor {
 public:
     Surveyor(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
-             const EventSink& events, Survey& survey)
+             const EventSink& events, fs::file_time_type not_before, Survey& survey)
         : log_dir_(log_dir), origins_(origins), events_(events), survey_(survey) {
-        names_ = files_in(log_dir);
+        names_ = files_in(log_dir, not_before);
         for (const auto& origin : origins) names_.insert(origin.capture);
     }
 
@@ -134,9 +135,9 @@ const SurveyedCapture* Survey::find(const std::string& capture) const {
 }
 
 Survey survey(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
-              const EventSink& events) {
+              const EventSink& events, fs::file_time_type not_before) {
     Survey result;
-    Surveyor surveyor(log_dir, origins, events, result);
+    Surveyor surveyor(log_dir, origins, events, not_before, result);
     surveyor.read_all(storage_captures());
     surveyor.read_all(ipmi_captures());
     surveyor.read_all(system_captures());
@@ -148,6 +149,19 @@ Survey survey(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins
     join_bmc(result.inventory);
     join_machine(result.inventory);
     return result;
+}
+
+bool read_capture(const fs::path& log_dir, const std::string& name, Inventory& found) {
+    for (const auto readers : {storage_captures(), ipmi_captures(), system_captures()}) {
+        const auto* reader = reader_for(readers, name);
+        const int fd = reader ? open_capture(log_dir / name) : -1;
+        if (fd < 0) continue;
+        CaptureLines lines(fd);
+        Reading reading{name, found, [](Event&&) {}};
+        reader->read(lines, reading);
+        return reading.how.whole();
+    }
+    return false;
 }
 
 }  // namespace qvhost::inventory

@@ -98,6 +98,12 @@ void put(const TableEndEntry& entry, std::string& bytes) {
 
 void put(const EndEntry& entry, std::string& bytes) { put(entry.error, bytes); }
 
+void put(const QuestionEntry& entry, std::string& bytes) {
+    put(entry.tool, bytes);
+    put(entry.subsystem, bytes);
+    put(entry.lack, bytes);
+}
+
 class Fields {
 public:
     explicit Fields(std::string_view bytes) : rest_(bytes) {}
@@ -231,6 +237,14 @@ void get_entry(Fields& fields, JournalEntry& entry) {
             break;
         }
         case 4: entry = EndEntry{std::string(fields.text())}; break;
+        case 5: {
+            QuestionEntry question;
+            question.tool = fields.text();
+            question.subsystem = fields.text();
+            question.lack = fields.text();
+            entry = std::move(question);
+            break;
+        }
         default: Fields::damaged();
     }
 }

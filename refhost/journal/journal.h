@@ -39,13 +39,20 @@ struct TableEndEntry {  // its callbacks are done
     std::string error;  // what a callback threw, as text; empty: nothing
     bool operator==(const TableEndEntry&) const = default;
 };
+struct QuestionEntry {  // a question of the host's own that is about to be asked, or that cannot be
+    std::string tool;   // which is asked; empty: none
+    std::string subsystem;  // whose verdict lacks what cannot be asked
+    std::string lack;       // what that is, in words; empty: it is asked
+    bool operator==(const QuestionEntry&) const = default;
+};
 struct EndEntry {  // the collection ran to its end
     std::string
         error;  // why it could not run at all (the plug-in did not load, ...); empty: it did
     bool operator==(const EndEntry&) const = default;
 };
 
-using JournalEntry = std::variant<ModuleEntry, TableStartEntry, Record, TableEndEntry, EndEntry>;
+using JournalEntry =
+    std::variant<ModuleEntry, TableStartEntry, Record, TableEndEntry, EndEntry, QuestionEntry>;
 
 class JournalWriter {
 public:

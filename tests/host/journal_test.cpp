@@ -56,6 +56,8 @@ std::vector<JournalEntry> one_of_each() {
         TableEndEntry{"", "", Layout{}, ""},
         EndEntry{""},
         EndEntry{"no plug-in"},
+        QuestionEntry{"smartctl", "", ""},
+        QuestionEntry{"", "storage", "smartctl is not installed"},
     };
 }
 

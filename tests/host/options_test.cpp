@@ -34,6 +34,7 @@ const std::map<std::string, std::string> kValues = {
     {"SECONDS", "77"},
     {"pmc|fru0|bios", "fru0,bios"},
     {"FILE", "a\nplug-in --table=x"},
+    {"full|health", "health"},
 };
 
 // The option as words of a command line.
@@ -60,17 +61,39 @@ TEST(Options, EachArrivesInTheCollectingChild) {
         EXPECT_EQ(options_from(settings_of(options)), options) << "it is lost on its way";
         ++count;
     }
-    EXPECT_EQ(count, collect_options().size() - 1) << "--search-path alone is not offered";
+    const auto internal = std::count_if(
+        collect_options().begin(), collect_options().end(),
+        [](const CollectOption& row) { return row.use == CollectOption::Use::internal; });
+    EXPECT_EQ(count + static_cast<std::size_t>(internal), collect_options().size());
 }
 
 TEST(Options, AllArriveTogether) {
-    auto options = parsed({"--log-level",      "0",        "--module",          "a",
-                           "--module",         "b",        "--table",           "c",
-                           "--tool-timeout",   "5",        "--silence-timeout", "4",
-                           "--module-timeout", "6",        "--run-timeout",     "7",
-                           "--also",           "pmc,bios", "--plugin",          "/p",
-                           "--dry-run",        "--quiet"});
+    auto options = parsed({"--log-level",
+                           "0",
+                           "--module",
+                           "a",
+                           "--module",
+                           "b",
+                           "--table",
+                           "c",
+                           "--tool-timeout",
+                           "5",
+                           "--silence-timeout",
+                           "4",
+                           "--module-timeout",
+                           "6",
+                           "--run-timeout",
+                           "7",
+                           "--also",
+                           "pmc,bios",
+                           "--plugin",
+                           "/p",
+                           "--plug-in-only",
+                           "--dry-run",
+                           "--quiet"});
     options.search_path = "/a:/b c";
+    options.replayed = true;
+    options.recorded = {"storcli\t/c0 show", "cat"};
     EXPECT_EQ(options_from(settings_of(options)), options);
     EXPECT_EQ(options.modules, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(options.also, (std::vector<std::string>{"pmc", "bios"}));
@@ -82,21 +105,39 @@ TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
     const CollectOptions none;
     const auto limits = limits_for(none);
     EXPECT_EQ(limits, kUsualLimits);
-    const std::map<std::string, unsigned> used = {
-        {"log-level", none.log_level},
-        {"tool-timeout", limits.tool_seconds},
-        {"silence-timeout", limits.silence_seconds},
-        {"module-timeout", limits.module_seconds},
-        {"run-timeout", limits.run_seconds},
+    const std::map<std::string, std::string> used = {
+        {"log-level", std::to_string(none.log_level)},
+        {"tool-timeout", std::to_string(limits.tool_seconds)},
+        {"silence-timeout", std::to_string(limits.silence_seconds)},
+        {"module-timeout", std::to_string(limits.module_seconds)},
+        {"run-timeout", std::to_string(limits.run_seconds)},
+        {"profile", none.profile},
     };
     ParsedArguments unused;
     const auto app = command_line(unused);
-    std::map<std::string, unsigned> shown;
+    std::map<std::string, std::string> shown;
     for (const auto* option : options_of(*app->get_subcommand("collect"))) {
         if (const auto text = option->get_default_str(); !text.empty())
-            shown[option->get_lnames().front()] = static_cast<unsigned>(std::stoul(text));
+            shown[option->get_lnames().front()] = text;
     }
     EXPECT_EQ(shown, used);
+}
+
+TEST(Options, TheQuickProfileFitsIntoFiveMinutes) {
+    EXPECT_EQ(limits_for(parsed({"--profile", "health"})), kHealthLimits);
+    EXPECT_EQ(limits_for(parsed({"--profile", "health", "--tool-timeout", "5"})),
+              (Limits{240, 240, 30, 5, 5}));
+    EXPECT_EQ(limits_for(parsed({"--profile", "health", "--tool-timeout", "400"})),
+              (Limits{400, 400, 400, 400, 60}));
+    EXPECT_EQ(limits_for(parsed({"--profile", "health", "--run-timeout", "20"})),
+              (Limits{20, 20, 20, 20, 20}));
+    for (const auto& [option, value] :
+         {std::pair{"--module", "BMC_Info"}, {"--table", "SENSORINFO"}, {"--also", "pmc"}}) {
+        EXPECT_THROW(parsed({"--profile", "health", option, value}), CLI::ValidationError)
+            << option;
+    }
+    EXPECT_THROW(parsed({"--profile", "health", "--plug-in-only"}), CLI::ValidationError);
+    EXPECT_THROW(parsed({"--profile", "quick"}), CLI::ValidationError);
 }
 
 TEST(Options, SettingsThatNobodyWroteAreRefused) {

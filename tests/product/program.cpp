@@ -169,8 +169,8 @@ std::vector<pid_t> ProductTest::family() const {
 
 std::vector<std::string> ProductTest::collect(const std::string& name,
                                               const std::vector<std::string>& more) const {
-    std::vector<std::string> arguments{"collect", "--log-dir", log_dir().string(), "--plugin",
-                                       plugin(name).string()};
+    std::vector<std::string> arguments{"collect",  "--log-dir",           log_dir().string(),
+                                       "--plugin", plugin(name).string(), "--plug-in-only"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
 }

@@ -55,7 +55,7 @@ protected:
     // Of these the collecting process that `parent` has started; 0: there is none.
     pid_t child_of(pid_t parent) const;
 
-    // "collect" with a plug-in of the tests into log_dir().
+    // "collect" with a plug-in of the tests into log_dir(); this machine itself is asked nothing.
     std::vector<std::string> collect(const std::string& name,
                                      const std::vector<std::string>& more = {}) const;
 

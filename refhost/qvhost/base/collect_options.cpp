@@ -34,6 +34,8 @@ std::string operation_meanings() {
     return text;
 }
 
+std::string profile_names() { return std::string(kFullProfile) + "|" + kHealthProfile; }
+
 constexpr CollectOption::Range limit(unsigned usual_seconds) {
     return {usual_seconds, 1, kMaxSeconds};
 }
@@ -60,9 +62,13 @@ std::vector<CollectOption> all_rows() {
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
         {"plugin",          &Options::plugin,          optional, "FILE",            kNoRange,   "Another plug-in than the installed one"},
+        {"profile",         &Options::profile,         optional, profile_names(), kNoRange,   "What is collected: full is everything; health is what verdicts need, in a few seconds, without the plug-in"},
+        {"plug-in-only",    &Options::plug_in_only,    optional, "",                kNoRange,   "No questions of the program's own: the plug-in's commands alone"},
         {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
         {"quiet",           &Options::quiet,           optional, "",                kNoRange,   "No progress"},
         {"search-path",     &Options::search_path,     internal, "",                kNoRange,   ""},
+        {"replayed",        &Options::replayed,        internal, "",                kNoRange,   ""},
+        {"recorded",        &Options::recorded,        internal, "",                kNoRange,   ""},
     };
     // clang-format on
 }
@@ -71,7 +77,8 @@ std::vector<CollectOption> all_rows() {
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
     [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds,
                                   silence_seconds, module_seconds, run_seconds, also, plugin,
-                                  dry_run, quiet, search_path] = options;
+                                  profile, plug_in_only, dry_run, quiet, search_path, replayed,
+                                  recorded] = options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.

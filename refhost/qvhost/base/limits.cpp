@@ -19,6 +19,7 @@ void expect_no_less(const char* outer_name, unsigned outer, const char* inner_na
 }  // namespace
 
 Limits limits_for(const CollectOptions& asked) {
+    const bool is_quick = asked.profile == kHealthProfile;
     const struct {
         const char* name;
         std::optional<unsigned> seconds;
@@ -36,9 +37,13 @@ Limits limits_for(const CollectOptions& asked) {
     }
 
     Limits limits;
-    const auto usual = kUsualLimits;
-    const unsigned most = std::min(asked.run_seconds.value_or(kMaxSeconds),
-                                   asked.module_seconds.value_or(kMaxSeconds));
+    const auto usual = is_quick ? kHealthLimits : kUsualLimits;
+    const unsigned longest_run =
+        is_quick ? std::max({usual.run_seconds, asked.tool_seconds.value_or(0),
+                             asked.module_seconds.value_or(0), asked.silence_seconds.value_or(0)})
+                 : kMaxSeconds;
+    const unsigned most = std::min(asked.run_seconds.value_or(longest_run),
+                                   asked.module_seconds.value_or(longest_run));
     limits.tool_seconds = asked.tool_seconds.value_or(
         std::min(std::max(usual.tool_seconds, asked.silence_seconds.value_or(0)), most));
     limits.silence_seconds =

@@ -28,6 +28,15 @@ inline constexpr Limits kUsualLimits{
     .silence_seconds = 120,
 };
 
+// Of the profile "health", which may run every five minutes.
+inline constexpr Limits kHealthLimits{
+    .run_seconds = 240,
+    .module_seconds = 240,
+    .archive_seconds = 240,
+    .tool_seconds = 60,
+    .silence_seconds = 60,
+};
+
 inline constexpr unsigned kMaxSeconds = 86400;  // the highest limit that can be set
 
 // Limits that do not contradict each other: what was asked for stands, what was not fits around it.

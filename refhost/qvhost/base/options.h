@@ -10,6 +10,11 @@ namespace qvhost {
 
 inline constexpr unsigned kUsualLogLevel = 3;
 
+// What is collected: all modules of the plug-in and all questions of the host's own, or of those alone the
+// ones that verdicts need.
+inline constexpr const char* kFullProfile = "full";
+inline constexpr const char* kHealthProfile = "health";
+
 // What `collect` and `replay` are asked to do. Each member has its row in collect_options.cpp.
 struct CollectOptions {
     std::filesystem::path log_dir;
@@ -23,9 +28,14 @@ struct CollectOptions {
     std::optional<unsigned> run_seconds;
     std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
     std::filesystem::path plugin;   // empty: the one that was installed with the program
-    bool dry_run = false;           // tell what would be done, and do nothing
+    std::string profile = kFullProfile;
+    bool plug_in_only = false;  // no questions of the host's own
+    bool dry_run = false;       // tell what would be done, and do nothing
     bool quiet = false;
     std::string search_path;  // PATH of the tools; empty: the user's own and the system's
+    // In a replay what the server has recorded, each "TOOL\tARGUMENTS", or "TOOL" for any arguments.
+    bool replayed = false;
+    std::vector<std::string> recorded;
 
     bool operator==(const CollectOptions&) const = default;
 };

@@ -121,7 +121,14 @@ CLI::Option& add_option(CLI::App& command, const CollectOption& row, Text& text)
     return *command.add_option("--" + std::string(row.name), text, row.meaning)->check(not_empty);
 }
 
-// If the row lists words, these alone are allowed.
+// If a row lists words, these alone are allowed.
+CLI::Option& add_option(CLI::App& command, const CollectOption& row, std::string& text) {
+    auto& option = *command.add_option("--" + std::string(row.name), text, row.meaning);
+    std::vector<std::string> choices;
+    boost::split(choices, row.value, boost::is_any_of("|"));
+    return *option.check(one_of(choices))->capture_default_str();
+}
+
 CLI::Option& add_option(CLI::App& command, const CollectOption& row,
                         std::vector<std::string>& texts) {
     auto& option = *command.add_option("--" + std::string(row.name), texts, row.meaning);
@@ -129,6 +136,18 @@ CLI::Option& add_option(CLI::App& command, const CollectOption& row,
     boost::split(choices, row.value, boost::is_any_of("|"));
     if (choices.size() > 1) return *option.delimiter(',')->check(one_of(choices));
     return *option.allow_extra_args(false)->check(not_empty);
+}
+
+// The profile "health" asks no module.
+void expect_fits_profile(const CollectOptions& options) {
+    if (options.profile != kHealthProfile) return;
+    const auto refuse = [](const char* option) {
+        throw std::invalid_argument(std::string("--profile health does not go with ") + option);
+    };
+    if (!options.modules.empty()) refuse("--module");
+    if (!options.tables.empty()) refuse("--table");
+    if (!options.also.empty()) refuse("--also");
+    if (options.plug_in_only) refuse("--plug-in-only");
 }
 
 void add_row(CLI::App& command, const CollectOption& row, CollectOptions& options) {
@@ -147,6 +166,7 @@ void add_collect_options(CLI::App& command, CollectOptions& options) {
     command.final_callback([&options] {
         try {
             limits_for(options);
+            expect_fits_profile(options);
         } catch (const std::invalid_argument& error) {
             throw CLI::ValidationError(error.what());
         }

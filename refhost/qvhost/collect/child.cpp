@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <stdexcept>
@@ -18,7 +19,9 @@
 #include <thread>
 #include <utility>
 
+#include "ask/ask.h"
 #include "files/new_file.h"
+#include "inventory/exit_codes.h"
 #include "journal/journal.h"
 #include "logger/control.h"
 #include "qvhost/base/ambient.h"
@@ -27,8 +30,11 @@
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/base/processes.h"
+#include "qvhost/base/trust.h"
 #include "qvhost/collect/selection.h"
+#include "qvhost/finish/commands.h"
 #include "repository/sink.h"
+#include "runner/process.h"
 
 namespace qvhost {
 
@@ -151,11 +157,12 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
     }
 }
 
-// Why the collection is incomplete; empty: it is complete.
-std::string collect(const CollectOptions& options, JournalWriter& journal) {
-    using Clock = std::chrono::steady_clock;
+using Clock = std::chrono::steady_clock;
+
+// What the modules of the plug-in say. Why it is incomplete; empty: it is complete.
+std::string ask_modules(const CollectOptions& options, Clock::time_point end,
+                        JournalWriter& journal) {
     const auto limits = limits_for(options);
-    const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
     const Plugin plugin(options.plugin);
     const auto selected = select_modules(plugin, options);
     JournalSink sink(journal);
@@ -186,6 +193,66 @@ std::string collect(const CollectOptions& options, JournalWriter& journal) {
     return text;
 }
 
+// Who asks for single modules or tables wants these.
+bool asks_own_questions(const CollectOptions& options) {
+    return !options.plug_in_only && options.modules.empty() && options.tables.empty();
+}
+
+void ask_own_questions(const CollectOptions& options, const LogDir& dir,
+                       std::filesystem::file_time_type started, JournalWriter& journal) {
+    const char* search_path = std::getenv("PATH");
+    ask::Settings settings{
+        .log_dir = dir.path(),
+        .started = started,
+        .places = {.vendor_tools = program_file().parent_path() / "qv_tools",
+                   .search_path = search_path ? search_path : "",
+                   .why_not_trusted = why_not_trusted},
+        .for_verdicts_alone = options.profile == kHealthProfile,
+        .run = [](const std::string& command) { return runner::run(command);                                 },
+        .begin =
+            [&](const std::string& tool) {
+                journal.append(QuestionEntry{tool, "", ""});
+                   },
+        .lacks =
+            [&](const ask::Lack& lack) {
+                journal.append(QuestionEntry{"", lack.subsystem, lack.words});
+                   },
+    };
+    if (options.replayed) {
+        settings.recorded.emplace();
+        for (const auto& text : options.recorded) {
+            const auto tab = text.find('\t');
+            auto arguments =
+                tab == std::string::npos ? std::nullopt : std::optional(text.substr(tab + 1));
+            settings.recorded->push_back({text.substr(0, tab), std::move(arguments)});
+        }
+    }
+    for (const auto& command : read_commands(dir.commands())) {
+        const bool ended_well =
+            command.outcome.empty() || inventory::ran_to_its_end(command.text, command.outcome);
+        settings.earlier.push_back(
+            {command.text, ended_well, command.outcome.starts_with("stopped")});
+    }
+    ask::ask(settings);
+}
+
+// Why the collection is incomplete; empty: it is complete.
+std::string collect(const CollectOptions& options, const LogDir& dir, JournalWriter& journal) {
+    const auto limits = limits_for(options);
+    const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
+    // One second earlier, since file systems keep times more coarsely than clocks.
+    const auto started = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(1);
+    ask::remove_answers(dir.path());
+    std::string error;
+    if (options.profile != kHealthProfile) error = ask_modules(options, end, journal);
+    if (asks_own_questions(options)) {
+        set_tool_deadline(
+            std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
+        ask_own_questions(options, dir, started, journal);
+    }
+    return error;
+}
+
 }  // namespace
 
 int run_child(int settings, int lifeline) {
@@ -206,7 +273,7 @@ int run_child(int settings, int lifeline) {
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),
                   .min_level = options.log_level});
-        error = collect(options, journal);
+        error = collect(options, dir, journal);
     } catch (const std::exception& problem) {
         error = problem.what();
     }

@@ -101,8 +101,11 @@ int collect(CollectOptions options, const Stage& stage) {
     }
     expect_trusted(stage.vendor_tools());
     options.log_dir = make_log_dir(options.log_dir);
-    options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
-    expect_trusted(options.plugin);
+    const bool has_modules = options.profile != kHealthProfile;
+    if (has_modules) {
+        options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
+        expect_trusted(options.plugin);
+    }
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
     const DirLock lock(dir.path());
@@ -121,9 +124,11 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("also", boost::join(options.also, ","));
         note_machine(store, stage.machine);
         if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
-        const auto declared = tables_declared_by(options.plugin);
-        if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
-        write_declared_tables(store, declared.tables);
+        if (has_modules) {
+            const auto declared = tables_declared_by(options.plugin);
+            if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
+            write_declared_tables(store, declared.tables);
+        }
         store.commit();
 
         JournalReader journal(dir.journal());
@@ -148,10 +153,10 @@ int collect(CollectOptions options, const Stage& stage) {
     fs::remove(dir.commands());
 
     const Store store(dir.store(), Store::Mode::read);
-    print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
+    if (stage.summary) print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
     if (!problem.empty()) warn("the collection is incomplete: " + problem);
     if (problem.empty()) return kComplete;
-    return store.modules().empty() ? kNothingCollected : kIncomplete;
+    return has_modules && store.modules().empty() ? kNothingCollected : kIncomplete;
 }
 
 int collect_here(const CollectOptions& options) {

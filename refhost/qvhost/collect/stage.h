@@ -13,6 +13,7 @@ struct Stage {
     std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
     bool kill_leftovers = false;    // whether tools still running at the end are killed
     MachineIdentity machine;
+    bool summary = true;   // whether the summary is printed
     std::string recorded;  // when what is replayed was recorded, by the server's clock; empty: now
 
     std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }

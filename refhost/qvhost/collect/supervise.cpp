@@ -113,16 +113,19 @@ public:
     // Why the collection must end now; empty: it may go on.
     std::string why_to_end(const CollectionState& state) {
         const auto now = Clock::now();
-        if (state.modules.size() != modules_) {
-            modules_ = state.modules.size();
-            module_start_ = now;
+        // The host's own questions have as much time as a module.
+        const auto parts = state.modules.size() + (state.question.empty() ? 0 : 1);
+        if (parts != parts_) {
+            parts_ = parts;
+            part_start_ = now;
         }
         if (now - start_ >= std::chrono::seconds(limits_.run_seconds) + kGrace)
             return "it took longer than " + std::to_string(limits_.run_seconds) + " s";
-        if (modules_ > 0 &&
-            now - module_start_ >= std::chrono::seconds(limits_.module_seconds) + kGrace)
-            return state.modules.back() + " took longer than " +
-                   std::to_string(limits_.module_seconds) + " s";
+        if (parts_ > 0 &&
+            now - part_start_ >= std::chrono::seconds(limits_.module_seconds) + kGrace)
+            return (state.question.empty() ? state.modules.back()
+                                           : "what " + state.question + " was asked") +
+                   " took longer than " + std::to_string(limits_.module_seconds) + " s";
         return "";
     }
 
@@ -133,8 +136,8 @@ private:
 
     Limits limits_;
     Clock::time_point start_ = Clock::now();
-    Clock::time_point module_start_ = start_;
-    std::size_t modules_ = 0;
+    Clock::time_point part_start_ = start_;
+    std::size_t parts_ = 0;  // modules that were begun, and the host's own questions
 };
 
 std::string place(const CollectionState& state) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "show/visible.h"
+
 namespace qvhost {
 
 namespace {
@@ -62,7 +64,16 @@ void JournalImporter::take(const JournalEntry& entry) {
                               store_.set_reason(end.table, "broken off: " + end.error);
                               state_.errors.push_back(end.table + ": " + end.error);
                           },
-                          [&](const EndEntry& end) { state_.end = end; }},
+                          [&](const EndEntry& end) { state_.end = end; },
+                          [&](const QuestionEntry& question) {
+                              if (question.lack.empty()) {
+                                  state_.question = question.tool;
+                              } else {
+                                  lacks_ += one_line(question.subsystem) + '\t' +
+                                            one_line(question.lack) + '\n';
+                                  store_.set_meta("lacks", lacks_);
+                              }
+                          }},
                entry);
 }
 

@@ -18,6 +18,7 @@ struct CollectionState {
     std::vector<std::string> modules;  // those that were asked so far, as people know them
     std::set<std::string> reached;     // tables
     std::string table;                 // the one being collected; empty: none
+    std::string question;              // the tool that the host itself asks now; empty: none yet
     std::vector<std::string> errors;   // what callbacks threw
     std::optional<EndEntry> end;
     std::size_t records = 0;
@@ -43,6 +44,7 @@ private:
     Store& store_;
     std::map<std::string, std::string> titles_;  // of modules
     std::string module_;
+    std::string lacks_;  // what could not be asked, as the store keeps it
     CollectionState state_;
     std::chrono::steady_clock::time_point committed_ = std::chrono::steady_clock::now();
 };

@@ -1,7 +1,10 @@
 #include "qvhost/finish/judge_report.h"
 
+#include <chrono>
 #include <ctime>
+#include <filesystem>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -58,16 +61,27 @@ bool is_harmless(const CommandInfo& command) {
     return !command.cut_off && inventory::ran_to_its_end(command.text, command.outcome);
 }
 
+// The log directory as it stands in commands.
+std::string text_of(const LogDir& dir) {
+    auto path = dir.path().string();
+    if (!path.ends_with('/')) path += '/';
+    return path;
+}
+
 std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands, const LogDir& dir) {
-    auto log_dir = dir.path().string();
-    if (!log_dir.ends_with('/')) log_dir += '/';
     std::vector<CaptureOrigin> origins;
     for (const auto& command : commands) {
-        for (const auto& capture : captures_of(command.text, log_dir))
+        for (const auto& capture : captures_of(command.text, text_of(dir)))
             origins.push_back(
                 {capture, tool_of(command.text), is_harmless(command) ? "" : command.outcome});
     }
     return origins;
+}
+
+// The captures of the host's own questions, and no others, have this name.
+bool is_own_question(const CommandInfo& command, const LogDir& dir) {
+    const auto captures = captures_of(command.text, text_of(dir));
+    return !captures.empty() && captures.front().starts_with("host_");
 }
 
 // "2026-11-21T01:20:40Z" as this system's clock shows it: captures have local times.
@@ -82,8 +96,30 @@ std::string local_time(const std::string& utc) {
     return text;
 }
 
+// "storage\tsmartctl is not installed\n", one a line.
+std::vector<findings::Lack> lacks_in(const std::string& text) {
+    std::vector<findings::Lack> lacks;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const auto tab = line.find('\t');
+        if (tab != std::string::npos) lacks.push_back({line.substr(0, tab), line.substr(tab + 1)});
+    }
+    return lacks;
+}
+
+// Files that are older are an earlier collection's. One second earlier, since file systems keep times more
+// coarsely than clocks.
+std::filesystem::file_time_type start_of(const Store& store) {
+    std::tm parts{};
+    if (!::strptime(store.meta("started").c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts))
+        return std::filesystem::file_time_type::min();
+    const auto start = std::chrono::system_clock::from_time_t(::timegm(&parts));
+    return std::chrono::file_clock::from_sys(start) - std::chrono::seconds(1);
+}
+
 findings::Circumstances circumstances_of(const Store& store,
-                                         const std::vector<CommandInfo>& commands) {
+                                         const std::vector<CommandInfo>& commands,
+                                         const LogDir& dir) {
     findings::Circumstances circumstances;
     // A server that was recorded long ago is judged as of then, today and next year.
     circumstances.now = store.meta("recorded");
@@ -93,8 +129,10 @@ findings::Circumstances circumstances_of(const Store& store,
         if (circumstances.incomplete_because.empty())
             circumstances.incomplete_because = "it did not come to its end";
     }
+    circumstances.lacks = lacks_in(store.meta("lacks"));
     for (const auto& command : commands) {
-        if (command.cut_off)
+        // A question of the host's own is a further one: without its answer the collection is what it was.
+        if (command.cut_off && !is_own_question(command, dir))
             circumstances.cut_off_commands.push_back(command.text + ": " + command.outcome);
     }
     return circumstances;
@@ -105,22 +143,26 @@ findings::Circumstances circumstances_of(const Store& store,
 void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo>& commands) {
     EventWriter events(store);
     findings::EventJudge judge_events;
-    const auto survey =
-        inventory::survey(dir.path(), origins_of(commands, dir), [&](inventory::Event&& event) {
+    const auto survey = inventory::survey(
+        dir.path(), origins_of(commands, dir),
+        [&](inventory::Event&& event) {
             judge_events.take(event);
             events.add(event);
-        });
+        },
+        start_of(store));
     write_inventory(store, survey.inventory);
-    write_verdict(store, findings::judge(survey, judge_events, circumstances_of(store, commands)));
+    write_verdict(store,
+                  findings::judge(survey, judge_events, circumstances_of(store, commands, dir)));
     store.commit();
 }
 
 findings::Verdict judge_again(const Store& store, const LogDir& dir, const findings::Rules& rules) {
     const auto commands = store.commands();
     findings::EventJudge events;
-    const auto survey = inventory::survey(dir.path(), origins_of(commands, dir),
-                                          [&](inventory::Event&& event) { events.take(event); });
-    return findings::judge(survey, events, circumstances_of(store, commands), rules);
+    const auto survey = inventory::survey(
+        dir.path(), origins_of(commands, dir),
+        [&](inventory::Event&& event) { events.take(event); }, start_of(store));
+    return findings::judge(survey, events, circumstances_of(store, commands, dir), rules);
 }
 
 }  // namespace qvhost

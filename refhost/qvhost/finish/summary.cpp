@@ -21,8 +21,10 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
             title.clear();  // once for all its tables
         }
     }
-    print_table(out, {"Module", "Table", "Records", "Note"}, rows, style);
-    out << '\n';
+    if (!rows.empty()) {
+        print_table(out, {"Module", "Table", "Records", "Note"}, rows, style);
+        out << '\n';
+    }
     if (const auto status = store.status_text(); status != "complete")
         out << "The collection is " << one_line(status) << '\n';
     out << "Report: " << one_line(dir.page().string()) << '\n';

@@ -1,5 +1,6 @@
 #include "qvhost/replay/replay.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,17 @@ std::vector<VendorTool> vendor_tools_of(const fs::path& plugin) {
     return tables_declared_by(installed_plugin()).tools;
 }
 
+// Each as CollectOptions has it.
+std::vector<std::string> recorded_commands(const Machine& machine, const std::string& log_dir) {
+    std::vector<std::string> texts;
+    for (const auto& command : machine.commands) {
+        texts.push_back(command.tool);
+        if (!command.arguments) continue;
+        texts.back() += '\t' + boost::replace_all_copy(*command.arguments, "{LOG}", log_dir);
+    }
+    return texts;
+}
+
 }  // namespace
 
 int replay(const fs::path& machine_dir, CollectOptions options) {
@@ -46,6 +58,8 @@ int replay(const fs::path& machine_dir, CollectOptions options) {
     write_stand_ins(machine, vendor_tools, search_path, (options.log_dir / "").string(),
                     vendor_tools_of(options.plugin));
     options.search_path = search_path.string();
+    options.replayed = true;
+    options.recorded = recorded_commands(machine, (options.log_dir / "").string());
     return collect(options, {.program = program,
                              .kill_leftovers = true,
                              .machine = machine.identity,

@@ -1,0 +1,207 @@
+#include "ask/ask.h"
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <map>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "ask/conditions.h"
+#include "ask/facts.h"
+#include "ask/questions.h"
+
+namespace qvhost::ask {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The captures of a plug-in that say what there is to ask about.
+constexpr auto kPlugInsLists = std::to_array<const char*>({
+    "ctrlcount.txt",
+    "c0_showall.txt",
+    "c1_showall.txt",
+    "c2_showall.txt",
+    "c3_showall.txt",
+    "c4_showall.txt",
+    "c5_showall.txt",
+    "c6_showall.txt",
+    "c7_showall.txt",
+    "c8_showall.txt",
+    "dmidecode.log",
+});
+
+// The questions whose answers say what there is to ask about further.
+bool tells_more(const Question& question) {
+    constexpr auto kLists = std::to_array<std::string_view>({
+        "host_lspci.txt",
+        "host_dmidecode.txt",
+        "host_storcli_show.txt",
+        "host_storcli_c{n}_show.txt",
+        "host_arcconf_list.txt",
+        "host_sas2ircu_list.txt",
+        "host_sas3ircu_list.txt",
+        "host_mdstat.txt",
+    });
+    return std::find(kLists.begin(), kLists.end(), question.capture) != kLists.end();
+}
+
+// "ipmitool sensor >'/log/sensorinfo.txt'": what is asked, without where the answer goes.
+std::string asks(const std::string& command) {
+    auto text = command.substr(0, command.find_first_of(">|"));
+    if (text.ends_with(" 1") || text.ends_with(" 2")) text.pop_back();  // of "1>", "2>"
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+// Whether a command of the log runs the tool.
+bool runs(const std::string& command, std::string_view tool) {
+    const auto word = command.substr(0, command.find_first_of(" \t>"));
+    const auto name = word.substr(word.rfind('/') + 1);
+    return name.starts_with(tool);
+}
+
+class Asking {
+public:
+    explicit Asking(const Settings& settings)
+        : settings_(settings), facts_(settings.log_dir, settings.started) {
+        for (const char* capture : kPlugInsLists) facts_.read(capture);
+    }
+
+    void ask_all() {
+        for (const auto& question : questions()) {
+            if (settings_.for_verdicts_alone && question.needed == Needed::for_details) continue;
+            ask(question);
+        }
+    }
+
+private:
+    void ask(const Question& question) {
+        const auto call = called_for(question.when, facts_,
+                                     settings_.recorded ? fs::path() : settings_.machine_root);
+        if (call.called == Called::no) return;
+        if (!call.problem.empty()) return lack(question, call.problem);
+        for (const auto& n : call.each) {
+            if (!is_told(question, n) && !facts_.has(with(question.capture, n)))
+                ask(question, n, call.called);
+        }
+    }
+
+    // Whether a plug-in has asked for the same. What failed is not asked again in the same words.
+    bool is_told(const Question& question, const std::string& n) const {
+        if (question.told_by.empty()) return false;
+        const auto capture = with(question.told_by, n);
+        const auto path = (settings_.log_dir / capture).string();
+        const auto& earlier = settings_.earlier;
+        const auto writer = std::find_if(earlier.rbegin(), earlier.rend(), [&](const Earlier& one) {
+            return one.command.find(path) != std::string::npos;
+        });
+        if (writer == earlier.rend()) return facts_.has(capture);
+        const auto arguments = with(question.arguments, n);
+        const auto same = std::string(question.tool) + (arguments.empty() ? "" : " ") + arguments;
+        return (writer->ended_well && facts_.has(capture)) || asks(writer->command) == same;
+    }
+
+    void ask(const Question& question, const std::string& n, Called called) {
+        const auto arguments = with(question.arguments, n);
+        const auto& search = tools(question.tool);
+        const auto& found = search.found;
+        if (found.empty()) {
+            if (called != Called::yes || settings_.recorded) return;
+            return lack(question,
+                        search.problem.empty() ? not_installed(question.tool) : search.problem);
+        }
+        if (was_stopped(question.tool)) {
+            if (!settings_.recorded)
+                lack(question,
+                     std::string(question.tool) + " did not end in time and was not asked again");
+            return;
+        }
+        auto& build = build_[std::string(question.tool)];
+        if (question.when != When::megaraid) return run(question, found[build], arguments, n);
+        // Of the renamed builds the first one that knows a controller is asked from here on.
+        for (build = 0; build < found.size(); ++build) {
+            run(question, found[build], arguments, n);
+            if (!called_for(When::controller, facts_, settings_.machine_root).each.empty()) return;
+        }
+        build = 0;
+    }
+
+    void run(const Question& question, const FoundTool& tool, const std::string& arguments,
+             const std::string& n) {
+        if (!is_recorded(tool.name, arguments)) return;
+        const auto capture = with(question.capture, n);
+        settings_.begin(tool.name);
+        const int status = settings_.run(tool.command + (arguments.empty() ? "" : " " + arguments) +
+                                         " >" + quoted((settings_.log_dir / capture).string()));
+        if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)
+            stopped_.insert(std::string(question.tool));
+        if (tells_more(question)) facts_.read(capture);
+    }
+
+    bool is_recorded(const std::string& tool, const std::string& arguments) const {
+        const auto& recorded = settings_.recorded;
+        return !recorded ||
+               std::any_of(recorded->begin(), recorded->end(), [&](const Recorded& one) {
+                   return one.tool == tool && (!one.arguments || *one.arguments == arguments);
+               });
+    }
+
+    // A tool that hangs would hang once more.
+    bool was_stopped(std::string_view tool) const {
+        return stopped_.contains(std::string(tool)) ||
+               std::any_of(
+                   settings_.earlier.begin(), settings_.earlier.end(),
+                   [&](const Earlier& one) { return one.stopped && runs(one.command, tool); });
+    }
+
+    const Search& tools(std::string_view tool) {
+        const std::string name(tool);
+        const auto known = tools_.find(name);
+        if (known != tools_.end()) return known->second;
+        return tools_.emplace(name, find_tool(tool, settings_.places)).first->second;
+    }
+
+    void lack(const Question& question, const std::string& words) {
+        if (question.subsystem.empty()) return;
+        const Lack lack{std::string(question.subsystem), words};
+        if (lacks_.insert(lack.subsystem + " " + lack.words).second) settings_.lacks(lack);
+    }
+
+    const Settings& settings_;
+    Facts facts_;
+    std::map<std::string, Search> tools_;
+    std::map<std::string, std::size_t> build_;  // which one of those that were found
+    std::set<std::string> stopped_;
+    std::set<std::string> lacks_;
+};
+
+// "host_storcli_c{n}_show.txt" is the name of all that begin and end so.
+bool is_answer(const std::string& name) {
+    return std::any_of(questions().begin(), questions().end(), [&](const Question& question) {
+        const auto at = question.capture.find("{n}");
+        if (at == std::string_view::npos) return name == question.capture;
+        return name.size() >= question.capture.size() - 2 &&
+               name.starts_with(question.capture.substr(0, at)) &&
+               name.ends_with(question.capture.substr(at + 3));
+    });
+}
+
+}  // namespace
+
+void ask(const Settings& settings) { Asking(settings).ask_all(); }
+
+void remove_answers(const fs::path& log_dir) {
+    std::error_code error;
+    std::vector<fs::path> answers;
+    for (fs::directory_iterator entry(log_dir, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (is_answer(entry->path().filename().string())) answers.push_back(entry->path());
+    }
+    for (const auto& answer : answers) fs::remove(answer, error);
+}
+
+}  // namespace qvhost::ask
