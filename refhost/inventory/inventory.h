@@ -29,6 +29,7 @@ struct Inventory {
     std::vector<IpmiDevice> ipmi_devices;
     std::vector<ClockReading> clocks;
     std::vector<HostFacts> host_facts;
+    std::vector<EmptyMemorySlot> empty_memory_slots;
     std::vector<ChassisState> chassis_states;
     std::vector<Led> leds;
     std::vector<ComponentVersion> component_versions;

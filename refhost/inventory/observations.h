@@ -54,6 +54,12 @@ struct HostFacts {
     Text cmdline;  // of the kernel
 };
 
+// A place for a memory module that holds none.
+struct EmptyMemorySlot {
+    Place place;
+    Text slot;
+};
+
 // The BMC's own words on the chassis: "Power Overload", "false".
 struct ChassisState {
     Place place;

@@ -45,11 +45,11 @@ TEST_F(Views, TheMachineInAFewLines) {
     const Texts expected{
         "Product=Example Systems KP220 Rack Server (dmidecode.log)",
         "Serial number=EXS0002201 (dmidecode.log)",
-        "Firmware=Example Systems BWG2E14 05/18/2026 (dmidecode.log)",
-        "BMC=firmware 2.71, IPMI 2.0, manufacturer 20301, product 220 (0x00dc) (mcinfo.txt)",
+        "Firmware=BWG2E14 (dmidecode.log)",
+        "BMC=firmware 2.71, IPMI 2.0 (mcinfo.txt)",
         "BMC self test=passed (selfinfo.txt)",
         "Kernel=Linux 5.14.21-150500.55-default (dmesg.log)",
-        "Processors=2 x Example CPU E5-2630 v3 @ 2.40GHz, 32 threads (cpuinfo.log)",
+        "Processors=2 x Example CPU E5-2630 v3 @ 2.40GHz, 32 threads (dmidecode.log)",
         "Memory=128 GB: 8 x 16 GB, 8 slots empty (dmidecode.log)",
     };
     EXPECT_EQ(facts, expected);

@@ -141,6 +141,8 @@ void read_processor(const Structure& from, Reading& reading) {
 void read_memory_module(const Structure& from, Reading& reading) {
     const auto capacity = binary_bytes(from["Size"]);
     const auto serial = told_identity(from["Serial Number"]);
+    if (from["Size"] == "No Module Installed")
+        reading.found.empty_memory_slots.push_back({reading.at(from.line), told(from["Locator"])});
     if (capacity ? *capacity == 0 : !serial || from["Size"] != "Unknown") return;
     MemoryModule module;
     module.place = reading.at(from.line);

@@ -38,6 +38,7 @@ void join_host_facts(std::vector<HostFacts>& facts) {
 void join_machine(Inventory& found) {
     merge_all(found.systems);
     keep_one_list(found.memory_modules);
+    keep_one_list(found.empty_memory_slots);
     keep_one_list(found.processors);
     keep_one_list(found.kernel_processors);
     keep_one_list(found.firmware_power_supplies);

@@ -1,214 +1,126 @@
 #include "qvhost/finish/facts.h"
 
 #include <algorithm>
-#include <charconv>
-#include <fstream>
 #include <map>
-#include <optional>
-#include <set>
 #include <string>
 #include <string_view>
-#include <utility>
-
-#include "show/visible.h"
 
 namespace qvhost {
 
 namespace {
 
-constexpr std::size_t kMaxBytes = 4 << 20;  // read of each capture
+using inventory::Inventory;
+using inventory::Text;
 
-std::vector<std::string> lines_of(const LogDir& dir, const char* capture) {
-    std::vector<std::string> lines;
-    std::ifstream file(dir.path() / capture, std::ios::binary);
-    std::size_t size = 0;
-    for (std::string line; size < kMaxBytes && std::getline(file, line);) {
-        size += line.size() + 1;
-        lines.push_back(std::move(line));
-    }
-    return lines;
-}
-
-// dmidecode: a title without indentation, then "\tName: Value" lines.
-struct Structure {
-    std::string title;
-    std::map<std::string, std::string> values;
-};
-
-std::vector<Structure> structures_of(const std::vector<std::string>& lines) {
-    std::vector<Structure> all;
-    for (const auto& line : lines) {
-        if (line.empty()) continue;
-        if (line.front() != '\t') {
-            all.push_back({trimmed(line), {}});
-            continue;
-        }
-        const auto colon = line.find(": ");
-        if (all.empty() || line.starts_with("\t\t") || colon == std::string::npos) continue;
-        all.back().values.emplace(line.substr(1, colon - 1), trimmed(line.substr(colon + 2)));
+// The texts that are told, one after the other.
+std::string joined(std::initializer_list<Text> texts, const char* separator) {
+    std::string all;
+    for (const auto& text : texts) {
+        if (text) all += (all.empty() ? "" : separator) + *text;
     }
     return all;
 }
 
-bool is_filled_in(const std::string& value) {
-    for (const char* empty : {"", "(none)", "None", "Not Specified", "Unknown",
-                              "To Be Filled By O.E.M.", "Default string", "NO DIMM"}) {
-        if (value == empty) return false;
-    }
-    return true;
+Text labelled(const char* label, const Text& value) {
+    return value ? Text(label + *value) : std::nullopt;
 }
 
-// The values that are filled in, one after the other.
-std::string joined(const Structure& structure, std::initializer_list<const char*> names) {
-    std::string text;
-    for (const char* name : names) {
-        const auto found = structure.values.find(name);
-        if (found == structure.values.end() || !is_filled_in(found->second)) continue;
-        text += (text.empty() ? "" : " ") + found->second;
-    }
-    return text;
+std::string size_text(std::int64_t bytes) {
+    constexpr std::int64_t kMega = 1 << 20;
+    constexpr std::int64_t kGiga = 1 << 30;
+    return bytes % kGiga == 0 ? std::to_string(bytes / kGiga) + " GB"
+                              : std::to_string(bytes / kMega) + " MB";
 }
 
-const Structure* first_of(const std::vector<Structure>& all, std::string_view title) {
-    const auto found = std::find_if(all.begin(), all.end(),
-                                    [&](const Structure& one) { return one.title == title; });
-    return found == all.end() ? nullptr : &*found;
+std::string counted(std::int64_t count, const std::string& word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
-// "16 GB" or "16384 MB", in MiB.
-std::optional<long> mebibytes(const std::string& text) {
-    long number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc()) return std::nullopt;
-    const auto unit = trimmed(std::string_view(end, text.data() + text.size()));
-    if (unit == "MB") return number;
-    if (unit == "GB") return number * 1024;
-    if (unit == "TB") return number * 1024 * 1024;
-    return std::nullopt;
-}
-
-std::string size_text(long mib) {
-    return mib % 1024 == 0 ? std::to_string(mib / 1024) + " GB" : std::to_string(mib) + " MB";
-}
-
-// "128 GB: 8 x 16 GB, 16 slots empty"
-std::string memory_text(const std::vector<Structure>& all) {
-    std::map<long, int> modules;
-    long total = 0;
-    int empty = 0;
-    for (const auto& one : all) {
-        if (one.title != "Memory Device" || !one.values.contains("Size")) continue;
-        if (const auto size = mebibytes(one.values.at("Size"))) {
-            ++modules[*size];
-            total += *size;
-        } else if (one.values.at("Size") == "No Module Installed") {
-            ++empty;
-        }
+// "128 GB: 8 x 16 GB, 8 slots empty"
+std::string memory_text(const Inventory& inventory) {
+    std::map<std::int64_t, int> sizes;
+    std::int64_t total = 0;
+    for (const auto& module : inventory.memory_modules) {
+        if (!module.capacity_bytes) continue;
+        ++sizes[*module.capacity_bytes];
+        total += *module.capacity_bytes;
     }
     if (total == 0) return "";
     std::string text = size_text(total) + ":";
     const char* separator = " ";
-    for (const auto& [size, count] : modules) {
+    for (const auto& [size, count] : sizes) {
         text += separator + std::to_string(count) + " x " + size_text(size);
         separator = " + ";
     }
-    if (empty > 0)
-        text += ", " + std::to_string(empty) + (empty == 1 ? " slot" : " slots") + " empty";
-    return text;
+    const auto empty = static_cast<std::int64_t>(inventory.empty_memory_slots.size());
+    return empty > 0 ? text + ", " + counted(empty, "slot") + " empty" : text;
 }
 
-// /proc/cpuinfo: "model name\t: ..." for each processor, "physical id\t: 0" for its socket.
-std::string processor_text(const std::vector<std::string>& lines) {
-    std::string model;
-    std::set<std::string> sockets;
-    int threads = 0;
-    for (const auto& line : lines) {
-        const auto colon = line.find(':');
-        if (colon == std::string::npos) continue;
-        const auto key = trimmed(line.substr(0, colon));
-        const auto value = trimmed(line.substr(colon + 1));
-        if (key == "processor") ++threads;
-        if (key == "model name" && model.empty()) model = value;
-        if (key == "physical id") sockets.insert(value);
+// "2 x MODEL + 1 x ANOTHER, 32 threads"
+std::string processor_text(const Inventory& inventory) {
+    std::map<std::string, int> models;
+    std::int64_t threads = 0;
+    bool all_told = true;
+    for (const auto& processor : inventory.processors) {
+        if (processor.model) ++models[*processor.model];
+        threads += processor.threads.value_or(0);
+        all_told = all_told && processor.threads;
     }
-    if (model.empty()) return "";
-    const auto count = sockets.size() > 1 ? std::to_string(sockets.size()) + " x " : "";
-    return count + model + ", " + std::to_string(threads) + (threads == 1 ? " thread" : " threads");
-}
-
-// What follows the words in the first line that has them, up to the next blank.
-std::string word_behind(const std::vector<std::string>& lines, std::string_view words) {
-    for (const auto& line : lines) {
-        const auto at = line.find(words);
-        if (at == std::string::npos) continue;
-        const auto rest = line.substr(at + words.size());
-        return rest.substr(0, rest.find_first_of(" \t"));
-    }
-    return "";
-}
-
-// The value of the table's first record whose label begins with these words.
-std::string labelled(const Store& store, const char* table, std::string_view words) {
-    std::string found;
-    bool first = true;
-    store.each_record(table, [&](const Record& record) {
-        for (const auto& property : record.properties) {
-            const auto* text = std::get_if<std::string>(&property.value);
-            if (first && text && property.display.starts_with(words)) found = trimmed(*text);
-        }
-        first = false;
-    });
-    return found;
-}
-
-std::string bmc_text(const Store& store) {
     std::string text;
-    const auto add = [&](const char* label, const char* words) {
-        const auto value = labelled(store, "MCINFO", words);
-        if (!value.empty()) text += (text.empty() ? "" : ", ") + std::string(label) + value;
-    };
-    add("firmware ", "Firmware Revision");
-    add("IPMI ", "IPMI Version");
-    add("manufacturer ", "Manufacturer ID");
-    add("product ", "Product ID");
-    return text;
+    for (const auto& [model, count] : models) {
+        text += text.empty() ? "" : " + ";
+        if (count > 1 || models.size() > 1) text += std::to_string(count) + " x ";
+        text += model;
+    }
+    return text.empty() || !all_told ? text : text + ", " + counted(threads, "thread");
+}
+
+// The kernel's own name; where its first messages are lost, that of the file it was started from:
+// "BOOT_IMAGE=/boot/vmlinuz-5.14.21-150500.55-default root=..."
+Text kernel_of(const inventory::HostFacts& host) {
+    if (host.kernel) return host.kernel;
+    constexpr std::string_view kFile = "vmlinuz-";
+    const auto at = host.cmdline ? host.cmdline->find(kFile) : std::string::npos;
+    if (at == std::string::npos) return std::nullopt;
+    const auto rest = host.cmdline->substr(at + kFile.size());
+    return rest.substr(0, rest.find_first_of(" \t"));
 }
 
 }  // namespace
 
-std::vector<Fact> machine_facts(const Store& store, const LogDir& dir) {
+std::vector<Fact> machine_facts(const Inventory& inventory) {
     std::vector<Fact> facts;
-    const auto add = [&](const char* label, const std::string& value, const char* source) {
+    const auto add = [&](const char* label, const std::string& value, const std::string& source) {
         if (!value.empty()) facts.push_back({label, value, source});
     };
-    const auto dmi = structures_of(lines_of(dir, "dmidecode.log"));
-    if (const auto* system = first_of(dmi, "System Information")) {
-        const auto maker = joined(*system, {"Manufacturer"});
-        const auto product = joined(*system, {"Product Name"});
+    if (!inventory.systems.empty()) {
+        const auto& system = inventory.systems.front();
+        const auto& source = system.place.capture;
         // Some makers put their name into the product's as well.
-        add("Product",
-            product.starts_with(maker) ? product
-                                       : joined(*system, {"Manufacturer", "Product Name"}),
-            "dmidecode.log");
-        add("Serial number", joined(*system, {"Serial Number"}), "dmidecode.log");
+        const bool is_named = system.product && system.manufacturer &&
+                              system.product->starts_with(*system.manufacturer);
+        add("Product", joined({is_named ? std::nullopt : system.manufacturer, system.product}, " "),
+            source);
+        add("Serial number", system.serial.value_or(""), source);
+        add("Firmware", system.firmware.value_or(""), source);
     }
-    if (const auto* bios = first_of(dmi, "BIOS Information"))
-        add("Firmware", joined(*bios, {"Vendor", "Version", "Release Date"}), "dmidecode.log");
-    add("BMC", bmc_text(store), "mcinfo.txt");
-    add("BMC self test", labelled(store, "SELFINFO", ""), "selfinfo.txt");
-    // dmesg: "[    2.18] Linux version 5.14.21-150500.55-default (...". After some time the kernel's buffer
-    // has lost this line. /proc/cmdline: "BOOT_IMAGE=/boot/vmlinuz-5.14.21-150500.55-default root=..."
-    for (const auto& [capture, words] : {
-             std::pair{"dmesg.log",   "Linux version "},
-             {"cmdline.log", "vmlinuz-"      }
-    }) {
-        const auto version = word_behind(lines_of(dir, capture), words);
-        if (version.empty()) continue;
-        add("Kernel", "Linux " + version, capture);
-        break;
+    if (!inventory.bmcs.empty()) {
+        const auto& bmc = inventory.bmcs.front();
+        add("BMC", joined({labelled("firmware ", bmc.firmware), labelled("IPMI ", bmc.ipmi)}, ", "),
+            bmc.place.capture);
+        const auto self_test = std::find_if(bmc.elsewhere.begin(), bmc.elsewhere.end(),
+                                            [](const auto& at) { return at.field == "self_test"; });
+        add("BMC self test", bmc.self_test.value_or(""),
+            self_test == bmc.elsewhere.end() ? bmc.place.capture : self_test->place.capture);
     }
-    add("Processors", processor_text(lines_of(dir, "cpuinfo.log")), "cpuinfo.log");
-    add("Memory", memory_text(dmi), "dmidecode.log");
+    if (!inventory.host_facts.empty()) {
+        const auto& host = inventory.host_facts.front();
+        add("Kernel", joined({labelled("Linux ", kernel_of(host))}, ""), host.place.capture);
+    }
+    if (!inventory.processors.empty())
+        add("Processors", processor_text(inventory), inventory.processors.front().place.capture);
+    if (!inventory.memory_modules.empty())
+        add("Memory", memory_text(inventory), inventory.memory_modules.front().place.capture);
     return facts;
 }
 

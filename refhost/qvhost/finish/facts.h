@@ -1,14 +1,14 @@
-// Facts about the machine, a few lines that its captures tell.
+// Facts about the machine, a few lines from its inventory.
 #pragma once
 
 #include <vector>
 
-#include "qvhost/base/log_dir.h"
+#include "inventory/inventory.h"
 #include "store/store.h"
 
 namespace qvhost {
 
 // In the order in which people ask for them. What no capture tells is left out, never guessed.
-std::vector<Fact> machine_facts(const Store& store, const LogDir& dir);
+std::vector<Fact> machine_facts(const inventory::Inventory& inventory);
 
 }  // namespace qvhost

@@ -28,10 +28,10 @@ void finish_report(Store& store, const LogDir& dir, const std::filesystem::path&
                    std::filesystem::file_time_type started) {
     const auto commands = read_commands(dir.commands());
     store.set_commands(commands);
-    store.set_facts(machine_facts(store, dir));
     explain(store, Evidence(dir, tools, started, store));
     store.commit();
-    judge_report(store, dir, commands);
+    store.set_facts(machine_facts(judge_report(store, dir, commands)));
+    store.commit();
     write_report_json(store, dir.json());
     write_page(store, dir.report(), dir.path());
 }

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "findings/judge.h"
 #include "inventory/exit_codes.h"
@@ -140,10 +141,11 @@ findings::Circumstances circumstances_of(const Store& store,
 
 }  // namespace
 
-void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo>& commands) {
+inventory::Inventory judge_report(Store& store, const LogDir& dir,
+                                  const std::vector<CommandInfo>& commands) {
     EventWriter events(store);
     findings::EventJudge judge_events;
-    const auto survey = inventory::survey(
+    auto survey = inventory::survey(
         dir.path(), origins_of(commands, dir),
         [&](inventory::Event&& event) {
             judge_events.take(event);
@@ -154,6 +156,7 @@ void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo
     write_verdict(store,
                   findings::judge(survey, judge_events, circumstances_of(store, commands, dir)));
     store.commit();
+    return std::move(survey.inventory);
 }
 
 findings::Verdict judge_again(const Store& store, const LogDir& dir, const findings::Rules& rules) {

@@ -81,8 +81,9 @@ void write_stand_ins(const Machine& machine, const fs::path& vendor_tools,
                      const std::vector<VendorTool>& vendors) {
     std::map<std::string, std::vector<RecordedCommand>> tools;
     for (const auto& command : machine.commands) tools[command.tool].push_back(command);
-    for (const auto& [tool, commands] : tools) {
-        const auto script = script_for(tool, commands, log_dir);
+    for (const auto& entry : tools) {
+        const auto& tool = entry.first;
+        const auto script = script_for(tool, entry.second, log_dir);
         const auto vendor = std::find_if(vendors.begin(), vendors.end(),
                                          [&](const VendorTool& one) { return one.name == tool; });
         if (vendor == vendors.end()) {
