@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // After so long something hangs: on a busy machine, and under memcheck, all takes many times as long.
-constexpr auto kPatience = std::chrono::minutes(10);
+constexpr auto kLongestWait = std::chrono::minutes(10);
 
 int number(const std::string& text) {
     int value = 0;
@@ -133,7 +133,7 @@ pid_t ProductTest::child_of(pid_t parent) const {
 
 Outcome ProductTest::finish(pid_t pid) {
     int status = 0;
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (::waitpid(pid, &status, WNOHANG) == 0) {
         if (std::chrono::steady_clock::now() > deadline) {
             ADD_FAILURE() << "the program does not end";
@@ -176,7 +176,7 @@ std::vector<std::string> ProductTest::collect(const std::string& name,
 }
 
 void wait_until(const std::string& what, const std::function<bool()>& is_so) {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (!is_so()) {
         if (std::chrono::steady_clock::now() > deadline) {
             ADD_FAILURE() << "waited in vain: " << what;
