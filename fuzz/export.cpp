@@ -13,6 +13,7 @@
 #include "odd_rows.h"
 #include "outcome.h"
 #include "page_data.h"
+#include "qvhost/present/export_csv.h"
 #include "scratch.h"
 #include "sound_store.h"
 #include "store/store.h"
@@ -43,10 +44,7 @@ std::string cell(const Record& record, const std::string& id, bool raw) {
         if (property.id != id) continue;
         if (const auto* number = std::get_if<int>(&property.value)) return std::to_string(*number);
         const auto& text = std::get<std::string>(property.value);
-        const bool formula = !text.empty() && (std::string_view("=+-@\x7f").find(text[0]) !=
-                                                   std::string_view::npos ||
-                                               static_cast<unsigned char>(text[0]) < 0x20);
-        return (formula && !raw ? "'" : "") + text;
+        return raw ? text : formula_free(text);
     }
     return "";
 }

@@ -167,7 +167,7 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                           {"commands", std::move(runs)},
                           {"captures", write_captures(captures, log_dir, data)}};
     add_verdict(store, overview);
-    const auto json = overview.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    const auto json = json_line(overview);
     write_new_file(data / "overview.js", data_script("overview", json));
     write_new_file(report / "index.html", with_nonce(html()));
 }

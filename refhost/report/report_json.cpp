@@ -17,10 +17,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-std::string text_of(const ordered_json& json) {
-    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-}
-
 ordered_json layout_of(const Layout& layout) {
     if (const auto* columns = std::get_if<ColumnLayout>(&layout)) {
         return {
@@ -72,7 +68,7 @@ void put_list(const ordered_json& list, std::ostream& out) {
     out << '[';
     const char* separator = "\n";
     for (const auto& one : list) {
-        out << separator << text_of(one);
+        out << separator << json_line(one);
         separator = ",\n";
     }
     out << ']';
@@ -88,7 +84,7 @@ void put_verdict(const Store& store, std::ostream& out) {
     const char* separator = "\n";
     const auto inventory = json_of(read_inventory(store));
     for (const auto& [kind, entities] : inventory.items()) {
-        out << separator << text_of(kind) << ':';
+        out << separator << json_line(kind) << ':';
         put_list(entities, out);
         separator = ",\n";
     }
@@ -123,14 +119,14 @@ void put_record(const Record& record, std::string& json) {
 }  // namespace
 
 void write_report_json(const Store& store, std::ostream& out) {
-    out << "{\"format\":" << kReportFormat << ",\n\"collection\":" << text_of(collection_of(store))
-        << ",\n";
+    out << "{\"format\":" << kReportFormat
+        << ",\n\"collection\":" << json_line(collection_of(store)) << ",\n";
     put_verdict(store, out);
     out << ",\n\"modules\":[";
     const char* module_separator = "\n";
     for (const auto& module : store.modules()) {
-        out << module_separator << "{\"name\":" << text_of(module.name)
-            << ",\"display\":" << text_of(module.display) << ",\"tables\":[";
+        out << module_separator << "{\"name\":" << json_line(module.name)
+            << ",\"display\":" << json_line(module.display) << ",\"tables\":[";
         module_separator = ",\n";
         const char* table_separator = "\n";
         for (const auto& table : module.tables) {
@@ -139,7 +135,7 @@ void write_report_json(const Store& store, std::ostream& out) {
                 {"layout", layout_of(table.layout)}
             };
             if (table.records > 0 && !table.reason.empty()) json["partial"] = table.reason;
-            out << table_separator << text_of(json);
+            out << table_separator << json_line(json);
             table_separator = ",\n";
         }
         out << "]}";

@@ -31,6 +31,7 @@ TerminalStyle terminal_style(int fd) {
     const bool terminal = ::isatty(fd) == 1;
     const char* kind = std::getenv("TERM");
     const bool dumb = !kind || std::strcmp(kind, "dumb") == 0;
+    style.terminal = terminal;
     style.colour = terminal && !dumb && !is_set("NO_COLOR");
 
     winsize size{};

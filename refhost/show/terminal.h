@@ -1,4 +1,4 @@
-// The terminal: its width, and whether it shows colours.
+// The terminal: whether there is one, its width, and whether it shows colours.
 #pragma once
 
 #include <string>
@@ -8,6 +8,7 @@ namespace qvhost {
 struct TerminalStyle {
     unsigned width = 80;
     bool colour = false;
+    bool terminal = false;
 };
 
 // The width of the terminal behind `fd` (or $COLUMNS), and colour unless $NO_COLOR is set. If `fd` is

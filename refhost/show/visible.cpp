@@ -5,6 +5,8 @@
 #include <cuchar>
 #include <cwchar>
 
+#include "text/hidden.h"
+
 namespace qvhost {
 
 namespace {
@@ -42,13 +44,6 @@ Character first_character(std::string_view text) {
     }
     return character;
 }
-
-bool turns_direction(char32_t c) {
-    return c == 0x061c || c == 0x200e || c == 0x200f || (c >= 0x202a && c <= 0x202e) ||
-           (c >= 0x2066 && c <= 0x2069);
-}
-
-bool is_control(char32_t c) { return c < 0x20 || (c >= 0x7f && c <= 0x9f); }
 
 // "\\x9b" or "\\u202e"
 std::string escape(char kind, unsigned code, int digits) {
@@ -107,10 +102,8 @@ std::string visible(std::string_view text) {
             out += '\n';
         } else if (code == '\t') {
             out += "    ";
-        } else if (is_control(character.code)) {
+        } else if (is_hidden(character.code)) {
             out += code < 0x80 ? escape('x', code, 2) : escape('u', code, 4);
-        } else if (turns_direction(character.code)) {
-            out += escape('u', code, 4);
         } else {
             out += text.substr(0, character.size);
         }

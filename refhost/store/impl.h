@@ -78,6 +78,9 @@ struct Store::Impl {
     void add(const Record& record);
     void save_run();
 
+    // Counts what is told of a store that is read. Throws if it is too much for what is there.
+    void spend(std::size_t bytes);
+
     // The records of one table, or all (null), in order.
     void each_record(const Table* only, const std::function<void(const Record&)>& take);
 
@@ -94,7 +97,10 @@ struct Store::Impl {
     std::int64_t next_shape = 1;
 
 private:
+    std::uint64_t left = 0;  // bytes that may be told yet
+
     void expect_plain_tables();
+    void expect_no_overlaps();
     void load();
     bool is_empty(const Table& table);
     void add_columns(Table& table, const std::vector<std::string>& ids);

@@ -17,6 +17,11 @@ namespace {
 // How long to wait for another program that has the store open while it grows.
 constexpr int kBusyMs = 3000;
 
+// How much all views of a store may tell. What many records share (labels, names) is there once and told with
+// each of them: some twenty bytes for one that the store has.
+constexpr std::uint64_t kMostTold = std::uint64_t{16} << 20;
+constexpr std::uint64_t kMostToldForAByte = 64;
+
 int open_flags(Store::Mode mode) {
     // A store is used by one thread, which needs no locks.
     const int access = mode == Store::Mode::read ? SQLite::OPEN_READONLY | SQLite::OPEN_URI
@@ -32,6 +37,7 @@ Store::Impl::Impl(const std::string& file, Mode open_mode)
       readable(open_mode == Mode::read ? std::make_unique<store::ReadableFile>(file) : nullptr),
       db(readable ? readable->uri() : file, open_flags(open_mode), kBusyMs) {
     for (const auto name : kTypedTables) table_names.claim(name);
+    if (readable) left = kMostTold + kMostToldForAByte * readable->bytes();
     if (mode == Mode::create) {
         // synchronous=OFF does not wait for the disk. If the process dies, nothing is lost; if the
         // power fails, the raw captures still have what is lost here.
@@ -47,6 +53,7 @@ Store::Impl::Impl(const std::string& file, Mode open_mode)
     if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
         throw std::runtime_error(path + ": a store of another version of qvhost");
     expect_plain_tables();
+    expect_no_overlaps();
     if (mode == Mode::update) db.exec("PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL;");
     load();
 }
@@ -74,6 +81,27 @@ void Store::Impl::expect_plain_tables() {
         if (db.execAndGet(others).getInt() != 0)
             throw std::runtime_error(path + ": not a store of qvhost: it computes what it holds");
     }
+}
+
+// Nothing that the store holds may be told twice: then what can be told is bounded by its size.
+void Store::Impl::expect_no_overlaps() {
+    constexpr const char* kOverlaps[] = {
+        "SELECT count(*) FROM (SELECT first_seq, last_seq, lead(first_seq) OVER (ORDER BY first_seq) "
+        "AS next FROM qv_run) WHERE typeof(last_seq) <> 'integer' OR last_seq < first_seq OR "
+        "last_seq >= next",
+        "SELECT count(*) - count(DISTINCT lower(sql_name)) FROM qv_table",
+    };
+    for (const char* overlaps : kOverlaps) {
+        if (db.execAndGet(overlaps).getInt64() != 0)
+            throw std::runtime_error(path + ": not a store of qvhost: its records overlap");
+    }
+}
+
+void Store::Impl::spend(std::size_t bytes) {
+    if (!readable) return;
+    if (bytes > left)
+        throw std::runtime_error(path + ": it tells far more than it holds; this is not shown");
+    left -= bytes;
 }
 
 void Store::Impl::load() {

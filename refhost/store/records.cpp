@@ -74,7 +74,10 @@ void Store::Impl::each_record(const Table* only, const std::function<void(const 
     while (runs.executeStep()) {
         const auto& table = table_by_key(runs.getColumn(2).getInt64());
         const auto shape = runs.getColumn(5).getInt64();
+        // A statement is much larger than the row that asks for it.
+        constexpr std::size_t kMostReaders = 256;
         auto known = readers.find(shape);
+        if (known == readers.end() && readers.size() >= kMostReaders) readers.clear();
         if (known == readers.end())
             known = readers.emplace(shape, reader_for(db, table, shape)).first;
         auto& reader = known->second;
@@ -83,15 +86,21 @@ void Store::Impl::each_record(const Table* only, const std::function<void(const 
         record.name = runs.getColumn(3).getString();
         record.index = runs.getColumn(4).getInt();
         record.properties = reader.properties;
+        std::size_t shared = record.table.size() + record.name.size();
+        for (const auto& property : record.properties)
+            shared += property.id.size() + property.display.size();
         auto& rows = *reader.rows;
         rows.reset();
         rows.bind(1, runs.getColumn(0).getInt64());
         rows.bind(2, runs.getColumn(1).getInt64());
         while (rows.executeStep()) {
+            spend(shared);
             for (std::size_t i = 0; i < record.properties.size(); ++i) {
                 auto& value = record.properties[i].value;
                 if (reader.column[i] >= 0) {
-                    set_value(value, rows.getColumn(reader.column[i]));
+                    const auto column = rows.getColumn(reader.column[i]);
+                    spend(static_cast<std::size_t>(column.getBytes()));
+                    set_value(value, column);
                     continue;
                 }
                 extra.reset();

@@ -62,11 +62,48 @@ TEST_F(Export, CsvMakesFormulasInert) {
         {"+1", "'+1", "+1"},
         {"-1", "'-1", "-1"},
         {"@SUM(1)", "'@SUM(1)", "@SUM(1)"},
-        {"\t=1", "\"'\t=1\"", "\"\t=1\""},
-        {"\r=1", "\"'\r=1\"", "\"\r=1\""},
+        {"\t=1", "\"'\t'=1\"", "\"\t=1\""},
+        {"\r=1", "\"'\r'=1\"", "\"\r=1\""},
         {"\0=1"s, "\"'\0=1\""s, "\"\0=1\""s},
         {"=\"a\",b", "\"'=\"\"a\"\",b\"", "\"=\"\"a\"\",b\""},
-        {" =1", "\" =1\"", "\" =1\""},
+        {" =1", "' =1", "\" =1\""},
+        {"\xef\xbc\x9d"
+         "1",
+         "'\xef\xbc\x9d"
+         "1",
+         "\xef\xbc\x9d"
+         "1"},
+        {"\xef\xbc\x8b"
+         "1",
+         "'\xef\xbc\x8b"
+         "1",
+         "\xef\xbc\x8b"
+         "1"},
+        {"\xef\xbc\x8d"
+         "1",
+         "'\xef\xbc\x8d"
+         "1",
+         "\xef\xbc\x8d"
+         "1"},
+        {"\xef\xbc\xa0"
+         "1",
+         "'\xef\xbc\xa0"
+         "1",
+         "\xef\xbc\xa0"
+         "1"},
+        {"\xc2\xa0\xe3\x80\x80=1", "'\xc2\xa0\xe3\x80\x80=1", "\xc2\xa0\xe3\x80\x80=1"},
+        {",=1", "\"',=1\"", "\",=1\""},
+        {";=1", "\"';'=1\"", "\";=1\""},
+        {"x; =1", "\"x; '=1\"", "\"x; =1\""},
+        {"x|\"@1", "\"x|\"\"'@1\"", "\"x|\"\"@1\""},
+        {"x\n\xef\xbc\x9d"
+         "1",
+         "\"x\n'\xef\xbc\x9d"
+         "1\"",
+         "\"x\n\xef\xbc\x9d"
+         "1\""},
+        {"10, -5", "\"10, -5\"", "\"10, -5\""},
+        {"a;b", "\"a;b\"", "\"a;b\""},
         {"1=1", "1=1", "1=1"},
         {"", "\"\"", "\"\""},
         {"a\0\xff\x1b"s, "\"a\0\xff\x1b\""s, "\"a\0\xff\x1b\""s},
@@ -85,6 +122,53 @@ TEST_F(Export, CsvMakesFormulasInert) {
     EXPECT_EQ(run({"export", store, "--format", "csv", "--table", "T"}).out, inert);
     EXPECT_EQ(run({"export", store, "--format", "csv", "--table", "T", "--raw"}).out, raw);
     EXPECT_EQ(run({"export", store, "--format", "csv", "--table", "EMPTY"}).out, "a,b\r\n");
+}
+
+// Escapes that set a window's title, 8-bit escapes, overrides, what is not seen.
+const std::string kHidden =
+    "a\x1b]0;title\x07\xc2\x9b"
+    "31m\xe2\x80\xae\xe2\x80\x8b\xef\xbb\xbf\x7fz";
+
+TEST_F(Export, ATerminalGetsNoEscapes) {
+    const auto store = store_with({record({{"a", "A", kHidden}, {kHidden, kHidden, "x"s}})});
+    for (const std::string& command : std::vector<std::string>{
+             "export " + store.string() + " --format json",
+             "export " + store.string() + " --format csv --table T",
+             "export " + store.string() + " --format csv --table T --raw",
+             "query " + store.string() + " 'SELECT * FROM T' --format json",
+             "query " + store.string() + " 'SELECT * FROM T' --format csv",
+             "query " + store.string() + " 'SELECT * FROM T'", "show " + store.string()}) {
+        const auto on_terminal = run(
+            Invocation{.arguments = {"-qec", std::string(QV_PROGRAM) + " " + command, "/dev/null"},
+                       .environment = {{"TERM", "dumb"}, {"PAGER", "cat"}},
+                       .program = {"script"}});
+        EXPECT_EQ(on_terminal.exit, 0) << on_terminal.out;
+        EXPECT_NE(on_terminal.out.find("title"), std::string::npos) << command << on_terminal.out;
+        for (const char* hidden :
+             {"\x1b", "\x07", "\xc2\x9b", "\xe2\x80\xae", "\xe2\x80\x8b", "\xef\xbb\xbf", "\x7f"})
+            EXPECT_EQ(on_terminal.out.find(hidden), std::string::npos)
+                << command << on_terminal.out;
+    }
+}
+
+// JSON loses nothing by its escapes; CSV in a file or a pipe has the bytes themselves.
+TEST_F(Export, NothingIsLostByEscapes) {
+    const auto text = kHidden + "\xf3\xa0\x80\xa0\xf0\x9f\x98\x80\xc3\xa4";
+    const auto store = store_with({record({{"a", "A", text}})});
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"export", store, "--format", "json"},
+          {"query", store, "SELECT a FROM T", "--format", "json"}}) {
+        const auto json = run(arguments).out;
+        for (const char* escape : {"\\u001b", "\\u009b", "\\u202e", "\\u200b", "\\ufeff", "\\u007f",
+                                   "\\udb40\\udc20", "\xf0\x9f\x98\x80\xc3\xa4"})
+            EXPECT_NE(json.find(escape), std::string::npos) << escape << json;
+        const auto read = nlohmann::json::parse(json);
+        EXPECT_EQ(
+            arguments[0] == "query" ? read[0]["a"] : read["records"][0]["properties"][0]["value"],
+            text);
+    }
+    EXPECT_EQ(run({"query", store, "SELECT a FROM T", "--format", "csv"}).out,
+              "a\r\n\"" + text + "\"\r\n");
 }
 
 TEST_F(Export, CsvIsAPrivateFileATable) {

@@ -1,4 +1,5 @@
 #include "report/report_json.h"
+#include "show/visible.h"
 
 #include <sys/stat.h>
 
@@ -65,17 +66,22 @@ TEST_F(Report, AsItIsPromised) {
     EXPECT_TRUE(nlohmann::json::accept(out.str()));
 }
 
-// Every pair of bytes, alone and in a text.
-TEST(JsonText, IsWhatTheLibraryWrites) {
+// Every pair of bytes, alone and in a text. Nothing that is hidden stands in it.
+TEST(JsonText, MeansWhatTheLibraryWrites) {
     for (int first = 0; first < 256; ++first) {
         for (int second = 0; second < 256; ++second) {
             const std::string pair{static_cast<char>(first), static_cast<char>(second)};
             for (const auto& text : {pair, "a" + pair + "\xc3\xa4z"}) {
                 std::string json = "before";
                 put_json_text(text, json);
-                ASSERT_EQ(json,
-                          "before" + nlohmann::json(text).dump(
-                                         -1, ' ', false, nlohmann::json::error_handler_t::replace));
+                ASSERT_TRUE(json.starts_with("before"));
+                const auto librarys = nlohmann::json(text).dump(
+                    -1, ' ', false, nlohmann::json::error_handler_t::replace);
+                ASSERT_EQ(nlohmann::json::parse(json.substr(6)), nlohmann::json::parse(librarys));
+                ASSERT_EQ(visible(json), json);
+                if (visible(librarys) == librarys) {
+                    ASSERT_EQ(json, "before" + librarys);
+                }
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "show/show_table.h"
 
+#include <cstdio>
 #include <sstream>
 
 #include "place.h"
@@ -37,6 +38,35 @@ TEST(Visible, NothingReachesTheTerminalButText) {
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(visible(text), expected);
     EXPECT_EQ(one_line("a\nb\n"), "a\\x0ab");
+}
+
+// Every character that is not seen, or turns the direction of what follows.
+TEST(Visible, HiddenCharactersAreShown) {
+    const struct {
+        char32_t first, last;
+    } hidden[] = {
+        {0x7f, 0x9f},     {0xad, 0xad},     {0x61c, 0x61c},   {0x180e, 0x180e}, {0x200b, 0x200f},
+        {0x2028, 0x202e}, {0x2060, 0x206f}, {0xfeff, 0xfeff}, {0xfff9, 0xfffb},
+    };
+    for (const auto& [first, last] : hidden) {
+        for (auto code = first; code <= last; ++code) {
+            std::string text = "a";
+            if (code < 0x80) {
+                text += static_cast<char>(code);
+            } else if (code < 0x800) {
+                text += static_cast<char>(0xc0 | (code >> 6));
+            } else {
+                text += static_cast<char>(0xe0 | (code >> 12));
+                text += static_cast<char>(0x80 | ((code >> 6) & 0x3f));
+            }
+            if (code >= 0x80) text += static_cast<char>(0x80 | (code & 0x3f));
+            char shown[16];
+            std::snprintf(shown, sizeof shown, code < 0x80 ? "a\\x%02x" : "a\\u%04x",
+                          static_cast<unsigned>(code));
+            EXPECT_EQ(visible(text), shown);
+        }
+    }
+    EXPECT_EQ(visible("\xf3\xa0\x80\xa0"), "\\ue0020") << "a tag";
 }
 
 TEST(Visible, WidthsAreThoseOfTheTerminal) {

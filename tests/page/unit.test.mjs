@@ -64,6 +64,7 @@ test("only what a browser shows, saves or lists is opened as a file", () => {
 test("hidden characters are made visible", () => {
   assert.equal(part.visible("a\u001b[31mb\u0000c"), "a␛[31mb␀c");
   assert.equal(part.visible("x\u202egnp.exe\u200b\ufeff"), "x[U+202E]gnp.exe[U+200B][U+FEFF]");
+  assert.equal(part.visible("\u2066a\u2069\u{e0020}"), "[U+2066]a[U+2069][U+E0020]");
   assert.equal(part.visible("a\r\nb\tc\rd"), "a\nb\tc␍d");
   assert.equal(part.oneLine("  a\n\nb\t c \n"), "a ↵ b  c");
   assert.equal(part.oneLine("  a\tb \n", true), "  a    b");
@@ -86,8 +87,11 @@ test("a number is a whole number, nothing else", () => {
 test("no cell is a formula", () => {
   assert.equal(part.csvCell("=1+1"), "'=1+1");
   assert.equal(part.csvCell(" @SUM(A1)"), "' @SUM(A1)");
-  assert.equal(part.csvCell("\t=1"), "'\t=1");
-  assert.equal(part.csvCell("+cmd|' /C calc'!A0"), "'+cmd|' /C calc'!A0");
+  assert.equal(part.csvCell("\t=1"), "\"'\t'=1\"");
+  assert.equal(part.csvCell("\u00a0\uff1d1"), "'\u00a0\uff1d1");
+  assert.equal(part.csvCell(",=1"), '"\',=1"');
+  assert.equal(part.csvCell("x; @1"), '"x; \'@1"');
+  assert.equal(part.csvCell("+cmd|' /C calc'!A0"), "\"'+cmd|' /C calc'!A0\"");
   assert.equal(part.csvCell("-12.5"), "-12.5");
   assert.equal(part.csvCell('a,"b"\r\nc'), '"a,""b""\r\nc"');
   assert.equal(part.csvCell(null), "");

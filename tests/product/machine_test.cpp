@@ -18,6 +18,7 @@ struct Wrong {
 };
 
 TEST_F(Machine, MistakesAreNamed) {
+    const auto deep = std::string(60'000, '[');
     const auto long_name =
         R"({"commands": [{"tool": "t", "stdout": ")" + std::string(300, 'n') + "\"}]}";
     const std::vector<Wrong> mistakes = {
@@ -63,6 +64,15 @@ TEST_F(Machine, MistakesAreNamed) {
         {R"({"commands": [{"tool": "t", "files": {"..\u0000/a": "out"}}]})",
          "..\\x00/a\" does not lie"},
         {long_name.c_str(), "there is no file"},
+        {deep.c_str(), "is nested too deep"},
+        {R"({"commands": [{"tool": "t", "files": {"report/report.sqlite-wal": "out"}}]})",
+         "is a file of the report"},
+        {R"({"commands": [{"tool": "t", "files": {"./report": "out"}}]})",
+         "is a file of the report"},
+        {R"({"commands": [{"tool": "t", "files": {"report-1/x": "out"}}]})",
+         "is a file of the report"},
+        {R"({"commands": [{"tool": "t", "files": {".//qvhost.log": "out"}}]})",
+         "is a file of the report"},
     };
     const auto machine = dir() / "machine";
     write_file(machine / "out", "");

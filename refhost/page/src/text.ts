@@ -3,10 +3,11 @@ import type {Value} from "./data";
 
 // Control characters, and marks that turn the direction of what follows, would hide or disguise
 // what a value says.
-const HIDDEN = /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/g;
+const HIDDEN =
+  /[\u0000-\u0008\u000b-\u001f\u007f-\u009f\u00ad\u061c\u115f\u1160\u17b4\u17b5\u180e\u200b-\u200f\u2028-\u202e\u2060-\u206f\u3164\ufeff\uffa0\ufff0-\ufffb\u{1bca0}-\u{1bca3}\u{1d173}-\u{1d17a}\u{e0000}-\u{e0fff}]|\u034f|[\u180b-\u180d\u180f]|[\ufe00-\ufe0f]/gu;
 
 function symbol(character: string): string {
-  const code = character.charCodeAt(0);
+  const code = character.codePointAt(0) ?? 0;
   if (code < 0x20) return String.fromCharCode(0x2400 + code);
   if (code === 0x7f) return "\u2421";
   return `[U+${code.toString(16).toUpperCase().padStart(4, "0")}]`;
@@ -99,9 +100,18 @@ export function seconds(n: number): string {
   return `${Math.floor(n / 60)} min ${Math.round(n % 60)} s`;
 }
 
-// RFC 4180. A spreadsheet takes some first characters for a formula; an apostrophe makes them text.
+// What spreadsheets take for a formula, also behind blanks, quotes and delimiters; and where such a sign stands
+// behind a line end or a delimiter that other spreadsheets use, which would begin a cell there.
+const FORMULA = /^(?:[\s"',;|]*[=+\-@\uff1d\uff0b\uff0d\uff20]|[\u0000-\u001f\u007f])/;
+const FORMULAS_WITHIN = /([;|\t\r\n][\s"']*)(?=[=+\-@\uff1d\uff0b\uff0d\uff20])/g;
+
+// RFC 4180. An apostrophe makes a text of what a spreadsheet would take for a formula.
 export function csvCell(value: Value): string {
   let text = plain(value);
-  if (typeof value !== "number" && /^[\s]*[=+\-@\t\r]/.test(text) && Number.isNaN(number(text))) text = `'${text}`;
-  return /[",\r\n]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
+  if (typeof value !== "number" && Number.isNaN(number(text))) {
+    const begins = FORMULA.test(text);
+    text = text.replace(FORMULAS_WITHIN, "$1'");
+    if (begins) text = `'${text}`;
+  }
+  return /[",;|\t\r\n]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
 }

@@ -72,7 +72,8 @@ const std::vector<CommandText> kTexts = {
 
     {"export", "Write a report in another format",
      {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
-      "A spreadsheet takes a text for a formula if it begins with =, +, -, @ or a control character; in csv such a text gets an apostrophe before it, unless --raw is given."},
+      "A spreadsheet takes a text for a formula if it begins with =, +, -, @ (also in full width, behind blanks or behind a delimiter) or a control character; in csv such a text gets an apostrophe before it, unless --raw is given.",
+      "On a terminal, characters that it would act on or not show are printed as escapes; in a file or a pipe csv has them as they are."},
      {{"qvhost export DIR --format json | jq '.records | length'",          "All records, for a program."},
       {"qvhost export DIR --format csv --output tables",                    "Every table as tables/ID.csv."},
       {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv",   "One table."},

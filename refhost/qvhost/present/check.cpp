@@ -21,6 +21,7 @@
 #include "qvhost/base/log_dir.h"
 #include "qvhost/finish/judge_report.h"
 #include "qvhost/present/open_report.h"
+#include "report/json_text.h"
 #include "report/verdict_json.h"
 #include "show/visible.h"
 #include "verdict/inventory_tables.h"
@@ -310,7 +311,7 @@ void print_json(const Verdict& verdict) {
         {"health",   json_of(verdict.health)  },
         {"findings", json_of(verdict.findings)},
     };
-    std::cout << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    std::cout << json_line(json, 2) << '\n';
 }
 
 // An old report says nothing of today.

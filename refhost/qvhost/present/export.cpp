@@ -1,5 +1,7 @@
 #include "qvhost/present/export.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <iostream>
 #include <stdexcept>
@@ -12,6 +14,7 @@
 #include "qvhost/present/open_report.h"
 #include "report/report_json.h"
 #include "show/headers.h"
+#include "show/terminal.h"
 #include "store/names.h"
 
 namespace qvhost {
@@ -27,7 +30,8 @@ namespace {
 // The columns are named by the property ids, as those of the store's tables are.
 void write_csv(std::ostream& out, const Store& store, const TableInfo& table, bool raw) {
     const auto headers = headers_of(store, table);
-    CsvWriter csv(out, raw);
+    const bool terminal = &out == &std::cout && terminal_style(STDOUT_FILENO).terminal;
+    CsvWriter csv(out, raw, terminal);
     for (const auto& header : headers) csv.text(header.id);
     csv.end_row();
     store.each_record(table.id, [&](const Record& record) {

@@ -3,18 +3,26 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <string>
 #include <string_view>
 
 namespace qvhost {
 
+// The text with an apostrophe before it if a spreadsheet would take it for a formula: if it begins with
+// = + - @, their full-width forms or a control character, also behind blanks, quotes and delimiters. Where such a
+// sign stands behind a line end or a delimiter that other spreadsheets use (; | tab), it gets one as well, since
+// they would begin a cell there.
+std::string formula_free(std::string_view text);
+
 class CsvWriter {
 public:
-    // Spreadsheets take a text that begins with = + - @ or a control character for a formula; it
-    // gets an apostrophe before it. `raw`: it does not.
-    CsvWriter(std::ostream& out, bool raw) : out_(out), raw_(raw) {}
+    // Spreadsheets take some texts for formulas; they get an apostrophe (formula_free), unless `raw`. On a
+    // terminal hidden characters are shown and not sent.
+    CsvWriter(std::ostream& out, bool raw, bool terminal)
+        : out_(out), raw_(raw), terminal_(terminal) {}
 
-    // Fields of a row, from the left. Whatever bytes a text has are written; an empty one is "",
-    // which tells it from nothing.
+    // Fields of a row, from the left. Whatever bytes a text has are written to a file; an empty one is
+    // "", which tells it from nothing.
     void text(std::string_view text);
     void number(std::string_view digits);
     void nothing();
@@ -25,6 +33,7 @@ private:
 
     std::ostream& out_;
     bool raw_;
+    bool terminal_;
     std::size_t fields_ = 0;
     bool blank_ = true;  // nothing is written of this row yet
 };

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "qvhost/present/export_csv.h"
+#include "report/json_text.h"
 #include "show/text_table.h"
 #include "show/visible.h"
 
@@ -110,8 +111,8 @@ private:
 
 class CsvPrinter : public RowPrinter {
 public:
-    CsvPrinter(std::ostream& out, const std::vector<std::string>& columns, bool raw)
-        : csv_(out, raw) {
+    CsvPrinter(std::ostream& out, const std::vector<std::string>& columns, bool raw, bool terminal)
+        : csv_(out, raw, terminal) {
         for (const auto& column : columns) csv_.text(column);
         csv_.end_row();
     }
@@ -142,7 +143,7 @@ public:
             auto name = column;
             for (int i = 2; !taken.insert(name).second; ++i)
                 name = column + ":" + std::to_string(i);
-            keys_.push_back(text_of(name));
+            keys_.push_back(json_line(name));
         }
         out_ << '[';
     }
@@ -161,16 +162,13 @@ public:
     void end() override { out_ << "\n]\n"; }
 
 private:
-    static std::string text_of(const ordered_json& json) {
-        return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-    }
     static std::string value_of(const Cell& cell) {
         switch (cell.kind) {
             case Cell::Kind::null: return "null";
             case Cell::Kind::integer: return std::string(cell.text);
-            case Cell::Kind::real: return text_of(cell.real);
-            case Cell::Kind::text: return text_of(cell.text);
-            case Cell::Kind::blob: return text_of(blob_literal(cell.text));
+            case Cell::Kind::real: return json_line(cell.real);
+            case Cell::Kind::text: return json_line(cell.text);
+            case Cell::Kind::blob: return json_line(blob_literal(cell.text));
         }
         return "null";
     }
@@ -187,7 +185,8 @@ std::vector<std::string> query_formats() { return {"table", "csv", "json"}; }
 std::unique_ptr<RowPrinter> row_printer(std::ostream& out, const QueryOptions& options,
                                         const std::vector<std::string>& columns,
                                         const TerminalStyle& style) {
-    if (options.format == "csv") return std::make_unique<CsvPrinter>(out, columns, options.raw);
+    if (options.format == "csv")
+        return std::make_unique<CsvPrinter>(out, columns, options.raw, style.terminal);
     if (options.format == "json") return std::make_unique<JsonPrinter>(out, columns);
     return std::make_unique<TablePrinter>(out, columns, style);
 }

@@ -19,6 +19,9 @@ namespace {
 
 using nlohmann::json;
 
+constexpr int kMostLevels = 16;  // of arrays and objects in one another
+constexpr std::uintmax_t kMostBytes = std::uintmax_t{64} << 20;
+
 class Reader {
 public:
     explicit Reader(const fs::path& directory)
@@ -27,12 +30,16 @@ public:
     Machine read() const {
         if (!is_file(file_)) fail("cannot be read");
         expect_within(file_);
+        if (fs::file_size(file_) > kMostBytes) fail("is too large");
         std::ifstream in(file_);
         if (!in) fail("cannot be read");
         json root;
         try {
-            root = json::parse(in);
-        } catch (const json::exception& error) {
+            root = json::parse(in, [](int depth, json::parse_event_t, const json&) {
+                if (depth > kMostLevels) throw std::runtime_error("is nested too deep");
+                return true;
+            });
+        } catch (const std::exception& error) {
             fail(error.what());
         }
         if (!root.is_object()) fail("is not an object");
@@ -124,6 +131,13 @@ private:
                             [](const auto& part) { return part == ".."; });
     }
 
+    // Files that a collection makes by itself: no tool writes them.
+    static bool is_ours(const fs::path& name) {
+        const auto first = name.lexically_normal().begin()->string();
+        return first == "." || first == "report" || first.starts_with("report-") ||
+               first == "qvhost.log" || first == "console.txt";
+    }
+
     RecordedCommand command(const json& entry) const {
         if (!entry.is_object()) fail("a command is not an object");
         RecordedCommand command;
@@ -148,6 +162,7 @@ private:
         for (const auto& [written, source] : files.items()) {
             if (!is_inside(written))
                 fail("\"" + written + "\" does not lie in the current directory");
+            if (is_ours(written)) fail("\"" + written + "\" is a file of the report");
             if (!source.is_string()) fail("\"" + written + "\" names no file");
             command.files[written] = file_beside(source);
         }
