@@ -1,9 +1,12 @@
 // Log directories and tools that others could reach into, and file systems that do not take anything.
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include "server.h"
@@ -56,6 +59,107 @@ TEST_F(Places, AWayThatOthersCanReplaceIsRefused) {
     ASSERT_EQ(::chmod(dir().c_str(), 01777), 0);  // as /tmp
     EXPECT_EQ(collect_storage().exit, 0);
     ASSERT_EQ(::chmod(dir().c_str(), 0700), 0);
+}
+
+// The value of an access control list, acl(5): its owner reads and writes, and user 12345 does.
+std::string list_for_somebody() {
+    std::string value("\x02\0\0\0", 4);
+    const struct {
+        std::uint16_t tag, permissions;
+        std::uint32_t id;
+    } entries[] = {{0x01, 7, 0xffffffff},
+                   {0x02, 7, kSomebody},
+                   {0x04, 0, 0xffffffff},
+                   {0x10, 7, 0xffffffff},
+                   {0x20, 0, 0xffffffff}};
+    value.append(reinterpret_cast<const char*>(entries), sizeof entries);
+    return value;
+}
+
+TEST_F(Places, AListThatLetsOthersWriteIsSeen) {
+    const auto list = list_for_somebody();
+    const auto give = [&](const fs::path& place, const char* name) {
+        return ::setxattr(place.c_str(), name, list.data(), list.size(), 0) == 0;
+    };
+    fs::create_directory(log_dir());
+    if (!give(log_dir(), "system.posix_acl_access"))
+        GTEST_SKIP() << "no lists here: " << std::strerror(errno);
+    refused("others can write to it");
+    fs::remove(log_dir());
+
+    fs::create_directory(log_dir());
+    ASSERT_TRUE(give(log_dir(), "system.posix_acl_default"));
+    refused("others can write to what is made in it");
+    fs::remove(log_dir());
+
+    const auto way = dir() / "way";
+    fs::create_directories(way / "log");
+    ASSERT_TRUE(give(way, "system.posix_acl_access"));
+    auto invocation = collecting();
+    invocation.arguments[2] = way / "log";
+    EXPECT_NE(run(invocation).err.find("can be written by others, who could replace it"),
+              std::string::npos);
+
+    ASSERT_TRUE(give(tools(), "system.posix_acl_access"));
+    refused("nothing is run from there: " + tools().string() + " can be written by others");
+}
+
+// A new directory takes no rights over from the one above it.
+TEST_F(Places, ANewDirectoryIsTheUsersAlone) {
+    const auto list = list_for_somebody();
+    if (::setxattr(dir().c_str(), "system.posix_acl_default", list.data(), list.size(), 0) != 0)
+        GTEST_SKIP() << "no lists here: " << std::strerror(errno);
+    EXPECT_EQ(collect_storage().exit, 0);
+    for (const auto& place : {log_dir(), log_dir() / "report"}) {
+        for (const char* name : {"system.posix_acl_access", "system.posix_acl_default"})
+            EXPECT_LT(::getxattr(place.c_str(), name, nullptr, 0), 0) << place;
+    }
+}
+
+// What is written is what the way leads to, not what its words promise.
+TEST_F(Places, TheWayIsWalkedNotRead) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a directory away";
+    const auto others = dir() / "others";
+    fs::create_directories(others / "log");
+    ASSERT_EQ(::chown(others.c_str(), kSomebody, kSomebody), 0);
+    fs::create_directory_symlink(others, dir() / "way");
+    auto invocation = collecting();
+    invocation.arguments[2] = dir() / "way" / "log";
+    const auto into_others = run(invocation);
+    EXPECT_EQ(into_others.exit, 1);
+    EXPECT_NE(into_others.err.find("others belongs to another user, who could replace it"),
+              std::string::npos)
+        << into_others.err;
+
+    // Somebody's link, in a directory where everybody may make one.
+    fs::remove(dir() / "way");
+    fs::create_directories(dir() / "private" / "log");
+    fs::create_directory_symlink(dir() / "private", dir() / "way");
+    ASSERT_EQ(::lchown((dir() / "way").c_str(), kSomebody, kSomebody), 0);
+    const auto by_others = run(invocation);
+    EXPECT_EQ(by_others.exit, 1);
+    EXPECT_NE(by_others.err.find("way is a link of another user's"), std::string::npos)
+        << by_others.err;
+    EXPECT_TRUE(fs::is_empty(dir() / "private" / "log"));
+
+    ASSERT_EQ(::lchown((dir() / "way").c_str(), 0, 0), 0);
+    EXPECT_EQ(run(invocation).exit, 0) << "root's own link is followed";
+    EXPECT_TRUE(fs::exists(dir() / "private" / "log" / "report" / "index.html"));
+}
+
+// A link on the way that turns elsewhere while tools run takes nothing along.
+TEST_F(Places, ALinkThatTurnsIsNotFollowed) {
+    for (const char* place : {"first", "second"}) fs::create_directories(dir() / place / "log");
+    write_file(dir() / "second" / "log" / "raidevents.txt", "precious");
+    fs::create_directory_symlink("first", dir() / "way");
+    events_do("ln -sfn second '" + (dir() / "way").string() + "'; cat \"$recorded/c0_events.txt\"");
+    auto invocation = collecting();
+    invocation.arguments[2] = dir() / "way" / "log";
+    EXPECT_EQ(run(invocation).exit, 0);
+    EXPECT_EQ(fs::read_symlink(dir() / "way"), "second") << "it has turned";
+    EXPECT_EQ(read_file(dir() / "second" / "log" / "raidevents.txt"), "precious");
+    EXPECT_TRUE(fs::exists(dir() / "first" / "log" / "report" / "index.html"));
+    EXPECT_FALSE(fs::exists(dir() / "second" / "log" / "report"));
 }
 
 TEST_F(Places, ALinkInItIsRefusedAndNotWrittenThrough) {
@@ -138,6 +242,30 @@ TEST_F(Places, ToolsThatOthersCanReplaceAreNotRun) {
         ASSERT_EQ(::chown(place.c_str(), kSomebody, kSomebody), 0);
         refused("nothing is run from there: " + place.string() + " belongs to another user");
         ASSERT_EQ(::chown(place.c_str(), 0, 0), 0);
+    }
+    EXPECT_EQ(collect_storage().exit, 0);
+}
+
+TEST_F(Places, AProgramThatOthersCanReplaceIsNotRun) {
+    const auto bin = dir() / "server" / "bin";
+    const auto lib = dir() / "server" / "lib";
+    const auto built = fs::read_symlink(lib);
+    fs::remove(lib);
+    fs::copy(built, lib);
+    // The plug-in's own checks stand behind those of the program.
+    for (const auto& place : {bin, bin / "qvhost", lib, lib / "librepository.so",
+                              lib / "liblogger.so.2.7", lib / "librepository_qvmodule.so"}) {
+        ASSERT_TRUE(fs::exists(place)) << place;
+        const auto before = fs::status(place).permissions();
+        fs::permissions(place, fs::perms::others_write, fs::perm_options::add);
+        const auto outcome = collect_storage();
+        EXPECT_EQ(outcome.exit, 1) << place;
+        EXPECT_NE(outcome.err.find("nothing is run from there: " + place.string() +
+                                   " can be written by others"),
+                  std::string::npos)
+            << place << outcome.err;
+        fs::permissions(place, before);
+        fs::remove_all(log_dir());
     }
     EXPECT_EQ(collect_storage().exit, 0);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "files/descriptor.h"
+#include "qvhost/base/trust.h"
 
 namespace qvhost {
 
@@ -30,7 +31,8 @@ private:
 // Holds the directory for one collection at a time.
 class DirLock {
 public:
-    // Throws std::runtime_error if another process holds it.
+    // Opens it through no link and holds it. Throws std::runtime_error if another process does, or if it is
+    // another user's.
     explicit DirLock(const std::filesystem::path& directory);
 
     // Whether another process holds the directory now.
@@ -40,11 +42,12 @@ private:
     Descriptor directory_;
 };
 
-// Why nothing may be written there; empty: the directory is the user's alone, or does not exist.
-std::string why_not_ours(const LogDir& dir);
+// The log directory without links on its way, and why nothing may be written there: it, or its report, is not
+// the user's alone (trust.h). Whoever goes on uses the path that is returned.
+JudgedPlace judge_log_dir(const std::filesystem::path& path);
 
-// The directory as an absolute path without "." and ".."; nothing is made. Throws std::runtime_error if
-// it cannot be a log directory, or if it is there and not the user's alone.
+// The directory as an absolute path without links, "." and ".."; nothing is made. Throws std::runtime_error
+// if it cannot be a log directory, or if it is there and not the user's alone.
 std::filesystem::path checked_log_dir(const std::filesystem::path& path);
 
 // Makes the directory (mode 0700) where there is none; its parent must be there. Throws

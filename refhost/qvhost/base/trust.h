@@ -6,14 +6,25 @@
 
 namespace qvhost {
 
-// Why other users could write into the directory or replace it; empty: they cannot. The directory must
-// belong to the user, must be no link, and others must not be able to write to it. The same holds for
-// each directory above it, unless that protects each user's entries (mode 1777). It may contain files
-// and directories and nothing else.
-std::string why_not_private(const std::filesystem::path& directory);
+struct JudgedPlace {
+    std::filesystem::path path;  // without links, as far as it is there
+    std::string refusal;         // why others could reach into it; empty: they cannot
+};
+
+// Walks to a directory, an absolute path, and judges each part of the way as it was opened, one within the
+// other and through no link: others cannot write to it, by its mode or its access control list, and it belongs
+// to the user or to root, unless it protects each user's entries (mode 1777). Links on the way are the
+// user's or root's. The directory itself is the user's, is no link, and contains files and directories
+// and nothing else. What is not there yet is no reason to refuse it.
+//
+// Nobody but the user and root can change where the path that is returned leads to.
+JudgedPlace judge_private(const std::filesystem::path& directory);
 
 // Why another user could have written a program, or a program in a directory; empty: all belong to the
 // user or to root, and others cannot write to them.
 std::string why_not_trusted(const std::filesystem::path& path);
+
+// The same of the file or directory alone.
+std::string why_not_trusted_itself(const std::filesystem::path& path);
 
 }  // namespace qvhost

@@ -67,9 +67,17 @@ void warn_if_others_can_read(const fs::path& directory) {
 }
 
 // Refuses programs that another user could have put there: they would run as this user, maybe root.
-void expect_trusted(const fs::path& programs) {
-    if (const auto reason = why_not_trusted(programs); !reason.empty())
-        throw std::runtime_error("nothing is run from there: " + reason);
+void expect_trusted(const std::string& refusal) {
+    if (!refusal.empty()) throw std::runtime_error("nothing is run from there: " + refusal);
+}
+
+// The program itself and what it is linked with.
+void expect_program_trusted(const fs::path& program) {
+    const auto bin = program.parent_path();
+    const auto lib = bin.parent_path() / "lib";
+    for (const auto& place :
+         {bin, program, lib, lib / "librepository.so", lib / "liblogger.so.2.7"})
+        expect_trusted(why_not_trusted_itself(place));
 }
 
 // What is not known is left out.
@@ -99,12 +107,15 @@ int collect(CollectOptions options, const Stage& stage) {
         print_plan(options, stage);
         return 0;
     }
-    expect_trusted(stage.vendor_tools());
+    expect_program_trusted(program_file());
+    expect_program_trusted(stage.program);
+    expect_trusted(why_not_trusted(stage.vendor_tools()));
     options.log_dir = make_log_dir(options.log_dir);
     const bool has_modules = options.profile != kHealthProfile;
     if (has_modules) {
         options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
-        expect_trusted(options.plugin);
+        expect_trusted(why_not_trusted_itself(options.plugin.parent_path()));
+        expect_trusted(why_not_trusted_itself(options.plugin));
     }
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());

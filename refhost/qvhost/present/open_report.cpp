@@ -18,13 +18,14 @@ fs::path store_of(const fs::path& report) {
     if (!fs::is_directory(report)) return report;
     const LogDir dir(report);
     if (fs::exists(dir.journal()) && !DirLock::is_held(report)) {
-        if (const auto reason = why_not_ours(dir); !reason.empty())
+        const auto place = judge_log_dir(report);
+        if (!place.refusal.empty())
             throw std::runtime_error(report.string() +
                                      ": a collection was broken off here, and its report cannot be "
                                      "completed: " +
-                                     reason);
-        const DirLock lock(report);
-        if (const auto found = recover(dir); !found.empty())
+                                     place.refusal);
+        const DirLock lock(place.path);
+        if (const auto found = recover(LogDir(place.path)); !found.empty())
             std::cerr << "qvhost: found " << one_line(found) << '\n';
     }
     return dir.store();
