@@ -31,15 +31,17 @@ std::string from(Random& random, std::string_view letters, int count) {
 
 }  // namespace
 
+// The order in which a sum draws its numbers would be the compiler's.
 std::string Random::digits(int count) {
-    return from(*this, "123456789", 1) + from(*this, "0123456789", count - 1);
+    const auto first = from(*this, "123456789", 1);
+    return first + from(*this, "0123456789", count - 1);
 }
 
 std::string Random::hex(int count) { return from(*this, "0123456789abcdef", count); }
 
 std::string Random::capitals(int count) {
-    return from(*this, "ABCDEFGHJKLMNPQRSTUVWXYZ", 1) +
-           from(*this, "0123456789ABCDEFGHJKLMNPQRSTUVWXYZ", count - 1);
+    const auto first = from(*this, "ABCDEFGHJKLMNPQRSTUVWXYZ", 1);
+    return first + from(*this, "0123456789ABCDEFGHJKLMNPQRSTUVWXYZ", count - 1);
 }
 
 }  // namespace truth
