@@ -82,8 +82,8 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
 
 ordered_json meta_of(const Store& store) {
     auto meta = ordered_json::object();
-    for (const char* key :
-         {"host", "os", "kernel", "started", "finished", "seconds", "qvhost", "limits"})
+    for (const char* key : {"host", "os", "kernel", "started", "finished", "seconds", "qvhost",
+                            "limits", "stand_ins"})
         meta[key] = store.meta(key);
     meta["status"] = store.status_text();
     return meta;

@@ -9,11 +9,13 @@
 #include <ios>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "compat/layer.h"
 #include "qvhost/cli/command_line.h"
 #include "qvhost/collect/child.h"
-#include "qvhost/collect/collect.h"
+#include "qvhost/collect/collect_here.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/open_page.h"
@@ -111,6 +113,9 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // It takes a tool's place, and has the signals and streams that the tool would have.
+    if (argc > 1 && argv[1] == std::string_view(qvhost::compat::kStandInCommand))
+        return qvhost::compat::run_stand_in(argc - 2, argv + 2);
     const SignalHandler on_broken_pipe = std::signal(SIGPIPE, SIG_IGN);
     // With this handler a limit on the size of files (ulimit -f) is an error and not the end. Tools do not
     // inherit handlers.

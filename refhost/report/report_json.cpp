@@ -3,7 +3,10 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <sstream>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "files/new_file.h"
 #include "report/json_text.h"
@@ -35,6 +38,31 @@ ordered_json layout_of(const Layout& layout) {
         };
     }
     return nullptr;
+}
+
+std::vector<std::string> lines_in(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+// Which tools scripts stood in for, and which files answered for vendors' tools ("BUILD FILE" lines), if the
+// collection had a compatibility layer.
+void put_compatibility(const Store& store, std::ostream& out) {
+    const auto stand_ins = lines_in(store.meta("stand_ins"));
+    if (stand_ins.empty()) return;
+    auto tools = ordered_json::object();
+    for (const auto& line : lines_in(store.meta("vendor_tools"))) {
+        const auto blank = line.find(' ');
+        if (blank != std::string::npos) tools[line.substr(0, blank)] = line.substr(blank + 1);
+    }
+    out << "\"compatibility\":"
+        << json_line({
+               {"stand_ins",    stand_ins},
+               {"vendor_tools", tools    }
+    })
+        << ",\n";
 }
 
 // Which machine, when, by whom. What is not known is null.
@@ -121,6 +149,7 @@ void put_record(const Record& record, std::string& json) {
 void write_report_json(const Store& store, std::ostream& out) {
     out << "{\"format\":" << kReportFormat
         << ",\n\"collection\":" << json_line(collection_of(store)) << ",\n";
+    put_compatibility(store, out);
     put_verdict(store, out);
     out << ",\n\"modules\":[";
     const char* module_separator = "\n";

@@ -68,29 +68,12 @@ TEST(Options, EachArrivesInTheCollectingChild) {
 }
 
 TEST(Options, AllArriveTogether) {
-    auto options = parsed({"--log-level",
-                           "0",
-                           "--module",
-                           "a",
-                           "--module",
-                           "b",
-                           "--table",
-                           "c",
-                           "--tool-timeout",
-                           "5",
-                           "--silence-timeout",
-                           "4",
-                           "--module-timeout",
-                           "6",
-                           "--run-timeout",
-                           "7",
-                           "--also",
-                           "pmc,bios",
-                           "--plugin",
-                           "/p",
-                           "--plug-in-only",
-                           "--dry-run",
-                           "--quiet"});
+    auto options = parsed({"--log-level",      "0",         "--module",          "a",
+                           "--module",         "b",         "--table",           "c",
+                           "--tool-timeout",   "5",         "--silence-timeout", "4",
+                           "--module-timeout", "6",         "--run-timeout",     "7",
+                           "--also",           "pmc,bios",  "--plugin",          "/p",
+                           "--plug-in-only",   "--dry-run", "--quiet",           "--no-compat"});
     options.search_path = "/a:/b c";
     options.replayed = true;
     options.recorded = {"storcli\t/c0 show", "cat"};

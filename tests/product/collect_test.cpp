@@ -131,7 +131,12 @@ TEST_F(Collect, ToolsFindAKnownEnvironment) {
         found[property["id"]] = property["value"];
 
     const auto path = found["PATH"].get<std::string>();
-    EXPECT_TRUE(path.starts_with("/opt/tools:/usr/bin:")) << path;
+    const auto users = path.find(":/opt/tools:/usr/bin:");
+    ASSERT_NE(users, std::string::npos) << path;
+    const fs::path layer = path.substr(0, users);  // the compatibility layer, and no more
+    EXPECT_EQ(layer.filename(), "path");
+    EXPECT_TRUE(layer.parent_path().filename().string().starts_with("qvhost-run-")) << layer;
+    EXPECT_FALSE(fs::exists(layer.parent_path())) << "it goes with the collection";
     for (const char* directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
         EXPECT_NE((":" + path + ":").find(":" + std::string(directory) + ":"), std::string::npos);
     found.erase("PATH");
@@ -147,7 +152,7 @@ TEST_F(Collect, ToolsFindAKnownEnvironment) {
         {"QV_TEST_OWN", "kept"},
         {"log_dir", log_dir().string() + "/"},
         {"directory", log_dir().string()},
-        {"program_dir", fs::path(QV_PROGRAM).parent_path().string()},
+        {"program_dir", (layer.parent_path() / "bin").string()},
         {"umask", 077},
         {"input", -1},
     };

@@ -31,7 +31,8 @@ inline std::filesystem::path store_in(const std::filesystem::path& log_dir) {
 // The texts of the log, without time, level and place.
 std::vector<std::string> log_texts(const std::filesystem::path& log_dir);
 
-// Of that what the modules collected, which is the same for each collection of a machine.
+// Of that what the modules collected, which is the same for each collection of a machine: the throw-away
+// directory has one name.
 nlohmann::ordered_json collected(const std::filesystem::path& log_dir);
 
 // A report.json as a person reads it: modules and layouts as they are, and records a line each, their

@@ -182,7 +182,7 @@ export function OverviewView({overview}: {overview: Overview}) {
         </div>
       </section>
       <footer>
-        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}.
+        qvhost {visible(meta["qvhost"] ?? "")}. Limits: {visible(meta["limits"] ?? "")}.{standIns(meta["stand_ins"])}
         {!overview.apart && (
           <>
             {" "}
@@ -194,6 +194,11 @@ export function OverviewView({overview}: {overview: Overview}) {
       </footer>
     </>
   );
+}
+
+// "uname\nmv": the tools that scripts stood in for, which hardly anybody has to know.
+function standIns(tools: string | undefined): string {
+  return tools ? ` Compatibility: stand-ins for ${visible(tools.split("\n").join(", "))}.` : "";
 }
 
 function when(time: number): string {

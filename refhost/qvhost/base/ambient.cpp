@@ -28,11 +28,14 @@ std::filesystem::path installed_plugin() {
     return program_file().parent_path().parent_path() / "lib" / "librepository_qvmodule.so";
 }
 
+std::string usual_search_path() {
+    const char* users = std::getenv("PATH");
+    return with_system_directories(users ? users : "");
+}
+
 void set_tool_environment(const std::string& search_path, const Limits& limits,
                           const std::filesystem::path& command_log) {
-    const char* users = std::getenv("PATH");
-    const auto path =
-        search_path.empty() ? with_system_directories(users ? users : "") : search_path;
+    const auto path = search_path.empty() ? usual_search_path() : search_path;
     ::setenv("PATH", path.c_str(), 1);
 
     for (const char* variable : {"LANG", "LANGUAGE", "LC_COLLATE", "LC_CTYPE", "LC_MESSAGES",

@@ -15,6 +15,9 @@ std::filesystem::path program_file();
 // The plug-in that was installed with the program.
 std::filesystem::path installed_plugin();
 
+// The user's search path with the system's directories behind it.
+std::string usual_search_path();
+
 // Sets the environment of the tools of a collection: a search path that has the system's directories,
 // one locale, so that they print what parsers know, their limits, and the file in which the plug-in logs
 // its commands.

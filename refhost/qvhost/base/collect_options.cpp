@@ -65,6 +65,7 @@ std::vector<CollectOption> all_rows() {
         {"profile",         &Options::profile,         optional, profile_names(), kNoRange,   "What is collected: full is everything; health is what verdicts need, in a few seconds, without the plug-in"},
         {"plug-in-only",    &Options::plug_in_only,    optional, "",                kNoRange,   "No questions of the program's own: the plug-in's commands alone"},
         {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
+        {"no-compat",       &Options::no_compat,       optional, "",                kNoRange,   "The bare system: no stand-ins for tools that have other names or answers here (a replay has none)"},
         {"quiet",           &Options::quiet,           optional, "",                kNoRange,   "No progress"},
         {"search-path",     &Options::search_path,     internal, "",                kNoRange,   ""},
         {"replayed",        &Options::replayed,        internal, "",                kNoRange,   ""},
@@ -77,8 +78,8 @@ std::vector<CollectOption> all_rows() {
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
     [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds,
                                   silence_seconds, module_seconds, run_seconds, also, plugin,
-                                  profile, plug_in_only, dry_run, quiet, search_path, replayed,
-                                  recorded] = options;
+                                  profile, plug_in_only, dry_run, quiet, no_compat, search_path,
+                                  replayed, recorded] = options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.

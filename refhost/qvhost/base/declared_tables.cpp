@@ -7,6 +7,9 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <utility>
+
+#include "qvhost/base/ambient.h"
 
 namespace qvhost {
 
@@ -122,6 +125,14 @@ DeclaredTables tables_declared_by(const fs::path& plugin) {
     } catch (const std::runtime_error& problem) {
         return {.tables = {}, .tools = {}, .problem = problem.what()};
     }
+}
+
+std::vector<VendorTool> vendor_tools_of(const fs::path& plugin) {
+    if (!plugin.empty()) {
+        if (auto declared = tables_declared_by(plugin); !declared.tools.empty())
+            return std::move(declared.tools);
+    }
+    return tables_declared_by(installed_plugin()).tools;
 }
 
 }  // namespace qvhost

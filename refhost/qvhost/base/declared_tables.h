@@ -25,6 +25,10 @@ struct DeclaredTables {
 // Of the plug-in P/lib/NAME.so what P/share/qvhost/tables.json says. A plug-in need not have that file.
 DeclaredTables tables_declared_by(const std::filesystem::path& plugin);
 
+// The vendors' tools that the plug-in runs; empty: the installed one. A plug-in that does not say which it
+// needs runs those of the installed one.
+std::vector<VendorTool> vendor_tools_of(const std::filesystem::path& plugin);
+
 // Reads such a file. Throws std::runtime_error that says what is wrong with it.
 DeclaredTables read_declared_tables(const std::filesystem::path& file);
 

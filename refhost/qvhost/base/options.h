@@ -32,6 +32,7 @@ struct CollectOptions {
     bool plug_in_only = false;  // no questions of the host's own
     bool dry_run = false;       // tell what would be done, and do nothing
     bool quiet = false;
+    bool no_compat = false;   // the bare system, without the compatibility layer
     std::string search_path;  // PATH of the tools; empty: the user's own and the system's
     // In a replay what the server has recorded, each "TOOL\tARGUMENTS", or "TOOL" for any arguments.
     bool replayed = false;

@@ -190,6 +190,21 @@ std::string why_not_trusted_itself(const fs::path& path) {
     return "";
 }
 
+std::string why_program_not_trusted(const fs::path& program) {
+    std::error_code error;
+    const auto file = fs::canonical(program, error);
+    if (error) return program.string() + ": " + error.message();
+    if (auto reason = why_not_trusted_itself(file); !reason.empty()) return reason;
+    for (auto way = file.parent_path();; way = way.parent_path()) {
+        Opened opened;
+        opened.file = Descriptor(::open(way.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        if (!opened.file || ::fstat(opened.file.get(), &opened.info) != 0)
+            return way.string() + ": " + std::strerror(errno);
+        if (auto reason = why_way_is_open(opened, way); !reason.empty()) return reason;
+        if (way == way.parent_path()) return "";
+    }
+}
+
 std::string why_not_trusted(const fs::path& path) {
     if (auto reason = why_not_trusted_itself(path); !reason.empty()) return reason;
     std::error_code ignored;

@@ -27,4 +27,8 @@ std::string why_not_trusted(const std::filesystem::path& path);
 // The same of the file or directory alone.
 std::string why_not_trusted_itself(const std::filesystem::path& path);
 
+// Why another user could have written the program or put another file in its place; empty: it, and every
+// directory on the way to it, belongs to the user or to root, and others cannot write to them.
+std::string why_program_not_trusted(const std::filesystem::path& program);
+
 }  // namespace qvhost

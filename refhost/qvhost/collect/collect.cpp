@@ -11,11 +11,11 @@
 #include <optional>
 #include <stdexcept>
 
+#include "processes/processes.h"
 #include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
-#include "qvhost/base/processes.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
 #include "qvhost/collect/program_path.h"
@@ -94,6 +94,15 @@ void note_machine(Store& store, const MachineIdentity& machine) {
     store.set_meta("run_as", effective_user());
 }
 
+// A line each; without the second texts if there is nothing to stand between them.
+std::string lines_of(const std::vector<std::pair<std::string, std::string>>& pairs,
+                     const std::string& between) {
+    std::string lines;
+    for (const auto& [first, second] : pairs)
+        lines += (lines.empty() ? "" : "\n") + first + (between.empty() ? "" : between + second);
+    return lines;
+}
+
 void remove_if_empty(const fs::path& file) {
     std::error_code ignored;
     if (fs::file_size(file, ignored) == 0) fs::remove(file, ignored);
@@ -133,6 +142,8 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
         store.set_meta("also", boost::join(options.also, ","));
+        store.set_meta("stand_ins", lines_of(stage.stand_ins, ""));
+        store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));
         note_machine(store, stage.machine);
         if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
         if (has_modules) {
@@ -168,10 +179,6 @@ int collect(CollectOptions options, const Stage& stage) {
     if (!problem.empty()) warn("the collection is incomplete: " + problem);
     if (problem.empty()) return kComplete;
     return has_modules && store.modules().empty() ? kNothingCollected : kIncomplete;
-}
-
-int collect_here(const CollectOptions& options) {
-    return collect(options, {.program = program_file(), .machine = this_machine(), .recorded = ""});
 }
 
 }  // namespace qvhost

@@ -11,7 +11,4 @@ namespace qvhost {
 // Throws std::exception if it could not begin.
 int collect(CollectOptions options, const Stage& stage);
 
-// On the machine itself, with the tools beside this program.
-int collect_here(const CollectOptions& options);
-
 }  // namespace qvhost

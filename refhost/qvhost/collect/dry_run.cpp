@@ -16,6 +16,21 @@
 
 namespace qvhost {
 
+namespace {
+
+// With an empty line behind it; nothing if there are none.
+void print_pairs(const std::vector<std::string>& headers,
+                 const std::vector<std::pair<std::string, std::string>>& pairs,
+                 const TerminalStyle& style) {
+    if (pairs.empty()) return;
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& [first, second] : pairs) rows.push_back({first, second});
+    print_table(std::cout, headers, rows, style);
+    std::cout << '\n';
+}
+
+}  // namespace
+
 void print_plan(const CollectOptions& options, const Stage& stage) {
     const auto limits = limits_for(options);
     const Plugin plugin(options.plugin.empty() ? installed_plugin() : options.plugin);
@@ -42,6 +57,8 @@ void print_plan(const CollectOptions& options, const Stage& stage) {
     std::cout << '\n';
     print_table(std::cout, {"Module", "Tables"}, rows, style);
     std::cout << '\n';
+    print_pairs({"Stand-in for", "What it does"}, stage.stand_ins, style);
+    print_pairs({"Looked for", "Answers"}, stage.vendor_files, style);
     std::cout << "Nothing was run and nothing was written.\n";
 }
 

@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "qvhost/base/machine_identity.h"
 
@@ -13,7 +15,11 @@ struct Stage {
     std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
     bool kill_leftovers = false;    // whether tools still running at the end are killed
     MachineIdentity machine;
-    bool summary = true;   // whether the summary is printed
+    bool summary = true;  // whether the summary is printed
+    // Tools that scripts stand in for, and what those do; builds that the plug-in looks for in qv_tools,
+    // and the files that answer.
+    std::vector<std::pair<std::string, std::string>> stand_ins = {};
+    std::vector<std::pair<std::string, std::string>> vendor_files = {};
     std::string recorded;  // when what is replayed was recorded, by the server's clock; empty: now
 
     std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }

@@ -20,9 +20,9 @@
 #include <utility>
 
 #include "files/descriptor.h"
+#include "processes/processes.h"
 #include "qvhost/base/collect_options.h"
 #include "qvhost/base/limits.h"
-#include "qvhost/base/processes.h"
 #include "qvhost/collect/child.h"
 
 namespace qvhost {

@@ -5,7 +5,7 @@
 
 #include "files/temporary_directory.h"
 #include "page/write_page.h"
-#include "qvhost/base/processes.h"
+#include "processes/processes.h"
 #include "qvhost/present/new_files.h"
 #include "qvhost/present/open_report.h"
 #include "show/visible.h"

@@ -13,7 +13,7 @@
 #include <system_error>
 
 #include "files/descriptor.h"
-#include "qvhost/base/processes.h"
+#include "processes/processes.h"
 
 namespace qvhost {
 

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <boost/algorithm/string/replace.hpp>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <map>
-#include <stdexcept>
 #include <vector>
+
+#include "files/script.h"
 
 namespace qvhost {
 
@@ -18,23 +16,19 @@ namespace {
 // Real tools that do no harm: filters in command lines, and chmod, which reaches the stand-ins alone.
 constexpr const char* kRealTools[] = {"awk", "chmod", "grep", "wc"};
 
-std::string quoted(std::string text) {
-    boost::replace_all(text, "'", R"('\'')");
-    return "'" + text + "'";
-}
-
 // A stand-in names its tools by their paths, since the search path has none of them.
 std::string answer(const RecordedCommand& command) {
     std::string script;
-    if (!command.stdout_file.empty()) script += "/bin/cat " + quoted(command.stdout_file) + "\n";
+    if (!command.stdout_file.empty())
+        script += "/bin/cat " + shell_quoted(command.stdout_file) + "\n";
     if (!command.stderr_file.empty())
-        script += "/bin/cat " + quoted(command.stderr_file) + " >&2\n";
+        script += "/bin/cat " + shell_quoted(command.stderr_file) + " >&2\n";
     if (!command.stderr_text.empty())
-        script += "printf '%s' " + quoted(command.stderr_text) + " >&2\n";
+        script += "printf '%s' " + shell_quoted(command.stderr_text) + " >&2\n";
     for (const auto& [name, source] : command.files) {
         const auto folder = fs::path(name).parent_path();
-        if (!folder.empty()) script += "/bin/mkdir -p " + quoted(folder) + "\n";
-        script += "/bin/cp " + quoted(source) + " " + quoted(name) + "\n";
+        if (!folder.empty()) script += "/bin/mkdir -p " + shell_quoted(folder) + "\n";
+        script += "/bin/cp " + shell_quoted(source) + " " + shell_quoted(name) + "\n";
     }
     if (command.seconds > 0) script += "/bin/sleep " + std::to_string(command.seconds) + "\n";
     if (command.signal > 0) script += "kill -" + std::to_string(command.signal) + " $$\n";
@@ -48,22 +42,14 @@ std::string script_for(const std::string& tool, const std::vector<RecordedComman
         if (command.arguments) {
             auto arguments = *command.arguments;
             boost::replace_all(arguments, "{LOG}", log_dir);
-            script += quoted(arguments) + ")\n";
+            script += shell_quoted(arguments) + ")\n";
         } else {
             script += "*)\n";
         }
         script += answer(command) + ";;\n";
     }
-    script += "esac\nprintf '%s: not found\\n' " + quoted(tool) + " >&2\nexit 127\n";
+    script += "esac\nprintf '%s: not found\\n' " + shell_quoted(tool) + " >&2\nexit 127\n";
     return script;
-}
-
-void write_script(const fs::path& file, const std::string& script) {
-    std::ofstream out(file);
-    out << script;
-    out.close();
-    if (!out) throw std::runtime_error(file.string() + ": " + std::strerror(errno));
-    fs::permissions(file, fs::perms::owner_all);
 }
 
 void link_real_tool(const std::string& name, const fs::path& search_path) {
@@ -94,7 +80,7 @@ void write_stand_ins(const Machine& machine, const fs::path& vendor_tools,
     }
     if (!tools.contains("uname") && !machine.uname.empty()) {
         write_script(search_path / "uname",
-                     "#!/bin/sh\nprintf '%s\\n' " + quoted(machine.uname) + "\n");
+                     "#!/bin/sh\nprintf '%s\\n' " + shell_quoted(machine.uname) + "\n");
     }
     for (const char* name : kRealTools) {
         if (!tools.contains(name)) link_real_tool(name, search_path);

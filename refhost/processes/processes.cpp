@@ -1,4 +1,4 @@
-#include "qvhost/base/processes.h"
+#include "processes/processes.h"
 
 #include <dirent.h>
 #include <fcntl.h>

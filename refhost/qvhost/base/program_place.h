@@ -1,0 +1,29 @@
+// A throw-away directory from which a collection runs: the plug-in looks for its tools beside the running
+// program, so a copy of the program runs beside scripts that stand in for tools.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace qvhost {
+
+// Mode 0700; removed with the object.
+class ProgramPlace {
+public:
+    // Made in the first of $TMPDIR or /tmp, `also_in` and /var/tmp where programs may run and where no
+    // other user can replace it. Throws std::runtime_error that says why none of them fits.
+    explicit ProgramPlace(const std::string& name, const std::filesystem::path& also_in = {});
+    ~ProgramPlace();
+    ProgramPlace(const ProgramPlace&) = delete;
+    ProgramPlace& operator=(const ProgramPlace&) = delete;
+
+    std::filesystem::path program() const { return path_ / "bin" / "qvhost"; }
+    std::filesystem::path vendor_tools() const { return path_ / "bin" / "qv_tools"; }
+    std::filesystem::path search_path() const { return path_ / "path"; }  // for its head
+    std::filesystem::path notes() const { return path_ / "notes"; }  // of stand-ins, for each other
+
+private:
+    std::filesystem::path path_;
+};
+
+}  // namespace qvhost

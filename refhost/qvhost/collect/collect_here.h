@@ -1,0 +1,17 @@
+// `qvhost collect`: a collection from this machine.
+#pragma once
+
+#include "compat/layer.h"
+#include "compat/vendor_tools.h"
+#include "qvhost/base/options.h"
+
+namespace qvhost {
+
+// Collects, with the vendors' tools beside this program, and with the compatibility layer unless it is not
+// wanted. Returns and throws as collect().
+int collect_here(CollectOptions options);
+
+// Which files answer for the vendors' tools that the plug-in looks for (empty: the installed one).
+std::vector<compat::VendorFile> vendor_files_here(const std::filesystem::path& plugin);
+
+}  // namespace qvhost
