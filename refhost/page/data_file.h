@@ -1,10 +1,14 @@
 // Data files of the page: scripts, since a page opened from disk may not fetch files.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace qvhost::page {
+
+// Of a table or of the events: small enough for the page to read without a pause.
+inline constexpr std::size_t kRowsAFile = 10'000;
 
 // A script that calls the page's function with a JSON text.
 std::string data_script(const char* function, std::string_view json);

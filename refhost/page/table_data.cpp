@@ -17,8 +17,6 @@ using nlohmann::ordered_json;
 
 namespace {
 
-constexpr std::size_t kRowsAFile = 10'000;
-
 struct Column {
     std::string id;
     std::string label;

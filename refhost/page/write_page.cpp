@@ -6,18 +6,23 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <variant>
+#include <vector>
 
 #include "files/new_file.h"
 #include "page/assets.h"
 #include "page/captures.h"
 #include "page/data_file.h"
+#include "page/event_data.h"
 #include "page/table_data.h"
 #include "report/json_text.h"
 #include "report/verdict_json.h"
+#include "store/typed_table.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -82,38 +87,44 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
 
 ordered_json meta_of(const Store& store) {
     auto meta = ordered_json::object();
-    for (const char* key : {"host", "os", "kernel", "started", "finished", "seconds", "qvhost",
-                            "limits", "stand_ins"})
+    for (const char* key : {"host", "os", "kernel", "uptime_seconds", "run_as", "started",
+                            "finished", "seconds", "recorded", "qvhost", "limits", "stand_ins"})
         meta[key] = store.meta(key);
     meta["status"] = store.status_text();
     return meta;
 }
 
-// What the page draws of the inventory, without the fields that no capture tells.
-ordered_json drawn_inventory(const Store& store) {
-    const auto whole = json_of(read_inventory(store));
-    auto drawn = ordered_json::object();
-    for (const char* kind :
-         {"sensors", "controllers", "batteries", "enclosures", "volumes", "drives"}) {
-        auto& list = drawn[kind] = ordered_json::array();
-        for (const auto& entity : whole.at(kind)) {
-            auto known = ordered_json::object();
-            for (const auto& [field, value] : entity.items()) {
-                if (!value.is_null()) known[field] = value;
-            }
-            list.push_back(std::move(known));
+// The inventory without the fields that no capture tells.
+ordered_json known_inventory(const Store& store) {
+    auto known = json_of(read_inventory(store));
+    for (auto& list : known) {
+        for (auto& entity : list) {
+            for (auto field = entity.begin(); field != entity.end();)
+                field = field->is_null() ? entity.erase(field) : std::next(field);
         }
     }
-    return drawn;
+    return known;
+}
+
+// When each command began; empty: the store does not tell.
+std::vector<std::string> begins(const Store& store) {
+    constexpr TypedColumn kStarted[] = {{"started", ColumnType::text}};
+    std::vector<std::string> times;
+    each_typed_row(store, "qv_command", kStarted, [&](const std::vector<TypedValue>& row) {
+        const auto* time = std::get_if<std::string>(&row[0]);
+        times.push_back(time ? *time : "");
+    });
+    return times;
 }
 
 // Nothing from a store without a verdict: the page says so.
-void add_verdict(const Store& store, ordered_json& overview) {
+void add_verdict(const Store& store, const fs::path& data, ordered_json& overview) {
     const auto verdict = read_verdict(store);
     if (verdict.health.empty()) return;
     overview["health"] = json_of(verdict.health);
     overview["findings"] = json_of(verdict.findings);
-    overview["inventory"] = drawn_inventory(store);
+    overview["inventory"] = known_inventory(store);
+    overview["events"] = write_events(store, data);
 }
 
 // The grid adds a style sheet while it runs. The page's policy admits only styles with this nonce.
@@ -152,12 +163,14 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
         facts.push_back({{"label", fact.label}, {"value", fact.value}, {"source", fact.source}});
     }
     const auto commands = store.commands();
+    const auto begun = begins(store);
     auto runs = ordered_json::array();
     for (const auto& command : commands) {
         runs.push_back({{"text", command.text},
                         {"seconds", command.seconds},
                         {"outcome", command.outcome},
                         {"cut_off", command.cut_off}});
+        if (runs.size() <= begun.size()) runs.back()["started"] = begun[runs.size() - 1];
     }
     const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
     ordered_json overview{{"apart", report.parent_path() != log_dir},
@@ -166,7 +179,7 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                           {"modules", std::move(modules)},
                           {"commands", std::move(runs)},
                           {"captures", write_captures(captures, log_dir, data)}};
-    add_verdict(store, overview);
+    add_verdict(store, data, overview);
     const auto json = json_line(overview);
     write_new_file(data / "overview.js", data_script("overview", json));
     write_new_file(report / "index.html", with_nonce(html()));

@@ -140,8 +140,16 @@ test("no view and no table comes alive", async () => {
   const views = await page.evaluate(() =>
     [...document.querySelectorAll("nav a")].map(link => link.getAttribute("href")),
   );
-  assert.ok(views.includes("#FRUINFO") && views.includes("#/events") && views.includes("#/drives"));
-  for (const view of [...views, "#/search/hurt", "#/capture/fruinfo.txt", "#/capture/evil.html", "#EVENTLOG1@2"]) {
+  assert.ok(views.includes("#FRUINFO") && views.includes("#/events") && views.includes("#/storage"));
+  for (const view of [
+    ...views,
+    "#/search/hurt",
+    "#/capture/fruinfo.txt",
+    "#/capture/evil.html",
+    "#EVENTLOG1@2",
+    "#/events?open=2",
+    "#/storage?drive=c0 e1 s1",
+  ]) {
     await go(page, view);
     if (!view.startsWith("#/")) await loaded(page);
     await page.waitForTimeout(80);

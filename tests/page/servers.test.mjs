@@ -105,7 +105,7 @@ for (const machine of machines) {
       for (const [look, options] of process.env.QV_ALL_LOOKS ? looks : looks.slice(0, 2)) {
         const page = await open(made, "", options);
         const views = await page.evaluate(() =>
-          [...document.querySelectorAll("nav ul:first-of-type a")]
+          [...document.querySelectorAll("nav .subjects a")]
             .map(link => link.getAttribute("href"))
             .filter(href => href.startsWith("#/")),
         );

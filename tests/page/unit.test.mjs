@@ -12,7 +12,21 @@ before(async () => {
   globalThis.window = {};
   const {outputFiles} = await build({
     stdin: {
-      contents: ["text", "link", "route", "slices", "view_rows", "pictures/event_times", "verdict", "data"]
+      contents: [
+        "text",
+        "link",
+        "route",
+        "slices",
+        "view_rows",
+        "verdict",
+        "data",
+        "subjects",
+        "pictures/slots",
+        "events/event",
+        "events/list",
+        "events/memory",
+        "events/shown",
+      ]
         .map(name => `export * from "./src/${name}";`)
         .join("\n"),
       resolveDir: page,
@@ -98,29 +112,33 @@ test("no cell is a formula", () => {
 });
 
 test("addresses in the page come back as they went in", () => {
-  const ids = ["SENSORINFO", "a@b/c", "#%&?'\"<>", "/overview", "ü\u202e", "@3", "a/b@4"];
+  const ids = ["SENSORINFO", "a@b/c", "#%&?'\"<>=", "/overview", "ü\u202e", "@3", "a/b@4"];
   for (const id of ids) {
-    for (const [row, search] of [
-      [-1, ""],
-      [0, ""],
-      [41, ""],
-      [-1, "a b/c@d%"],
+    for (const [row, state] of [
+      [-1, {}],
+      [0, {}],
+      [41, {search: "a b/c@d%", [`filter.${id}`]: "=&?#"}],
+      [-1, {sort: "-x"}],
     ]) {
-      const route = part.routeOf(part.tableHash(id, row, search));
-      assert.deepEqual(route, {view: "table", name: id, row, search}, id);
+      const table = part.routeOf(part.tableHash(id, row, state));
+      assert.deepEqual(table, {view: "table", name: id, row, state}, id);
+      const view = part.routeOf(part.viewHash("search", id, state));
+      assert.deepEqual(view, {view: "search", name: id, row: -1, state}, id);
     }
-    assert.deepEqual(part.routeOf(part.captureHash(id)), {view: "capture", name: id, row: -1, search: ""});
-    assert.deepEqual(part.routeOf(part.captureHash(id, 42)), {view: "capture", name: id, row: 41, search: ""});
+    assert.deepEqual(part.routeOf(part.captureHash(id)), {view: "capture", name: id, row: -1, state: {}});
+    const found = part.routeOf(part.captureHash(id, 42, {find: id}));
+    assert.deepEqual(found, {view: "capture", name: id, row: 41, state: {find: id}});
   }
+  assert.equal(part.tableHash("X", -1, {search: ""}), "#X");
   assert.equal(part.routeOf("").view, "overview");
   assert.equal(part.routeOf("#/nonsense").view, "overview");
   assert.equal(part.routeOf("#%E0%A4%A").name, "%E0%A4%A");
+  assert.deepEqual(part.routeOf("#/events?a=%E0%A4%A&b&=c&__proto__=x").state.a, "%E0%A4%A");
 });
 
 test("sorting in slices is a stable sort", async () => {
   const count = 10_000;
   const keys = Array.from({length: count}, (_, at) => (at * 7919) % 101);
-  const slicer = () => new part.Slicer(new AbortController().signal);
   const rows = await part.selected(count, row => keys[row] !== 5, slicer());
   const sorted = [...(await part.sorted(rows, (a, b) => keys[a] - keys[b], slicer()))];
   const wanted = keys
@@ -138,55 +156,159 @@ test("work that is no longer wanted stops", async () => {
   await assert.rejects(work, /enough/);
 });
 
-test("event times are read as the tools write them, or not at all", () => {
-  assert.equal(part.writtenTime("Tue Nov 17 21:12:03 2026"), Date.UTC(2026, 10, 17, 21, 12, 3));
-  assert.equal(part.writtenTime("Thu Jul  9 04:04:22 2026"), Date.UTC(2026, 6, 9, 4, 4, 22));
-  for (const text of [
-    "",
-    "0",
-    "19",
-    "07:12:44",
-    "Thu Jan  1 00:00:12 1970",
-    "Tue Foo 17 21:12:03 2026",
-    "Tue Nov 17 21:12:03 2026 x",
-  ])
-    assert.ok(Number.isNaN(part.writtenTime(text)), text);
-});
-
 function rowsOf(ids, records) {
-  const table = {id: "T", columns: ids.map(id => ({id, label: id})), chunk_rows: 10};
+  const table = {id: "T", columns: ids.map(id => ({id, label: id})), chunk_rows: 1000, records: records.length};
   const rows = new part.Rows(table);
   rows.chunks.push(ids.map((_, at) => records.map(record => record[at] ?? null)));
   rows.count = records.length;
   return rows;
 }
 
-test("SEL lines with and without a date", () => {
-  const {events} = part.systemEvents(
-    rowsOf(
-      ["SELINFO"],
-      [
-        ["ipmiutil sel version 3.18\n"],
-        ["RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]\n"],
-        ["0005 11/15/23 02:13:48 MAJ BMC  Fan #17  Lo Crit thresh act=04 thr=06\n"],
-        ["0007 01/01/70 00:00:12 INF BMC  Fan #17  something\n"],
-        ["0008 12/31/99 23:59:59 INF BMC  Fan #17  something\n"],
-        ["0009 01/01/00 00:00:00 INF BMC  Fan #17  something\n"],
-        ["0006 00000012 INF BMC  Fan #17  something\n"],
-        ["rubbish"],
-      ],
-    ),
-  );
+const slicer = () => new part.Slicer(new AbortController().signal);
+
+// Events as [time, severity, source, text], or with their time in UTC in the end.
+async function listOf(events) {
+  const ids = ["time", "time_utc", "severity", "source", "subject", "text", "capture", "line"];
+  const records = events.map(([time, severity, source, text, utc], at) => [
+    time,
+    utc ?? null,
+    severity,
+    source,
+    null,
+    text,
+    "a.txt",
+    at + 1,
+  ]);
+  const list = new part.EventList(rowsOf(ids, records));
+  await list.grow(slicer());
+  return list;
+}
+
+const wanted = {
+  text: "",
+  severities: [],
+  source: "",
+  from: NaN,
+  to: NaN,
+  folded: false,
+  sort: {column: 0, ascending: false},
+};
+const shownOf = async (list, change = {}) =>
+  part.shownEvents(list, {...wanted, ...change}, new AbortController().signal);
+
+test("a time before 2000 is no time", () => {
+  assert.equal(part.timeOf("2026-11-17T21:12:03"), Date.UTC(2026, 10, 17, 21, 12, 3));
+  assert.equal(part.timeOf("2000-01-01T00:00:00Z"), Date.UTC(2000, 0, 1));
+  for (const text of ["", "1970-01-01T00:00:12", "1999-12-31T23:59:59", "Pre-Init", "2026-99-01T00:00:00"])
+    assert.ok(Number.isNaN(part.timeOf(text)), text);
+});
+
+test("events of all sources stand in the order of time, those without a clock where their log has them", async () => {
+  const list = await listOf([
+    [null, "info", "a", "a0"], // before any time of its log: at that of the next
+    ["2026-01-02T00:00:00", "info", "a", "a1"],
+    [null, "info", "a", "a2"], // after a1
+    ["2026-01-04T00:00:00", "info", "a", "a3"],
+    ["1970-01-01T00:00:09", "info", "b", "b0"],
+    ["2026-01-03T00:00:00", "warning", "b", "b1"],
+    ["2026-01-03T00:00:00", "critical", "b", "b2"],
+    [null, "info", "c", "c0"], // a log without any time is the oldest
+    ["2026-01-03T09:00:00", "info", "d", "d0", "2026-01-03T08:00:00Z"],
+  ]);
+  const texts = ({order}) => [...order].map(row => list.rows.cell(row, part.TEXT));
+  const newest = ["a3", "d0", "b2", "b1", "b0", "a2", "a1", "a0", "c0"];
+  assert.deepEqual(texts(await shownOf(list)), newest);
+  const oldest = {sort: {column: part.TIME, ascending: true}};
+  assert.deepEqual(texts(await shownOf(list, oldest)), newest.toReversed());
   assert.deepEqual(
-    events.map(({time, lane, row}) => [time, lane, row]),
+    [...list.sources.values()].map(({name, events, undated, offset}) => [name, events, undated, offset]),
     [
-      [Date.UTC(2023, 10, 15, 2, 13, 48), "MAJ", 2],
-      [NaN, "INF", 3],
-      [NaN, "INF", 4],
-      [Date.UTC(2000, 0, 1), "INF", 5],
-      [NaN, "INF", 6],
+      ["a", 4, 2, NaN],
+      ["b", 3, 1, NaN],
+      ["c", 1, 1, NaN],
+      ["d", 1, 0, 3_600_000],
     ],
   );
+  assert.deepEqual(texts(await shownOf(list, {severities: ["critical", "warning"]})), ["b2", "b1"]);
+  assert.deepEqual(texts(await shownOf(list, {source: "b"})), ["b2", "b1", "b0"]);
+  assert.deepEqual(texts(await shownOf(list, {text: "A 3"})), ["a3"]);
+  const span = {from: Date.UTC(2026, 0, 3), to: Date.UTC(2026, 0, 4)};
+  const within = await shownOf(list, span);
+  assert.deepEqual(texts(within), ["d0", "b2", "b1"]);
+  // critical, warning, others
+  assert.deepEqual([...within.bins.counts.slice(0, 3)], [1, 1, 0]);
+  assert.equal(
+    within.bins.counts.reduce((sum, n) => sum + n),
+    3,
+  );
+});
+
+test("what says the same is one row with its number", async () => {
+  const day = at => `2026-01-0${at}T00:00:00`;
+  const list = await listOf([
+    [day(1), "info", "a", "x"],
+    [day(2), "info", "b", "x"],
+    [day(3), "info", "a", "y"],
+    [day(4), "info", "a", "x"],
+    [day(5), "warning", "a", "x"],
+    [null, "info", "a", "x"],
+  ]);
+  const {order, times, others, found} = await shownOf(list, {folded: true});
+  assert.equal(found, 6);
+  assert.deepEqual(
+    [...order].map(row => [row, times[row], others[row]]),
+    [
+      [5, 3, 0],
+      [4, 1, 4],
+      [2, 1, 2],
+      [1, 1, 1],
+    ],
+  );
+});
+
+test("an event names a memory slot by a word of its own", () => {
+  const event = text => ({subject: "", text});
+  assert.ok(part.named(event("2 CE on DIMM_A1 (channel 0)"), "DIMM_A1"));
+  assert.ok(!part.named(event("2 CE on DIMM_A12"), "DIMM_A1"));
+  assert.ok(!part.named(event("Memory: Correctable ECC, DIMM(5)"), "DIMM_A1"));
+  assert.ok(!part.named(event("anything"), ""));
+  assert.ok(part.named(event("on CPU_SrcID#0.DIMM[0]"), "CPU_SrcID#0.DIMM[0]"));
+});
+
+test("slots stand where the enclosure has them, empty ones between", () => {
+  const numbers = (slots, count) =>
+    part
+      .slotsOf(
+        slots.map(slot => (slot === null ? {} : {slot})),
+        count,
+      )
+      .map(({number, drive}) => (drive === undefined ? `-${number}` : `${number}`));
+  assert.deepEqual(numbers([2, 0], 4), ["0", "-1", "2", "-3"]);
+  assert.deepEqual(numbers([4, 2], 4), ["-1", "2", "-3", "4"]);
+  assert.deepEqual(numbers([1, 3], 8), ["1", "-2", "3"]);
+  assert.deepEqual(numbers([5, 0], 4), ["0", "-1", "-2", "-3", "-4", "5"]);
+  assert.deepEqual(numbers([null, 1], undefined), ["1", "undefined"]);
+  assert.deepEqual(numbers([1, 1], undefined), ["1", "1"]);
+  assert.deepEqual(numbers([], 4), []);
+  assert.ok(numbers([0, 1_000_000_000], 3).length < 2000);
+});
+
+test("a subject is as its worst subsystem, and never ok by silence", () => {
+  const word = (health, subsystems) =>
+    part.healthOf({health: health?.map(([subsystem, health]) => ({subsystem, health}))}, {subsystems});
+  const health = [
+    ["storage", "ok"],
+    ["power", "absent"],
+    ["memory", "unknown"],
+    ["system", "warning"],
+  ];
+  assert.equal(word(health, ["storage", "power"]), "ok");
+  assert.equal(word(health, ["power"]), "absent");
+  assert.equal(word(health, ["storage", "memory"]), "unknown");
+  assert.equal(word(health, "all"), "warning");
+  assert.equal(word(health, ["storage", "cooling"]), "unknown");
+  assert.equal(word(health, []), undefined);
+  assert.equal(word(undefined, "all"), undefined);
 });
 
 test("a text is cut at one of its lines", () => {
@@ -211,7 +333,7 @@ test("a capacity is in binary units, to three decimals", () => {
 
 test("a drive's severity comes from where it stands or from findings that begin with its name", () => {
   const finding = (severity, subject, line) => ({severity, subject, evidence: [{capture: "a.txt", line}]});
-  const of = part.driveSeverities({
+  const found = part.driveFindings({
     findings: [
       finding("warning", "Drive 10:1 of controller 0, X, serial 1", 90),
       finding("notice", "somebody", 7),
@@ -219,6 +341,7 @@ test("a drive's severity comes from where it stands or from findings that begin 
       finding("warning", "Drive /dev/sda, X", 92),
     ],
   });
+  const of = drive => part.worst(found(drive));
   const drive = (place, line = 1) => of({capture: "a.txt", line, ...place});
   assert.equal(drive({controller: 0, enclosure: 10, slot: 1}), "warning");
   assert.equal(drive({controller: 1, enclosure: 10, slot: 1}), undefined);

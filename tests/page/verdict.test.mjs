@@ -105,6 +105,23 @@ test("each subsystem has its word, and what the word rests on", async () => {
     // On a phone, health comes before the findings and the machine.
     const titles = await page.locator("main h2").allInnerTexts();
     assert.deepEqual(titles.slice(0, 3), ["Health", "Findings", "The machine"]);
+    // The way to each subject tells the worst of its subsystems.
+    const worst = subsystems =>
+      ["critical", "warning", "unknown", "ok", "absent"].find(word =>
+        made.json.health.some(({subsystem, health}) => health === word && subsystems.includes(subsystem)),
+      );
+    const told = await page
+      .locator("nav .subjects a:has(.word)")
+      .evaluateAll(links => links.map(link => link.textContent.replace(/\s+/g, " ").trim()));
+    assert.deepEqual(told, [
+      `Health${worst(made.json.health.map(({subsystem}) => subsystem))}`,
+      `Storage${worst(["storage"])}`,
+      `Sensors${worst(["temperature", "cooling"])}`,
+      `Power${worst(["power"])}`,
+      `Memory${worst(["memory"])}`,
+      `System${worst(["system", "processor", "bmc"])}`,
+      `Captures${worst(["collection"])}`,
+    ]);
     const first = await page.locator(".subsystem").first().boundingBox();
     assert.ok(first.y + first.height < 844);
     await page.locator(".subsystem summary").first().click();
@@ -150,10 +167,12 @@ test("a report without a verdict says so and shows the rest", async () => {
   assert.equal(exported.status, 0, exported.stderr);
   const page = await open({directory: old});
   await page.getByText("This report holds no verdict").waitFor();
-  assert.equal(await page.locator(".subsystem, .finding, .severity").count(), 0);
-  assert.equal(await page.getByRole("link", {name: "Sensors"}).count(), 0);
-  await go(page, "#/sensors");
-  await page.getByText("nothing to draw").waitFor();
+  for (const view of ["overview", "storage", "sensors", "power", "memory", "events", "system", "print"]) {
+    await go(page, `#/${view}`);
+    if (view !== "overview" && view !== "print" && view !== "system") await page.getByText("nothing to draw").waitFor();
+    assert.equal(await page.locator(".subsystem, .finding, .severity, .word").count(), 0, view);
+  }
+  assert.deepEqual(page.trouble, []);
   await page.context().close();
 });
 
@@ -176,13 +195,27 @@ test("a hostile verdict is text", async () => {
     });
     overview.health[0] = {...overview.health[0], missing: [evil], judged_by: [evil]};
     Object.assign(overview.inventory.drives[0], {model: evil, state: evil, serial: evil, capture: evil});
+    Object.assign(overview.inventory.power_supplies[0], {slot: evil, state: evil, model: evil});
+    Object.assign(overview.inventory.memory_modules[0], {slot: evil, type: evil});
+    Object.assign(overview.inventory.processors[0], {model: evil});
+    Object.assign(overview.inventory.volumes[0], {name: evil, raid: evil, operation: evil});
     Object.assign(overview.inventory.sensors[0], {name: evil, unit: evil, kind: evil, states: [evil]});
   });
   const page = await open(made);
   const finding = page.locator(".finding").first();
   assert.ok((await finding.innerText()).includes("<img src=x onerror=window.hurt=1>[U+202E]␛[31m</script>"));
   assert.equal(await finding.locator("a.evidence").count(), 1);
-  for (const view of ["#/overview", "#/drives", "#/sensors", "#/print", "#/capture/c0_showall.txt@90"]) {
+  for (const view of [
+    "#/overview",
+    "#/storage",
+    "#/storage?drive=c0 e10 s0",
+    "#/sensors",
+    "#/power",
+    "#/memory",
+    "#/system",
+    "#/print",
+    "#/capture/c0_showall.txt@90",
+  ]) {
     await go(page, view);
     await page.waitForTimeout(100);
     const found = await page.evaluate(() => ({

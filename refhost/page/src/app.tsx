@@ -1,59 +1,132 @@
 // The frame: what the report is about, where one is in it, and the way to everything else.
+import type {FunctionComponent} from "preact";
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import {CapturesView, CaptureView} from "./captures";
+import {CaptureView} from "./capture_view";
+import {CapturesView} from "./captures";
 import type {Overview} from "./data";
+import {Help} from "./help";
+import {isIncomplete} from "./lacking";
+import {Navigation} from "./navigation";
 import {OverviewView} from "./overview";
-import {pictures} from "./pictures";
+import {EventsPicture} from "./pictures/events";
+import {MemoryPicture} from "./pictures/memory";
+import {PowerPicture} from "./pictures/power";
+import {SensorsPicture} from "./pictures/sensors";
+import {StoragePicture} from "./pictures/storage";
 import {PrintView} from "./print";
-import {routeOf, tableHash, viewHash, type Route} from "./route";
+import {routeOf, viewHash, visit, type Route, type View} from "./route";
 import {SearchView} from "./search";
 import {serverName} from "./server_name";
+import {SubjectView} from "./subject_view";
+import {subjects} from "./subjects";
+import {SystemPicture} from "./pictures/system";
 import {TableView} from "./table_view";
+import {TablesView} from "./tables";
 import {applyTheme, nextTheme, savedTheme} from "./theme";
 import {oneLine, visible} from "./text";
+
+export interface PictureProps {
+  overview: Overview;
+  route: Route;
+  nonce: string;
+}
+
+const pictures: Partial<Record<View, FunctionComponent<PictureProps>>> = {
+  storage: StoragePicture,
+  sensors: SensorsPicture,
+  power: PowerPicture,
+  memory: MemoryPicture,
+  events: EventsPicture,
+  system: SystemPicture,
+};
+
+const places = ({view, name}: Route) => `${view} ${name}`;
+
+function Content({overview, route, nonce}: PictureProps) {
+  const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
+  const subject = subjects.find(({view}) => view === route.view);
+  const Picture = pictures[route.view];
+  if (Picture !== undefined)
+    return (
+      <SubjectView key={route.view} subject={subject!} overview={overview}>
+        <Picture overview={overview} route={route} nonce={nonce} />
+      </SubjectView>
+    );
+  if (route.view === "table") {
+    const module = overview.modules.find(({tables}) => tables.some(({id}) => id === route.name));
+    const table = module?.tables.find(({id}) => id === route.name);
+    if (!module || !table) return <p class="empty">There is no table {visible(route.name)}.</p>;
+    return (
+      <TableView
+        key={route.name}
+        table={table}
+        module={visible(module.display)}
+        route={route}
+        captures={captures}
+        nonce={nonce}
+      />
+    );
+  }
+  if (route.view === "capture") {
+    const capture = captures.get(route.name);
+    if (!capture) return <p class="empty">There is no capture {visible(route.name)}.</p>;
+    return <CaptureView key={route.name} capture={capture} route={route} overview={overview} />;
+  }
+  if (route.view === "captures") return <CapturesView overview={overview} />;
+  if (route.view === "tables") return <TablesView overview={overview} />;
+  if (route.view === "search") return <SearchView overview={overview} text={route.name} />;
+  if (route.view === "print") return <PrintView overview={overview} />;
+  return <OverviewView overview={overview} />;
+}
 
 export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const [route, setRoute] = useState<Route>(() => routeOf(location.hash));
   const [theme, setTheme] = useState(savedTheme);
   const [menu, setMenu] = useState(false);
+  const [help, setHelp] = useState(false);
   const main = useRef<HTMLElement>(null);
-  const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
-  const all = useMemo(
-    () => overview.modules.flatMap(module => module.tables.map(table => ({table, module}))),
-    [overview],
-  );
-  const tables = useMemo(() => new Map(all.map(({table}) => [table.id, table])), [all]);
-  const drawn = useMemo(() => pictures.filter(picture => picture.has(overview, tables)), [overview, tables]);
+  const search = useRef<HTMLInputElement>(null);
 
   useEffect(() => {
+    let last = places(routeOf(location.hash));
     const moved = () => {
-      setRoute(routeOf(location.hash));
+      const next = routeOf(location.hash);
+      setRoute(next);
       setMenu(false);
-      main.current?.focus();
-      window.scrollTo(0, 0);
+      // Within a view the eye and the cursor stay where they are.
+      if (places(next) !== last) {
+        main.current?.focus({preventScroll: true});
+        window.scrollTo(0, 0);
+      }
+      last = places(next);
     };
     window.addEventListener("hashchange", moved);
     return () => window.removeEventListener("hashchange", moved);
   }, []);
+  useEffect(() => {
+    const pressed = (event: KeyboardEvent) => {
+      if (event.ctrlKey || event.metaKey || event.altKey || event.defaultPrevented) return;
+      const typing = (event.target as Element).closest("input, select, textarea") !== null;
+      if (event.key === "Escape") {
+        setMenu(false);
+        if (typing) main.current?.focus({preventScroll: true});
+      } else if (typing) {
+        return;
+      } else if (event.key === "/") {
+        event.preventDefault();
+        search.current?.select();
+        search.current?.focus();
+      } else if (event.key === "?") {
+        setHelp(true);
+      }
+    };
+    window.addEventListener("keydown", pressed);
+    return () => window.removeEventListener("keydown", pressed);
+  }, []);
   useEffect(() => applyTheme(theme), [theme]);
   useEffect(() => {
-    document.title = `${route.name || titleOf(route)} - ${serverName(overview)}`;
+    document.title = `${oneLine(titleOf(route))} - ${serverName(overview)}`;
   }, [route]);
-
-  const here =
-    route.view === "table" ? tableHash(route.name) : viewHash(route.view === "capture" ? "captures" : route.view);
-  const entry = (href: string, text: string, detail = "", empty = false, title = "") => (
-    <li key={href}>
-      <a href={href} class={empty ? "nothing" : ""} aria-current={href === here ? "page" : undefined}>
-        <span>
-          {text}
-          {title !== "" && <small class="title">{title}</small>}
-        </span>
-        {detail !== "" && <small>{detail}</small>}
-      </a>
-    </li>
-  );
-  const found = all.find(({table}) => table.id === route.name);
 
   return (
     <>
@@ -72,15 +145,17 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
           onSubmit={event => {
             event.preventDefault();
             const text = new FormData(event.currentTarget).get("text");
-            location.hash = viewHash("search", String(text ?? "").trim());
+            visit(viewHash("search", String(text ?? "").trim()));
           }}
         >
           <label>
             <span class="unseen">Search everything</span>
             <input
+              ref={search}
               type="search"
               name="text"
               placeholder="Search everything"
+              aria-keyshortcuts="/"
               spellcheck={false}
               defaultValue={route.view === "search" ? route.name : ""}
             />
@@ -90,89 +165,28 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
         <button type="button" onClick={() => setTheme(nextTheme(theme))} aria-label={`Colours: ${theme}`}>
           {{light: "Light", dark: "Dark", system: "System"}[theme]}
         </button>
+        <button type="button" class="keys" aria-keyshortcuts="?" aria-label="Keys" onClick={() => setHelp(true)}>
+          ?
+        </button>
       </header>
+      {help && <Help close={() => setHelp(false)} />}
       <div class="body">
-        <nav id="contents" class={menu ? "open" : ""} aria-label="Contents">
-          <ul>
-            {entry("#/overview", "Overview")}
-            {drawn.map(picture => entry(viewHash(picture.view), picture.title))}
-            {entry("#/captures", "Captures", overview.captures.length.toLocaleString("en"))}
-            {entry("#/print", "For paper")}
-          </ul>
-          {overview.modules.map(module => (
-            <section key={module.name}>
-              <h2>{visible(module.display || module.name || "Other tables")}</h2>
-              <ul>
-                {module.tables.map(table =>
-                  entry(
-                    tableHash(table.id),
-                    visible(table.id),
-                    table.records > 0 ? table.records.toLocaleString("en") : "none",
-                    table.records === 0,
-                    oneLine(table.title),
-                  ),
-                )}
-              </ul>
-            </section>
-          ))}
-        </nav>
+        <Navigation overview={overview} route={route} open={menu} />
         <main ref={main} tabIndex={-1}>
-          {route.view === "overview" && <OverviewView overview={overview} />}
-          {route.view === "table" &&
-            (found ? (
-              <TableView
-                key={`${route.name}/${route.search}`}
-                table={found.table}
-                module={visible(found.module.display)}
-                row={route.row}
-                search={route.search}
-                captures={captures}
-                nonce={nonce}
-              />
-            ) : (
-              <p class="empty">There is no table {visible(route.name)}.</p>
-            ))}
-          {drawn
-            .filter(picture => picture.view === route.view)
-            .map(picture => (
-              <picture.Picture key={picture.view} overview={overview} tables={tables} />
-            ))}
-          {pictures.some(({view}) => view === route.view) && !drawn.some(({view}) => view === route.view) && (
-            <p class="empty">This report has nothing to draw here.</p>
+          {isIncomplete(overview) && route.view !== "overview" && route.view !== "print" && (
+            <p class="problem short">
+              This collection is incomplete: <a href="#/overview">what it lacks</a>.
+            </p>
           )}
-          {route.view === "captures" && <CapturesView overview={overview} />}
-          {route.view === "capture" &&
-            (captures.has(route.name) ? (
-              <CaptureView
-                key={route.name}
-                capture={captures.get(route.name)!}
-                line={route.row + 1}
-                overview={overview}
-              />
-            ) : (
-              <p class="empty">There is no capture {visible(route.name)}.</p>
-            ))}
-          {route.view === "search" && <SearchView overview={overview} text={route.name} />}
-          {route.view === "print" && <PrintView overview={overview} />}
+          <Content overview={overview} route={route} nonce={nonce} />
         </main>
       </div>
     </>
   );
 }
 
-function titleOf(route: Route): string {
-  return (
-    pictures.find(picture => picture.view === route.view)?.title ??
-    {
-      overview: "Overview",
-      table: "",
-      captures: "Captures",
-      capture: "",
-      search: "Search",
-      print: "For paper",
-      sensors: "",
-      drives: "",
-      events: "",
-    }[route.view]
-  );
+const TITLES: Partial<Record<View, string>> = {tables: "All tables", search: "Search", print: "For paper"};
+
+function titleOf({view, name}: Route): string {
+  return name || subjects.find(subject => subject.view === view)?.title || TITLES[view] || "";
 }

@@ -36,9 +36,11 @@ export interface Fact {
 
 export interface Command {
   text: string;
+  started?: string; // UTC; empty: nobody noted when
   seconds: number;
   outcome: string; // empty: all went well
   cut_off: boolean;
+  stderr?: string; // what it printed to standard error
 }
 
 export interface Capture {
@@ -68,6 +70,7 @@ export interface Health {
 
 export interface Finding {
   id: string;
+  rule: string;
   severity: Severity;
   subsystem: string;
   subject: string;
@@ -117,6 +120,7 @@ export interface Enclosure extends Place {
   slots?: number;
   state?: string;
   model?: string;
+  serial?: string;
 }
 
 export interface Volume extends Place {
@@ -125,6 +129,8 @@ export interface Volume extends Place {
   number?: number;
   raid?: string;
   state?: string;
+  access?: string;
+  consistent?: boolean;
   capacity_bytes?: number;
   cache?: string;
   name?: string;
@@ -137,6 +143,7 @@ export interface Drive extends Place {
   controller?: number;
   enclosure?: number;
   slot?: number;
+  device_id?: number;
   state?: string;
   drive_group?: number;
   is_foreign?: boolean;
@@ -145,8 +152,10 @@ export interface Drive extends Place {
   capacity_bytes?: number;
   interface?: string;
   media?: string;
+  sector_bytes?: number;
   model?: string;
   serial?: string;
+  wwn?: string;
   firmware?: string;
   device?: string;
   temperature_celsius?: number;
@@ -159,7 +168,58 @@ export interface Drive extends Place {
   power_on_hours?: number;
 }
 
+export interface PowerSupply extends Place {
+  slot?: string;
+  present?: boolean;
+  state?: string;
+  input_state?: string;
+  input_watts?: number;
+  model?: string;
+  serial?: string;
+  part?: string;
+  firmware?: string;
+}
+
+export interface MemoryModule extends Place {
+  slot?: string;
+  capacity_bytes?: number;
+  type?: string;
+  speed_mts?: number;
+  manufacturer?: string;
+  serial?: string;
+  part?: string;
+}
+
+export interface Processor extends Place {
+  socket?: string;
+  model?: string;
+  cores?: number;
+  threads?: number;
+  state?: string;
+}
+
+export interface Bmc extends Place {
+  firmware?: string;
+  ipmi?: string;
+  self_test?: string;
+  address?: string;
+  mac?: string;
+}
+
+export interface Fru extends Place {
+  device?: string;
+  manufacturer?: string;
+  product?: string;
+  part?: string;
+  serial?: string;
+}
+
 export interface Inventory {
+  processors: Processor[];
+  memory_modules: MemoryModule[];
+  bmcs: Bmc[];
+  power_supplies: PowerSupply[];
+  frus: Fru[];
   sensors: Sensor[];
   controllers: Controller[];
   batteries: Battery[];
@@ -179,6 +239,7 @@ export interface Overview {
   health?: Health[];
   findings?: Finding[];
   inventory?: Inventory;
+  events?: Table & {captures: string[]}; // of all sources, each in its order; and where they stand
 }
 
 // The rows of one table, as far as they are loaded: for each chunk, for each column, the values.
@@ -218,10 +279,13 @@ export function valueReader(rows: Rows): (row: number, id: string) => Value {
   };
 }
 
+// A column that repeats a few values has each of them once.
+type ArrivedColumn = Value[] | {words: Value[]; at: number[]};
+
 interface Arrived {
   count: number;
   names: [number, string, number][];
-  columns: Value[][];
+  columns: ArrivedColumn[];
 }
 
 let arrived: Arrived | string | undefined;
@@ -278,6 +342,9 @@ function load(file: string): Promise<Arrived | string> {
   return next;
 }
 
+const values = (column: ArrivedColumn): Value[] =>
+  Array.isArray(column) ? column : column.at.map(at => column.words[at] ?? null);
+
 const loading = new Map<Table, {rows: Rows; all: Promise<Rows>}>();
 
 // Loads a table's rows, once. `progress` is called for each part that arrives.
@@ -295,7 +362,7 @@ export function loadRows(table: Table, progress?: (rows: Rows) => void): Promise
         rows.names.push({first: rows.count, name, index});
         rows.count += count;
       }
-      rows.chunks.push(part.columns);
+      rows.chunks.push(part.columns.map(values));
       progress?.(rows);
     }
     return rows;

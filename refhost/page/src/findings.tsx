@@ -37,8 +37,8 @@ function FindingLine({finding, overview}: {finding: Finding; overview: Overview}
   );
 }
 
-export function FindingsView({overview}: {overview: Overview}) {
-  const groups = bySeverity(overview.findings!);
+export function FindingsView({overview, findings: all}: {overview: Overview; findings: Finding[]}) {
+  const groups = bySeverity(all);
   if (groups.length === 0) return <p class="empty">No rule found anything in what was read.</p>;
   return (
     <>

@@ -2,6 +2,7 @@
 import {SlickGrid, type Column as GridColumn, type GridOption} from "slickgrid";
 import type {Capture, Rows, Value} from "./data";
 import {captureLink} from "./capture_link";
+import {oneTabStop} from "./grid_keys";
 import {linkedCapture} from "./link";
 import {count, number, oneLine} from "./text";
 
@@ -9,6 +10,12 @@ export interface GridEvents {
   sort(column: number, ascending: boolean): void;
   open(row: number): void;
   filter(column: number, text: string): void;
+}
+
+// What a view does differently from a table of records.
+export interface Look {
+  filters: boolean; // a field for each column
+  cell(row: number, column: number): Node | undefined; // undefined: the value as it is
 }
 
 export interface Grid {
@@ -50,6 +57,7 @@ export function createGrid(
   captures: Map<string, Capture>,
   nonce: string,
   events: GridEvents,
+  look?: Look,
 ): Grid {
   const table = rows.table;
   const single = table.columns.length === 1;
@@ -70,7 +78,7 @@ export function createGrid(
     width: wide[at]!,
     minWidth: 40,
     formatter: (_row: number, _cell: number, _value: unknown, _column: unknown, item: {row: number}) =>
-      cell(source.cell(item.row, at)),
+      (look?.cell(item.row, at) as HTMLElement | undefined) ?? cell(source.cell(item.row, at)),
   }));
   // A table of lines is one column; it takes all the room there is.
   if (single) all[0]!.width = Math.max(all[0]!.width!, host.clientWidth - 20);
@@ -96,7 +104,7 @@ export function createGrid(
     nonce,
     rowHeight: 28,
     headerRowHeight: 34,
-    showHeaderRow: !single,
+    showHeaderRow: !single && look?.filters !== false,
     tristateMultiColumnSort: false,
   };
   const grid = new SlickGrid(host, data as never, all, options);
@@ -107,12 +115,12 @@ export function createGrid(
     const input = document.createElement("input");
     input.type = "search";
     input.spellcheck = false;
+    input.dataset["column"] = String(at);
     input.value = filterTexts.get(at) ?? "";
     input.setAttribute("aria-label", `Filter ${oneLine(table.columns[at]!.label)}`);
     input.placeholder = "filter";
     input.addEventListener("input", () => events.filter(at, input.value));
-    // The grid takes arrow keys for its own.
-    input.addEventListener("keydown", event => event.stopPropagation());
+    input.tabIndex = -1;
     node.setAttribute("role", "gridcell");
     node.replaceChildren(input);
   });
@@ -138,21 +146,22 @@ export function createGrid(
   }
 
   grid.init();
-  // Panes that scroll need no stop of their own: the cursor moves through the cells. What stands in
-  // for it between tables and the row of filters need roles that a grid may have.
-  for (const pane of host.querySelectorAll(".slick-pane, .grid-canvas")) pane.removeAttribute("tabindex");
-  for (const sink of host.querySelectorAll(":scope > div[tabindex], .slick-viewport[tabindex]"))
-    sink.setAttribute("role", "rowgroup");
+  const keys = oneTabStop(host, grid);
+  // What stands in for the cursor and the row of filters need roles that a grid may have.
+  for (const part of host.querySelectorAll(":scope > div[tabindex], .slick-viewport[tabindex]"))
+    part.setAttribute("role", "rowgroup");
   for (const filters of host.querySelectorAll(".slick-headerrow-columns")) filters.setAttribute("role", "row");
 
   return {
     show(newRows, newOrder) {
+      const hadCursor = document.activeElement?.closest(".slick-cell") && host.contains(document.activeElement);
       source = newRows;
       order = newOrder as Int32Array<ArrayBuffer>;
       grid.invalidateAllRows();
       grid.updateRowCount();
       grid.render();
       describe();
+      if (hadCursor) keys.restore();
     },
     columns(shown) {
       grid.setColumns(all.filter((_, at) => shown[at]));
@@ -176,7 +185,7 @@ export function createGrid(
       filterTexts.clear();
       for (const [column, text] of texts) filterTexts.set(column, text);
       for (const input of host.querySelectorAll<HTMLInputElement>(".slick-headerrow-column input")) {
-        if (texts.size === 0) input.value = "";
+        if (input !== document.activeElement) input.value = texts.get(Number(input.dataset["column"])) ?? "";
       }
     },
     resize() {

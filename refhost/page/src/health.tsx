@@ -61,10 +61,10 @@ function Subsystem({health, overview}: {health: Health; overview: Overview}) {
   );
 }
 
-export function HealthView({overview}: {overview: Overview}) {
+export function HealthView({overview, health}: {overview: Overview; health: Health[]}) {
   return (
     <ul class="health">
-      {overview.health!.map(health => (
+      {health.map(health => (
         <Subsystem key={health.subsystem} health={health} overview={overview} />
       ))}
     </ul>

@@ -1,81 +1,170 @@
-// The whole report as one document, for paper or a PDF.
-import {render} from "preact";
-import {useEffect, useRef, useState} from "preact/hooks";
-import {loadRows, type Overview} from "./data";
-import {Verdict} from "./overview";
-import {plainTable} from "./plain_table";
-import {serverName} from "./server_name";
-import {Sheet} from "./sheet";
-import {tableName} from "./table_name";
-import {count, visible} from "./text";
+// Two to four pages for paper: who and when, what is missing, health, findings, storage, sensors that are not ok,
+// the newest events.
+import type {Overview, Sensor} from "./data";
+import {useEventsWith} from "./events/use_events";
+import {FindingsView} from "./findings";
+import {Lacking} from "./lacking";
+import {MachineFacts} from "./machine";
+import {Collected, ServerHeading} from "./overview";
+import {hasStorage, StorageDrawing} from "./pictures/storage";
+import {SeverityMark} from "./severity_mark";
+import {count, oneLine, visible} from "./text";
+import {sensorFindings, worst} from "./verdict";
 
-const ROWS_EACH = 200;
+const NEWEST = 25;
+const SAID_ONCE = ["ok", "na", "ns"]; // states of which a sensor without a finding needs no line
 
-export function PrintView({overview}: {overview: Overview}) {
-  const [state, setState] = useState("Putting the tables together ...");
-  const paper = useRef<HTMLDivElement>(null);
-  useEffect(() => {
-    let alive = true;
-    const captures = new Map(overview.captures.map(capture => [capture.name, capture]));
-    const write = async () => {
-      for (const module of overview.modules) {
-        for (const table of module.tables) {
-          if (table.records === 0) continue;
-          const rows = await loadRows(table);
-          if (!alive) return;
-          const part = document.createElement("section");
-          const title = document.createElement("h2");
-          title.textContent = `${tableName(table)} (${visible(module.display)}), ${count(table.records, "record")}`;
-          part.append(title);
-          if (table.reason !== "") {
-            const note = document.createElement("p");
-            note.className = "problem";
-            note.textContent = `Partial: ${visible(table.reason)}.`;
-            part.append(note);
-          }
-          const columns = table.columns.map((_, at) => at);
-          const order = Array.from({length: rows.count}, (_, row) => row);
-          if (table.kind === "columns" && rows.count <= 6) {
-            const sheet = document.createElement("div");
-            render(<Sheet rows={rows} columns={columns} order={order} captures={captures} active={-1} />, sheet);
-            part.append(sheet);
-          } else {
-            part.append(plainTable(rows, order, columns, ROWS_EACH));
-          }
-          paper.current?.append(part);
-        }
-      }
-      setState("");
-    };
-    write().catch((error: Error) => setState(error.message));
-    return () => {
-      alive = false;
-    };
-  }, [overview]);
+function HealthTable({overview}: {overview: Overview}) {
+  return (
+    <table class="printed">
+      <thead>
+        <tr>
+          <th scope="col">Subsystem</th>
+          <th scope="col">Health</th>
+          <th scope="col">Findings, or what is missing</th>
+        </tr>
+      </thead>
+      <tbody>
+        {overview.health!.map(({subsystem, health, missing}) => {
+          const found = overview.findings!.filter(one => one.subsystem === subsystem && one.severity !== "notice");
+          return (
+            <tr key={subsystem}>
+              <td>{subsystem === "bmc" ? "BMC" : visible(subsystem)}</td>
+              <td>
+                <SeverityMark of={health} /> {health}
+              </td>
+              <td>
+                {[...(found.length > 0 ? [count(found.length, "finding")] : []), ...missing].map(visible).join("; ")}
+              </td>
+            </tr>
+          );
+        })}
+      </tbody>
+    </table>
+  );
+}
+
+function NotOk({overview}: {overview: Overview}) {
+  const sensors = overview.inventory?.sensors ?? [];
+  const found = sensorFindings(overview);
+  const isOdd = (sensor: Sensor) => {
+    const severity = worst(found(sensor));
+    if (severity !== undefined && severity !== "notice") return true;
+    return sensor.kind !== "discrete" && sensor.status !== undefined && !SAID_ONCE.includes(sensor.status);
+  };
+  const odd = sensors.filter(isOdd);
+  if (sensors.length === 0) return <p>No sensor was read.</p>;
   return (
     <>
-      <h1>{serverName(overview)}</h1>
+      <p>
+        {odd.length === 0 ? "None" : odd.length} of {count(sensors.length, "sensor")}.
+      </p>
+      {odd.length > 0 && (
+        <table class="printed">
+          <thead>
+            <tr>
+              <th scope="col">Sensor</th>
+              <th scope="col">Reading</th>
+              <th scope="col">Status</th>
+              <th scope="col">Lower and upper critical</th>
+            </tr>
+          </thead>
+          <tbody>
+            {odd.map((sensor, at) => (
+              <tr key={at}>
+                <td>{visible(sensor.name ?? "")}</td>
+                <td>{visible([sensor.reading ?? sensor.states.join(", "), sensor.unit].join(" "))}</td>
+                <td>{visible(sensor.status ?? "")}</td>
+                <td>{[sensor.lc ?? "", sensor.uc ?? ""].join(" / ")}</td>
+              </tr>
+            ))}
+          </tbody>
+        </table>
+      )}
+    </>
+  );
+}
+
+function Newest({overview}: {overview: Overview}) {
+  const {found, reading, failure} = useEventsWith(overview, () => true, "newest");
+  if (reading) return <p class="reading">Reading the events ...</p>;
+  if (failure !== "") return <p class="problem">{failure}</p>;
+  if (found.length === 0) return <p>No capture tells of an event.</p>;
+  return (
+    <>
+      <p>
+        The newest {Math.min(NEWEST, found.length)} of {count(found.length, "event")}, each by its source's clock.
+      </p>
+      <table class="printed">
+        <thead>
+          <tr>
+            <th scope="col">Time</th>
+            <th scope="col">Severity</th>
+            <th scope="col">Source</th>
+            <th scope="col">Event</th>
+          </tr>
+        </thead>
+        <tbody>
+          {found.slice(0, NEWEST).map(event => (
+            <tr key={event.row}>
+              <td class="time">{event.time === "" ? "no clock" : visible(event.time.replace("T", " "))}</td>
+              <td>{visible(event.severity)}</td>
+              <td>{visible(event.source)}</td>
+              <td>{oneLine([event.subject, event.text].filter(text => text !== "").join(": "))}</td>
+            </tr>
+          ))}
+        </tbody>
+      </table>
+    </>
+  );
+}
+
+export function PrintView({overview}: {overview: Overview}) {
+  return (
+    <div class="whole">
+      <ServerHeading overview={overview} />
       <p class="lead">
-        {state !== ""
-          ? state
-          : `Collected ${visible(overview.meta["started"] ?? "")}; up to ${ROWS_EACH} rows of each table.`}{" "}
-        <button type="button" class="screen" disabled={state !== ""} onClick={() => window.print()}>
+        <Collected overview={overview} />
+        {overview.meta["run_as"] && `, by ${visible(overview.meta["run_as"])}`}; qvhost{" "}
+        {visible(overview.meta["qvhost"] ?? "")}.{" "}
+        <button type="button" class="screen" onClick={() => window.print()}>
           Print
         </button>
       </p>
-      <Verdict overview={overview} />
+      <Lacking overview={overview} whole />
+      {overview.health === undefined ? (
+        <p class="empty">This report holds no verdict: nothing in it says how the server is.</p>
+      ) : (
+        <>
+          <h2>Health</h2>
+          <HealthTable overview={overview} />
+          <h2>Findings</h2>
+          <FindingsView
+            overview={overview}
+            findings={overview.findings!.filter(({severity}) => severity !== "notice")}
+          />
+        </>
+      )}
       <h2>The machine</h2>
-      <dl class="facts">
-        {overview.facts.map(fact => (
-          <div key={fact.label}>
-            <dt>{fact.label}</dt>
-            <dd>
-              <bdi>{visible(fact.value)}</bdi>
-            </dd>
-          </div>
-        ))}
-      </dl>
-      <div class="whole" ref={paper} />
-    </>
+      <MachineFacts overview={overview} />
+      {hasStorage(overview) && (
+        <>
+          <h2>Storage</h2>
+          <StorageDrawing overview={overview} />
+        </>
+      )}
+      {overview.inventory !== undefined && (
+        <>
+          <h2>Sensors that are not ok</h2>
+          <NotOk overview={overview} />
+        </>
+      )}
+      {overview.events !== undefined && (
+        <>
+          <h2>Newest events</h2>
+          <Newest overview={overview} />
+        </>
+      )}
+    </div>
   );
 }

@@ -62,7 +62,7 @@ export function SearchView({overview, text}: {overview: Overview; text: string})
       {hits.map(({table, rows, found}) => (
         <section key={table.id}>
           <h2>
-            <a href={tableHash(table.id, -1, text)}>{visible(table.id)}</a>{" "}
+            <a href={tableHash(table.id, -1, {search: text})}>{visible(table.id)}</a>{" "}
             <small>{count(found.length, "record")}</small>
           </h2>
           <ul class="hits">

@@ -1,16 +1,14 @@
-// What the report calls its server: its host name and its product, where the collection tells them.
+// What the report calls its server: host name, product and serial number, where the collection tells them.
 import type {Overview} from "./data";
 import {visible} from "./text";
 
-export function productName(overview: Overview): string {
-  return visible(overview.facts.find(fact => fact.label === "Product")?.value ?? "");
-}
+const fact = ({facts}: Overview, wanted: string) => visible(facts.find(({label}) => label === wanted)?.value ?? "");
 
-export function hostName(overview: Overview): string {
-  return visible(overview.meta["host"] ?? "");
-}
+export const hostName = (overview: Overview) => visible(overview.meta["host"] ?? "");
+export const productName = (overview: Overview) => fact(overview, "Product");
+export const serialNumber = (overview: Overview) => fact(overview, "Serial number");
 
 export function serverName(overview: Overview): string {
-  const names = [hostName(overview), productName(overview)].filter(name => name !== "");
+  const names = [hostName(overview), productName(overview), serialNumber(overview)].filter(name => name !== "");
   return names.length > 0 ? names.join(", ") : "Server report";
 }

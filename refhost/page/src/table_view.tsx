@@ -3,41 +3,82 @@ import {useEffect, useMemo, useRef, useState} from "preact/hooks";
 import type {Capture, Rows, Table} from "./data";
 import {loadRows} from "./data";
 import {copy, csv, save, tabSeparated, type Shown} from "./export";
-import {createGrid, type Grid} from "./grid";
+import {GridHost} from "./grid_host";
+import {Panel} from "./panel";
 import {plainTable} from "./plain_table";
+import {tableHash, type Route, type State} from "./route";
 import {Sheet, Text} from "./sheet";
 import {tableName} from "./table_name";
 import {count, oneLine, visible} from "./text";
+import {useAddress} from "./use_address";
 import {everything, shownRows, type Wanted} from "./view_rows";
 
 const MOST_BESIDE = 24; // more records than that are easier to read as rows
-const TYPING_MS = 120;
 const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with
+
+// What the address says: what is shown, and which record is open.
+interface Address {
+  wanted: Wanted;
+  row: number; // -1: none
+}
+
+const FILTER = "filter.";
+
+function readAddress(table: Table, {row, state}: Route): Address {
+  const column = (id: string) => table.columns.findIndex(one => one.id === id);
+  const sort = state["sort"] ?? "";
+  const sorted = column(sort.replace(/^-/, ""));
+  const filters = Object.entries(state)
+    .filter(([key]) => key.startsWith(FILTER))
+    .map(([key, text]): [number, string] => [column(key.slice(FILTER.length)), text])
+    .filter(([at]) => at >= 0);
+  return {
+    row,
+    wanted: {
+      search: state["search"] ?? "",
+      filters: new Map(filters),
+      sort: sorted < 0 ? null : {column: sorted, ascending: !sort.startsWith("-")},
+    },
+  };
+}
+
+function hashOfAddress(table: Table, {wanted: {search, filters, sort}, row}: Address): string {
+  const id = (at: number) => table.columns[at]!.id;
+  const state: State = {search};
+  if (sort) state["sort"] = `${sort.ascending ? "" : "-"}${id(sort.column)}`;
+  for (const [at, text] of filters) state[FILTER + id(at)] = text;
+  return tableHash(table.id, row, state);
+}
 
 export function TableView({
   table,
   module,
-  row,
-  search,
+  route,
   captures,
   nonce,
 }: {
   table: Table;
   module: string;
-  row: number;
-  search: string;
+  route: Route;
   captures: Map<string, Capture>;
   nonce: string;
 }) {
   const [rows, setRows] = useState<Rows | null>(null);
   const [loaded, setLoaded] = useState(0);
   const [failure, setFailure] = useState("");
-  const [wanted, setWanted] = useState<Wanted>({...everything(), search});
+  const [address, setAddress] = useAddress(
+    route,
+    from => readAddress(table, from),
+    now => hashOfAddress(table, now),
+  );
+  const {wanted, row: chosen} = address;
+  const setWanted = (next: Wanted, isStep = false) => setAddress({row: chosen, wanted: next}, isStep);
+  const choose = (row: number) => setAddress({wanted, row}, true);
   const [order, setOrder] = useState<Int32Array>(new Int32Array(0));
   const [visibleColumns, setVisibleColumns] = useState(() => table.columns.map(() => true));
-  const [chosen, setChosen] = useState(row);
   const [said, setSaid] = useState("");
-  const [answered, setAnswered] = useState<Wanted | null>(null); // what `order` is the answer to
+  const [answered, setAnswered] = useState(""); // what `order` is the answer to
+  const question = hashOfAddress(table, {wanted, row: -1});
   const asSheet = table.kind === "columns" && table.records <= MOST_BESIDE;
   const columns = useMemo(() => visibleColumns.flatMap((shown, at) => (shown ? [at] : [])), [visibleColumns]);
 
@@ -53,8 +94,6 @@ export function TableView({
     };
   }, [table]);
 
-  useEffect(() => setChosen(row), [row]);
-
   useEffect(() => {
     if (!rows) return;
     const abort = new AbortController();
@@ -63,7 +102,7 @@ export function TableView({
         shownRows(rows, wanted, abort.signal)
           .then(found => {
             setOrder(found);
-            setAnswered(wanted);
+            setAnswered(question);
           })
           .catch(() => {});
       },
@@ -73,7 +112,7 @@ export function TableView({
       clearTimeout(timer);
       abort.abort();
     };
-  }, [rows, loaded, wanted]);
+  }, [rows, loaded, question]);
 
   const latest = useRef<Shown | null>(null);
   latest.current = rows ? {rows, order, columns} : null;
@@ -119,7 +158,7 @@ export function TableView({
   }
 
   const partial = table.reason !== "" && <p class="problem">Partial: {visible(table.reason)}.</p>;
-  const ready = loaded === table.records && answered === wanted;
+  const ready = loaded === table.records && answered === question;
   const filtered = wanted.search !== "" || [...wanted.filters.values()].some(text => text !== "");
   const tell = (text: string) => {
     setSaid(text);
@@ -158,7 +197,7 @@ export function TableView({
               value={wanted.sort ? String(wanted.sort.column) : ""}
               onChange={event => {
                 const value = event.currentTarget.value;
-                setWanted({...wanted, sort: value === "" ? null : {column: Number(value), ascending: true}});
+                setWanted({...wanted, sort: value === "" ? null : {column: Number(value), ascending: true}}, true);
               }}
             >
               <option value="">as collected</option>
@@ -200,7 +239,7 @@ export function TableView({
           CSV
         </button>
         {(filtered || wanted.sort) && (
-          <button type="button" onClick={() => setWanted(everything())}>
+          <button type="button" onClick={() => setWanted(everything(), true)}>
             Show all
           </button>
         )}
@@ -215,13 +254,15 @@ export function TableView({
           <GridHost
             rows={rows}
             order={order}
-            wanted={wanted}
-            setWanted={setWanted}
+            sort={wanted.sort}
+            onSort={sort => setWanted({...wanted, sort}, true)}
+            filters={wanted.filters}
+            onFilter={(column, text) => setWanted({...wanted, filters: new Map(wanted.filters).set(column, text)})}
             visibleColumns={visibleColumns}
             captures={captures}
             nonce={nonce}
             chosen={chosen}
-            choose={setChosen}
+            choose={choose}
           />
         ))}
       {rows && !asSheet && chosen >= 0 && chosen < rows.count && (
@@ -229,82 +270,13 @@ export function TableView({
           rows={rows}
           row={chosen}
           captures={captures}
-          close={() => setChosen(-1)}
+          close={() => choose(-1)}
           take={() => take({rows, order: [chosen], columns: table.columns.map((_, at) => at)})}
         />
       )}
       <div class="paper" ref={paper} />
     </>
   );
-}
-
-function GridHost({
-  rows,
-  order,
-  wanted,
-  setWanted,
-  visibleColumns,
-  captures,
-  nonce,
-  chosen,
-  choose,
-}: {
-  rows: Rows;
-  order: Int32Array;
-  wanted: Wanted;
-  setWanted: (wanted: Wanted) => void;
-  visibleColumns: boolean[];
-  captures: Map<string, Capture>;
-  nonce: string;
-  chosen: number;
-  choose: (row: number) => void;
-}) {
-  const host = useRef<HTMLDivElement>(null);
-  const grid = useRef<Grid | null>(null);
-  const current = useRef(wanted);
-  current.current = wanted;
-  const jumped = useRef(false);
-
-  useEffect(() => {
-    let typing = 0;
-    const made = createGrid(host.current!, rows, captures, nonce, {
-      sort: (column, ascending) => setWanted({...current.current, sort: {column, ascending}}),
-      open: choose,
-      filter: (column, text) => {
-        clearTimeout(typing);
-        typing = window.setTimeout(
-          () =>
-            setWanted({
-              ...current.current,
-              filters: new Map(current.current.filters).set(column, text),
-            }),
-          TYPING_MS,
-        );
-      },
-    });
-    grid.current = made;
-    const observer = new ResizeObserver(() => made.resize());
-    observer.observe(host.current!);
-    return () => {
-      observer.disconnect();
-      made.destroy();
-    };
-  }, []);
-  useEffect(() => grid.current?.columns(visibleColumns), [visibleColumns]);
-  useEffect(() => grid.current?.sorting(wanted.sort), [wanted.sort, visibleColumns]);
-  useEffect(() => grid.current?.filters(wanted.filters), [wanted.filters]);
-  useEffect(() => {
-    grid.current?.show(rows, order);
-    if (chosen >= 0 && !jumped.current && order.length > chosen) {
-      jumped.current = true;
-      grid.current?.select(chosen);
-    }
-  }, [rows, order]);
-  useEffect(() => {
-    if (chosen >= 0 && jumped.current) grid.current?.select(chosen);
-  }, [chosen]);
-
-  return <div class={chosen >= 0 ? "grid short" : "grid"} ref={host} />;
 }
 
 function Chosen({
@@ -321,18 +293,17 @@ function Chosen({
   take: () => void;
 }) {
   return (
-    <section class="chosen" aria-label={`Record ${row + 1}`}>
-      <header>
-        <h2>
-          Record {(row + 1).toLocaleString("en")} <small>{visible(rows.name(row))}</small>
-        </h2>
+    <Panel
+      title={`Record ${row + 1}`}
+      detail={visible(rows.name(row))}
+      close={close}
+      focus={false}
+      actions={
         <button type="button" onClick={take}>
           Copy
         </button>
-        <button type="button" onClick={close}>
-          Close
-        </button>
-      </header>
+      }
+    >
       <dl>
         {rows.table.columns.map((column, at) => (
           <div key={at}>
@@ -343,6 +314,6 @@ function Chosen({
           </div>
         ))}
       </dl>
-    </section>
+    </Panel>
   );
 }

@@ -93,6 +93,11 @@ export function capacity(n: number): string {
   return `${Number(size.toFixed(3))} ${units[unit]}`;
 }
 
+// A time as its clock said it: "2026-11-17 21:12:03".
+export function written(time: number): string {
+  return new Date(time).toISOString().slice(0, 19).replace("T", " ");
+}
+
 export function seconds(n: number): string {
   if (n < 0.1) return "< 0.1 s";
   if (n < 10) return `${n.toFixed(1)} s`;

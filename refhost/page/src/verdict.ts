@@ -1,5 +1,5 @@
 // What the collection's verdict says, as the page shows it. It comes with the report; nothing here judges.
-import type {Drive, Finding, Overview, Place, Sensor, Severity} from "./data";
+import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity} from "./data";
 
 const SEVERITIES: Severity[] = ["critical", "warning", "unknown", "notice"];
 
@@ -26,48 +26,66 @@ export function findingsAt(overview: Overview, capture: string, line: number): F
   );
 }
 
-const worse = (a: Severity | undefined, b: Severity) =>
-  a === undefined || SEVERITIES.indexOf(b) < SEVERITIES.indexOf(a) ? b : a;
+// Findings by a text that stands for an entity: where it stands, or its name.
+class Index {
+  private readonly all = new Map<string, Finding[]>();
 
-// The worst finding of an entity, by where the entity stands.
-export function severities(overview: Overview): (place: Place) => Severity | undefined {
-  const key = ({capture, line}: Place) => `${line} ${capture}`;
-  const all = new Map<string, Severity>();
-  for (const {severity, evidence} of overview.findings ?? []) {
-    for (const place of evidence) all.set(key(place), worse(all.get(key(place)), severity));
+  add(key: string, finding: Finding) {
+    const known = this.all.get(key);
+    if (known === undefined) this.all.set(key, [finding]);
+    else if (!known.includes(finding)) known.push(finding);
   }
+
+  get(key: string): Finding[] {
+    return this.all.get(key) ?? [];
+  }
+}
+
+export function worst(findings: Finding[]): Severity | undefined {
+  return SEVERITIES.find(severity => findings.some(finding => finding.severity === severity));
+}
+
+type About<Entity> = (entity: Entity) => Finding[];
+
+// The findings of an entity, by where the entity stands.
+export function findingsHere(overview: Overview): About<Place> {
+  const key = ({capture, line}: Place) => `${line} ${capture}`;
+  const all = new Index();
+  for (const finding of overview.findings ?? []) for (const place of finding.evidence) all.add(key(place), finding);
   return place => all.get(key(place));
 }
 
-export function drivePlace(drive: Drive): string {
-  return drive.slot === undefined ? (drive.device ?? "") : `${drive.enclosure ?? ""}:${drive.slot}`;
-}
-
-// The worst finding of an entity, by where it stands or by its name. What is said of a drive's counters or
-// of a sensor's states stands on other lines; such findings begin with the name: "Drive 10:4 of controller
-// 0, EX1200MM0129, ...".
-function namedSeverities(overview: Overview): (place: Place, name: string) => Severity | undefined {
-  const here = severities(overview);
-  const named = new Map<string, Severity>();
-  for (const {severity, subject} of overview.findings ?? []) {
-    for (const name of new Set([subject, subject.split(", ")[0]!])) named.set(name, worse(named.get(name), severity));
-  }
-  return (place, name) => {
-    const [a, b] = [here(place), named.get(name)];
-    return b === undefined ? a : worse(a, b);
-  };
+// By where it stands or by its name. What is said of a drive's counters or of a sensor's states stands on
+// other lines; such findings begin with the name: "Drive 10:4 of controller 0, EX1200MM0129, ...".
+function findingsNamed(overview: Overview): (place: Place, name: string) => Finding[] {
+  const here = findingsHere(overview);
+  const named = new Index();
+  for (const finding of overview.findings ?? [])
+    for (const name of [finding.subject, finding.subject.split(", ")[0]!]) named.add(name, finding);
+  return (place, name) => [...new Set([...here(place), ...named.get(name)])];
 }
 
 // Readings of sensors stand where the sensors do, and names of sensors need not be unique.
-export function sensorSeverities(overview: Overview): (sensor: Sensor) => Severity | undefined {
-  const [here, named] = [severities(overview), namedSeverities(overview)];
+export function sensorFindings(overview: Overview): About<Sensor> {
+  const [here, named] = [findingsHere(overview), findingsNamed(overview)];
   return sensor => (sensor.reading === undefined ? named(sensor, `Sensor ${sensor.name ?? ""}`) : here(sensor));
 }
 
-export function driveSeverities(overview: Overview): (drive: Drive) => Severity | undefined {
-  const named = namedSeverities(overview);
+// As findings name a drive: "10:4", "device 7", "/dev/sda".
+export function drivePlace(drive: Drive): string {
+  if (drive.slot !== undefined) return `${drive.enclosure ?? ""}:${drive.slot}`;
+  return drive.device_id === undefined ? (drive.device ?? "") : `device ${drive.device_id}`;
+}
+
+export function driveFindings(overview: Overview): About<Drive> {
+  const named = findingsNamed(overview);
   return drive => {
     const of = drive.controller === undefined ? "" : ` of controller ${drive.controller}`;
     return named(drive, `Drive ${drivePlace(drive)}${of}`);
   };
+}
+
+export function supplyFindings(overview: Overview): About<PowerSupply> {
+  const named = findingsNamed(overview);
+  return supply => named(supply, `${/^Power/.test(supply.slot ?? "") ? "" : "Power supply "}${supply.slot ?? ""}`);
 }

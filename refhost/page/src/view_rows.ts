@@ -3,10 +3,15 @@ import type {Rows} from "./data";
 import {number, plain} from "./text";
 import {selected, Slicer, sorted} from "./slices";
 
+export interface Sort {
+  column: number;
+  ascending: boolean;
+}
+
 export interface Wanted {
   search: string; // in any column
   filters: Map<number, string>; // by column
-  sort: {column: number; ascending: boolean} | null;
+  sort: Sort | null;
 }
 
 export const everything = (): Wanted => ({search: "", filters: new Map(), sort: null});
@@ -53,7 +58,7 @@ function tests(rows: Rows, wanted: Wanted): Test[] {
 const MANY = 100_000;
 const natural = new Intl.Collator("en", {numeric: true});
 
-function comparison(rows: Rows, column: number): (a: number, b: number) => number {
+export function comparison(rows: Rows, column: number): (a: number, b: number) => number {
   const numbers = new Float64Array(rows.count);
   for (let row = 0; row < rows.count; ++row) numbers[row] = number(rows.cell(row, column));
   // "disk 9" before "disk 10" costs too much where there are many.

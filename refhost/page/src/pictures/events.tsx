@@ -1,227 +1,422 @@
-// When what happened: the controller's event log and the system event log, a lane for each class.
-import {scaleUtc} from "d3-scale";
-import {useMemo, useState} from "preact/hooks";
-import type {Overview, Table} from "../data";
-import {tableHash} from "../route";
-import {count} from "../text";
-import {controllerEvents, systemEvents, type Event, type Lane} from "./event_times";
-import {useRows} from "./use_rows";
+// One list over the events of all sources, sorted by time.
+import {useEffect, useMemo, useRef, useState} from "preact/hooks";
+import type {PictureProps} from "../app";
+import {loadRows, type Overview, type Rows, type Table} from "../data";
+import {captureAt, eventAt, SEVERITY, SOURCE, TEXT, TIME, timeOf} from "../events/event";
+import {EventList, type Source} from "../events/list";
+import {SeverityDot} from "../events/severity_dot";
+import {shownEvents, type ShownEvents, type WantedEvents} from "../events/shown";
+import {Timeline} from "../events/timeline";
+import {Evidence} from "../evidence";
+import {csv, save} from "../export";
+import {GridHost} from "../grid_host";
+import {Panel} from "../panel";
+import {routeOf, viewHash, type Route, type State} from "../route";
+import {count, oneLine, visible, written} from "../text";
+import {useAddress} from "../use_address";
 
-const CONTROLLER = ["EVENTLOG1", "EVENTLOG2", "EVENTLOG3", "EVENTLOG4", "EVENTLOG5"] as const;
-export const eventTables = [...CONTROLLER, "SELINFO"] as const;
+const SEVERITIES = ["critical", "warning", "info"];
+const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with
 
-const WIDTH = 900;
-const LABEL = 150;
-const LANE = 44;
-const BINS = 120;
-const DAY = 86_400_000;
-
-const SPANS: [string, number][] = [
-  ["all", Infinity],
-  ["last year", 365 * DAY],
-  ["last 30 days", 30 * DAY],
-  ["last 7 days", 7 * DAY],
+const DAY = 24 * 3600 * 1000;
+const SPANS: [id: string, title: string, length: number][] = [
+  ["", "All", Infinity],
+  ["365d", "Year", 365 * DAY],
+  ["30d", "30 days", 30 * DAY],
+  ["7d", "7 days", 7 * DAY],
+  ["1d", "24 hours", DAY],
 ];
 
-function day(time: number): string {
-  return new Date(time).toISOString().slice(0, 16).replace("T", " ");
+// What the address says.
+interface Shown extends Omit<WantedEvents, "from" | "to"> {
+  span: string;
+  from: string;
+  to: string;
+  open: number; // the row; -1: none
+  line: string; // "CAPTURE@LINE": open the event that stands there
 }
 
-// A span of time ends when the collection did; without it, all events that there are.
-function Timeline({
-  title,
-  events,
-  lanes,
-  note,
-  collected,
-}: {
-  title: string;
-  events: Event[];
-  lanes: Lane[];
-  note: string;
-  collected: number; // NaN: not known
-}) {
-  const [span, setSpan] = useState(Infinity);
-  const dated = useMemo(() => events.filter(event => !Number.isNaN(event.time)), [events]);
-  const range = useMemo(
-    () =>
-      dated.reduce<[number, number]>(
-        ([low, high], {time}) => [Math.min(low, time), Math.max(high, time)],
-        [Infinity, -Infinity],
-      ),
-    [dated],
-  );
-  const last = Number.isNaN(collected) ? range[1] : collected;
-  const end = (span === Infinity ? Math.max(range[1], last) : last) + 1;
-  const start = Math.max(Math.min(range[0], end - 1), end - span);
-  const present = lanes.filter(lane => events.some(event => event.lane === lane.id));
-  const bins = useMemo(() => {
-    const all = new Map<string, {lane: string; bin: number; events: Event[]}>();
-    for (const event of dated) {
-      if (event.time < start || event.time >= end) continue;
-      const bin = Math.floor(((event.time - start) / (end - start)) * BINS);
-      const key = `${event.lane} ${bin}`;
-      const known = all.get(key);
-      if (known) known.events.push(event);
-      else all.set(key, {lane: event.lane, bin, events: [event]});
-    }
-    return [...all.values()];
-  }, [dated, start, end]);
+function read({state}: Route): Shown {
+  const sort = state["sort"] ?? "-time";
+  const column = ["time", "time_utc", "severity", "source", "subject", "text"].indexOf(sort.replace(/^-/, ""));
+  return {
+    text: state["text"] ?? "",
+    severities: (state["severity"] ?? "").split(",").filter(word => word !== ""),
+    source: state["source"] ?? "",
+    span: state["span"] ?? "",
+    from: state["from"] ?? "",
+    to: state["to"] ?? "",
+    folded: state["fold"] !== "no",
+    sort: {column: Math.max(0, column), ascending: !sort.startsWith("-")},
+    open: Number(state["open"] ?? 0) - 1,
+    line: state["line"] ?? "",
+  };
+}
 
-  const x = scaleUtc()
-    .domain([start, end])
-    .range([LABEL, WIDTH - 8]);
-  const step = (WIDTH - 8 - LABEL) / BINS;
-  const height = present.length * LANE + 26;
-  const label = (lane: Lane) =>
-    `${lane.title} (${events.filter(event => event.lane === lane.id).length.toLocaleString("en")})`;
-  const undated = events.length - dated.length;
-  const highest = new Map(
-    present.map(lane => [
-      lane.id,
-      Math.max(1, ...bins.filter(bin => bin.lane === lane.id).map(bin => bin.events.length)),
-    ]),
-  );
+const COLUMNS = ["time", "time_utc", "severity", "source", "subject", "text"];
 
+function stateOf({sort, ...shown}: Shown): State {
+  const order = `${sort.ascending ? "" : "-"}${COLUMNS[sort.column]}`;
+  return {
+    text: shown.text,
+    severity: shown.severities.join(","),
+    source: shown.source,
+    span: shown.span,
+    from: shown.from,
+    to: shown.to,
+    fold: shown.folded ? "" : "no",
+    sort: order === "-time" ? "" : order,
+    open: shown.open < 0 ? "" : String(shown.open + 1),
+    line: shown.line,
+  };
+}
+
+const hash = (shown: Shown) => viewHash("events", "", stateOf(shown));
+
+// The end of the collection: of a recorded server the time at which it was recorded.
+export function collectedAt({meta}: Overview): number {
+  return Date.parse(
+    meta["recorded"] ? `${meta["recorded"].replace(/Z$/, "")}Z` : meta["finished"] || meta["started"] || "",
+  );
+}
+
+function wantedOf(shown: Shown, collected: number): WantedEvents {
+  const span = SPANS.find(([id]) => id === shown.span && id !== "");
+  const [from, to] = span ? [collected - span[2], collected + 1] : [timeOf(shown.from), timeOf(shown.to)];
+  return {...shown, from, to};
+}
+
+// "2 h ahead of UTC", or that nobody knows.
+function clockOf({undated, events, offset}: Source): string {
+  if (undated === events) return "no clock: in the order in which they were logged";
+  const rest = undated > 0 ? `, ${undated.toLocaleString("en")} without a time` : "";
+  if (Number.isNaN(offset)) return `its own clock, offset to UTC not known${rest}`;
+  const minutes = Math.round(offset / 60_000);
+  const sign = minutes < 0 ? "-" : "+";
+  const [h, m] = [Math.floor(Math.abs(minutes) / 60), Math.abs(minutes) % 60].map(n => String(n).padStart(2, "0"));
+  return `its own clock, UTC ${sign}${h}:${m}${rest}`;
+}
+
+function Clocks({list, collected}: {list: EventList; collected: number}) {
   return (
-    <section>
-      <h2>{title}</h2>
-      <p>
-        {count(events.length, "entry", "entries")}
-        {undated > 0 && `, ${undated.toLocaleString("en")} of them without a date (no clock)`}. {undated > 0 && note}
-      </p>
-      {dated.length > 0 && (
-        <>
-          <p class="choices">
-            {SPANS.filter(([, length]) => length === Infinity || length < last - range[0]).map(([name, length]) => (
-              <button type="button" key={name} aria-pressed={span === length} onClick={() => setSpan(length)}>
-                {name}
-              </button>
-            ))}
-          </p>
-          <div class="scroll" tabIndex={0} role="region" aria-label={`${title}, over time`}>
-            <svg
-              class="timeline"
-              viewBox={`0 0 ${WIDTH} ${height}`}
-              role="group"
-              aria-label={`${title} from ${day(start)} to ${day(end)}`}
-            >
-              {present.map((lane, at) => (
-                <g key={lane.id}>
-                  <text class="lane" x={0} y={at * LANE + LANE / 2 + 4}>
-                    {label(lane)}
-                  </text>
-                  <line class="base" x1={LABEL} x2={WIDTH - 8} y1={(at + 1) * LANE - 4} y2={(at + 1) * LANE - 4} />
-                </g>
-              ))}
-              {bins.map(({lane, bin, events: held}) => {
-                const at = present.findIndex(one => one.id === lane);
-                // Single events stay visible beside thousands.
-                const tall = 6 + ((LANE - 14) * Math.log1p(held.length)) / Math.log1p(highest.get(lane)!);
-                const first = held[0]!;
-                const says = `${count(held.length, "event")}, from ${day(Math.min(...held.slice(0, 1000).map(e => e.time)))}: ${first.text}`;
-                return (
-                  <a key={`${lane} ${bin}`} href={tableHash(first.table, first.row)} tabIndex={-1} aria-label={says}>
-                    <title>{says}</title>
-                    <rect
-                      class={`event ${present[at]!.level}`}
-                      x={LABEL + bin * step}
-                      width={Math.max(step - 0.6, 2)}
-                      y={(at + 1) * LANE - 4 - tall}
-                      height={tall}
-                    />
-                  </a>
-                );
-              })}
-              {x.ticks(6).map(tick => (
-                <g key={+tick}>
-                  <line class="tick" x1={x(tick)} x2={x(tick)} y1={0} y2={height - 22} />
-                  <text class="tick" x={x(tick)} y={height - 6} text-anchor="middle">
-                    {x.tickFormat(6)(tick)}
-                  </text>
-                </g>
-              ))}
-            </svg>
-          </div>
-        </>
-      )}
-      {events.length > 0 && (
-        <div class="scroll">
-          <table class="list small">
-            <caption class="unseen">{title} by class</caption>
-            <thead>
-              <tr>
-                <th scope="col">Class</th>
-                <th scope="col" class="number">
-                  Entries
-                </th>
-                <th scope="col">Newest</th>
-              </tr>
-            </thead>
-            <tbody>
-              {present.map(lane => {
-                const own = events.filter(event => event.lane === lane.id);
-                const newest = own.reduce((best, event) => (!(event.time <= best.time) ? event : best), own[0]!);
-                return (
-                  <tr key={lane.id}>
-                    <th scope="row">
-                      <span class={`dot ${lane.level}`} aria-hidden="true" />
-                      {lane.title}
-                    </th>
-                    <td class="number">{own.length.toLocaleString("en")}</td>
-                    <td>
-                      <a href={tableHash(newest.table, newest.row)}>
-                        <bdi>{newest.text}</bdi>
-                      </a>
-                      {!Number.isNaN(newest.time) && <small> {day(newest.time)}</small>}
-                    </td>
-                  </tr>
-                );
-              })}
-            </tbody>
-          </table>
-        </div>
-      )}
-    </section>
+    <ul class="clocks">
+      {[...list.sources.values()].map(source => (
+        <li key={source.name}>
+          <strong>
+            <bdi>{visible(source.name)}</bdi>
+          </strong>{" "}
+          {count(source.events, "event")}; {clockOf(source)}
+          {source.newest > collected + DAY && "; some are later than the collection: that clock is ahead"}
+        </li>
+      ))}
+    </ul>
   );
 }
 
-export function EventsPicture({overview, tables}: {overview: Overview; tables: Map<string, Table>}) {
-  const {rows, failure} = useRows(tables, eventTables);
-  const [controller, system] = useMemo(() => {
-    if (!rows) return [null, null];
-    const logs = CONTROLLER.flatMap(id => rows.get(id) ?? []);
-    const sel = rows.get("SELINFO");
-    return [logs.length > 0 ? controllerEvents(logs) : null, sel ? systemEvents(sel) : null];
-  }, [rows]);
+function useEventList(table: Table) {
+  const [list, setList] = useState<EventList | null>(null);
+  const [loaded, setLoaded] = useState(0);
+  const [failure, setFailure] = useState("");
+  useEffect(() => {
+    let alive = true;
+    let made: EventList | null = null;
+    const take = (rows: Rows) => {
+      if (!alive) return;
+      made ??= new EventList(rows);
+      setList(made);
+      setLoaded(rows.count);
+    };
+    loadRows(table, take)
+      .then(take)
+      .catch((error: Error) => alive && setFailure(error.message));
+    return () => {
+      alive = false;
+    };
+  }, [table]);
+  return {list, loaded, failure};
+}
+
+function Events({overview, table, route, nonce}: {overview: Overview; table: Table; route: Route; nonce: string}) {
+  const {list, loaded, failure} = useEventList(table);
+  const [shown, setShown] = useAddress(route, read, hash);
+  const [answer, setAnswer] = useState<{to: string; loaded: number; events: ShownEvents} | null>(null);
+  const collected = useMemo(() => collectedAt(overview), [overview]);
+  const narrow = useMemo(() => matchMedia("(max-width: 54rem)").matches, []);
+  const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
+  const question = JSON.stringify({...shown, open: 0, line: ""});
+  const events = answer?.events;
+
+  useEffect(() => {
+    if (!list) return;
+    const abort = new AbortController();
+    const timer = setTimeout(
+      () => {
+        shownEvents(list, wantedOf(shown, collected), abort.signal)
+          .then(events => setAnswer({to: question, loaded, events}))
+          .catch(() => {});
+      },
+      loaded === table.records || !answer ? 0 : LOADING_MS,
+    );
+    return () => {
+      clearTimeout(timer);
+      abort.abort();
+    };
+  }, [list, loaded, question]);
+
+  const ready = loaded === table.records && answer?.to === question && answer.loaded === loaded;
+  // A link to a line opens its event.
+  useEffect(() => {
+    if (!ready || !list || shown.line === "") return;
+    const [capture, line] = captureAt(shown.line);
+    for (let row = 0; row < list.count; ++row) {
+      const event = eventAt(list.rows, row);
+      if (event.capture === capture && event.line === line) return setShown({...shown, line: "", open: row});
+    }
+    setUnknown(shown.line);
+    setShown({...shown, line: ""});
+  }, [ready, shown.line]);
+
+  const [unknown, setUnknown] = useState("");
+  const latest = useRef(events);
+  latest.current = events;
+  const look = useMemo(
+    () => ({
+      filters: false,
+      cell(row: number, column: number): Node | undefined {
+        if (!list) return undefined;
+        const event = eventAt(list.rows, row);
+        if (column === TIME) {
+          const text = document.createElement("span");
+          text.className = "time";
+          text.textContent = event.time === "" ? "no clock" : visible(event.time.replace("T", " "));
+          return text;
+        }
+        if (column === SEVERITY) {
+          const word = document.createElement("span");
+          word.className = `event-severity ${({critical: "bad", warning: "poor"})[event.severity] ?? "minor"}`;
+          word.textContent = visible(event.severity);
+          return word;
+        }
+        const times = latest.current?.times[row] ?? 1;
+        if (column !== TEXT || times < 2) return undefined;
+        const cell = document.createElement("bdi");
+        const badge = document.createElement("b");
+        badge.className = "times";
+        badge.textContent = `x ${times.toLocaleString("en")}`;
+        cell.append(badge, ` ${oneLine(event.text)}`);
+        return cell;
+      },
+    }),
+    [list],
+  );
+  const columns = useMemo(
+    () =>
+      table.columns.map(
+        (_, at) => [TIME, SEVERITY, TEXT].includes(at) || (!narrow && [SOURCE, SOURCE + 1].includes(at)),
+      ),
+    [table],
+  );
+
   if (failure)
     return (
       <p class="problem" role="alert">
         {failure}
       </p>
     );
-  if (!rows) return <p>Reading the events ...</p>;
-  const collected = Date.parse(overview.meta["finished"] || overview.meta["started"] || "");
+  if (!list || !events) return <p>Reading the events ...</p>;
+  const toggled = (severity: string) =>
+    shown.severities.includes(severity)
+      ? shown.severities.filter(word => word !== severity)
+      : [...shown.severities, severity];
+  const everything = read(routeOf("#/events"));
+  const filtered = hash({...shown, open: -1, line: ""}) !== hash(everything);
+  const folded = events.found - events.order.length;
+  const iso = (time: number) => new Date(time).toISOString().slice(0, 19);
+
   return (
     <>
-      <h1>Events over time</h1>
-      <p class="lead">Each bar leads to its first event. Times are as the controller and the BMC wrote them.</p>
-      {controller && (
-        <Timeline
-          title="RAID controller"
-          {...controller}
-          collected={collected}
-          note="Without a date are those that the controller dated in seconds since it started."
-        />
-      )}
-      {system && (
-        <Timeline
-          title="System event log (SEL)"
-          {...system}
-          collected={collected}
-          note="Without a date are those from before the BMC had a clock."
+      {unknown !== "" && <p class="note">No event stands at {visible(unknown.replace(/@(\d+)$/, ", line $1"))}.</p>}
+      <Clocks list={list} collected={collected} />
+      <div class="tools" role="toolbar" aria-label="Events">
+        <label>
+          <span class="unseen">Search the events</span>
+          <input
+            type="search"
+            placeholder="Search the events"
+            value={shown.text}
+            spellcheck={false}
+            onInput={event => setShown({...shown, text: event.currentTarget.value})}
+          />
+        </label>
+        {SEVERITIES.map(severity => (
+          <button
+            key={severity}
+            type="button"
+            aria-pressed={shown.severities.includes(severity)}
+            onClick={() => setShown({...shown, severities: toggled(severity)}, true)}
+          >
+            <SeverityDot of={severity} />
+          </button>
+        ))}
+        <label>
+          <select
+            aria-label="Source"
+            value={shown.source}
+            onChange={event => setShown({...shown, source: event.currentTarget.value}, true)}
+          >
+            <option value="">all sources</option>
+            {[...list.sources.keys()].map(source => (
+              <option key={source} value={source}>
+                {visible(source)}
+              </option>
+            ))}
+          </select>
+        </label>
+        <label>
+          <select
+            aria-label="Time"
+            value={shown.from || shown.to ? "chosen" : shown.span}
+            onChange={event => setShown({...shown, span: event.currentTarget.value, from: "", to: ""}, true)}
+          >
+            {SPANS.map(([id, title]) => (
+              <option key={id} value={id}>
+                {id === "" ? "all times" : `last ${title.toLowerCase()}`}
+              </option>
+            ))}
+            {(shown.from || shown.to) && (
+              <option value="chosen">{`${shown.from.replace("T", " ")} to ${shown.to.replace("T", " ")}`}</option>
+            )}
+          </select>
+        </label>
+        <label>
+          <input
+            type="checkbox"
+            checked={shown.folded}
+            onChange={() => setShown({...shown, folded: !shown.folded}, true)}
+          />{" "}
+          fold repeated
+        </label>
+        <button
+          type="button"
+          disabled={!ready}
+          onClick={() =>
+            save(csv({rows: list.rows, order: events.order, columns: table.columns.map((_, at) => at)}), "events.csv")
+          }
+        >
+          CSV
+        </button>
+        {filtered && (
+          <button type="button" onClick={() => setShown({...everything, open: shown.open}, true)}>
+            Show all
+          </button>
+        )}
+        <span class="count" role="status">
+          {loaded < table.records
+            ? `loading, ${loaded.toLocaleString("en")} of ${count(table.records, "event")}`
+            : events.found < table.records
+              ? `${events.found.toLocaleString("en")} of ${count(table.records, "event")}`
+              : count(table.records, "event")}
+          {folded > 0 && `, ${count(events.order.length, "row")}`}
+          {ready ? "" : " ..."}
+        </span>
+      </div>
+      <Timeline
+        bins={events.bins}
+        hrefOf={(from, to) => hash({...shown, span: "", from: iso(from), to: iso(to + 999), open: -1})}
+      />
+      <GridHost
+        rows={list.rows}
+        order={events.order}
+        sort={shown.sort}
+        onSort={sort => setShown({...shown, sort}, true)}
+        visibleColumns={columns}
+        captures={captures}
+        nonce={nonce}
+        chosen={shown.open}
+        choose={open => setShown({...shown, open}, true)}
+        look={look}
+      />
+      {shown.open >= 0 && shown.open < list.count && (
+        <OpenEvent
+          list={list}
+          row={shown.open}
+          events={events}
+          overview={overview}
+          each={subject => hash({...shown, text: subject, folded: false, open: -1})}
+          close={() => setShown({...shown, open: -1}, true)}
         />
       )}
     </>
   );
+}
+
+function OpenEvent({
+  list,
+  row,
+  events,
+  overview,
+  each,
+  close,
+}: {
+  list: EventList;
+  row: number;
+  events: ShownEvents;
+  overview: Overview;
+  each: (text: string) => string;
+  close: () => void;
+}) {
+  const event = eventAt(list.rows, row);
+  const times = events.times[row] ?? 1;
+  const other = times > 1 ? list.times[events.others[row]!]! : NaN;
+  const facts: [string, string][] = [
+    ["Time", event.time === "" ? "no clock" : event.time.replace("T", " ")],
+    ["UTC", event.time_utc.replace("T", " ")],
+    ["Severity", event.severity],
+    ["Source", event.source],
+    ["Subject", event.subject],
+    ["Event", event.text],
+  ];
+  return (
+    <Panel
+      title="Event"
+      detail={`number ${(row + 1).toLocaleString("en")} as the logs have them`}
+      close={close}
+      focus={false}
+    >
+      <dl>
+        {facts
+          .filter(([, text]) => text !== "")
+          .map(([label, text]) => (
+            <div key={label}>
+              <dt>{label}</dt>
+              <dd>
+                <bdi class="value">{visible(text)}</bdi>
+              </dd>
+            </div>
+          ))}
+        {times > 1 && (
+          <div>
+            <dt>Repeated</dt>
+            <dd>
+              <a href={each(`${event.subject} ${event.text}`.trim())}>{count(times, "time")}</a>
+              {!Number.isNaN(other) && `, since ${written(other)}`}
+            </dd>
+          </div>
+        )}
+        <div>
+          <dt>Told by</dt>
+          <dd>
+            <Evidence overview={overview} place={event} />
+          </dd>
+        </div>
+      </dl>
+    </Panel>
+  );
+}
+
+export function EventsPicture({overview, route, nonce}: PictureProps) {
+  const {events} = overview;
+  if (events === undefined) return <p class="empty">This report holds no list of events: there is nothing to draw.</p>;
+  if (events.records === 0) return <p class="empty">No capture tells of an event.</p>;
+  return <Events overview={overview} table={events} route={route} nonce={nonce} />;
 }

@@ -1,11 +1,13 @@
 // Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
 import {scaleLinear} from "d3-scale";
-import type {Overview, Sensor} from "../data";
+import type {PictureProps} from "../app";
+import type {Overview, Sensor, Severity} from "../data";
 import {Standing} from "../evidence";
 import {SeverityMark} from "../severity_mark";
 import {count, visible} from "../text";
-import {sensorSeverities} from "../verdict";
+import {sensorFindings, worst} from "../verdict";
 import {levelOf, type Level} from "./level";
+import {Nothing} from "./nothing";
 
 const WIDTH = 360;
 const HEIGHT = 26;
@@ -69,7 +71,7 @@ function spoken(sensor: Sensor): string {
   return limits.length > 0 ? limits.join(", ") : "no thresholds";
 }
 
-type Judge = ReturnType<typeof sensorSeverities>;
+type Judge = (sensor: Sensor) => Severity | undefined;
 
 function Line({sensor, overview, severityOf}: {sensor: Sensor; overview: Overview; severityOf: Judge}) {
   const severity = severityOf(sensor);
@@ -107,23 +109,24 @@ function titleOf(kind: string, sensors: Sensor[]): string {
   return [TITLES[kind] ?? (visible(kind) || "Others"), ...units].join(", ");
 }
 
-export function SensorsPicture({overview}: {overview: Overview}) {
-  const sensors = overview.inventory!.sensors;
-  const severityOf = sensorSeverities(overview);
+export function SensorsPicture({overview}: PictureProps) {
+  const sensors = overview.inventory?.sensors ?? [];
+  if (sensors.length === 0) return <Nothing overview={overview} of="sensors" />;
+  const found = sensorFindings(overview);
+  const severityOf: Judge = sensor => worst(found(sensor));
   const kinds = new Map<string, Sensor[]>(Object.keys(TITLES).map(kind => [kind, []]));
   for (const sensor of sensors) {
     const kind = sensor.kind ?? "";
     if (!kinds.has(kind)) kinds.set(kind, []);
     kinds.get(kind)!.push(sensor);
   }
-  const found = sensors.filter(sensor => levelOf(severityOf(sensor)) !== "plain").length;
+  const marked = sensors.filter(sensor => levelOf(severityOf(sensor)) !== "plain").length;
 
   return (
     <>
-      <h1>Sensors</h1>
       <p class="lead">
-        {count(sensors.length, "sensor")}, {found === 0 ? "none" : found} with a finding. Each leads to its line in the
-        capture.
+        {count(sensors.length, "sensor")}, {marked === 0 ? "none" : marked} with a finding. Each leads to its line in
+        the capture.
       </p>
       <ul class="legend">
         <li>

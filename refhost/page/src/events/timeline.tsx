@@ -1,0 +1,77 @@
+// The events that are shown, over time: a bar a bin, the severe ones at its foot. A bar leads to its span.
+import {scaleUtc} from "d3-scale";
+import {count, written} from "../text";
+import {levelOfEvent} from "./severity_dot";
+import {BINS, LEVELS, type Bins} from "./shown";
+
+const WIDTH = 900;
+const HEIGHT = 84;
+const FOOT = 20;
+
+export function Timeline({
+  bins: {start, end, counts},
+  hrefOf,
+}: {
+  bins: Bins;
+  hrefOf: (from: number, to: number) => string;
+}) {
+  if (Number.isNaN(start)) return null;
+  const x = scaleUtc().domain([start, end]).range([0, WIDTH]);
+  const step = WIDTH / BINS;
+  const totals = Array.from({length: BINS}, (_, bin) =>
+    LEVELS.reduce((sum, _level, level) => sum + counts[bin * LEVELS.length + level]!, 0),
+  );
+  const highest = Math.log1p(Math.max(...totals));
+  return (
+    <div class="scroll over-time" tabIndex={0} role="region" aria-label="Events over time">
+      <svg
+        class="timeline"
+        viewBox={`0 0 ${WIDTH} ${HEIGHT + FOOT}`}
+        role="group"
+        aria-label={`Events from ${written(start)} to ${written(end)}`}
+      >
+        {totals.map((total, bin) => {
+          if (total === 0) return null;
+          const [from, to] = [0, 1].map(more => start + ((end - start) * (bin + more)) / BINS);
+          const own = LEVELS.map((_, level) => counts[bin * LEVELS.length + level]!);
+          const says = `${count(total, "event")} from ${written(from!)} to ${written(to!)}: ${own[0]} critical, ${own[1]} warning`;
+          // Single events stay visible beside thousands; within a bar parts are as their numbers are.
+          const tall = 6 + ((HEIGHT - 6) * Math.log1p(total)) / highest;
+          let top = HEIGHT;
+          return (
+            <a key={bin} href={hrefOf(from!, to!)} tabIndex={-1} aria-label={says}>
+              <title>{says}</title>
+              {LEVELS.map((severity, level) => {
+                if (own[level] === 0) return null;
+                const part = Math.max(2, (tall * own[level]!) / total);
+                top -= part;
+                return (
+                  <rect
+                    key={level}
+                    class={`event ${levelOfEvent(severity)}`}
+                    x={bin * step}
+                    width={step - 1}
+                    y={Math.max(0, top)}
+                    height={part}
+                  />
+                );
+              })}
+            </a>
+          );
+        })}
+        <line class="base" x1={0} x2={WIDTH} y1={HEIGHT} y2={HEIGHT} />
+        {x.ticks(6).map(tick => (
+          <text
+            key={+tick}
+            class="tick"
+            x={Math.min(Math.max(x(tick), 24), WIDTH - 24)}
+            y={HEIGHT + 14}
+            text-anchor="middle"
+          >
+            {x.tickFormat(6)(tick)}
+          </text>
+        ))}
+      </svg>
+    </div>
+  );
+}

@@ -1,0 +1,46 @@
+// The events that name one thing: how many, the newest, and the way to all of them.
+import type {FoundEvents} from "../events/use_events";
+import {captureHash, viewHash, type State} from "../route";
+import {SeverityDot} from "../events/severity_dot";
+import {count, oneLine, visible} from "../text";
+
+const NEWEST = 8;
+
+export function EventsOf({events, state, title = "Events"}: {events: FoundEvents; state?: State; title?: string}) {
+  const {found, reading, failure} = events;
+  return (
+    <section>
+      <h3>
+        <bdi>{title}</bdi>
+      </h3>
+      {failure !== "" && (
+        <p class="problem" role="alert">
+          {failure}
+        </p>
+      )}
+      {reading && <p>Looking through the events ...</p>}
+      {!reading && failure === "" && found.length === 0 && <p class="empty">No event names it.</p>}
+      {found.length > 0 && (
+        <>
+          <p>
+            {state === undefined ? (
+              count(found.length, "event")
+            ) : (
+              <a href={viewHash("events", "", state)}>{count(found.length, "event")}</a>
+            )}
+            {found.length > NEWEST && `, the newest ${NEWEST}:`}
+          </p>
+          <ul class="events-of">
+            {found.slice(0, NEWEST).map(event => (
+              <li key={event.row}>
+                <SeverityDot of={event.severity} />{" "}
+                <span class="time">{event.time === "" ? "no clock" : visible(event.time.replace("T", " "))}</span>{" "}
+                <bdi>{oneLine(event.text)}</bdi> <a href={captureHash(event.capture, event.line)}>line {event.line}</a>
+              </li>
+            ))}
+          </ul>
+        </>
+      )}
+    </section>
+  );
+}

@@ -1,0 +1,107 @@
+// The machine: what it is, its processors, its management controller, its replaceable units.
+import type {PictureProps} from "../app";
+import type {Place} from "../data";
+import {Evidence} from "../evidence";
+import {MachineFacts} from "../machine";
+import {visible} from "../text";
+
+// The fields of entities side by side; of a field that none of them has there is no column.
+function Entities<One extends Place>({
+  title,
+  list,
+  fields,
+  overview,
+}: {
+  title: string;
+  list: One[];
+  fields: [label: string, field: keyof One][];
+  overview: PictureProps["overview"];
+}) {
+  if (list.length === 0) return null;
+  const known = fields.filter(([, field]) => list.some(one => one[field] !== undefined));
+  return (
+    <section>
+      <h2>{title}</h2>
+      <div class="scroll" tabIndex={0} role="region" aria-label={title}>
+        <table class="list">
+          <thead>
+            <tr>
+              {known.map(([label]) => (
+                <th key={label} scope="col">
+                  {label}
+                </th>
+              ))}
+              <th scope="col">Told by</th>
+            </tr>
+          </thead>
+          <tbody>
+            {list.map((one, at) => (
+              <tr key={at}>
+                {known.map(([label, field]) => (
+                  <td key={label}>
+                    <bdi>{visible(String(one[field] ?? ""))}</bdi>
+                  </td>
+                ))}
+                <td>
+                  <Evidence overview={overview} place={one} />
+                </td>
+              </tr>
+            ))}
+          </tbody>
+        </table>
+      </div>
+    </section>
+  );
+}
+
+export function SystemPicture({overview}: PictureProps) {
+  const {inventory} = overview;
+  return (
+    <>
+      <section>
+        <h2>The machine</h2>
+        <MachineFacts overview={overview} />
+      </section>
+      {inventory !== undefined && (
+        <>
+          <Entities
+            title="Processors"
+            list={inventory.processors}
+            fields={[
+              ["Socket", "socket"],
+              ["Model", "model"],
+              ["Cores", "cores"],
+              ["Threads", "threads"],
+              ["State", "state"],
+            ]}
+            overview={overview}
+          />
+          <Entities
+            title="Management controller (BMC)"
+            list={inventory.bmcs}
+            fields={[
+              ["Firmware", "firmware"],
+              ["IPMI", "ipmi"],
+              ["Self test", "self_test"],
+              ["Address", "address"],
+              ["MAC", "mac"],
+            ]}
+            overview={overview}
+          />
+          <Entities
+            title="Replaceable units (FRU)"
+            list={inventory.frus}
+            fields={[
+              ["Device", "device"],
+              ["Manufacturer", "manufacturer"],
+              ["Product", "product"],
+              ["Part", "part"],
+              ["Serial", "serial"],
+            ]}
+            overview={overview}
+          />
+        </>
+      )}
+    </>
+  );
+}

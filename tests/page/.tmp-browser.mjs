@@ -1,0 +1,95 @@
+// Debian's Chromium, and reports to open in it.
+import {spawnSync} from "node:child_process";
+import {mkdirSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
+import {tmpdir} from "node:os";
+import {join, resolve} from "node:path";
+import {pathToFileURL} from "node:url";
+import {chromium} from "playwright-core";
+
+export const top = resolve(import.meta.dirname, "../..");
+export const samples = join(top, "samples");
+const qvhost = process.env.QVHOST;
+if (!qvhost) throw new Error("QVHOST names the program to test");
+export const pictures = process.env.QV_SCREENSHOTS ?? "";
+
+export const work = mkdtempSync(join(tmpdir(), "qv-page-"));
+process.on("exit", () => rmSync(work, {recursive: true, force: true}));
+
+// Collects from a recorded server; once for each.
+const reports = new Map();
+export function report(machine) {
+  if (!reports.has(machine)) {
+    const directory = join(work, `report ${reports.size}`);
+    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {
+      encoding: "utf8",
+    });
+    if (ran.status !== 0) throw new Error(`${machine}: ${ran.stderr}`);
+    const json = JSON.parse(readFileSync(join(directory, "report/report.json"), "utf8"));
+    reports.set(machine, {directory, json, summary: ran.stdout});
+  }
+  return reports.get(machine);
+}
+
+// A browser among other tests on two processors may stand still for a while.
+const patience = 12_000; // milliseconds
+
+let browser;
+export async function start() {
+  browser = await chromium.launch({
+    executablePath: "/usr/bin/chromium",
+    timeout: patience,
+    args: [
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--no-first-run",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ],
+  });
+}
+export const stop = () => browser.close();
+
+// Opens a report's page. What it complains about and asks the network for is in `trouble`, the files
+// it loads are in `asked`.
+export async function open({directory}, hash = "", options = {}) {
+  const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...options});
+  context.setDefaultTimeout(patience);
+  const page = await context.newPage();
+  page.trouble = [];
+  page.on("console", message => {
+    if (["error", "warning"].includes(message.type())) page.trouble.push(message.text());
+  });
+  page.on("pageerror", error => page.trouble.push(error.message));
+  page.asked = [];
+  page.on("request", request => {
+    page.asked.push(request.url().replace(/.*\//, ""));
+    if (!/^(file|data|blob):/.test(request.url())) page.trouble.push(`request ${request.url()}`);
+  });
+  await page.goto(pathToFileURL(join(directory, "report/index.html")).href + hash);
+  await page.locator("main h1, main .empty").first().waitFor();
+  return page;
+}
+
+export async function go(page, hash) {
+  await page.evaluate(to => {
+    location.hash = to;
+  }, hash);
+  await page.locator("main h1, main .empty").first().waitFor();
+}
+
+// Waits until the table has all its rows.
+export async function loaded(page) {
+  await page.waitForFunction(() => {
+    const count = document.querySelector(".tools .count");
+    return !count?.textContent.startsWith("loading");
+  });
+  await page.waitForFunction(() => !document.querySelector(".grid") || document.querySelector(".grid .slick-row"));
+}
+
+export async function screenshot(page, name) {
+  if (pictures === "") return;
+  mkdirSync(pictures, {recursive: true});
+  await page.screenshot({path: join(pictures, `${name}.png`)});
+}
