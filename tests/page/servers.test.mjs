@@ -1,5 +1,6 @@
 // Each recorded server's page: it opens without complaint and shows what report.json says.
 import assert from "node:assert/strict";
+import {spawnSync} from "node:child_process";
 import {readdirSync, readFileSync, statSync} from "node:fs";
 import {join} from "node:path";
 import {after, before, describe, test} from "node:test";
@@ -89,6 +90,153 @@ for (const machine of machines) {
         shown.forEach((text, at) => {
           if (!rows[at][0].includes("<a href")) assert.equal(flat(text), flat(rows[at][0]).replace(/\n/g, " ↵ "));
         });
+      }
+      assert.deepEqual(page.trouble, []);
+      await page.context().close();
+    });
+
+    test("each picture's numbers are the inventory's", async () => {
+      const made = report(join(samples, machine));
+      const {inventory, health} = made.json;
+      const page = await open(made);
+      const texts = selector =>
+        page.locator(selector).evaluateAll(all => all.map(one => one.textContent.replace(/\s+/g, " ").trim()));
+      const holds = (shown, wanted, what) => {
+        assert.equal(shown.length, wanted.length, what);
+        wanted.forEach((parts, at) => {
+          for (const part of parts.filter(one => one !== null))
+            assert.ok(shown[at].includes(String(part)), `${what}: ${part} in ${shown[at]}`);
+        });
+      };
+
+      await go(page, "#/overview");
+      holds(
+        await texts(".subsystem"),
+        health.map(({health, missing}) => [health, missing[0] ?? null]),
+        "health",
+      );
+
+      await go(page, "#/storage");
+      const byPlace = (a, b) =>
+        (a.controller ?? Infinity) - (b.controller ?? Infinity) ||
+        (a.enclosure ?? Infinity) - (b.enclosure ?? Infinity) ||
+        (a.slot ?? Infinity) - (b.slot ?? Infinity);
+      const inOrder = inventory.drives.toSorted(byPlace);
+      holds(
+        await texts(".slots .slot:not(.empty)"),
+        inOrder.map(drive => [
+          drive.slot === null ? drive.device : `${drive.enclosure ?? ""}:${drive.slot}`,
+          drive.state,
+          drive.drive_group === null ? null : `group ${drive.drive_group}`,
+          drive.spare === null ? null : `${drive.spare} spare`,
+          drive.rebuild_percent === null ? null : `${drive.rebuild_percent} %`,
+          drive.media_errors > 0 ? `${drive.media_errors.toLocaleString("en")} media error` : null,
+          drive.predicted_failures > 0 ? `${drive.predicted_failures} predicted failure` : null,
+        ]),
+        "drives",
+      );
+      const volumes = inventory.volumes.toSorted(
+        (a, b) =>
+          (a.controller ?? Infinity) - (b.controller ?? Infinity) ||
+          (a.drive_group ?? Infinity) - (b.drive_group ?? Infinity),
+      );
+      holds(
+        await texts(".volumes > li"),
+        volumes.map(({number, name, raid, state, operation, progress_percent}) => [
+          number,
+          name,
+          raid,
+          state,
+          operation,
+          progress_percent === null ? null : `${progress_percent} %`,
+        ]),
+        "volumes",
+      );
+      const members = inOrder.filter(drive => drive.drive_group !== null);
+      assert.equal((await texts(".members > li")).length, members.length);
+      // Each drive's own view has all that is known of it.
+      const labels = {model: "Model", serial: "Serial", wwn: "WWN", firmware: "Firmware", media_errors: "Media errors"};
+      const links = await page
+        .locator(".slots .slot:not(.empty) a")
+        .evaluateAll(all => all.map(link => link.getAttribute("href")));
+      for (const [at, link] of links.entries()) {
+        await go(page, link);
+        await page.locator(".chosen dl").first().waitFor();
+        const shown = new Map(
+          await page
+            .locator(".chosen > dl > div")
+            .evaluateAll(all => all.map(one => [...one.children].map(part => part.textContent))),
+        );
+        for (const [field, label] of Object.entries(labels)) {
+          const value = inOrder[at][field];
+          const text = typeof value === "number" ? value.toLocaleString("en") : (value ?? undefined);
+          assert.equal(shown.get(label), text, `${field} of ${link}`);
+        }
+      }
+
+      await go(page, "#/sensors");
+      const readings = (await texts(".sensor")).toSorted();
+      const known = sensor => sensor.reading ?? sensor.states.join(", ");
+      assert.equal(readings.length, inventory.sensors.length);
+      for (const sensor of inventory.sensors)
+        assert.ok(
+          readings.some(text => text.startsWith(sensor.name) && text.includes(String(known(sensor)))),
+          `${sensor.name} ${known(sensor)}`,
+        );
+
+      await go(page, "#/power");
+      holds(
+        await texts(".supplies .slot"),
+        inventory.power_supplies.map(({slot, present, state, input_state, input_watts, serial}) =>
+          present === false ? [slot, "none in the bay"] : [slot, state, input_state, input_watts, serial],
+        ),
+        "power supplies",
+      );
+      await go(page, "#/memory");
+      holds(
+        await texts(".modules .slot"),
+        inventory.memory_modules.map(({slot, capacity_bytes, serial}) => [
+          slot,
+          capacity_bytes === null ? "size not told" : `${capacity_bytes / 2 ** 30} GiB`,
+          serial,
+        ]),
+        "memory",
+      );
+      await go(page, "#/events");
+      const query = "SELECT count(*) FROM events";
+      const ran = spawnSync("sqlite3", [join(made.directory, "report/report.sqlite"), query], {encoding: "utf8"});
+      const events = Number(ran.stdout);
+      if (events === 0) await page.getByText("No capture tells of an event").waitFor();
+      else await page.locator(".tools .count", {hasText: `${events.toLocaleString("en")} event`}).waitFor();
+      assert.deepEqual(page.trouble, []);
+      await page.context().close();
+    });
+
+    test("each finding opens its evidence", async () => {
+      const made = report(join(samples, machine));
+      const page = await open(made);
+      for (const {evidence, subject} of made.json.findings) {
+        for (const {capture, line} of evidence) {
+          const bytes = readFileSync(join(made.directory, capture));
+          const lines = bytes
+            .subarray(0, 1 << 20)
+            .toString("latin1")
+            .split("\n");
+          if (line === 0 || line > lines.length || bytes.length === 0) continue;
+          const link = page.locator(`.findings a.evidence[href="#/capture/${capture}@${line}"]`).first();
+          assert.equal(await link.count(), 1, `${subject}: ${capture}, line ${line}`);
+          await go(page, `#/capture/${capture}@${line}`);
+          const mark = page.locator(`h1:has-text("${capture}") ~ .capture-text mark[data-line="${line}"]`);
+          await mark.waitFor();
+          assert.equal(
+            (await mark.textContent()).trim(),
+            Buffer.from(lines[line - 1], "latin1")
+              .toString("utf8")
+              .trim(),
+            subject,
+          );
+          await go(page, "#/overview");
+        }
       }
       assert.deepEqual(page.trouble, []);
       await page.context().close();

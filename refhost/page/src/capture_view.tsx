@@ -1,5 +1,5 @@
 // One capture as evidence: the command that made it, its text with a line marked, numbers that can be linked.
-import {useEffect, useMemo, useRef, useState} from "preact/hooks";
+import {useEffect, useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
 import {loadCapture, type Capture, type Command, type Overview} from "./data";
 import {captureAddress} from "./link";
 import {captureHash, viewHash, type Route} from "./route";
@@ -96,7 +96,7 @@ function CaptureText({
   const box = useRef<HTMLDivElement>(null);
   const mark = useRef<HTMLElement>(null);
   const pre = useRef<HTMLPreElement>(null);
-  useEffect(() => {
+  useLayoutEffect(() => {
     if (!mark.current || !box.current) return;
     // Within its box: what made the capture stays in sight above.
     box.current.scrollTop = mark.current.offsetTop - box.current.clientHeight / 2;
