@@ -83,8 +83,10 @@ std::span<const Question> questions() { return kQuestions; }
 
 std::string with(std::string_view text, std::string_view n) {
     std::string filled(text);
-    for (auto at = filled.find("{n}"); at != std::string::npos; at = filled.find("{n}", at))
+    for (auto at = filled.find("{n}"); at != std::string::npos; at = filled.find("{n}", at)) {
         filled.replace(at, 3, n);
+        at += n.size();
+    }
     return filled;
 }
 

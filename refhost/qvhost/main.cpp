@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "compat/layer.h"
+#include "qvhost/check_here.h"
 #include "qvhost/cli/command_line.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect_here.h"
@@ -66,7 +67,7 @@ constexpr struct {
     {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
-    {"check",  [](const ParsedArguments& parsed) { return qvhost::check_report(parsed.check); }},
+    {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
 };
 // clang-format on
 

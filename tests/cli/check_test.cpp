@@ -398,7 +398,7 @@ TEST_F(Check, CheckmkHasALineASubsystem) {
 TEST_F(Check, AWrongCommandLineIsUnknown) {
     const auto report = store_of(all(HealthWord::ok)).string();
     const std::vector<std::vector<std::string>> wrong{
-        {"check"},
+        {"check", report, "--log-dir", "somewhere"},
         {"check", report, "more"},
         {"check", report, "--nonsense"},
         {"check", report, "--subsystem", "kitchen"},

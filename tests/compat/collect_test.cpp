@@ -45,7 +45,8 @@ protected:
     fs::path tools() const { return dir() / "server" / "bin" / "qv_tools"; }
 
     Outcome collect_here(const std::vector<std::string>& more = {}) {
-        std::vector<std::string> arguments{"collect", "--quiet", "--log-dir", log_dir()};
+        std::vector<std::string> arguments{"collect", "--quiet", "--plug-in-only", "--log-dir",
+                                           log_dir()};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return run(Invocation{.arguments = arguments,
                               .environment = {{"PATH", system().string()}},

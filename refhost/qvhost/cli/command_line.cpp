@@ -64,8 +64,10 @@ const std::vector<CommandText> kTexts = {
       {"qvhost query DIR \"PRAGMA table_info(PDLIST)\"",                                           "The columns of a table."}}},
 
     {"check", "Say how a server is, as a monitoring plug-in",
-     {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
-     {{"qvhost check /var/tmp/collection",                                  "The whole server."},
+     {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown.",
+      "Without a report this machine is asked for what verdicts need, as with \"qvhost collect --profile health\": in a few seconds where the tools answer at once, and at most in four minutes. Captures and report go into --log-dir, in place of those of the check before, or into a directory of their own that goes again."},
+     {{"qvhost check",                                                      "This machine, now, as root."},
+      {"qvhost check /var/tmp/collection",                                  "The whole server."},
       {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
       {"qvhost check DIR --rules /etc/qvhost.rules",                        "By the severities and acknowledgements of this site."},
       {"qvhost check DIR --format json | jq -r '.findings[].id'",           "The ids of the findings, for a program."}}},
@@ -151,12 +153,13 @@ void expect_fits_profile(const CollectOptions& options) {
     if (options.plug_in_only) refuse("--plug-in-only");
 }
 
-void add_row(CLI::App& command, const CollectOption& row, CollectOptions& options) {
+CLI::Option& add_row(CLI::App& command, const CollectOption& row, CollectOptions& options) {
     auto& option = std::visit(
         [&](auto member) -> CLI::Option& { return add_option(command, row, options.*member); },
         row.place);
     option.required(row.use == CollectOption::Use::required);
     if (!row.value.empty()) option.type_name(row.value);
+    return option;
 }
 
 void add_collect_options(CLI::App& command, CollectOptions& options) {
@@ -227,9 +230,30 @@ void add_export(CLI::App& app, ExportOptions& options) {
     });
 }
 
-void add_check(CLI::App& app, CheckOptions& options) {
+void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting) {
     auto& check = add_command(app, "check");
-    add_report_argument(check, options.report);
+    auto& report =
+        *check.add_option("REPORT", options.report,
+                          "A log directory or a store file; without it this machine is asked");
+    const struct {
+        std::string_view name;
+        const char* meaning;
+        std::string usual;
+    } quick[] = {
+        {"log-dir",      "Where captures and report of this machine go",                ""},
+        {"tool-timeout", "Stop a tool after so many seconds",
+         std::to_string(kHealthLimits.tool_seconds)                                       },
+        {"run-timeout",  "Stop what runs when all tools together took so many seconds",
+         std::to_string(kHealthLimits.run_seconds)                                        },
+    };
+    for (const auto& row : collect_options()) {
+        for (const auto& [name, meaning, usual] : quick) {
+            if (name != row.name) continue;
+            auto& option = add_row(check, row, collecting);
+            option.required(false)->excludes(&report)->description(meaning);
+            option.default_str(usual);
+        }
+    }
     check.add_option("--subsystem", options.subsystems, "Only this subsystem; may be given again")
         ->delimiter(',')
         ->check(one_of(subsystem_words()))
@@ -307,7 +331,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
         ->check(not_empty);
 
     add_query(*app, parsed.query);
-    add_check(*app, parsed.check);
+    add_check(*app, parsed.check, parsed.collect);
     add_export(*app, parsed.exporting);
 
     auto& child = *app->add_subcommand(kChildCommand)->group("");
@@ -345,7 +369,8 @@ std::string usage_of(const CLI::App& command) {
     std::string usage = "qvhost " + command.get_name() + " [OPTION]...";
     for (const auto* argument : arguments_of(command)) {
         const auto name = argument->get_name(true);
-        usage += argument->get_required() ? " " + name : " [" + name + "]...";
+        const auto* const more = argument->get_expected_max() > 1 ? "..." : "";
+        usage += argument->get_required() ? " " + name : " [" + name + "]" + more;
     }
     return usage;
 }

@@ -129,7 +129,8 @@ int collect(CollectOptions options, const Stage& stage) {
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
     const DirLock lock(dir.path());
-    if (const auto found = make_room_for_report(dir); !found.empty()) warn("found " + found);
+    if (const auto found = make_room_for_report(dir, !has_modules); !found.empty())
+        warn("found " + found);
 
     // One second earlier, since file systems keep times more coarsely than clocks.
     const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
@@ -141,6 +142,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("status", "running");
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
+        store.set_meta("profile", options.profile);
         store.set_meta("also", boost::join(options.also, ","));
         store.set_meta("stand_ins", lines_of(stage.stand_ins, ""));
         store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));

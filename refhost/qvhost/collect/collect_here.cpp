@@ -45,10 +45,11 @@ std::vector<compat::VendorFile> vendor_files_here(const fs::path& plugin) {
         });
 }
 
-int collect_here(CollectOptions options) {
+int collect_here(CollectOptions options, bool summary) {
     expect_path_fits_plugin(program_file());
     const bool wanted = !options.no_compat;
-    Stage stage{.program = program_file(), .machine = this_machine(), .recorded = ""};
+    Stage stage{
+        .program = program_file(), .machine = this_machine(), .summary = summary, .recorded = ""};
     compat::Place place;
     place.search_path = usual_search_path();
     place.log_level = options.log_level;

@@ -8,8 +8,8 @@
 namespace qvhost {
 
 // Collects, with the vendors' tools beside this program, and with the compatibility layer unless it is not
-// wanted. Returns and throws as collect().
-int collect_here(CollectOptions options);
+// wanted. Returns and throws as collect(). The summary is printed if `summary` is set.
+int collect_here(CollectOptions options, bool summary = true);
 
 // Which files answer for the vendors' tools that the plug-in looks for (empty: the installed one).
 std::vector<compat::VendorFile> vendor_files_here(const std::filesystem::path& plugin);

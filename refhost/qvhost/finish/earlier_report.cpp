@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "qvhost/base/options.h"
 #include "qvhost/finish/recover.h"
 #include "store/store.h"
 
@@ -19,6 +20,14 @@ std::string when_it_started(const LogDir& dir) {
         return Store(dir.store(), Store::Mode::read).meta("started");
     } catch (const std::runtime_error&) {
         return "";
+    }
+}
+
+bool is_quick_report(const LogDir& dir) {
+    try {
+        return Store(dir.store(), Store::Mode::read).meta("profile") == kHealthProfile;
+    } catch (const std::exception&) {
+        return false;
     }
 }
 
@@ -39,8 +48,12 @@ fs::path free_name(const LogDir& dir, const std::string& started) {
 
 }  // namespace
 
-std::string make_room_for_report(const LogDir& dir) {
+std::string make_room_for_report(const LogDir& dir, bool is_quick) {
     std::string found;
+    if (is_quick && is_quick_report(dir)) {
+        fs::remove_all(dir.report());
+        fs::remove(dir.log());
+    }
     if (fs::exists(fs::symlink_status(dir.report()))) {
         const auto recovered = recover(dir);
         const auto started = when_it_started(dir);

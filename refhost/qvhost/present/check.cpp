@@ -322,11 +322,6 @@ std::string why_too_old(const CheckOptions& options, const Checked& checked) {
     return "the report is " + std::to_string(*checked.age_seconds) + " s old";
 }
 
-int tell_unknown(const std::string& reason) {
-    std::cout << "UNKNOWN: " << shortened(plain(reason), kLongestLine - 16) << '\n';
-    return kMonitoringUnknown;
-}
-
 }  // namespace
 
 int check_report(const CheckOptions& options) {
@@ -353,6 +348,11 @@ int check_report(const CheckOptions& options) {
         reason = error.what();
     }
     return tell_unknown(reason);
+}
+
+int tell_unknown(const std::string& reason) {
+    std::cout << "UNKNOWN: " << shortened(plain(reason), kLongestLine - 16) << '\n';
+    return kMonitoringUnknown;
 }
 
 int tell_usage_error(const std::string& what) {

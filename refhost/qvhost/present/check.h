@@ -18,6 +18,9 @@ inline constexpr int kMonitoringUnknown = 3;
 // UNKNOWN, with the reason in the first line.
 int check_report(const CheckOptions& options);
 
+// Tells why there is no verdict. Returns the exit status.
+int tell_unknown(const std::string& reason);
+
 // Tells that the command line was wrong, as a monitoring plug-in does. Returns the exit status.
 int tell_usage_error(const std::string& what);
 
