@@ -48,7 +48,7 @@ void LoggedCommand::ended(int status, const char* reason, const std::vector<pid_
     char numbers[64];
     std::snprintf(numbers, sizeof numbers, "< %.3f %d", took.count(), status);
     std::string line = numbers;
-    if (reason) line += std::string(" ") + reason;
+    if (reason || !left.empty()) line += std::string(" ") + (reason ? reason : "ended");
     for (const pid_t pid : left) line += " " + std::to_string(pid);
     append(line + '\n');
 }

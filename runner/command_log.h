@@ -4,7 +4,7 @@
 //     > COMMAND           the command is about to start; "\" and line ends in it are written \\ and \n
 //     < SECONDS STATUS [REASON [PID...]]
 //                         it has ended: its wait status, -1 if it could not be started; why it was
-//                         stopped ("time", "silence", "deadline"), and which processes could not be
+//                         stopped ("time", "silence", "deadline"; "ended" if it was not), and which processes could not be
 //                         ended and were left behind
 //     ! ERROR PATH        a capture could not be read, or not to its end; ERROR is the system's number
 #pragma once

@@ -39,11 +39,11 @@ std::optional<std::uint64_t> written_by(pid_t pid) {
     return std::nullopt;
 }
 
-// The bytes that the processes of the group have written; nothing if the system does not say. A
+// The bytes that the processes have written; nothing if the system does not say. A
 // process that starts or ends changes the sum too, which counts as a sign of life.
-std::optional<std::uint64_t> written_by_group(pid_t group) {
+std::optional<std::uint64_t> written_by_all(const CommandProcesses& processes) {
     std::uint64_t sum = 0;
-    for (const pid_t pid : members(group)) {
+    for (const pid_t pid : processes.members()) {
         const auto bytes = written_by(pid);
         if (!bytes) return std::nullopt;
         sum += *bytes + 1;
@@ -62,17 +62,17 @@ Limits::Limits(TimeoutKind kind) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) 
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
 }
 
-const char* Limits::exceeded(pid_t group) {
+const char* Limits::exceeded(const CommandProcesses* processes) {
     const auto now = Clock::now();
     if (deadline_ && now >= *deadline_) return kDeadline;
     if (time_ && now >= *time_) return kTimedOut;
-    if (silence_ && group > 0 && is_silent(group)) return kSilent;
+    if (silence_ && processes && is_silent(*processes)) return kSilent;
     return nullptr;
 }
 
-bool Limits::is_silent(pid_t group) {
+bool Limits::is_silent(const CommandProcesses& processes) {
     const auto now = Clock::now();
-    const auto written = written_by_group(group);
+    const auto written = written_by_all(processes);
     if (!written || *written != bytes_written_) {
         bytes_written_ = written.value_or(0);
         last_write_ = now;

@@ -5,13 +5,13 @@
 //     QV_DEADLINE         when every command ends and none begins, on the clock CLOCK_MONOTONIC
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <cstdint>
 #include <optional>
 
 namespace runner {
+
+class CommandProcesses;
 
 // Which variable holds the time limit of a command.
 enum class TimeoutKind {
@@ -31,9 +31,9 @@ public:
 
     bool any() const { return time_ || deadline_ || silence_; }
 
-    // Why the command must be stopped or not be started; null if it may go on. `group` is its process
-    // group, 0 before the start.
-    const char* exceeded(pid_t group);
+    // Why the command must be stopped or not be started; null if it may go on. `processes` are those of the
+    // command, null before the start.
+    const char* exceeded(const CommandProcesses* processes);
 
     // How long poll() may wait until exceeded() must be asked again: in milliseconds, -1 without end.
     int interval() const;
@@ -41,7 +41,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;  // CLOCK_MONOTONIC
 
-    bool is_silent(pid_t group);
+    bool is_silent(const CommandProcesses& processes);
 
     std::optional<Clock::time_point> time_;
     std::optional<Clock::time_point> deadline_;

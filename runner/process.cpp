@@ -29,12 +29,12 @@ using std::chrono::milliseconds;
 constexpr auto kKillTimeout = std::chrono::seconds(5);
 
 // Waits until `fd` is readable and returns null, or returns why a limit ended the wait.
-const char* wait_readable(int fd, Limits& limits, pid_t group) {
+const char* wait_readable(int fd, Limits& limits, const CommandProcesses& processes) {
     for (;;) {
         pollfd waiting{fd, POLLIN, 0};
         const int n = ::poll(&waiting, 1, limits.interval());
         if (n > 0 || (n < 0 && errno != EINTR)) return nullptr;
-        if (const char* reason = limits.exceeded(group)) return reason;
+        if (const char* reason = limits.exceeded(&processes)) return reason;
     }
 }
 
@@ -55,11 +55,11 @@ struct Outcome {
 };
 
 // Waits for the end of a command that has limits.
-Outcome reap_within(pid_t pid, Limits& limits) {
+Outcome reap_within(pid_t pid, Limits& limits, const CommandProcesses& processes) {
     // glibc 2.36 declares pidfd_open() without C linkage.
     const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (handle >= 0) {
-        const char* reason = wait_readable(handle, limits, pid);
+        const char* reason = wait_readable(handle, limits, processes);
         ::close(handle);
         if (reason) return {0, reason};
         return {try_reap(pid, 0).value_or(-1)};
@@ -67,28 +67,34 @@ Outcome reap_within(pid_t pid, Limits& limits) {
     // A kernel without process handles, or no descriptor left.
     for (;;) {
         if (const auto status = try_reap(pid, WNOHANG)) return {*status};
-        if (const char* reason = limits.exceeded(pid)) return {0, reason};
+        if (const char* reason = limits.exceeded(&processes)) return {0, reason};
         std::this_thread::sleep_for(milliseconds(10));
     }
 }
 
-// Kills the whole group: the shell may have ended before its tool.
-Outcome kill_group(pid_t pid, const char* reason) {
-    ::kill(-pid, SIGKILL);
+// Kills all of the command's processes: the shell may have ended before its tool. `status` is the shell's, if
+// it has ended.
+Outcome kill_all(pid_t pid, const CommandProcesses& processes, const char* reason,
+                 std::optional<int> status = std::nullopt) {
     const auto end = Clock::now() + kKillTimeout;
-    for (std::optional<int> status;;) {
+    for (;;) {
+        processes.kill();
         if (!status) status = try_reap(pid, WNOHANG);
-        auto left = members(pid);
+        processes.reap_adopted();
+        auto left = processes.members();
         if ((status && left.empty()) || Clock::now() >= end)
             return {status.value_or(SIGKILL), reason, std::move(left)};
         std::this_thread::sleep_for(milliseconds(5));
     }
 }
 
-Outcome reap(pid_t pid, Limits& limits) {
-    if (!limits.any()) return {try_reap(pid, 0).value_or(-1)};
-    const auto end = reap_within(pid, limits);
-    return end.reason ? kill_group(pid, end.reason) : end;
+Outcome reap(pid_t pid, const std::string& command, Limits& limits,
+             const CommandProcesses& processes) {
+    const auto end =
+        limits.any() ? reap_within(pid, limits, processes) : Outcome{try_reap(pid, 0).value_or(-1)};
+    if (end.reason) return kill_all(pid, processes, end.reason);
+    if (!processes.end_with_command() || starts_service(command)) return end;
+    return kill_all(pid, processes, nullptr, end.status);
 }
 
 // The signals, descriptors and process group that the shell is started with.
@@ -196,7 +202,7 @@ bool has_line(std::string_view text) {
 int run(const std::string& command, TimeoutKind kind) {
     const LoggedCommand logged(command);
     Limits limits(kind);
-    if (const char* reason = limits.exceeded(0)) {
+    if (const char* reason = limits.exceeded(nullptr)) {
         logged.ended(SIGKILL, reason);
         return SIGKILL;
     }
@@ -205,8 +211,10 @@ int run(const std::string& command, TimeoutKind kind) {
     settings.signals(block.mask_before(), block.handled_before());
     if (limits.any()) settings.own_process_group();
 
+    CommandProcesses processes;
     const pid_t pid = settings.start(command);
-    const auto end = pid >= 0                 ? reap(pid, limits)
+    processes.started(pid);
+    const auto end = pid >= 0                 ? reap(pid, command, limits, processes)
                      : out_of_resources(-pid) ? Outcome{-1}
                                               : Outcome{kShellNotFound};
     logged.ended(end.status, end.reason, end.left);
@@ -216,7 +224,7 @@ int run(const std::string& command, TimeoutKind kind) {
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
     const LoggedCommand logged(command);
     Limits limits(TimeoutKind::tool);
-    if (const char* reason = limits.exceeded(0)) {
+    if (const char* reason = limits.exceeded(nullptr)) {
         logged.ended(SIGKILL, reason);
         return std::nullopt;
     }
@@ -230,7 +238,9 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     SpawnSettings settings;
     settings.standard_output(writing);
     if (limits.any()) settings.own_process_group();
+    CommandProcesses processes;
     const pid_t pid = settings.start(command);
+    processes.started(pid);
     ::close(writing);
     if (pid < 0) {
         logged.ended(-1);
@@ -242,14 +252,15 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     std::string block(most, '\0');
     const char* reason = nullptr;
     while (text.size() < most && !has_line(text) &&
-           !(reason = wait_readable(reading, limits, pid))) {
+           !(reason = wait_readable(reading, limits, processes))) {
         const ssize_t n = ::read(reading, block.data(), most - text.size());
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) break;
         text.append(block, 0, static_cast<std::size_t>(n));
     }
     ::close(reading);
-    const auto end = reason ? kill_group(pid, reason) : reap(pid, limits);
+    const auto end =
+        reason ? kill_all(pid, processes, reason) : reap(pid, command, limits, processes);
     logged.ended(end.status, end.reason, end.left);
     return text;
 }

@@ -1,12 +1,15 @@
 // Running tools: what they inherit, how long they may take, and where directories with odd names lead.
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <thread>
@@ -16,6 +19,7 @@
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/collectors.h"
 #include "rsamplemodule1/captures.h"
+#include "runner/process.h"
 #include "tools/tools.h"
 
 using namespace marlox::repository;
@@ -48,6 +52,56 @@ protected:
         return false;
     }
 };
+
+// A host that adopts orphans and has the plug-in end what a command leaves; and one that does not.
+class AdoptingHost {
+public:
+    AdoptingHost() {
+        ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+        ::setenv("QV_END_PROCESSES", "1", 1);
+    }
+    ~AdoptingHost() {
+        ::unsetenv("QV_END_PROCESSES");
+        ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    }
+    AdoptingHost(const AdoptingHost&) = delete;
+    AdoptingHost& operator=(const AdoptingHost&) = delete;
+};
+
+TEST_F(Process, WhatACommandLeavesEndsOnlyWhereTheHostSaysSo) {
+    EXPECT_EQ(runner::run("setsid sleep 86411.5 & exit 0"), 0);
+    EXPECT_TRUE(starts_running("86411.5")) << "in any other host it stays";
+    runner::run("kill $(pgrep -f '[8]6411.5')");
+    EXPECT_TRUE(stops_running("86411.5"));
+
+    const AdoptingHost host;
+    EXPECT_EQ(runner::run("setsid sleep 86412.5 & sleep 86412.5 & exit 7") >> 8, 7);
+    EXPECT_FALSE(is_running("86412.5"));
+    EXPECT_EQ(runner::output_of("setsid sleep 86413.5 & echo said"), "said\n");
+    EXPECT_FALSE(is_running("86413.5"));
+}
+
+// "service NAME start" starts what is to stay, also when later commands end.
+TEST_F(Process, AServiceStays) {
+    const AdoptingHost host;
+    const auto place =
+        std::filesystem::temp_directory_path() / ("qv-service-" + std::to_string(::getpid()));
+    std::filesystem::create_directory(place);
+    std::ofstream(place / "service") << "#!/bin/sh\nsetsid sleep 86414.5 &\n";
+    std::filesystem::permissions(place / "service", std::filesystem::perms::owner_all);
+    const std::string path = std::getenv("PATH");
+    ::setenv("PATH", (place.string() + ":" + path).c_str(), 1);
+    EXPECT_EQ(runner::run("service ipmi start 1>/dev/null 2>&1"), 0);
+    ::setenv("PATH", path.c_str(), 1);
+    std::filesystem::remove_all(place);
+    EXPECT_TRUE(starts_running("86414.5"));
+    EXPECT_EQ(runner::run("sleep 86415.5 & exit 0"), 0);
+    EXPECT_FALSE(is_running("86415.5"));
+    EXPECT_TRUE(is_running("86414.5"));
+    runner::run("kill $(pgrep -f '[8]6414.5')");
+    EXPECT_TRUE(stops_running("86414.5"));
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
+}
 
 // A signal's handler while the object lives.
 class Handler {

@@ -1,5 +1,7 @@
 // A tool that misbehaves in one of many ways, among others that do not: the collection ends, says what
 // happened, and has all other tables as it would have had them.
+#include <unistd.h>
+
 #include <csignal>
 
 #include "server.h"
@@ -43,6 +45,65 @@ TEST_P(MisbehavingTools, TheOthersAreAsTheyWouldHaveBeen) {
     EXPECT_EQ(this->reason(log_dir(), "EVENTLOG1"), reason);
     EXPECT_LE(counts(store_in(log_dir())).at("EVENTLOG1"), most);
     EXPECT_EQ(family(), std::vector<pid_t>());
+}
+
+class Fleeing : public ServerTest {
+protected:
+    Outcome collect_and_expect_nothing_left(const std::vector<std::string>& more = {}) {
+        const auto outcome = collect_storage(more);
+        EXPECT_EQ(family(), std::vector<pid_t>()) << "left when the program has ended";
+        EXPECT_EQ(others(log_dir()), expected_);
+        return outcome;
+    }
+    void SetUp() override {
+        ServerTest::SetUp();
+        ASSERT_EQ(collect_storage().exit, 0);
+        expected_ = others(log_dir());
+        fs::remove_all(log_dir());
+    }
+    std::string capture() const { return read_file(log_dir() / "raidevents.txt"); }
+
+private:
+    nlohmann::ordered_json expected_;
+};
+
+TEST_F(Fleeing, WhatIsLeftInTheBackgroundEndsWithItsCommand) {
+    events_do("sleep 7771 & cat \"$recorded/c0_events.txt\"; exit 0");
+    EXPECT_EQ(collect_and_expect_nothing_left().exit, 0);
+    EXPECT_EQ(outcome(log_dir(), "show events > "), "");
+}
+
+// setsid(1) leaves its caller, which then looks as if it had ended.
+TEST_F(Fleeing, ASessionOfItsOwnEndsWithItsCommand) {
+    events_do("exec setsid sh -c 'while :; do echo more; sleep 0.05; done'");
+    collect_and_expect_nothing_left({"--tool-timeout", "3"});
+    const auto then = capture();
+    ::usleep(300'000);
+    EXPECT_EQ(capture(), then) << "the capture grows behind the report";
+}
+
+TEST_F(Fleeing, ASessionOfItsOwnHasTheSameLimits) {
+    events_do("setsid -w sh -c 'while :; do echo more; sleep 0.2; done'");
+    collect_and_expect_nothing_left({"--tool-timeout", "3", "--silence-timeout", "2"});
+    EXPECT_EQ(outcome(log_dir(), "show events > "), "stopped at its time limit");
+    const auto then = capture();
+    ::usleep(500'000);
+    EXPECT_EQ(capture(), then);
+}
+
+TEST_F(Fleeing, ASessionOfItsOwnIsHeard) {
+    events_do("setsid -w sh -c 'for i in 1 2 3 4 5 6; do echo $i; sleep 0.5; done'");
+    collect_and_expect_nothing_left({"--tool-timeout", "60", "--silence-timeout", "2"});
+    EXPECT_EQ(outcome(log_dir(), "show events > "), "");
+    EXPECT_EQ(capture(), "1\n2\n3\n4\n5\n6\n");
+}
+
+// Twice away from its parent, in sessions of their own, while others are started.
+TEST_F(Fleeing, DaemonsEndWithTheirCommand) {
+    events_do(
+        "for i in 1 2 3 4 5; do setsid setsid sh -c '(setsid sleep 600 &) & sleep 600' & done; "
+        "sleep 0.3; cat \"$recorded/c0_events.txt\"");
+    EXPECT_EQ(collect_and_expect_nothing_left().exit, 0);
 }
 
 const Misbehaviour kMisbehaviours[] = {

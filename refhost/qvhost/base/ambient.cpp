@@ -47,6 +47,7 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
     set_number("QV_ARCHIVE_TIMEOUT", limits.archive_seconds);
     set_number("QV_SILENCE_TIMEOUT", limits.silence_seconds);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
+    ::setenv("QV_END_PROCESSES", "1", 1);  // the collecting child adopts orphans (runner/group.h)
 }
 
 void set_tool_deadline(std::chrono::steady_clock::time_point deadline) {
