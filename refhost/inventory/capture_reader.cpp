@@ -1,5 +1,10 @@
 #include "inventory/capture_reader.h"
 
+#include <algorithm>
+#include <array>
+
+#include "inventory/forms.h"
+
 namespace qvhost::inventory {
 
 namespace {
@@ -16,7 +21,22 @@ bool fits(std::string_view pattern, std::string_view name) {
     return false;
 }
 
+constexpr auto kNoneThere = std::to_array<std::string_view>({
+    "*is absent*",
+    "*not present*",
+    "*not supported*",
+    "Un-supported command*",
+    "*No drive found*",
+    "*No Drive found*",
+    "Failed to get enclosure information*",
+});
+
 }  // namespace
+
+bool says_there_is_none(std::string_view error) {
+    return std::any_of(kNoneThere.begin(), kNoneThere.end(),
+                       [&](std::string_view form) { return is_like(error, form); });
+}
 
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture) {
     for (const auto& reader : readers) {

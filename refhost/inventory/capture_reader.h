@@ -15,9 +15,17 @@ struct CaptureReader {
     // Another capture that tells the same events: this one is read only if that one is missing or does
     // not come to its end. Null: there is none.
     const char* instead_of = nullptr;
+    // A failure that says that there is none of what was asked for is an answer.
+    bool may_be_none = false;
+    // Captures of one log tell the same events: of several, one is believed. Null: it tells of no log that
+    // others tell as well.
+    const char* log = nullptr;
 };
 
 // The first row whose pattern fits the capture's name; null: there is none.
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture);
+
+// "Cachevault is absent!", "Un-supported command": the tool's words for what is not there.
+bool says_there_is_none(std::string_view error);
 
 }  // namespace qvhost::inventory

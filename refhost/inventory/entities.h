@@ -121,6 +121,7 @@ struct Volume {  // a virtual drive, a logical device, an md array, a ZFS pool
     Text name, device;
     Text operation;  // what runs on it: "Rebuild", "CC"
     Real progress_percent;
+    std::vector<FieldPlace> elsewhere;  // a state that stands below its heading
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
@@ -144,7 +145,10 @@ struct Drive {
     Real percentage_used, available_spare_percent;
     Integer power_on_hours;
     std::vector<FieldPlace> elsewhere;  // counters and alerts that stand in the drive's details
-    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
+    // No fields: what NVMe drives say of themselves.
+    Integer nvme_warnings;           // bits, NVM Express: Critical Warning
+    Real available_spare_threshold;  // percent
+    std::string tool;                // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 enum class Severity { info, warning, critical };

@@ -15,6 +15,9 @@ struct ExitCode {
 // clang-format off
 constexpr auto kHarmless = std::to_array<ExitCode>({
     {"ipmitool mc selftest", "exit code "  },  // the test's result
+    {"smartctl -x",          "exit code "  },  // a bit for each thing that is wrong with the drive; its JSON tells if it was not read
+    {"mdadm --detail",       "exit code 1" },  // a member failed
+    {"mdadm --detail",       "exit code 2" },  // so many failed that the array cannot be used
     {"ipmitool fru",         "exit code 1" },  // some of the devices could not be read; it says which
 });
 // clang-format on

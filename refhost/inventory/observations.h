@@ -12,7 +12,9 @@ namespace qvhost::inventory {
 struct TopologyRow {
     Place place;
     Integer controller, drive_group, array, row, enclosure, slot, device_id;
+    Integer volume;    // whose member it is, where the tool lists members by volume
     Text type;         // "RAID5", "DRIVE", "Mirror"
+    Text serial;       // of the drive
     Text state;        // as printed
     std::string tool;  // whose numbers these are
 };

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <set>
 #include <span>
 #include <string_view>
@@ -67,9 +68,16 @@ public:
     void read_all(std::span<const CaptureReader> readers) {
         for (const auto& row : readers) {
             for (const auto& name : names_) {
-                if (reader_for(readers, name) == &row && is_wanted(row, name)) read(row, name);
+                if (reader_for(readers, name) != &row || !is_wanted(row, name)) continue;
+                if (row.log) {
+                    logs_[row.log].push_back({&row, name});
+                } else {
+                    read(row, name, events_);
+                }
             }
         }
+        for (const auto& [log, captures] : logs_) read_log(captures);
+        logs_.clear();
     }
 
 private:
@@ -95,7 +103,52 @@ private:
         return got == static_cast<ssize_t>(tail.size()) && events_are_whole(tail);
     }
 
-    void read(const CaptureReader& reader, const std::string& name) {
+    struct LogCapture {
+        const CaptureReader* reader;
+        std::string name;
+        std::int64_t events = 0;
+    };
+
+    // Of several captures of one log the first whole one's events are handed on, else those of the
+    // longest.
+    void read_log(std::vector<LogCapture> captures) {
+        for (auto& one : captures) {
+            const bool is_alone = captures.size() == 1;
+            const EventSink count = [&](Event&& event) {
+                ++one.events;
+                if (is_alone) events_(std::move(event));
+            };
+            read(*one.reader, one.name, count);
+            check_count(survey_.captures.back(), one.events);
+        }
+        if (captures.size() == 1) return;
+        const auto is_worse = [&](const LogCapture& a, const LogCapture& b) {
+            const bool a_whole = survey_.find(a.name)->whole();
+            const bool b_whole = survey_.find(b.name)->whole();
+            return a_whole == b_whole ? !a_whole && a.events < b.events : b_whole;
+        };
+        const auto best = std::max_element(captures.begin(), captures.end(), is_worse);
+        if (const int fd = open_capture(log_dir_ / best->name); fd >= 0) {
+            CaptureLines lines(fd);
+            Inventory known;
+            Reading reading{best->name, known, events_};
+            best->reader->read(lines, reading);
+        }
+    }
+
+    // ipmitool's own count of the event log's entries stands in a capture of its own.
+    void check_count(SurveyedCapture& capture, std::int64_t entries) const {
+        for (const auto& log : survey_.inventory.sel_logs) {
+            if (log.place.capture != "host_sel_info.txt" || capture.name != "host_sel.txt" ||
+                log.entries.value_or(0) <= entries)
+                continue;
+            capture.how.gaps.push_back({capture.how.lines, std::to_string(*log.entries) +
+                                                               " entries announced, " +
+                                                               std::to_string(entries) + " read"});
+        }
+    }
+
+    void read(const CaptureReader& reader, const std::string& name, const EventSink& events) {
         SurveyedCapture capture;
         capture.name = name;
         // The last command that wrote it.
@@ -108,9 +161,10 @@ private:
         if (fd >= 0) {
             capture.is_there = true;
             CaptureLines lines(fd);
-            Reading reading{name, survey_.inventory, events_};
+            Reading reading{name, survey_.inventory, events};
             reader.read(lines, reading);
             capture.how = std::move(reading.how);
+            if (reader.may_be_none) forgive_absence(capture);
         } else if (errno != ENOENT) {
             capture.is_there = true;
             capture.how.gaps.push_back({0, std::string("cannot be read: ") + std::strerror(errno)});
@@ -118,11 +172,21 @@ private:
         survey_.captures.push_back(std::move(capture));
     }
 
+    static void forgive_absence(SurveyedCapture& capture) {
+        const auto forgiven = std::erase_if(capture.how.errors, [](const ToolError& error) {
+            return says_there_is_none(error.words);
+        });
+        if (forgiven > 0 && capture.ended_badly.starts_with("exit code ") &&
+            capture.ended_badly.find(':') == std::string::npos)
+            capture.ended_badly.clear();
+    }
+
     const fs::path& log_dir_;
     const std::vector<CaptureOrigin>& origins_;
     const EventSink& events_;
     Survey& survey_;
     std::set<std::string> names_;
+    std::map<std::string, std::vector<LogCapture>> logs_;
 };
 
 }  // namespace

@@ -30,8 +30,7 @@ struct SurveyedCapture {
 
 struct Survey {
     Inventory inventory;
-    std::vector<SurveyedCapture>
-        captures;  // those that a reader knows, by the order of the readers
+    std::vector<SurveyedCapture> captures;  // those that a reader knows
 
     const SurveyedCapture* find(const std::string& capture) const;
 };

@@ -453,7 +453,7 @@ private:
             case In::list: return list_row(key, value);
             case In::battery: return battery_key(key, value);
             case In::volume:
-                if (volume_) set(std::span<const Key<Volume>>(kVolume), key, value, *volume_);
+                if (volume_) volume_key(key, value);
                 return;
             case In::segments: return segment(key, value);
             case In::drive: return drive_key(key, value);
@@ -528,6 +528,13 @@ private:
         if (is_state && battery_->state == value) battery_->place.line = line_;
     }
 
+    void volume_key(const std::string& key, std::string_view value) {
+        if (!set(std::span<const Key<Volume>>(kVolume), key, value, *volume_)) return;
+        if (key != "status of logical device") return;
+        for (const char* field : {"state", "operation"})
+            volume_->elsewhere.push_back({field, reading_.at(line_)});
+    }
+
     //    Group 0, Segment 1                       : Missing (Controller:1,Enclosure:0,Slot:1)      WD-WCA
     //    Segment 0            : Present (286102MB, SAS, HDD, Connector:CN0, Enclosure:1, Slot:3) S0K30A4N
     //    Device 2             : Present (1144641MB, SAS, HDD, Connector:CN2, Backplane:0, Slot:3) WFK076D
@@ -537,7 +544,8 @@ private:
         if (!is_row || key == "device id") return;
         auto row = reading_.entity_at<TopologyRow>(line_);
         row.controller = number_;
-        row.drive_group = volume_->number;
+        row.drive_group = volume_->drive_group;
+        row.volume = volume_->number;
         row.type = "DRIVE";
         for (const auto part : fields_between(key, ',')) {
             const std::string words(part);
@@ -557,6 +565,8 @@ private:
                     row.enclosure = integer(pair->value);
                 if (pair->key == "Slot") row.slot = integer(pair->value);
             }
+            if (const auto end = value.rfind(')'); end != npos)
+                row.serial = told_identity(trimmed(value.substr(end + 1)));
         }
         reading_.found.topology.push_back(std::move(row));
     }

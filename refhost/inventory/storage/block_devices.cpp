@@ -75,14 +75,16 @@ struct PlaceRow {
     bool (*is_told)(const Drive& drive);
 };
 constexpr auto kPlaces = std::to_array<PlaceRow>({
-    {"smart_alert",             "\"passed\"",          [](const Drive& d) { return d.smart_alert.has_value(); } },
-    {"media_errors",            "\"media_errors\"",    [](const Drive& d) { return d.media_errors.has_value(); }},
+    {"smart_alert",             "\"passed\"",           [](const Drive& d) { return d.smart_alert.has_value(); } },
+    {"nvme_warnings",           "\"critical_warning\"",
+     [](const Drive& d) { return d.nvme_warnings.value_or(0) != 0; }                                             },
+    {"media_errors",            "\"media_errors\"",     [](const Drive& d) { return d.media_errors.has_value(); }},
     {"percentage_used",         "\"percentage_used\"",
-     [](const Drive& d) { return d.percentage_used.has_value(); }                                               },
+     [](const Drive& d) { return d.percentage_used.has_value(); }                                                },
     {"available_spare_percent", "\"available_spare\"",
-     [](const Drive& d) { return d.available_spare_percent.has_value(); }                                       },
+     [](const Drive& d) { return d.available_spare_percent.has_value(); }                                        },
     {"temperature_celsius",     "\"temperature\"",
-     [](const Drive& d) { return d.temperature_celsius.has_value(); }                                           },
+     [](const Drive& d) { return d.temperature_celsius.has_value(); }                                            },
 });
 
 // {"naa": 5, "oui": 3152, "id": 11111111111} is 5000c50296b9a1c7: 4, 24 and 36 bits.
@@ -189,6 +191,10 @@ void read_smartctl(CaptureLines& lines, Reading& reading) {
     if (passed) drive.smart_alert = !*passed;
     const auto warning = json_integer(value, "/nvme_smart_health_information_log/critical_warning");
     if (warning && *warning != 0) drive.smart_alert = true;
+    drive.nvme_warnings = warning;
+    if (const auto threshold =
+            json_integer(value, "/nvme_smart_health_information_log/available_spare_threshold"))
+        drive.available_spare_threshold = static_cast<double>(*threshold);
 
     const bool is_supported = json_flag(value, "/smart_support/available").value_or(true);
     if (!passed && is_supported)

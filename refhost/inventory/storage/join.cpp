@@ -64,9 +64,10 @@ Key key_of(const Battery& b) {
 
 Key key_of(const TopologyRow& t) {
     if (!t.controller) return std::nullopt;
-    return key(t.tool,
-               {t.controller, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
-               t.type.value_or(""));
+    return key(
+        t.tool,
+        {t.controller, t.volume, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
+        t.type.value_or(""));
 }
 
 Key key_of(const Drive& d) {
@@ -123,6 +124,9 @@ void merge_drive(Drive& drive, const Drive& other) {
         if (!known) drive.elsewhere.push_back(there);
     }
     if (!drive.state && other.state) drive.place = other.place;
+    if (!drive.nvme_warnings) drive.nvme_warnings = other.nvme_warnings;
+    if (!drive.available_spare_threshold)
+        drive.available_spare_threshold = other.available_spare_threshold;
     fill(drive, other);
 }
 

@@ -229,7 +229,7 @@ private:
             if (part_ == TablePart::before_heading) part_ = TablePart::none;
             return;
         }
-        if (is_ruler(line)) return ruler(line.front());
+        if (is_ruler(line)) return ruler(line);
         if (part_ == TablePart::rows || (part_ == TablePart::before_rows && table_)) {
             if (row(raw)) return;
         }
@@ -264,9 +264,12 @@ private:
 
     // ---- tables ----
 
-    void ruler(char mark) {
+    void ruler(std::string_view line) {
         legend_ = false;
-        if (mark == '=') return;
+        if (line.front() == '=') return;
+        if (part_ == TablePart::rows && table_ && !ended_ && line.size() < width_)
+            gap("the last line of a table is cut off");
+        width_ = line.size();
         switch (part_) {
             case TablePart::none: part_ = TablePart::before_heading; return;
             case TablePart::before_heading: return;  // an empty table: two rulers
@@ -574,6 +577,7 @@ private:
     TablePart part_ = TablePart::none;
     const storcli::Table* table_ = nullptr;  // null in a table that nobody needs
     Heading heading_;
+    std::size_t width_ = 0;  // of the table's ruler
     bool legend_ = false;
     bool list_goes_on_ = false;
 

@@ -2,6 +2,7 @@
 //     processor       : 0
 //     model name      : Intel(R) Xeon(R) CPU E5-2630 v3 @ 2.40GHz
 //     physical id     : 0
+//     siblings        : 16
 //     core id         : 0
 //     cpu cores       : 8
 // Elsewhere it does not, and all threads count as one processor's. POWER, SPARC, s390x:
@@ -24,7 +25,7 @@ namespace {
 struct Thread {
     std::int64_t line = 0;
     Integer physical;
-    Integer cores;
+    Integer cores, siblings;
     Text model;
 };
 
@@ -39,30 +40,50 @@ public:
 
     void finish() {
         if (thread_.line == 0) return;
-        auto& processor = processors_[thread_.physical.value_or(-1)];
+        const auto physical = thread_.physical.value_or(-1);
+        auto& processor = processors_[physical];
         if (processor.place.line == 0) processor.place = reading_.at(thread_.line);
         if (thread_.physical) processor.socket = std::to_string(*thread_.physical);
         if (!processor.model) processor.model = thread_.model;
         if (!processor.cores) processor.cores = thread_.cores;
-        processor.threads = processor.threads.value_or(0) + 1;
+        ++threads_[physical];
+        if (!processor.threads) processor.threads = thread_.siblings;
         thread_ = {};
     }
+
+    void cut_off() { is_cut_ = true; }
 
     Thread& now() { return thread_; }
     bool is_in_block() const { return thread_.line > 0; }
     Processor& all() { return processors_[-1]; }
 
     void end() {
+        // A block that lacks what the others have is the last one of a capture that was cut off.
+        if (is_in_block() && !thread_.physical && !processors_.empty() &&
+            !processors_.contains(-1)) {
+            thread_ = {};
+            if (!is_cut_) add_gap(reading_, reading_.how.lines, "a thread that is cut off");
+            is_cut_ = true;
+        }
         finish();
-        for (auto& [physical, processor] : processors_)
-            if (processor.place.line > 0)
-                reading_.found.kernel_processors.push_back(std::move(processor));
+        for (auto& [physical, processor] : processors_) {
+            if (processor.place.line == 0) continue;
+            const auto counted = threads_[physical];
+            if (!processor.threads && counted > 0 && !is_cut_) processor.threads = counted;
+            if (processor.threads.value_or(0) > counted && counted > 0 && !is_cut_)
+                add_gap(reading_, reading_.how.lines,
+                        std::to_string(*processor.threads) + " threads announced, " +
+                            std::to_string(counted) + " read");
+            reading_.found.kernel_processors.push_back(std::move(processor));
+        }
     }
 
 private:
     Reading& reading_;
     Thread thread_;
     std::map<std::int64_t, Processor> processors_;  // by physical id, -1 if none is told
+    std::map<std::int64_t, std::int64_t> threads_;  // that were read of each
+    bool is_cut_ = false;
 };
 
 // A key that stands once for the whole machine.
@@ -98,11 +119,14 @@ void read_cpuinfo(CaptureLines& lines, Reading& reading) {
             read_of_machine(*pair, line.number, reading, threads);
         else if (pair->key == "physical id")
             threads.now().physical = integer(pair->value);
+        else if (pair->key == "siblings")
+            threads.now().siblings = integer(pair->value);
         else if (pair->key == "cpu cores")
             threads.now().cores = integer(pair->value);
         else if (pair->key == "model name" || pair->key == "cpu" || pair->key == "Processor")
             threads.now().model = told(pair->value);
     });
+    if (!last_ended) threads.cut_off();
     threads.end();
     if (reading.how.lines > 0 && !any) add_gap(reading, reading.how.lines, "no processor");
     if (!last_ended) add_gap(reading, reading.how.lines, "the capture ends in the middle");

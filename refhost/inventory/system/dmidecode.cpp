@@ -36,6 +36,7 @@ struct Structure {
     std::int64_t line = 0;
     std::vector<std::pair<std::string, std::string>> fields;
     bool is_virtual_machine = false;  // a BIOS characteristic
+    bool is_cut_off = false;          // the capture ends within it
 
     std::string_view operator[](std::string_view key) const {
         for (const auto& [name, value] : fields)
@@ -119,7 +120,7 @@ void read_system(const Structure& from, System& system) {
     system.uuid = told_identity(from["UUID"]);
     if (has_any(kVirtualSystems, from) || is_amazon_machine(from))
         system.is_virtual = true;
-    else if (!system.is_virtual)
+    else if (!system.is_virtual && !from.is_cut_off)
         system.is_virtual = false;
 }
 
@@ -250,6 +251,7 @@ public:
         const auto structure = std::move(*current_);
         current_.reset();
         if (structure.type == kEnd) has_end_ = true;
+        if (structure.is_cut_off && structure.fields.empty()) return;
         if (structure.type == kFirmware) read_firmware(structure, system_);
         if (structure.type == kChassis && !system_.asset_tag)
             system_.asset_tag = told_identity(structure["Asset Tag"]);
@@ -262,6 +264,7 @@ public:
     }
 
     void end(bool has_table_end) {
+        if (current_) current_->is_cut_off = true;
         finish();
         auto& lines = reading_.how.lines;
         if (system_.place.line > 0) reading_.found.systems.push_back(std::move(system_));

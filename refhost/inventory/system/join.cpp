@@ -11,11 +11,25 @@ void join_processors(Inventory& found) {
     auto& seen = found.kernel_processors;
     if (told.empty()) {
         told = std::move(seen);
-    } else if (told.size() == seen.size()) {
+    } else if (told.size() <= seen.size()) {
         // The kernel counts in the sockets' order, and its own names of them are mere numbers.
-        for (std::size_t i = 0; i < told.size(); ++i) {
-            seen[i].socket.reset();
-            complete(told[i], seen[i]);
+        for (std::size_t i = 0; i < seen.size(); ++i) {
+            if (i < told.size()) {
+                seen[i].socket.reset();
+                complete(told[i], seen[i]);
+            } else {
+                told.push_back(std::move(seen[i]));
+            }
+        }
+    } else if (!seen.empty() && seen.front().socket) {
+        // It does not see those that the firmware has switched off.
+        auto next = seen.begin();
+        for (auto& processor : told) {
+            const bool is_off =
+                processor.state && processor.state->find("Disabled") != std::string::npos;
+            if (is_off || next == seen.end()) continue;
+            next->socket.reset();
+            complete(processor, *next++);
         }
     }
     seen.clear();

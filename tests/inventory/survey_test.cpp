@@ -1,0 +1,110 @@
+// Whole log directories: what several captures tell of one thing, and what a tool's refusal means.
+#include "inventory/survey.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace qvhost::inventory {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SurveyOfCaptures : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string name = (fs::temp_directory_path() / "survey-XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        dir_ = name;
+    }
+    void TearDown() override { fs::remove_all(dir_); }
+
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(dir_ / name, std::ios::binary) << text;
+    }
+
+    Survey survey_all(const std::vector<CaptureOrigin>& origins = {}) {
+        events_.clear();
+        return survey(dir_, origins, [&](Event&& event) {
+            events_.push_back(event.place.capture + ":" + std::to_string(event.place.line));
+        });
+    }
+
+    fs::path dir_;
+    std::vector<std::string> events_;
+};
+
+const char* const kOfIpmiutil =
+    "ipmiutil sel version 3.18\n"
+    "SEL Ver 51 Support 0f, Size = 0 records (Used=2, Free=100)\n"
+    "RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]\n"
+    "0001 11/15/26 01:13:41 MIN BMC  Fan #17  Lo Noncrit thresh act=07 thr=08\n"
+    "0002 11/15/26 08:14:30 MAJ BMC  Memory #31  Uncorrectable ECC, DIMM(11) 6f [a1 00 0b]\n";
+const char* const kOfIpmitool =
+    "   1 | 11/15/26 | 01:13:41 UTC | Fan FAN4 | Lower Non-critical going low  | Asserted\n"
+    "   2 | 11/15/26 | 08:14:30 UTC | Memory #0x39 | Uncorrectable ECC | Asserted\n";
+using Places = std::vector<std::string>;
+const Places kByIpmiutil{"selinfo.txt:4", "selinfo.txt:5"};
+const Places kByIpmitool{"host_sel.txt:1", "host_sel.txt:2"};
+
+TEST_F(SurveyOfCaptures, AnEventThatTwoCapturesTellIsOne) {
+    write("selinfo.txt", kOfIpmiutil);
+    write("host_sel.txt", kOfIpmitool);
+    const auto both = survey_all();
+    EXPECT_EQ(events_, kByIpmiutil);
+    EXPECT_TRUE(both.find("selinfo.txt")->whole());
+    EXPECT_TRUE(both.find("host_sel.txt")->whole());
+    EXPECT_EQ(both.inventory.sel_logs.size(), 1U);
+}
+
+TEST_F(SurveyOfCaptures, TheWholeCaptureOfALogIsBelieved) {
+    const std::string cut(kOfIpmiutil, 300);
+    write("selinfo.txt", cut);
+    write("host_sel.txt", kOfIpmitool);
+    EXPECT_FALSE(survey_all().find("selinfo.txt")->whole());
+    EXPECT_EQ(events_, kByIpmitool);
+
+    // Neither is whole: the longer one tells more.
+    write("selinfo.txt", std::string(kOfIpmiutil));
+    write("host_sel.txt", "Error: Unable to establish IPMI session\n");
+    survey_all({{"selinfo.txt", "ipmiutil", "killed by signal 9"}});
+    EXPECT_EQ(events_, kByIpmiutil);
+}
+
+TEST_F(SurveyOfCaptures, TheEventLogsOwnCountIsHeld) {
+    write("host_sel.txt", kOfIpmitool);
+    const std::string info =
+        "SEL Information\nVersion          : 1.5\nEntries          : 2\n"
+        "Percent Used     : 1%\nOverflow         : false\n";
+    write("host_sel_info.txt", info);
+    EXPECT_TRUE(survey_all().find("host_sel.txt")->whole());
+    write("host_sel_info.txt", std::string(info).replace(info.find(": 2"), 3, ": 3"));
+    const auto short_of_one = survey_all();
+    EXPECT_FALSE(short_of_one.find("host_sel.txt")->whole());
+    EXPECT_EQ(short_of_one.find("host_sel.txt")->how.gaps[0].words, "3 entries announced, 2 read");
+}
+
+TEST_F(SurveyOfCaptures, WhatIsNotThereIsAnAnswerWhereItMayBeNone) {
+    const std::string absent =
+        "Controller = 0\nStatus = Failure\nDescription = None\n\nDetailed Status :\n"
+        "===============\n\n-------------------------------------------------\n"
+        "Ctrl Status Property ErrMsg                ErrCd \n"
+        "-------------------------------------------------\n"
+        "   0 Failed -        Cachevault is absent!    34 \n"
+        "-------------------------------------------------\n\n";
+    const std::string unsupported =
+        "Controller = 0\nStatus = Failure\nDescription = Un-supported command\n\n";
+    for (const auto& answer : {absent, unsupported}) {
+        write("host_storcli_c0_cv.txt", answer);
+        write("c0_showall.txt", answer);
+        const auto found = survey_all({{"host_storcli_c0_cv.txt", "storcli", "exit code 46"}});
+        EXPECT_TRUE(found.find("host_storcli_c0_cv.txt")->whole());
+        EXPECT_FALSE(found.find("c0_showall.txt")->whole());
+    }
+    const auto killed = survey_all({{"host_storcli_c0_cv.txt", "storcli", "killed by signal 9"}});
+    EXPECT_FALSE(killed.find("host_storcli_c0_cv.txt")->whole());
+}
+
+}  // namespace
+}  // namespace qvhost::inventory
