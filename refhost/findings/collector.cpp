@@ -16,20 +16,28 @@ std::string finding_id(const Rule& rule, const std::string& key) {
     return id;
 }
 
-void Collector::add(const std::string& key, const std::string& subject, Remark remark) {
-    const auto whole_key = std::string(word(remark.rule->subsystem)) + " " + key;
-    const auto [place, is_new] = places_.try_emplace(whole_key, things_.size());
-    if (is_new)
-        things_.push_back({
-            key, {subject, {}}
-        });
-    things_[place->second].second.remarks.push_back(std::move(remark));
+namespace {
+
+template <class Value>
+void add_once(std::vector<Value>& values, const Value& value) {
+    if (std::find(values.begin(), values.end(), value) == values.end()) values.push_back(value);
 }
 
-void Collector::add(const std::string& key, const std::string& subject, const char* rule_name,
-                    const std::string& says, const Place& place) {
+}  // namespace
+
+void Collector::add(const Subject& subject, Remark remark) {
+    const auto whole_key = std::string(word(remark.rule->subsystem)) + " " + subject.key;
+    const auto [place, is_new] = places_.try_emplace(whole_key, things_.size());
+    if (is_new) things_.push_back({subject, {}});
+    auto& thing = things_[place->second];
+    for (const auto& entity : subject.entities) add_once(thing.subject.entities, entity);
+    thing.remarks.push_back(std::move(remark));
+}
+
+void Collector::add(const Subject& subject, std::string_view rule_name, const std::string& says,
+                    const Place& place) {
     const Rule& found = rule(rule_name);
-    add(key, subject, Remark{&found, says, {place}, found.severity});
+    add(subject, Remark{&found, says, {place}, found.severity});
 }
 
 void Collector::add(Finding finding) {
@@ -46,30 +54,28 @@ void Collector::add(Finding finding) {
         same->says = finding.says;
     }
     same->evidence.insert(same->evidence.end(), finding.evidence.begin(), finding.evidence.end());
+    for (const auto& entity : finding.entities) add_once(same->entities, entity);
 }
 
 std::vector<Finding> Collector::take() {
     std::vector<Finding> all;
-    for (auto& [key, thing] : things_) {
+    for (auto& thing : things_) {
         const auto& remarks = thing.remarks;
         const auto worst =
             std::min_element(remarks.begin(), remarks.end(), [](const Remark& a, const Remark& b) {
                 return std::pair(a.severity, a.rule) < std::pair(b.severity, b.rule);
             });
         Finding finding;
-        finding.id = finding_id(*worst->rule, key);
+        finding.id = finding_id(*worst->rule, thing.subject.key);
         finding.rule = worst->rule->name;
         finding.severity = worst->severity;
         finding.subsystem = worst->rule->subsystem;
-        finding.subject = thing.subject;
+        finding.subject = thing.subject.words;
+        finding.entities = std::move(thing.subject.entities);
         const auto tell = [&](const Remark& remark) {
             if (("; " + finding.says + ";").find("; " + remark.says + ";") == std::string::npos)
                 finding.says += (finding.says.empty() ? "" : "; ") + remark.says;
-            for (const auto& place : remark.evidence) {
-                if (std::find(finding.evidence.begin(), finding.evidence.end(), place) ==
-                    finding.evidence.end())
-                    finding.evidence.push_back(place);
-            }
+            for (const auto& place : remark.evidence) add_once(finding.evidence, place);
         };
         tell(*worst);
         for (const auto& remark : remarks) {

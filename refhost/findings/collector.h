@@ -8,8 +8,16 @@
 
 #include "findings/finding.h"
 #include "findings/rules.h"
+#include "inventory/fields.h"
 
 namespace qvhost::findings {
+
+// The thing that a finding is about.
+struct Subject {
+    std::string key;    // for the finding's id: serial, else slot or name
+    std::string words;  // for people
+    std::vector<EntityRef> entities = {};
+};
 
 // Something that a rule says of a thing.
 struct Remark {
@@ -26,10 +34,10 @@ public:
 
     const Rule& rule(std::string_view name) const { return rules_->rule(name); }
 
-    // `key` names the thing for the finding's id (serial, else slot or name), `subject` for people.
-    void add(const std::string& key, const std::string& subject, Remark remark);
-    void add(const std::string& key, const std::string& subject, const char* rule_name,
-             const std::string& says, const Place& place);
+    // Subjects of one key are one; the first one's words are told.
+    void add(const Subject& subject, Remark remark);
+    void add(const Subject& subject, std::string_view rule_name, const std::string& says,
+             const Place& place);
 
     // A finding that stands for itself: an event's. Those of one id are counted together.
     void add(Finding finding);
@@ -40,15 +48,22 @@ public:
 
 private:
     struct Thing {
-        std::string subject;
+        Subject subject;
         std::vector<Remark> remarks;
     };
     const Rules* rules_;
-    std::vector<std::pair<std::string, Thing>> things_;  // by subsystem and key, in order
-    std::map<std::string, std::size_t> places_;          // of things_
+    std::vector<Thing> things_;                  // by subsystem and key, in order
+    std::map<std::string, std::size_t> places_;  // of things_
     std::vector<Finding> ready_;
     std::map<std::string, std::size_t> ready_places_;  // by id
 };
+
+// `entity` is one of the inventory's own.
+template <class Entity>
+EntityRef ref_to(const inventory::Inventory& inventory, const Entity& entity) {
+    const auto& kind = inventory::kind_of<Entity>();
+    return {kind.name, &entity - (inventory.*kind.list).data() + 1};
+}
 
 // Where a field of an entity stands: mostly where the entity does.
 template <class Entity>

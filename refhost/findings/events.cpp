@@ -192,7 +192,8 @@ void EventJudge::finish(const Group& group, const inventory::Inventory& inventor
     const bool has_passed = may_end(name) && (group.open == 0 || (was_read && is_well(*sensor)));
     if (name == "event_threshold" && has_passed) judged = &findings.rule("event_threshold_past");
     auto severity = severity_at(*judged, age);
-    if (has_passed || (may_end(name) && sensor && !is_well(*sensor))) severity = Severity::notice;
+    const bool is_of_the_past = has_passed || (may_end(name) && sensor && !is_well(*sensor));
+    if (is_of_the_past && judged->name == name) severity = Severity::notice;
 
     Finding finding;
     finding.id = finding_id(*judged, group.subject.empty() ? group.source : group.subject);
@@ -203,6 +204,11 @@ void EventJudge::finish(const Group& group, const inventory::Inventory& inventor
     finding.says = group.says;
     finding.time = group.time;
     finding.count = group.count;
+    if (sensor) finding.entities.push_back(ref_to(inventory, *sensor));
+    for (const auto& controller : inventory.controllers) {
+        if (controller.number && group.source == "controller " + std::to_string(*controller.number))
+            finding.entities.push_back(ref_to(inventory, controller));
+    }
     finding.evidence.push_back(group.last);
     if (!(group.first == group.last)) finding.evidence.push_back(group.first);
     findings.add(std::move(finding));

@@ -42,6 +42,13 @@ inline constexpr HealthWord kHealthWords[] = {HealthWord::critical, HealthWord::
                                               HealthWord::absent};
 const char* word(HealthWord health);
 
+// An entity of the inventory: the list or SQL table that it stands in, and which of its rows it is.
+struct EntityRef {
+    std::string kind;         // "drives"
+    std::int64_t number = 0;  // from 1; the SQL row's rowid
+    bool operator==(const EntityRef&) const = default;
+};
+
 struct Finding {
     std::string id;    // of rule and entity; stays the same from run to run
     std::string rule;  // its name in the table of rules
@@ -52,6 +59,7 @@ struct Finding {
     Text time;            // of an event: the latest one's, by its source's clock
     std::int64_t count = 1;
     std::vector<Place> evidence;
+    std::vector<EntityRef> entities = {};  // what it is about, where that is in the inventory
 };
 
 struct Health {

@@ -95,12 +95,38 @@ void judge_collection(const Circumstances& circumstances, Health& health) {
 }
 
 // Words that no table knows could mean anything.
-void add_unknown_words(const Survey& survey, Health& health) {
-    for (const auto& unknown : unknown_words(survey.inventory))
-        add_once(health.missing, unknown.place.capture + ", line " +
-                                     std::to_string(unknown.place.line) + ": sensor " +
-                                     unknown.sensor + " says \"" + unknown.word +
-                                     "\", which no rule knows");
+void add_unknown_words(const std::vector<UnknownWord>& words, Health& health) {
+    for (const auto& unknown : words) {
+        if (unknown.subsystem == health.subsystem)
+            add_once(health.missing, unknown.place.capture + ", line " +
+                                         std::to_string(unknown.place.line) + ": sensor " +
+                                         unknown.sensor + " says \"" + unknown.word +
+                                         "\", which no rule knows");
+    }
+}
+
+struct ReadingsRow {
+    Subsystem subsystem;
+    std::string_view kind;
+    const char* words;
+};
+constexpr auto kReadings = std::to_array<ReadingsRow>({
+    {Subsystem::temperature, "temperature", "no temperature sensor has a reading"},
+    {Subsystem::cooling,     "fan",         "no fan has a reading"               },
+});
+
+// A BMC that reads none of its sensors says nothing of them.
+void add_missing_readings(const Survey& survey, Health& health) {
+    for (const auto& row : kReadings) {
+        if (row.subsystem != health.subsystem) continue;
+        bool is_there = false, is_read = false;
+        for (const auto& sensor : survey.inventory.sensors) {
+            if (sensor.kind != row.kind) continue;
+            is_there = true;
+            is_read = is_read || sensor.reading;
+        }
+        if (is_there && !is_read) add_once(health.missing, row.words);
+    }
 }
 
 std::optional<HealthWord> worst_finding(const std::vector<Finding>& findings, Subsystem subsystem) {
@@ -114,6 +140,10 @@ std::optional<HealthWord> worst_finding(const std::vector<Finding>& findings, Su
 }
 
 }  // namespace
+
+bool is_not_installed(const SurveyedCapture& capture) {
+    return capture.ended_badly.ends_with(": not installed");
+}
 
 std::string why_not_whole(const SurveyedCapture& capture) {
     const auto at = [&](std::int64_t line) {
@@ -134,6 +164,7 @@ std::string why_not_whole(const SurveyedCapture& capture) {
 std::vector<Health> judge_health(const Survey& survey, const Circumstances& circumstances,
                                  const std::vector<Finding>& findings) {
     const auto* absent_by = no_bmc(survey);
+    const auto words = unknown_words(survey.inventory);
     std::vector<Health> all;
     for (const auto subsystem : kSubsystems) {
         Health health;
@@ -145,7 +176,8 @@ std::vector<Health> judge_health(const Survey& survey, const Circumstances& circ
         if (is_absent) add_once(health.judged_by, absent_by->name);
         if (subsystem == Subsystem::storage) is_absent = weigh_storage(survey, health);
         if (subsystem == Subsystem::collection) judge_collection(circumstances, health);
-        if (subsystem == Subsystem::system && !absent_by) add_unknown_words(survey, health);
+        add_unknown_words(words, health);
+        add_missing_readings(survey, health);
 
         if (const auto worst = worst_finding(findings, subsystem)) {
             health.health = *worst;

@@ -20,7 +20,7 @@ struct Lack {
 struct Circumstances {
     std::string now;                            // when it ended, ISO 8601, on this system's clock
     std::string incomplete_because;             // in words; empty: it is complete
-    std::vector<std::string> cut_off_commands;  // "ipmitool sensor: killed by signal 9"
+    std::vector<std::string> cut_off_commands;  // "sensorinfo.txt: ipmitool: killed by signal 9"
     // What could not be asked: "ipmitool is not installed (Debian package ipmitool)".
     std::vector<Lack> lacks = {};
 };
@@ -28,6 +28,9 @@ struct Circumstances {
 std::vector<Health> judge_health(const inventory::Survey& survey,
                                  const Circumstances& circumstances,
                                  const std::vector<Finding>& findings);
+
+// Whether its tool is not there.
+bool is_not_installed(const inventory::SurveyedCapture& capture);
 
 // Why a capture does not say all that it should, in words; empty: it is whole.
 std::string why_not_whole(const inventory::SurveyedCapture& capture);

@@ -42,20 +42,16 @@ void judge_clocks(const inventory::Inventory& inventory, Collector& findings) {
         const double apart = std::abs(*its - *ours);
         const double off = apart <= kWidestZone ? std::abs(std::remainder(apart, kQuarter)) : apart;
         if (off < findings.rule("clock_wrong").threshold) continue;
-        findings.add(clock.source, "Clock of " + clock.source, "clock_wrong",
+        findings.add({clock.source, "Clock of " + clock.source}, "clock_wrong",
                      "it says " + *clock.time + " where this system's says " + *clock.system_time,
                      clock.place);
     }
 }
 
-bool is_not_installed(const inventory::SurveyedCapture& capture) {
-    return capture.ended_badly.ends_with(": not installed");
-}
-
 void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings) {
     for (const auto& capture : survey.captures) {
         if (is_not_installed(capture)) {
-            findings.add(capture.tool, capture.tool, "tool_missing", "not installed",
+            findings.add({capture.tool, capture.tool}, "tool_missing", "not installed",
                          {capture.name, 0});
         } else if (const auto reason = why_not_whole(capture); !reason.empty()) {
             std::int64_t line = 0;
@@ -64,10 +60,10 @@ void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings
             } else if (!capture.how.gaps.empty()) {
                 line = capture.how.gaps.front().line;
             }
-            findings.add(capture.name, capture.name, "not_read", reason, {capture.name, line});
+            findings.add({capture.name, capture.name}, "not_read", reason, {capture.name, line});
         }
         if (capture.how.not_understood > 0)
-            findings.add(capture.name, capture.name, "not_understood",
+            findings.add({capture.name, capture.name}, "not_understood",
                          std::to_string(capture.how.not_understood) +
                              (capture.how.not_understood == 1 ? " line" : " lines") +
                              " not understood",

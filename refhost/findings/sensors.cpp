@@ -274,13 +274,22 @@ std::string lower(std::string_view text) {
     return all;
 }
 
+const StatusRow* status_row(const Sensor& sensor) {
+    if (!sensor.status) return nullptr;
+    const auto* const found =
+        std::find_if(kStatus.begin(), kStatus.end(),
+                     [&](const StatusRow& row) { return same_word(row.status, *sensor.status); });
+    return found == kStatus.end() ? nullptr : found;
+}
+
 Level level_of(const Sensor& sensor) {
-    if (!sensor.status) return Level::well;
-    for (const auto& [status, level] : kStatus) {
-        if (same_word(status, *sensor.status)) return level;
-    }
-    // Discrete sensors have other things there, such as "0x0180".
-    return Level::well;
+    const auto* const row = status_row(sensor);
+    return row ? row->level : Level::well;
+}
+
+// Discrete sensors have their bits there, such as "0x0180".
+bool has_unknown_status(const Sensor& sensor) {
+    return sensor.status && !status_row(sensor) && !sensor.status->starts_with("0x");
 }
 
 std::string name_of(const Sensor& sensor) { return sensor.name.value_or("sensor without a name"); }
@@ -288,6 +297,52 @@ std::string name_of(const Sensor& sensor) { return sensor.name.value_or("sensor 
 // Names repeat; numbers do not.
 std::string key_of(const Sensor& sensor) {
     return sensor.number ? name_of(sensor) + "." + *sensor.number : name_of(sensor);
+}
+
+struct SubsystemRow {
+    std::string_view in_name;  // lower case
+    Subsystem subsystem;
+};
+
+// clang-format off
+constexpr auto kKindSubsystems = std::to_array<SubsystemRow>({
+    {"temperature", Subsystem::temperature},
+    {"fan",         Subsystem::cooling    },
+    {"voltage",     Subsystem::power      },
+    {"current",     Subsystem::power      },
+    {"power",       Subsystem::power      },
+});
+
+// What a sensor without a kind measures is told by its name.
+constexpr auto kNameSubsystems = std::to_array<SubsystemRow>({
+    {"fan",         Subsystem::cooling    },
+    {"cool",        Subsystem::cooling    },
+    {"temp",        Subsystem::temperature},
+    {"therm",       Subsystem::temperature},
+    {"ps",          Subsystem::power      },
+    {"pwr",         Subsystem::power      },
+    {"power",       Subsystem::power      },
+    {"dimm",        Subsystem::memory     },
+    {"mem",         Subsystem::memory     },
+    {"ecc",         Subsystem::memory     },
+    {"cpu",         Subsystem::processor  },
+    {"proc",        Subsystem::processor  },
+    {"hdd",         Subsystem::storage    },
+    {"ssd",         Subsystem::storage    },
+    {"drive",       Subsystem::storage    },
+    {"disk",        Subsystem::storage    },
+});
+// clang-format on
+
+Subsystem subsystem_of(const Sensor& sensor) {
+    for (const auto& row : kKindSubsystems) {
+        if (sensor.kind && row.in_name == *sensor.kind) return row.subsystem;
+    }
+    const auto name = lower(name_of(sensor));
+    for (const auto& row : kNameSubsystems) {
+        if (name.find(row.in_name) != std::string::npos) return row.subsystem;
+    }
+    return Subsystem::system;
 }
 
 std::string number(double value) {
@@ -354,7 +409,12 @@ bool cooling_redundancy_is_lost(const Inventory& inventory) {
     return false;
 }
 
-void judge_status(const Sensor& sensor, bool fans_exposed, Collector& findings) {
+Subject subject_of(const Inventory& inventory, const Sensor& sensor) {
+    return {key_of(sensor), "Sensor " + name_of(sensor), {ref_to(inventory, sensor)}};
+}
+
+void judge_status(const Inventory& inventory, const Sensor& sensor, bool fans_exposed,
+                  Collector& findings) {
     const auto level = level_of(sensor);
     if (level == Level::well) return;
     const bool critical = level == Level::critical;
@@ -364,8 +424,7 @@ void judge_status(const Sensor& sensor, bool fans_exposed, Collector& findings) 
     }
     if (name == "fan_warning" && critical && fans_exposed) name = "fan_critical";
     if (sensor.kind == "voltage" && measures_clock_battery(sensor)) name = "clock_battery";
-    findings.add(key_of(sensor), "Sensor " + name_of(sensor), name.c_str(), reading_text(sensor),
-                 sensor.place);
+    findings.add(subject_of(inventory, sensor), name, reading_text(sensor), sensor.place);
 }
 
 // "PS2 Status" and the power supply 2 are one thing: the one number in the name tells.
@@ -384,20 +443,19 @@ bool is_of_power_supply(std::string_view rule_name) {
     return rule_name == "power_input" || rule_name == "power_supply";
 }
 
-void judge_words(const Sensor& sensor, Collector& findings) {
+void judge_words(const Inventory& inventory, const Sensor& sensor, Collector& findings) {
     for (const auto& state : sensor.states) {
+        auto subject = subject_of(inventory, sensor);
         if (const auto* redundancy = redundancy_of(state)) {
             const auto& row = redundant_in(sensor);
-            findings.add(key_of(sensor), "Sensor " + name_of(sensor),
-                         redundancy->is_insufficient ? row.insufficient : row.lost, state,
+            findings.add(subject, redundancy->is_insufficient ? row.insufficient : row.lost, state,
                          place_of(sensor, "states"));
             continue;
         }
         const auto found = rule_for(kWords, state);
         if (!found || found->empty()) continue;
-        const auto key = is_of_power_supply(*found) ? supply_key(name_of(sensor)) : key_of(sensor);
-        findings.add(key, "Sensor " + name_of(sensor), std::string(*found).c_str(), state,
-                     place_of(sensor, "states"));
+        if (is_of_power_supply(*found)) subject.key = supply_key(name_of(sensor));
+        findings.add(subject, *found, state, place_of(sensor, "states"));
     }
 }
 
@@ -419,6 +477,17 @@ bool is_input_voltage(std::string_view state) {
     return behind != 3 && behind != std::string_view::npos && state.substr(behind) == " V";
 }
 
+// "0 Errors since power on", "no faults"
+bool counts_none(std::string_view state) {
+    const auto words = lower(state);
+    if (!words.starts_with("0 ") && !words.starts_with("no ")) return false;
+    const auto counted = std::string_view(words).substr(words.find(' ') + 1);
+    return counted.starts_with("error") || counted.starts_with("fault") ||
+           counted.starts_with("failure");
+}
+
+bool is_harmless(std::string_view state) { return is_input_voltage(state) || counts_none(state); }
+
 }  // namespace
 
 bool is_well(const Sensor& sensor) { return level_of(sensor) == Level::well; }
@@ -426,18 +495,21 @@ bool is_well(const Sensor& sensor) { return level_of(sensor) == Level::well; }
 void judge_sensors(const Inventory& inventory, Collector& findings) {
     const bool fans_exposed = cooling_redundancy_is_lost(inventory);
     for (const auto& sensor : inventory.sensors) {
-        judge_status(sensor, fans_exposed, findings);
-        judge_words(sensor, findings);
+        judge_status(inventory, sensor, fans_exposed, findings);
+        judge_words(inventory, sensor, findings);
     }
 }
 
 std::vector<UnknownWord> unknown_words(const Inventory& inventory) {
     std::vector<UnknownWord> unknown;
     for (const auto& sensor : inventory.sensors) {
+        const auto subsystem = subsystem_of(sensor);
         for (const auto& state : sensor.states) {
             if (!redundancy_of(state) && !rule_for(kWords, state))
-                unknown.push_back({name_of(sensor), state, sensor.place});
+                unknown.push_back({subsystem, name_of(sensor), state, place_of(sensor, "states")});
         }
+        if (has_unknown_status(sensor))
+            unknown.push_back({subsystem, name_of(sensor), *sensor.status, sensor.place});
     }
     return unknown;
 }
@@ -446,16 +518,17 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
     for (const PowerSupply& supply : inventory.power_supplies) {
         if (supply.present == false) continue;  // an empty bay is no failure
         const auto slot = supply.slot.value_or("");
-        const auto subject = (slot.starts_with("Power") ? "" : "Power supply ") + slot +
-                             (supply.model ? ", " + *supply.model : "") +
-                             (supply.serial ? ", serial " + *supply.serial : "");
+        const Subject subject = {supply_key(slot),
+                                 (slot.starts_with("Power") ? "" : "Power supply ") + slot +
+                                     (supply.model ? ", " + *supply.model : "") +
+                                     (supply.serial ? ", serial " + *supply.serial : ""),
+                                 {ref_to(inventory, supply)}};
         if (supply.state) {
             for (const auto part : parts_of(*supply.state)) {
-                const auto name = rule_for(kSupplyStates, part)
-                                      .value_or(is_input_voltage(part) ? "" : "power_supply");
+                const auto name =
+                    rule_for(kSupplyStates, part).value_or(is_harmless(part) ? "" : "power_supply");
                 if (!name.empty())
-                    findings.add(supply_key(slot), subject, std::string(name).c_str(),
-                                 "state " + *supply.state, supply.place);
+                    findings.add(subject, name, "state " + *supply.state, supply.place);
             }
         }
         if (supply.input_state) {
@@ -463,8 +536,7 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
                 rule_for(kSupplyStates, *supply.input_state)
                     .value_or(is_input_voltage(*supply.input_state) ? "" : "power_input");
             if (!name.empty())
-                findings.add(supply_key(slot), subject, "power_input",
-                             "input " + *supply.input_state, supply.place);
+                findings.add(subject, "power_input", "input " + *supply.input_state, supply.place);
         }
     }
 }
@@ -472,15 +544,15 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
 void judge_bmc(const Inventory& inventory, Collector& findings) {
     for (const auto& bmc : inventory.bmcs) {
         if (bmc.self_test && !same_word(*bmc.self_test, "passed"))
-            findings.add("self_test", "BMC", "self_test", "self test: " + *bmc.self_test,
-                         place_of(bmc, "self_test"));
+            findings.add({"self_test", "BMC", {ref_to(inventory, bmc)}}, "self_test",
+                         "self test: " + *bmc.self_test, place_of(bmc, "self_test"));
     }
     for (const auto& log : inventory.sel_logs) {
         const bool full = log.overflow == true;
         if (!full &&
             !(log.used_percent && *log.used_percent >= findings.rule("sel_nearly_full").threshold))
             continue;
-        findings.add("sel", "System event log", "sel_nearly_full",
+        findings.add({"sel", "System event log"}, "sel_nearly_full",
                      full ? "entries were lost" : number(*log.used_percent) + " % full", log.place);
     }
 }

@@ -11,8 +11,9 @@ void judge_sensors(const inventory::Inventory& inventory, Collector& findings);
 void judge_power_supplies(const inventory::Inventory& inventory, Collector& findings);
 void judge_bmc(const inventory::Inventory& inventory, Collector& findings);
 
-// Words of discrete sensors that no table knows: whether they are well cannot be told.
+// Words of sensors that no table knows, states and statuses: whether they are well cannot be told.
 struct UnknownWord {
+    Subsystem subsystem;
     std::string sensor;
     std::string word;
     Place place;

@@ -1,5 +1,6 @@
 #include "findings/storage.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <set>
@@ -78,6 +79,18 @@ constexpr auto kOperations = std::to_array<StateRow>({
     {"Build/Verify",                  "volume_maintenance"  },
     {"Verify",                        "volume_maintenance"  },
     {"Patrol Read",                   "volume_maintenance"  },
+    {"Build/Verify with fix",         "volume_maintenance"  },
+    {"Verify with fix",               "volume_maintenance"  },
+    {"Initialize",                    "volume_maintenance"  },
+    {"Erase",                         "volume_maintenance"  },
+    {"Clear",                         "volume_maintenance"  },
+    {"Migrate",                       "volume_maintenance"  },
+    {"Reconstruction",                "volume_maintenance"  },
+    {"OCE",                           "volume_maintenance"  },
+    {"Expansion",                     "volume_maintenance"  },
+    {"Compression",                   "volume_maintenance"  },
+    {"repair",                        "volume_maintenance"  },
+    {"trim",                          "volume_maintenance"  },
 });
 
 // Rows of a topology that stand for a drive group or an array.
@@ -138,6 +151,26 @@ constexpr auto kDriveStates = std::to_array<StateRow>({
     {"Rebuilding",                   "drive_rebuild"         },
     {"Rebuilding (RBLD)",            "drive_rebuild"         },
     {"spare rebuilding",             "drive_rebuild"         },
+});
+
+struct NvmeWarning {
+    int bit;
+    const char* rule;  // "" as a predicted failure
+    const char* words;
+};
+
+// NVM Express, SMART / Health Information: Critical Warning
+constexpr auto kNvmeWarnings = std::to_array<NvmeWarning>({
+    {0, "drive_spare_low",   "spare blocks are below the drive's threshold"},
+    {1, "drive_temperature", "its temperature is beyond its own threshold" },
+    {2, "",                  "its reliability is degraded"                 },
+    {3, "drive_read_only",   "it is read-only"                             },
+    {4, "drive_read_only",   "the backup of its memory failed"             },
+});
+
+// Members of a volume in arcconf's list of segments.
+constexpr auto kMemberStates = std::to_array<StateRow>({
+    {"Present", ""},
 });
 
 constexpr auto kControllerStates = std::to_array<StateRow>({
@@ -203,10 +236,19 @@ std::vector<std::string_view> state_words(const Volume& volume) {
     }
 }
 
-// The drive groups of which nothing more may be lost, and controllers whose tool names no groups.
+bool is_drive(const TopologyRow& row) { return row.type && same_word(*row.type, "DRIVE"); }
+
+// Whether the row of a topology stands for the drive.
+bool is_of(const TopologyRow& row, const Drive& drive) {
+    if (!is_drive(row) || row.controller != drive.controller) return false;
+    if (row.serial && drive.serial) return *row.serial == *drive.serial;
+    return row.slot && row.slot == drive.slot && row.enclosure == drive.enclosure;
+}
+
+// The volumes and drive groups of which nothing more may be lost.
 class Redundancy {
 public:
-    explicit Redundancy(const Inventory& inventory) {
+    explicit Redundancy(const Inventory& inventory) : inventory_(inventory) {
         for (const auto& volume : inventory.volumes) {
             if (volume.drive_group) has_groups_.insert(volume.controller);
         }
@@ -214,20 +256,37 @@ public:
             if (drive.drive_group) has_groups_.insert(drive.controller);
         }
     }
+    void is_lost(const Volume& volume) {
+        controllers_.insert(volume.controller);
+        volumes_.insert({volume.controller, volume.number});
+        if (volume.drive_group) is_lost(volume.controller, volume.drive_group);
+    }
     void is_lost(const Integer& controller, const Integer& group) {
-        lost_.insert({controller, group});
+        controllers_.insert(controller);
+        groups_.insert({controller, group});
     }
     bool is_lost_for(const Drive& drive) const {
-        if (!has_groups_.contains(drive.controller)) {
-            const auto any = lost_.lower_bound({drive.controller, std::nullopt});
-            return any != lost_.end() && any->first == drive.controller;
+        if (drive.drive_group) return groups_.contains({drive.controller, drive.drive_group});
+        bool is_member = false;
+        for (const auto& row : inventory_.topology) {
+            if (!is_of(row, drive)) continue;
+            if (is_lost_in(row)) return true;
+            is_member = true;
         }
-        return drive.drive_group && lost_.contains({drive.controller, drive.drive_group});
+        // Where the tool says nothing of members, each of its drives may be one.
+        return !is_member && !has_groups_.contains(drive.controller) &&
+               controllers_.contains(drive.controller);
+    }
+    bool is_lost_in(const TopologyRow& row) const {
+        return (row.volume && volumes_.contains({row.controller, row.volume})) ||
+               (row.drive_group && groups_.contains({row.controller, row.drive_group}));
     }
 
 private:
+    const Inventory& inventory_;
     std::set<Integer> has_groups_;
-    std::set<std::pair<Integer, Integer>> lost_;
+    std::set<Integer> controllers_;
+    std::set<std::pair<Integer, Integer>> groups_, volumes_;
 };
 
 std::string at_controller(const Integer& controller) {
@@ -241,7 +300,7 @@ std::string volume_key(const Volume& volume) {
     return volume.device.value_or(volume.name.value_or(""));
 }
 
-std::string volume_subject(const Volume& volume) {
+std::string volume_words(const Volume& volume) {
     std::string text = "Volume";
     if (volume.number) text += " " + number_text(volume.number);
     if (volume.name) text += " \"" + *volume.name + "\"";
@@ -260,27 +319,28 @@ std::string_view with_raid_level(std::string_view rule_name, const Volume& volum
     return rule_name;
 }
 
-void judge_volume(const Volume& volume, Redundancy& redundancy, Collector& findings) {
-    const auto remark = [&](std::string_view rule_name, const std::string& says) {
-        findings.add(volume_key(volume), volume_subject(volume), std::string(rule_name).c_str(),
-                     says, volume.place);
+void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& redundancy,
+                  Collector& findings) {
+    const auto remark = [&](std::string_view rule_name, const char* field,
+                            const std::string& says) {
+        findings.add({volume_key(volume), volume_words(volume), {ref_to(inventory, volume)}},
+                     rule_name, says, place_of(volume, field));
     };
     if (volume.state) {
         for (const auto state : state_words(volume)) {
             const auto found = rule_for(kVolumeStates, state);
             const auto rule_name = with_raid_level(found.value_or("volume_state"), volume, state);
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
-                redundancy.is_lost(volume.controller, volume.drive_group);
-            if (!rule_name.empty()) remark(rule_name, "state " + *volume.state);
+                redundancy.is_lost(volume);
+            if (!rule_name.empty()) remark(rule_name, "state", "state " + *volume.state);
         }
     }
     if (volume.operation) {
         const auto found = rule_for(kOperations, *volume.operation);
         std::string says = *volume.operation;
         if (volume.progress_percent) says += " at " + percent_text(*volume.progress_percent);
-        // An operation that no row knows is work that runs, and no failure.
-        if (const auto rule_name = found.value_or("volume_maintenance"); !rule_name.empty())
-            remark(rule_name, says);
+        if (const auto rule_name = found.value_or("volume_operation"); !rule_name.empty())
+            remark(rule_name, "operation", says);
     }
 }
 
@@ -293,35 +353,17 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
         if (!found || !found->empty()) told.insert({volume.controller, volume.drive_group});
     }
     for (const TopologyRow& row : inventory.topology) {
-        if (!row.state || (row.type && same_word(*row.type, "DRIVE"))) continue;
+        if (!row.state || is_drive(row)) continue;
         const auto rule_name = rule_for(kTopologyStates, *row.state).value_or("topology_state");
         if (rule_name.empty()) continue;
         if (rule_name != "topology_state") redundancy.is_lost(row.controller, row.drive_group);
         if (told.contains({row.controller, row.drive_group})) continue;
         const auto group = number_text(row.drive_group);
-        findings.add(
-            "c" + number_text(row.controller) + "_dg" + group,
-            "Drive group " + group + at_controller(row.controller), std::string(rule_name).c_str(),
-            "topology says " + *row.state + (row.type ? " for " + *row.type : ""), row.place);
-    }
-}
-
-// A row of the topology without a drive: one is missing there.
-void judge_missing_members(const Inventory& inventory, const Redundancy& redundancy,
-                           Collector& findings) {
-    for (const TopologyRow& row : inventory.topology) {
-        if (!row.state || !row.type || !same_word(*row.type, "DRIVE")) continue;
-        if (rule_for(kDriveStates, *row.state) != "drive_failed" || row.slot) continue;
-        Drive missing;
-        missing.controller = row.controller;
-        missing.drive_group = row.drive_group;
-        const auto group = number_text(row.drive_group);
-        const auto position = number_text(row.row);
-        findings.add(
-            "c" + number_text(row.controller) + "_dg" + group + "_row" + position,
-            "Drive at row " + position + " of drive group " + group + at_controller(row.controller),
-            redundancy.is_lost_for(missing) ? "drive_failed_no_redundancy" : "drive_failed",
-            "topology says " + *row.state, row.place);
+        findings.add({"c" + number_text(row.controller) + "_dg" + group,
+                      "Drive group " + group + at_controller(row.controller)},
+                     rule_name,
+                     "topology says " + *row.state + (row.type ? " for " + *row.type : ""),
+                     row.place);
     }
 }
 
@@ -338,7 +380,7 @@ std::string drive_key(const Drive& drive) {
     return (drive.controller ? "c" + number_text(drive.controller) + "_" : "") + drive_place(drive);
 }
 
-std::string drive_subject(const Drive& drive) {
+std::string drive_words(const Drive& drive) {
     auto text = "Drive " + drive_place(drive) + at_controller(drive.controller);
     if (drive.device && drive.slot) text += ", " + *drive.device;
     if (drive.model) text += ", " + *drive.model;
@@ -346,11 +388,15 @@ std::string drive_subject(const Drive& drive) {
     return text;
 }
 
-void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& findings) {
+Subject subject_of(const Inventory& inventory, const Drive& drive) {
+    return {drive_key(drive), drive_words(drive), {ref_to(inventory, drive)}};
+}
+
+void judge_drive(const Inventory& inventory, const Drive& drive, const Redundancy& redundancy,
+                 Collector& findings) {
     const auto remark = [&](std::string_view rule_name, std::string_view field,
                             const std::string& says) {
-        findings.add(drive_key(drive), drive_subject(drive), std::string(rule_name).c_str(), says,
-                     place_of(drive, field));
+        findings.add(subject_of(inventory, drive), rule_name, says, place_of(drive, field));
     };
     const bool exposed = redundancy.is_lost_for(drive);
     if (drive.state) {
@@ -363,6 +409,10 @@ void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& fi
     if (drive.is_foreign == true) remark("drive_foreign", "is_foreign", "foreign configuration");
     const auto* const predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";
     if (drive.smart_alert == true) remark(predicted, "smart_alert", "SMART alert");
+    for (const auto& [bit, warning_rule, words] : kNvmeWarnings) {
+        if (drive.nvme_warnings.value_or(0) >> bit & 1)
+            remark(*warning_rule == '\0' ? predicted : warning_rule, "nvme_warnings", words);
+    }
     const auto count = [&](const char* rule_name, const char* field, const Integer& value,
                            const char* words) {
         if (value && static_cast<double>(*value) > findings.rule(rule_name).threshold)
@@ -375,9 +425,64 @@ void judge_drive(const Drive& drive, const Redundancy& redundancy, Collector& fi
         remark("drive_wear", "percentage_used",
                percent_text(*drive.percentage_used) + " of its life used");
     if (drive.available_spare_percent &&
-        *drive.available_spare_percent <= findings.rule("drive_spare_low").threshold)
+        *drive.available_spare_percent <=
+            drive.available_spare_threshold.value_or(findings.rule("drive_spare_low").threshold))
         remark("drive_spare_low", "available_spare_percent",
                percent_text(*drive.available_spare_percent) + " of its spare blocks left");
+}
+
+// "Drive 8:1 of controller 1", "Drive at row 0 of drive group 0 of controller 1"
+Subject missing_drive(const TopologyRow& row) {
+    Drive drive;
+    drive.controller = row.controller;
+    drive.enclosure = row.enclosure;
+    drive.slot = row.slot;
+    drive.serial = row.serial;
+    if (drive.serial || drive.slot) return {drive_key(drive), drive_words(drive)};
+    std::string key = "c" + number_text(row.controller);
+    std::string subject;
+    const auto name = [&](const Integer& number, const char* short_name, const char* words) {
+        if (!number) return;
+        key += short_name + number_text(number);
+        subject = words + number_text(number) + (subject.empty() ? "" : " of ") + subject;
+    };
+    name(row.drive_group, "_dg", "drive group ");
+    name(row.volume, "_v", "volume ");
+    name(row.array, "_array", "array ");
+    name(row.row, "_row", "row ");
+    subject = "Drive" + (subject.empty() ? "" : " at " + subject);
+    return {key, subject + at_controller(row.controller)};
+}
+
+// Drives that the topology tells and no list of drives, or not so: one is missing there.
+void judge_members(const Inventory& inventory, const Redundancy& redundancy, Collector& findings) {
+    for (const TopologyRow& row : inventory.topology) {
+        if (!row.state || !is_drive(row)) continue;
+        auto rule_name = rule_for(kMemberStates, *row.state)
+                             .value_or(rule_for(kDriveStates, *row.state).value_or("drive_state"));
+        if (rule_name.empty()) continue;
+        const auto drive = std::find_if(inventory.drives.begin(), inventory.drives.end(),
+                                        [&](const Drive& one) { return is_of(row, one); });
+        const bool is_listed = drive != inventory.drives.end();
+        if (is_listed && drive->state &&
+            !rule_for(kDriveStates, *drive->state).value_or("drive_state").empty())
+            continue;
+        const bool exposed =
+            redundancy.is_lost_in(row) || (is_listed && redundancy.is_lost_for(*drive));
+        if (rule_name == "drive_failed" && exposed) rule_name = "drive_failed_no_redundancy";
+        findings.add(is_listed ? subject_of(inventory, *drive) : missing_drive(row), rule_name,
+                     "topology says " + *row.state, row.place);
+    }
+}
+
+// A volume whose cache is written back even without a battery: "AWB", "RAWBD".
+const Volume* forced_write_back(const Inventory& inventory, const inventory::Battery& battery) {
+    const auto found =
+        std::find_if(inventory.volumes.begin(), inventory.volumes.end(), [&](const Volume& volume) {
+            return volume.controller == battery.controller && volume.cache &&
+                   volume.cache->find("AWB") != std::string::npos;
+        });
+    return found == inventory.volumes.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -389,31 +494,39 @@ void judge_storage(const Inventory& inventory, Collector& findings) {
         const auto rule_name =
             rule_for(kControllerStates, *controller.status).value_or("controller_attention");
         if (rule_name.empty()) continue;
-        const auto key = controller.serial.value_or("c" + number_text(controller.number));
-        findings.add(key,
-                     "Controller " + number_text(controller.number) +
-                         (controller.model ? ", " + *controller.model : ""),
-                     std::string(rule_name).c_str(), "status " + *controller.status,
-                     controller.place);
+        findings.add({controller.serial.value_or("c" + number_text(controller.number)),
+                      "Controller " + number_text(controller.number) +
+                          (controller.model ? ", " + *controller.model : ""),
+                      {ref_to(inventory, controller)}},
+                     rule_name, "status " + *controller.status, controller.place);
     }
-    for (const auto& volume : inventory.volumes) judge_volume(volume, redundancy, findings);
+    for (const auto& volume : inventory.volumes)
+        judge_volume(inventory, volume, redundancy, findings);
     judge_topology(inventory, redundancy, findings);
-    for (const auto& drive : inventory.drives) judge_drive(drive, redundancy, findings);
-    judge_missing_members(inventory, redundancy, findings);
+    for (const auto& drive : inventory.drives) judge_drive(inventory, drive, redundancy, findings);
+    judge_members(inventory, redundancy, findings);
     for (const auto& battery : inventory.batteries) {
         if (!battery.state) continue;
-        const auto rule_name = rule_for(kBatteryStates, *battery.state).value_or("battery");
+        auto rule_name = rule_for(kBatteryStates, *battery.state).value_or("battery");
         if (rule_name.empty()) continue;
-        findings.add("c" + number_text(battery.controller) + "_battery",
-                     "Battery" + at_controller(battery.controller) +
-                         (battery.model ? ", " + *battery.model : ""),
-                     std::string(rule_name).c_str(), "state " + *battery.state, battery.place);
+        std::string says = "state " + *battery.state;
+        const auto* const forced = forced_write_back(inventory, battery);
+        if (rule_name == "battery" && forced) {
+            rule_name = "battery_write_back_forced";
+            says += "; cache " + *forced->cache + " of volume " + number_text(forced->number);
+        }
+        findings.add({"c" + number_text(battery.controller) + "_battery",
+                      "Battery" + at_controller(battery.controller) +
+                          (battery.model ? ", " + *battery.model : ""),
+                      {ref_to(inventory, battery)}},
+                     rule_name, says, battery.place);
     }
     for (const auto& enclosure : inventory.enclosures) {
         if (!enclosure.state || rule_for(kEnclosureStates, *enclosure.state)) continue;
         findings.add(
-            "c" + number_text(enclosure.controller) + "_e" + number_text(enclosure.number),
-            "Enclosure " + number_text(enclosure.number) + at_controller(enclosure.controller),
+            {"c" + number_text(enclosure.controller) + "_e" + number_text(enclosure.number),
+             "Enclosure " + number_text(enclosure.number) + at_controller(enclosure.controller),
+             {ref_to(inventory, enclosure)}},
             "enclosure_state", "state " + *enclosure.state, enclosure.place);
     }
 }

@@ -38,6 +38,11 @@ constexpr auto kTools = std::to_array<ToolRow>({
     {"tri-mode",      "storcli",  {"c", "host_storcli", ""}            },
 });
 
+// Captures of the host's own questions on storage, which are asked only where there is something to tell.
+constexpr auto kAnswers = std::to_array<std::string_view>(
+    {"host_smartctl_", "host_mdstat", "host_mdadm", "host_zpool", "host_multipath", "host_arcconf_",
+     "host_sas2ircu_", "host_sas3ircu_", "host_ssacli"});
+
 // Classes of PCI devices that have drives behind them.
 constexpr auto kRaidClasses = std::to_array<std::string_view>({"RAID bus controller", "Serial Attached SCSI controller"});
 constexpr auto kPlainClasses = std::to_array<std::string_view>(
@@ -98,8 +103,71 @@ bool was_read(const Survey& survey, const ToolRow& row) {
         });
 }
 
+// Captures that tell the same details of a controller, which nobody need ask for: where they were asked
+// for, one of them must be whole.
+struct DetailRow {
+    std::array<std::string_view, 2> of_any;    // "{n}" stands for the controller's number
+    std::array<std::string_view, 2> of_first;  // what else tells of controller 0
+};
+
+// clang-format off
+constexpr auto kDetails = std::to_array<DetailRow>({  // the first row's tell the drives
+    {{"host_storcli_c{n}_drives.txt", ""},                     {"pdlist.txt", "c0_pdlist.txt"}},
+    {{"c{n}_raidevents.txt", "host_storcli_c{n}_events.txt"},  {"raidevents.txt", ""}         },
+    {{"host_storcli_c{n}_bare_drives.txt", ""},                {"", ""}                       },
+    {{"host_storcli_c{n}_rebuild.txt", ""},                    {"", ""}                       },
+    {{"host_storcli_c{n}_bbu.txt", ""},                        {"", ""}                       },
+    {{"host_storcli_c{n}_cv.txt", ""},                         {"", ""}                       },
+});
+// clang-format on
+
+// Whether there are drives in enclosures, of which "/cN/eall/sall show all" should have told.
+bool lacks_details(const Survey& survey, std::int64_t controller) {
+    bool is_there = false;
+    for (const auto& drive : survey.inventory.drives) {
+        if (drive.tool != "storcli" || drive.controller != controller || !drive.enclosure) continue;
+        if (drive.media_errors) return false;
+        is_there = true;
+    }
+    return is_there;
+}
+
+void weigh_details(const Survey& survey, std::int64_t controller, Health& health) {
+    for (const auto& row : kDetails) {
+        const SurveyedCapture* best = nullptr;
+        const auto look_at = [&](std::string_view pattern) {
+            std::string name(pattern);
+            if (const auto at = name.find("{n}"); at != std::string::npos)
+                name.replace(at, 3, std::to_string(controller));
+            const auto* const capture = survey.find(name);
+            if (capture && (!best || !best->whole())) best = capture;
+        };
+        for (const auto pattern : row.of_any) look_at(pattern);
+        for (const auto name : row.of_first) {
+            if (controller == 0) look_at(name);
+        }
+        if (best) weigh_capture(*best, health);
+        if (best && best->whole() && &row == kDetails.begin() && lacks_details(survey, controller))
+            add_once(health.missing, best->name + ": it tells none of the drives");
+    }
+}
+
+// Where storcli answers, how many controllers there are must have been told whole.
+void weigh_count(const Survey& survey, Health& health) {
+    const auto& controllers = survey.inventory.controllers;
+    const bool answers = std::any_of(controllers.begin(), controllers.end(),
+                                     [](const auto& one) { return one.tool == "storcli"; });
+    const SurveyedCapture* best = nullptr;
+    for (const char* name : {"ctrlcount.txt", "host_storcli_show.txt"}) {
+        const auto* capture = survey.find(name);
+        if (capture && (!best || !best->whole())) best = capture;
+    }
+    if (answers && best) weigh_capture(*best, health);
+}
+
 // Each controller that storcli counts must have been asked, and its answer whole.
 std::int64_t weigh_counted(const Survey& survey, Health& health) {
+    weigh_count(survey, health);
     std::int64_t most = 0;
     for (const auto& counted : survey.inventory.controller_counts) {
         if (counted.tool != "storcli") continue;
@@ -114,7 +182,35 @@ std::int64_t weigh_counted(const Survey& survey, Health& health) {
             add_once(health.missing, "controller " + std::to_string(number) + " was not asked");
         }
     }
+    for (const auto& controller : survey.inventory.controllers) {
+        if (controller.tool == "storcli" && controller.number)
+            weigh_details(survey, *controller.number, health);
+    }
     return most;
+}
+
+bool was_asked(const inventory::Drive& drive) { return drive.state || drive.smart_alert; }
+
+// Drives behind no RAID controller answer for themselves. Each NVMe drive is a PCI device of its own.
+void weigh_plain_drives(const Survey& survey, Health& health) {
+    const auto& inventory = survey.inventory;
+    const auto here = std::count_if(
+        inventory.pci_devices.begin(), inventory.pci_devices.end(), [](const PciDevice& device) {
+            return device.device_class &&
+                   device.device_class->starts_with("Non-Volatile memory controller");
+        });
+    std::int64_t asked = 0;
+    for (const auto& drive : inventory.drives) {
+        if (drive.controller) continue;
+        if (was_asked(drive)) {
+            if (drive.interface == "NVMe") ++asked;
+        } else if (drive.interface == "NVMe" || drive.interface == "SATA") {
+            add_once(health.missing, drive.device.value_or("a drive") + " was not asked");
+        }
+    }
+    if (asked < here)
+        add_once(health.missing,
+                 "NVMe drives that were not asked: " + std::to_string(here - asked));
 }
 
 }  // namespace
@@ -122,15 +218,21 @@ std::int64_t weigh_counted(const Survey& survey, Health& health) {
 bool weigh_storage(const Survey& survey, Health& health) {
     const auto& inventory = survey.inventory;
     const auto counted = weigh_counted(survey, health);
-    // Every other capture that tells of a controller, a volume or a software array.
+    // Every other capture that tells of a controller, a volume or a software array, or should.
     for (const auto& capture : survey.captures) {
         const bool tells =
             std::any_of(inventory.controllers.begin(), inventory.controllers.end(),
                         [&](const auto& one) { return one.place.capture == capture.name; }) ||
             std::any_of(inventory.volumes.begin(), inventory.volumes.end(),
                         [&](const auto& one) { return one.place.capture == capture.name; });
-        if (tells) weigh_capture(capture, health);
+        const bool should_tell =
+            !is_not_installed(capture) &&
+            std::any_of(kAnswers.begin(), kAnswers.end(), [&](std::string_view beginning) {
+                return capture.name.starts_with(beginning);
+            });
+        if (tells || should_tell) weigh_capture(capture, health);
     }
+    weigh_plain_drives(survey, health);
     const auto* lspci = survey.find("host_lspci.txt");
     if (!lspci) lspci = survey.find("lspci.log");
     bool has_raid = false;

@@ -32,6 +32,11 @@ constexpr auto kEvidence = std::to_array<TypedColumn>({
     {"capture",    ColumnType::text   },
     {"line",       ColumnType::integer},
 });
+constexpr auto kEntities = std::to_array<TypedColumn>({
+    {"finding_id", ColumnType::text   },
+    {"kind",       ColumnType::text   }, // the table that the entity stands in
+    {"number",     ColumnType::integer}, // its rowid there
+});
 constexpr auto kHealth = std::to_array<TypedColumn>({
     {"subsystem", ColumnType::text},
     {"health",    ColumnType::text},
@@ -70,11 +75,13 @@ std::optional<Enum> of_word(const Enum (&all)[Count], const TypedValue& value) {
 void write_verdict(Store& store, const Verdict& verdict) {
     TypedTableWriter findings(store, "findings", kFindings);
     TypedTableWriter evidence(store, "finding_evidence", kEvidence);
+    TypedTableWriter entities(store, "finding_entities", kEntities);
     for (const auto& one : verdict.findings) {
         findings.add({one.id, one.rule, std::string(word(one.severity)),
                       std::string(word(one.subsystem)), one.subject, one.says,
                       one.time ? TypedValue(*one.time) : TypedValue(), one.count});
         for (const auto& place : one.evidence) evidence.add({one.id, place.capture, place.line});
+        for (const auto& entity : one.entities) entities.add({one.id, entity.kind, entity.number});
     }
     TypedTableWriter health(store, "health", kHealth);
     TypedTableWriter captures(store, "health_captures", kHealthCaptures);
@@ -110,6 +117,11 @@ Verdict read_verdict(const Store& store) {
         const auto found = by_id.find(text(row[0]));
         if (found != by_id.end())
             verdict.findings[found->second].evidence.push_back({text(row[1]), number(row[2])});
+    });
+    each_typed_row(store, "finding_entities", kEntities, [&](const std::vector<TypedValue>& row) {
+        const auto found = by_id.find(text(row[0]));
+        if (found != by_id.end())
+            verdict.findings[found->second].entities.push_back({text(row[1]), number(row[2])});
     });
     std::map<std::string, std::size_t> by_subsystem;
     each_typed_row(store, "health", kHealth, [&](const std::vector<TypedValue>& row) {

@@ -60,7 +60,14 @@ void write_findings() {
            "    acknowledge  drive_media_errors:ZA1B2C3D until 2027-01-31 a new drive is ordered\n\n"
            "A finding that is acknowledged is a notice up to and on that day, and says so. Its id is shown by\n"
            "`qvhost check REPORT --format json`. A line that is none of these makes the answer UNKNOWN and\n"
-           "is named.\n";
+           "is named.\n\n"
+           "What a finding is about stands in the store's table `finding_entities`: `kind` is the table of the\n"
+           "entity, `number` its rowid there.\n\n"
+           "Health is `ok` only where all that could have said otherwise was read whole. For storage that is the\n"
+           "count of controllers, each controller's drives and volumes, what was asked of their batteries and\n"
+           "events, and each drive behind no RAID controller: a NVMe drive that lspci shows, or a SATA or NVMe\n"
+           "drive that lsblk shows, and that nobody asked leaves storage `unknown`, since it answers for\n"
+           "itself alone.\n";
     for (const auto subsystem : findings::kSubsystems) {
         std::cout
             << "\n## " << word(subsystem)

@@ -94,6 +94,88 @@ TEST(Health, NeverOkOnBrokenEvidence) {
     }
 }
 
+TEST(Health, WordsThatNobodyKnowsLeaveTheirSubsystemUnknown) {
+    const struct {
+        const char* name;
+        const char* kind;
+        const char* status;
+        const char* state;
+        const char* subsystem;
+    } cases[] = {
+        {"CPU1 Temp", "temperature", "odd", "", "temperature"},
+        {"FAN1", "fan", "odd", "", "cooling"},
+        {"12V", "voltage", "odd", "", "power"},
+        {"PSU1 Status", "discrete", "ok", "Odd", "power"},
+        {"CPU1 Status", "discrete", "ok", "Odd", "processor"},
+        {"P1-DIMM1A", "discrete", "ok", "Odd", "memory"},
+        {"HDD1", "discrete", "ok", "Odd", "storage"},
+        {"Watchdog", "discrete", "ok", "Odd", "system"},
+    };
+    for (const auto& one : cases) {
+        auto survey = healthy();
+        auto& sensor = survey.inventory.sensors.front();
+        sensor.name = one.name;
+        sensor.kind = one.kind;
+        sensor.status = one.status;
+        if (*one.state)
+            sensor.states = {one.state};
+        else
+            sensor.reading = 1;
+        auto expected = kAllWell;
+        expected[one.subsystem] = "unknown";
+        EXPECT_EQ(words_of(survey), expected) << one.name;
+    }
+}
+
+TEST(Health, SensorsThatAreNotReadSayNothing) {
+    auto survey = healthy();
+    survey.inventory.sensors.front().kind = "fan";
+    EXPECT_EQ(words_of(survey).at("cooling"), "unknown");
+    survey.inventory.sensors.push_back(survey.inventory.sensors.front());
+    survey.inventory.sensors.back().reading = 900;
+    EXPECT_EQ(words_of(survey), kAllWell);
+}
+
+TEST(Health, DetailsThatWereAskedForMustBeWhole) {
+    auto survey = healthy();
+    survey.inventory.controllers[0].tool = "storcli";
+    for (const char* name : {"pdlist.txt", "c0_raidevents.txt", "host_storcli_c0_cv.txt"}) {
+        survey.captures.push_back(whole(name));
+        EXPECT_EQ(words_of(survey), kAllWell) << name;
+        survey.captures.back().how.gaps.push_back({9, "cut off"});
+        EXPECT_EQ(words_of(survey).at("storage"), "unknown") << name;
+        survey.captures.back() = whole(name);
+    }
+    // The same was told elsewhere.
+    survey.captures.push_back(whole("c0_pdlist.txt"));
+    capture(survey, "pdlist.txt").is_there = false;
+    EXPECT_EQ(words_of(survey), kAllWell);
+    // How many controllers there are is no detail.
+    capture(survey, "ctrlcount.txt").how.lines = 0;
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+}
+
+TEST(Health, DrivesBehindNoControllerMustHaveAnswered) {
+    auto survey = healthy();
+    survey.captures.push_back(whole("host_lspci.txt"));
+    survey.inventory.pci_devices.push_back(
+        {{"host_lspci.txt", 2}, "65:00.0", "Non-Volatile memory controller", "Example NVMe SSD"});
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    inventory::Drive drive;
+    drive.device = "/dev/nvme0";
+    drive.interface = "NVMe";
+    survey.inventory.drives.push_back(drive);
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    survey.inventory.drives.back().smart_alert = false;
+    EXPECT_EQ(words_of(survey), kAllWell);
+
+    survey.captures.push_back(whole("host_smartctl_sda.json"));
+    survey.captures.back().how.gaps.push_back({9, "cut off"});
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    survey.captures.back().ended_badly = "exit code 127: not installed";
+    EXPECT_EQ(words_of(survey), kAllWell);
+}
+
 TEST(Health, WhatIsMissingIsSaidInWords) {
     auto survey = healthy();
     capture(survey, "selfinfo.txt").tool = "ipmitool";

@@ -45,7 +45,7 @@ TEST(RulesFile, AcknowledgesUntilADay) {
         kToday);
     Collector findings(rules);
     for (const char* key : {"sel", "BMC2", "BMC3"})
-        findings.add(key, "BMC", "self_test", "it failed", {"a.txt", 1});
+        findings.add({key, "BMC"}, "self_test", "it failed", {"a.txt", 1});
     EXPECT_EQ(
         told(findings),
         (Lines{"warning self_test:BMC2 | BMC | it failed",

@@ -10,6 +10,7 @@
 #include <variant>
 #include <vector>
 
+#include "findings/collector.h"
 #include "inventory/fields.h"
 #include "place.h"
 #include "report/verdict_json.h"
@@ -147,7 +148,8 @@ Verdict every_word() {
                                     "says '\"" + id,
                                     "2026-11-20T07:30:05",
                                     number,
-                                    {{"a.txt", number}, {"b.txt", 1}}});
+                                    {{"a.txt", number}, {"b.txt", 1}},
+                                    {{"drives", number}, {"sensors", 1}}});
         }
     }
     all.findings.push_back({});
@@ -163,7 +165,28 @@ Verdict every_word() {
 TEST_F(VerdictTables, FindingsAndHealthAreReadBack) {
     const auto written = every_word();
     fill([&](Store& store) { write_verdict(store, written); });
-    EXPECT_EQ(told(verdict()), told(written));
+    const auto read = verdict();
+    EXPECT_EQ(told(read), told(written));
+    ASSERT_EQ(read.findings.size(), written.findings.size());
+    for (std::size_t i = 0; i < read.findings.size(); ++i)
+        EXPECT_EQ(read.findings[i].entities, written.findings[i].entities);
+}
+
+TEST_F(VerdictTables, SqlFindsTheEntityOfAFinding) {
+    Inventory all;
+    all.drives.resize(2);
+    all.drives[1].serial = "Z1";
+    findings::Collector collector;
+    collector.add({"Z1", "Drive 8:1", {findings::ref_to(all, all.drives[1])}}, "drive_failed",
+                  "state Offln", {"c0_showall.txt", 41});
+    fill([&](Store& store) {
+        write_inventory(store, all);
+        write_verdict(store, {collector.take(), {}});
+    });
+    EXPECT_EQ(ask("SELECT kind, number, drives.serial FROM findings "
+                  "JOIN finding_entities ON finding_id = findings.id "
+                  "JOIN drives ON kind = 'drives' AND drives.rowid = number"),
+              "drives|2|Z1\n");
 }
 
 TEST_F(VerdictTables, ASecondWritingReplacesTheFirst) {

@@ -85,6 +85,13 @@ bool is_own_question(const CommandInfo& command, const LogDir& dir) {
     return !captures.empty() && captures.front().starts_with("host_");
 }
 
+// "sensorinfo.txt: ipmitool: killed by signal 9"
+std::string cut_off_words(const CommandInfo& command, const LogDir& dir) {
+    const auto captures = captures_of(command.text, text_of(dir));
+    return (captures.empty() ? "" : captures.front() + ": ") + tool_of(command.text) + ": " +
+           command.outcome;
+}
+
 // "2026-11-21T01:20:40Z" as this system's clock shows it: captures have local times.
 std::string local_time(const std::string& utc) {
     std::tm parts{};
@@ -134,7 +141,7 @@ findings::Circumstances circumstances_of(const Store& store,
     for (const auto& command : commands) {
         // A question of the host's own is a further one: without its answer the collection is what it was.
         if (command.cut_off && !is_own_question(command, dir))
-            circumstances.cut_off_commands.push_back(command.text + ": " + command.outcome);
+            circumstances.cut_off_commands.push_back(cut_off_words(command, dir));
     }
     return circumstances;
 }
