@@ -147,18 +147,23 @@ void compare_kind(const Json& truth, const std::string& kind, const Json& expect
     }
     std::vector<bool> is_used(actual.size(), false);
     for (const auto& entity : expected) {
+        const auto& places = entity.at("compare").at("places");
+        const bool is_certain = entity.at("compare").at("certain").get<bool>();
         std::optional<std::size_t> best;
         std::vector<std::string> wrong;
         for (std::size_t index = 0; index < actual.size(); ++index) {
             if (is_used[index] || !fits(entity, actual[index])) continue;
+            // An entity that may be missing is not found elsewhere.
+            if (!is_certain &&
+                !stands_in(places, at(actual[index], "capture"), at(actual[index], "line")))
+                continue;
             const auto these = wrong_fields(entity, actual[index]);
             if (best && these.size() >= wrong.size()) continue;
             best = index;
             wrong = these;
         }
         if (!best) {
-            if (entity.at("compare").at("certain").get<bool>())
-                differences.add("missing: " + name_of(kind, entity));
+            if (is_certain) differences.add("missing: " + name_of(kind, entity));
             continue;
         }
         is_used[*best] = true;
@@ -166,7 +171,6 @@ void compare_kind(const Json& truth, const std::string& kind, const Json& expect
             differences.add(name_of(kind, entity) + ": " + field + " is " +
                             text(at(actual[*best], field.c_str())) + ", not " +
                             text(entity.at(field)));
-        const auto& places = entity.at("compare").at("places");
         if (!stands_in(places, at(actual[*best], "capture"), at(actual[*best], "line")))
             differences.add(name_of(kind, entity) + ": stands at " + place_of(actual[*best]));
     }

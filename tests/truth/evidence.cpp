@@ -154,7 +154,7 @@ bool fits(const Page& page, Damage damage) {
     return true;
 }
 
-Fate suffer(const Page& page, Damage damage, Random& random) {
+Fate suffer(const Page& page, Damage damage, Random& random, std::optional<std::size_t> cut_at) {
     Fate fate;
     fate.page = &page;
     fate.damage = damage;
@@ -183,7 +183,8 @@ Fate suffer(const Page& page, Damage damage, Random& random) {
         case Damage::killed: {
             const auto size = static_cast<int>(fate.bytes.size());
             const bool is_late = damage == Damage::killed && random.chance(20);
-            cut(fate, static_cast<std::size_t>(is_late ? size : random.below(size)));
+            cut(fate, cut_at ? std::min(*cut_at, fate.bytes.size())
+                             : static_cast<std::size_t>(is_late ? size : random.below(size)));
             fate.is_sure = false;
             fate.trust = damage == Damage::killed ? Trust::broken : trust_of_cut(fate);
             if (damage == Damage::killed) fate.ended_badly = "killed by signal 9";

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,7 +57,9 @@ struct Fates {
 
 // Whether this can happen to the page at all.
 bool fits(const Page& page, Damage damage);
-Fate suffer(const Page& page, Damage damage, Random& random);
+// A cut is made at this byte, or at a random one.
+Fate suffer(const Page& page, Damage damage, Random& random,
+            std::optional<std::size_t> cut_at = std::nullopt);
 
 // Most servers' captures are whole; the others' suffer once or twice.
 Fates suffer_all(const std::vector<Page>& pages, Random& random, int percent_hurt);

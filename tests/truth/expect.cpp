@@ -552,7 +552,9 @@ Trust trust_of(const std::string& subsystem, const Server& server, const Fates& 
         trust = worst(of("sensorinfo.txt"), of("sdrinfo.txt"));
         if (subsystem == "power") trust = worst(trust, at_most_unsure("psuinfo.txt"));
     } else if (subsystem == "memory" || subsystem == "processor") {
-        trust = worst(of("dmesg.log"), server.has_bmc ? of("selinfo.txt") : Trust::whole);
+        // Without a BMC the firmware's tables must say that there is none.
+        trust = worst(of("dmesg.log"),
+                      server.has_bmc ? of("selinfo.txt") : at_most_unsure("dmidecode.log"));
     } else if (subsystem == "bmc") {
         trust = worst(of("selfinfo.txt"),
                       worst(at_most_unsure("mcinfo.txt"), at_most_unsure("selinfo.txt")));

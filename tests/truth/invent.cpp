@@ -679,6 +679,8 @@ void invent_storage(Server& server, Random& random) {
                                              StorcliForm::v7_06, StorcliForm::v7_12,
                                              StorcliForm::v7_12};
     server.form = random.pick(kForms);
+    // A random number of its own, so that the rest of each server stays as it was.
+    if (Random odd(server.seed ^ 0xc01); odd.chance(10)) server.odd_column = odd.between(1, 20);
     server.has_ahci = random.chance(30);
     if (server.storage_tool == StorageTool::none) return;
     int count = 1;

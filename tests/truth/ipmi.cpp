@@ -43,6 +43,16 @@ Json value_of(const std::optional<double>& value, int decimals) {
     return std::stod(number(*value, decimals));
 }
 
+// "PSU1 Input" tells of the power supply as well, while it reads well, and so does "PSU1 Status".
+void tell_supply(Book& book, const Sensor& sensor, const Page& page, int line) {
+    if (sensor.role.starts_with("psu") && sensor.role.size() == 4 && !sensor.states.empty())
+        book.subject("power_supplies", sensor.role.substr(3), {"slot"})
+            .tell(page, line, {{"present", joined(true)}});
+    if (sensor.kind != "power" || sensor.status != "ok" || !sensor.reading) return;
+    book.subject("power_supplies", sensor.name.substr(3, 1), {"slot"})
+        .tell(page, line, {{"input_watts", joined(*sensor.reading)}});
+}
+
 // ipmitool sensor:
 //     CPU1 Temp        | 48.000     | degrees C  | ok    | na        | 0.000     | ...
 void print_sensors(const Server& server, Random& random, Book& book, Pages& pages) {
@@ -91,6 +101,7 @@ void print_sensors(const Server& server, Random& random, Book& book, Pages& page
             subject.tell(
                 page, line,
                 {{"kind", sensor.kind}, {"unit", Told(sensor.unit, other_units(sensor.unit))}});
+            tell_supply(book, sensor, page, line);
         } else {
             subject.tell(page, line, {{"kind", anything(nullptr)}, {"unit", anything(nullptr)}});
         }
@@ -139,6 +150,7 @@ void print_records(const Server& server, Random& random, Book& book, Pages& page
                           {"status", anything("ok")},
                           {"kind", anything("discrete")},
                           {"unit", anything(nullptr)}});
+            tell_supply(book, sensor, page, line);
         } else if (sensor.reading) {
             subject.tell(
                 page, line,
@@ -147,6 +159,7 @@ void print_records(const Server& server, Random& random, Book& book, Pages& page
                  {"status", elist_status(sensor)},
                  {"kind", sensor.kind},
                  {"unit", Told(sensor.unit, other_units(sensor.unit))}});
+            tell_supply(book, sensor, page, line);
         } else {
             subject.tell(page, line,
                          {{"status", "ns"},
@@ -200,6 +213,9 @@ void print_frus(const Server& server, Book& book, Pages& pages) {
             tell(say("Product Manufacturer", fru.manufacturer), "manufacturer", fru.manufacturer,
                  fru.board_manufacturer);
             const int product = say("Product Name", fru.product);
+            if (supply > 0)
+                book.subject("power_supplies", std::to_string(supply), {"slot"})
+                    .tell(page, product, {{"present", joined(true)}});
             tell(product, "product", fru.product, fru.board_product);
             join(product, "model", fru.product);
             tell(say("Product Part Number", fru.part), "part", fru.part, fru.board_part);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kUsage =
     "truth_server --seed N --output DIR [--machine] [--now 2026-11-21T06:00:00] [--fault NAME]\n"
-    "             [--page CAPTURE --damage NAME] [--percent-hurt N]\n"
+    "             [--page CAPTURE --damage NAME [--cut-at BYTE]] [--percent-hurt N]\n"
     "truth_server --compare truth.json report.json\n"
     "truth_server --list\n";
 
@@ -47,6 +47,8 @@ int run(int count, char** arguments) {
             options.fault = value();
         } else if (name == "--page") {
             options.page = value();
+        } else if (name == "--cut-at") {
+            options.cut_at = std::stoull(value());
         } else if (name == "--percent-hurt") {
             options.percent_hurt = std::stoi(value());
         } else if (name == "--damage") {

@@ -203,6 +203,9 @@ struct Server {
     StorageTool storage_tool = StorageTool::none;
     StorcliForm form = StorcliForm::v7_12;
     std::vector<Controller> controllers = {};
+    // What is odd about storcli's tables: even, a column that nobody knows; odd, two columns in each
+    // other's places; 0, nothing.
+    int odd_column = 0;
     bool has_ahci = false;  // an on-board SATA controller
     bool has_topology_fault = false;
     std::vector<KernelLine> dmesg = {};

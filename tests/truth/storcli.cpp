@@ -67,6 +67,30 @@ std::vector<int> print_table(Page& page, const std::vector<Column>& columns,
     return lines;
 }
 
+// The same as another version might print it: with a column more, or two that changed their places.
+std::vector<int> print_table(const Server& server, Page& page, std::vector<Column> columns,
+                             std::vector<Cells> rows, std::size_t open, bool is_counted) {
+    const auto odd = static_cast<std::size_t>(server.odd_column);
+    if (odd > 0) {
+        const auto at = 1 + odd / 2 % (columns.size() - open - 2);
+        const auto place = static_cast<std::ptrdiff_t>(at);
+        const bool is_more = odd % 2 == 0;
+        if (is_more) {
+            columns.insert(columns.begin() + place, Column{"Xtra"});
+        } else {
+            std::swap(columns[at], columns[at + 1]);
+        }
+        for (auto& row : rows) {
+            if (is_more) {
+                row.insert(row.begin() + place, "x1");
+            } else {
+                std::swap(row[at], row[at + 1]);
+            }
+        }
+    }
+    return print_table(page, columns, rows, open, is_counted);
+}
+
 void print_heading(Page& page, const std::string& heading) {
     page.line(heading + " :");
     page.line(std::string(heading.size(), '='));
@@ -224,7 +248,7 @@ void print_topology(const Server& server, Page& page, Book& book, const Controll
     }
     if (rows.empty()) return;
     print_heading(page, "TOPOLOGY");
-    const auto lines = print_table(page, columns, rows, has_tr ? 2 : 1, false);
+    const auto lines = print_table(server, page, columns, rows, has_tr ? 2 : 1, false);
     for (std::size_t at = 0; at < lines.size(); ++at) tells[at](lines[at]);
     page.text(
         "DG=Disk Group Index|Arr=Array Index|Row=Row Index|EID=Enclosure Device ID\n"
@@ -273,7 +297,7 @@ void print_volumes(const Server& server, Page& page, Book& book, const Controlle
         cells.push_back(volume.name);
         rows.push_back(cells);
     }
-    const auto lines = print_table(page, columns, rows, 1, true);
+    const auto lines = print_table(server, page, columns, rows, 1, true);
     for (std::size_t at = 0; at < lines.size(); ++at) {
         const auto& volume = controller.volumes[at];
         auto& subject =
@@ -430,7 +454,7 @@ void print_drives(const Server& server, Page& page, Book& book, const Controller
     for (const auto* drive : here)
         rows.push_back(drive_cells(server, controller, *drive, is_short));
     const auto columns = drive_columns(server, controller);
-    const auto lines = print_table(page, columns, rows, columns.size() - 11, true);
+    const auto lines = print_table(server, page, columns, rows, columns.size() - 11, true);
     page.is_vital();
     for (std::size_t at = 0; at < lines.size(); ++at)
         tell_drive(page, lines[at], book, controller, *here[at], is_short);

@@ -299,7 +299,7 @@ std::unique_ptr<Made> make(const Options& options) {
     made->fates = suffer_all(made->pages, random, options.page.empty() ? options.percent_hurt : 0);
     for (const auto& page : made->pages) {
         if (page.name == options.page && fits(page, options.damage))
-            made->fates.by_page[page.name] = suffer(page, options.damage, random);
+            made->fates.by_page[page.name] = suffer(page, options.damage, random, options.cut_at);
     }
     if (options.is_recorded) answer_once(*made);
     made->findings = expected_findings(server, made->book, made->fates);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct Options {
     std::string fault = {};        // this fault alone, where the server can have it
     Damage damage = Damage::none;  // with `page`: this alone happens to the captures
     std::string page = {};
+    std::optional<std::size_t> cut_at = {};  // of damages that cut, the byte where
 };
 
 struct Made {
