@@ -89,6 +89,57 @@ test("the keyboard alone reaches content, tables and records", async () => {
   await page.context().close();
 });
 
+test("a table is one Tab stop, with arrows inside", async () => {
+  const page = await open(made, "#SENSORINFO");
+  await loaded(page);
+  const active = () =>
+    page.evaluate(() => {
+      const one = document.activeElement;
+      if (one.closest(".slick-cell")) return `cell ${one.closest(".slick-row").dataset.row}`;
+      if (one.closest(".grid")) return one.matches("input") ? "filter" : `heading ${one.textContent.trim()}`;
+      return one.textContent.trim();
+    });
+  const press = async (...keys) => {
+    for (const key of keys) await page.keyboard.press(key);
+    return active();
+  };
+  await page.getByRole("button", {name: "CSV"}).focus();
+  assert.equal(await press("Tab"), "cell 0");
+  assert.equal(await press("ArrowDown", "ArrowDown", "ArrowRight"), "cell 2");
+  assert.equal(await press("Shift+Tab"), "CSV");
+  assert.equal(await press("Tab"), "cell 2");
+  assert.equal(await press("Enter"), "cell 2");
+  const panel = page.getByRole("region", {name: "Record 3"});
+  await panel.waitFor();
+  // What follows the table is the open record.
+  assert.equal(await press("Tab"), "Copy");
+  assert.equal(await press("Shift+Tab"), "cell 2");
+  await page.keyboard.press("Escape");
+  await panel.waitFor({state: "detached"});
+  assert.equal(await press("ArrowUp", "ArrowUp", "ArrowUp"), "filter");
+  assert.equal(await press("ArrowUp"), "heading Reading");
+  await page.keyboard.press("Enter");
+  await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
+  assert.equal(await press("ArrowDown", "ArrowDown"), "cell 0");
+  assert.deepEqual(page.trouble, []);
+  await page.context().close();
+});
+
+test("the keys do what the list of keys says", async () => {
+  const page = await open(made);
+  await page.keyboard.press("?");
+  const keys = page.getByRole("dialog", {name: "Keys"});
+  await keys.waitFor();
+  await page.keyboard.press("Escape");
+  await keys.waitFor({state: "detached"});
+  await page.keyboard.press("/");
+  await page.keyboard.type("fan");
+  await page.keyboard.press("Enter");
+  await page.getByRole("heading", {level: 1, name: "Search"}).waitFor();
+  assert.equal(new URL(page.url()).hash, "#/search/fan");
+  await page.context().close();
+});
+
 test("at 200 % and on a small screen nothing is cut off", async () => {
   for (const viewport of [
     {width: 640, height: 450},

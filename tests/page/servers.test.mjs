@@ -29,7 +29,11 @@ function expected(json, table) {
   };
 }
 
-const unguarded = cell => cell.replace(/^'(?=\s*[=+\-@\t\r])/, "");
+// Without the apostrophes that keep a spreadsheet from taking a value for a formula.
+const sign = "[=+\\-@\\uff1d\\uff0b\\uff0d\\uff20]";
+const first = new RegExp(`^'(?=[\\s"',;|]*'?${sign}|[\\u0000-\\u001f\\u007f])`);
+const within = new RegExp(`([;|\\t\\r\\n][\\s"']*)'(?=${sign})`, "g");
+const unguarded = cell => cell.replace(first, "").replace(within, "$1");
 
 // Chromium drops the downloads of a page that begins more than ten within a second.
 const downloads = [];

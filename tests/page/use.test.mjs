@@ -132,7 +132,7 @@ test("a deep link opens its record, and Enter opens the one under the cursor", a
   await page.context().close();
 });
 
-test("searching everything finds every record and leads to it", async () => {
+test("searching everything counts hits by place: inventory, captures, events, tables", async () => {
   const page = await open(made);
   await page.getByPlaceholder("Search everything").fill("patrol read");
   await page.keyboard.press("Enter");
@@ -142,11 +142,34 @@ test("searching everything finds every record and leads to it", async () => {
     ),
   );
   assert.ok(wanted.length > 100);
-  await page.getByText(`"patrol read": ${wanted.length.toLocaleString("en")} records`).waitFor();
+  await page.getByText(/^"patrol read": [\d,]+ hits in \d+ places$/).waitFor();
+  const places = new Map(
+    await page
+      .locator("main section h2")
+      .evaluateAll(titles => titles.map(title => title.textContent.trim().split(/ (?=[\d,]+ \w+$)/))),
+  );
+  const number = n => n.toLocaleString("en");
+  const tables = [...places].filter(([, hits]) => /records?$/.test(hits));
+  assert.equal(
+    tables.reduce((sum, [, hits]) => sum + Number(hits.replace(/\D/g, "")), 0),
+    wanted.length,
+  );
+  const events = Number(sql("SELECT count(*) FROM events WHERE text LIKE '%patrol%' AND text LIKE '%read%'"));
+  assert.equal(places.get("Events"), `${number(events)} events`);
+  const lines = readFileSync(join(made.directory, "c0_raidevents.txt"), "utf8")
+    .slice(0, 1 << 20)
+    .split("\n")
+    .filter(line => /patrol/i.test(line) && /read/i.test(line)).length;
+  assert.equal(places.get("c0_raidevents.txt"), `${number(lines)} lines`);
   await screenshot(page, "search");
-  await page.getByRole("link", {name: "EVENTLOG1", exact: true}).last().click();
+  await page.locator("main").getByRole("link", {name: "EVENTLOG1", exact: true}).click();
   const there = wanted.filter(record => record.table === "EVENTLOG1").length;
   await until(page, `${there.toLocaleString("en")} of 2,999`);
+  await go(page, "#/search/EXS0002201");
+  await page.locator("main section", {hasText: "Inventory"}).waitFor();
+  await go(page, "#/search/EDAC MC1");
+  await page.locator("main section", {hasText: "dmesg.log"}).getByRole("link").nth(1).click();
+  await page.locator("mark[data-line]", {hasText: "EDAC MC1"}).waitFor();
   await page.context().close();
 });
 

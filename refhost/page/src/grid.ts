@@ -148,7 +148,7 @@ export function createGrid(
   grid.init();
   const keys = oneTabStop(host, grid);
   // What stands in for the cursor and the row of filters need roles that a grid may have.
-  for (const part of host.querySelectorAll(":scope > div[tabindex], .slick-viewport[tabindex]"))
+  for (const part of host.querySelectorAll(":scope > div[tabindex], .slick-viewport[tabindex], .slick-headerrow"))
     part.setAttribute("role", "rowgroup");
   for (const filters of host.querySelectorAll(".slick-headerrow-columns")) filters.setAttribute("role", "row");
 
@@ -178,7 +178,7 @@ export function createGrid(
       const at = order.indexOf(row);
       if (at < 0) return;
       grid.scrollRowIntoView(at, false);
-      grid.setActiveCell(at, 0, false, true, true);
+      grid.setActiveCell(at, grid.getActiveCell()?.cell ?? 0, false, true, true);
       grid.focus();
     },
     filters(texts) {

@@ -7,10 +7,11 @@ export function oneTabStop(host: HTMLElement, grid: SlickGrid): {restore(): void
   const filters = () => [...host.querySelectorAll<HTMLInputElement>(".slick-headerrow-column input")];
   // Where Tab enters; and elements that the library focuses in place of its active cell.
   const viewport = host.querySelector<HTMLElement>(".slick-viewport-top.slick-viewport-left")!;
-  const sinks = [...host.querySelectorAll<HTMLElement>(":scope > div[tabindex]")];
+  const sinks = [...host.querySelectorAll<HTMLElement>(":scope > div[tabindex]:not([class])")];
   for (const other of host.querySelectorAll<HTMLElement>("[tabindex='0']")) other.removeAttribute("tabindex");
   viewport.tabIndex = 0;
-  for (const sink of sinks) sink.tabIndex = -1;
+  // Browsers make a stop of what scrolls, as the row of filters does.
+  for (const other of [...sinks, ...host.querySelectorAll<HTMLElement>(".slick-headerrow")]) other.tabIndex = -1;
 
   const focusActive = () => {
     const cell = grid.getActiveCellNode();

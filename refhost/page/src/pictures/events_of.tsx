@@ -6,13 +6,23 @@ import {count, oneLine, visible} from "../text";
 
 const NEWEST = 8;
 
-export function EventsOf({events, state, title = "Events"}: {events: FoundEvents; state?: State; title?: string}) {
+export function EventsOf({
+  events,
+  state,
+  title = "Events",
+  heading: Heading = "h3",
+}: {
+  events: FoundEvents;
+  state?: State;
+  title?: string;
+  heading?: "h2" | "h3";
+}) {
   const {found, reading, failure} = events;
   return (
     <section>
-      <h3>
+      <Heading>
         <bdi>{title}</bdi>
-      </h3>
+      </Heading>
       {failure !== "" && (
         <p class="problem" role="alert">
           {failure}

@@ -68,6 +68,7 @@ export function MemoryPicture({overview}: PictureProps) {
         (module, at) =>
           bySlot[at]!.length > 0 && (
             <EventsOf
+              heading="h2"
               key={at}
               title={`Events that name ${visible(module.slot ?? "")}`}
               events={{...events, found: bySlot[at]!}}
@@ -76,6 +77,7 @@ export function MemoryPicture({overview}: PictureProps) {
       )}
       {overview.events !== undefined && (events.reading || events.failure !== "" || others.length > 0) && (
         <EventsOf
+          heading="h2"
           title={`Events about memory${modules.length > 0 ? " that name none of these slots" : ""}`}
           events={{...events, found: others}}
         />
