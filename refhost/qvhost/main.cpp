@@ -17,6 +17,7 @@
 #include "qvhost/cli/command_line.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect_here.h"
+#include "qvhost/doctor/doctor.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/open_page.h"
@@ -68,6 +69,7 @@ constexpr struct {
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
     {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
+    {"doctor", [](const ParsedArguments& parsed) { return qvhost::doctor(parsed.doctor); }},
 };
 // clang-format on
 
@@ -95,7 +97,7 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
         return 0;
     } catch (const CLI::ParseError& error) {
         // What runs as a monitoring plug-in says so in its own words.
-        if (argc > 1 && std::string(argv[1]) == "check")
+        if (argc > 1 && (std::string(argv[1]) == "check" || std::string(argv[1]) == "doctor"))
             return qvhost::tell_usage_error(error.what());
         app->exit(error);
         return kUsage;

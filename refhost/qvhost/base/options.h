@@ -73,6 +73,12 @@ struct CheckOptions {
     std::filesystem::path rules;              // the site's own (findings/rules_file.h); empty: none
 };
 
+// What the user asked of `doctor`.
+struct DoctorOptions {
+    std::string format = "text";
+    std::filesystem::path log_dir = "/var/tmp/collection";  // one that is meant to be used
+};
+
 // What the user asked of `export`.
 struct ExportOptions {
     std::filesystem::path report;

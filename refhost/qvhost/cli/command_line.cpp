@@ -72,6 +72,11 @@ const std::vector<CommandText> kTexts = {
       {"qvhost check DIR --rules /etc/qvhost.rules",                        "By the severities and acknowledgements of this site."},
       {"qvhost check DIR --format json | jq -r '.findings[].id'",           "The ids of the findings, for a program."}}},
 
+    {"doctor", "Say what a collection will find here",
+     {"Rights, the vendors' tools and which file answers for which name, controllers without their tool, the IPMI driver, the product, the directory, the search path: a line each, and below it the command that mends it. Nothing is changed. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
+     {{"qvhost doctor",                                                     "As root, before the first collection."},
+      {"qvhost doctor --format json | jq -r '.lines[].mend | strings'",     "The commands that mend what is missing."}}},
+
     {"export", "Write a report in another format",
      {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
       "A spreadsheet takes a text for a formula if it begins with =, +, -, @ (also in full width, behind blanks or behind a delimiter) or a control character; in csv such a text gets an apostrophe before it, unless --raw is given.",
@@ -289,6 +294,18 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
         ->capture_default_str();
 }
 
+void add_doctor(CLI::App& app, DoctorOptions& options) {
+    auto& doctor = add_command(app, "doctor");
+    doctor.add_option("--log-dir", options.log_dir, "The directory that is meant to be used")
+        ->check(not_empty)
+        ->type_name("DIR")
+        ->capture_default_str();
+    doctor.add_option("--format", options.format, "How it is printed")
+        ->check(one_of({"text", "json"}))
+        ->type_name("text|json")
+        ->capture_default_str();
+}
+
 std::vector<const CLI::Option*> options_where(const CLI::App& command, bool positional) {
     std::vector<const CLI::Option*> found;
     for (const auto* option : command.get_options()) {
@@ -332,6 +349,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
 
     add_query(*app, parsed.query);
     add_check(*app, parsed.check, parsed.collect);
+    add_doctor(*app, parsed.doctor);
     add_export(*app, parsed.exporting);
 
     auto& child = *app->add_subcommand(kChildCommand)->group("");

@@ -22,6 +22,7 @@ struct ParsedArguments {
     QueryOptions query;
     ExportOptions exporting;
     CheckOptions check;
+    DoctorOptions doctor;
     struct {
         int settings = -1;
         int lifeline = -1;

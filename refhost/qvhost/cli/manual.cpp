@@ -89,7 +89,7 @@ constexpr Entry kExitStatus[] = {
     {"1", "It could not be done. A message on standard error says why."},
     {"2", "The command line was wrong."},
     {"3", "The collection is incomplete, but there is a report of it."},
-    {"0, 1, 2, 3", "Of check: ok, warning, critical, unknown; a wrong command line and a report that cannot be read are unknown."},
+    {"0, 1, 2, 3", "Of check and doctor: ok, warning, critical, unknown; a wrong command line and a report that cannot be read are unknown."},
 };
 
 constexpr Entry kEnvironment[] = {
