@@ -18,15 +18,17 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-std::optional<seconds> seconds_from(const char* variable) {
-    const char* value = std::getenv(variable);
-    if (!value) return std::nullopt;
-    const std::string_view text = value;
+std::optional<seconds> seconds_in(std::string_view text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number <= 0)
         return std::nullopt;
     return seconds(number);
+}
+
+std::optional<seconds> seconds_from(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value ? seconds_in(value) : std::nullopt;
 }
 
 // proc(5), io: "wchar: N" counts the bytes of all write() calls, also into pipes.
@@ -52,12 +54,37 @@ std::optional<std::uint64_t> written_by_all(const CommandProcesses& processes) {
     return sum;
 }
 
+// "'/opt/qvhost/bin/qv_tools/storcli_x64' /c0 show": storcli_x64
+std::string_view tool_of(std::string_view command) {
+    const bool quoted = command.starts_with('\'');
+    if (quoted) command.remove_prefix(1);
+    auto word = command.substr(0, command.find(quoted ? '\'' : ' '));
+    return word.substr(word.rfind('/') + 1);
+}
+
+std::optional<seconds> own_limit(std::string_view tool) {
+    const char* value = std::getenv("QV_TOOL_LIMITS");
+    std::string_view rest = value ? value : "";
+    while (!rest.empty()) {
+        const auto entry = rest.substr(0, rest.find(','));
+        rest.remove_prefix(std::min(rest.size(), entry.size() + 1));
+        const auto equal = entry.find('=');
+        if (equal == std::string_view::npos) continue;
+        const auto name = entry.substr(0, equal);
+        const bool is_meant = tool == name || (tool.starts_with(name) && tool[name.size()] == '_');
+        if (is_meant) return seconds_in(entry.substr(equal + 1));
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
-Limits::Limits(TimeoutKind kind) : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
+Limits::Limits(TimeoutKind kind, const std::string& command)
+    : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
     auto limit = seconds_from("QV_TOOL_TIMEOUT");
     if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
         limit = seconds_from("QV_ARCHIVE_TIMEOUT");
+    if (const auto own = own_limit(tool_of(command))) limit = own;
     if (limit) time_ = Clock::now() + *limit;
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
 }

@@ -1,6 +1,8 @@
 // Time limits of commands, from the environment (whole seconds; unset or not a positive number: none):
 //     QV_TOOL_TIMEOUT     how long a command may take
 //     QV_ARCHIVE_TIMEOUT  the same, where set, for tools that pack a whole system's logs
+//     QV_TOOL_LIMITS      "ipmitool=900,storcli=60": instead of these two, for commands of these tools; a
+//                         tool is meant with its builds (storcli_x64)
 //     QV_SILENCE_TIMEOUT  how long a command may go without writing a byte anywhere
 //     QV_DEADLINE         when every command ends and none begins, on the clock CLOCK_MONOTONIC
 #pragma once
@@ -8,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace runner {
 
@@ -27,7 +30,7 @@ inline constexpr const char* kDeadline = "deadline";
 // The limits of one command, from its start.
 class Limits {
 public:
-    explicit Limits(TimeoutKind kind);
+    explicit Limits(TimeoutKind kind, const std::string& command = "");
 
     bool any() const { return time_ || deadline_ || silence_; }
 

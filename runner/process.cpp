@@ -201,7 +201,7 @@ bool has_line(std::string_view text) {
 
 int run(const std::string& command, TimeoutKind kind) {
     const LoggedCommand logged(command);
-    Limits limits(kind);
+    Limits limits(kind, command);
     if (const char* reason = limits.exceeded(nullptr)) {
         logged.ended(SIGKILL, reason);
         return SIGKILL;
@@ -223,7 +223,7 @@ int run(const std::string& command, TimeoutKind kind) {
 
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
     const LoggedCommand logged(command);
-    Limits limits(TimeoutKind::tool);
+    Limits limits(TimeoutKind::tool, command);
     if (const char* reason = limits.exceeded(nullptr)) {
         logged.ended(SIGKILL, reason);
         return std::nullopt;

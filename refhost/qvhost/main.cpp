@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <ios>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "compat/layer.h"
 #include "qvhost/check_here.h"
 #include "qvhost/cli/command_line.h"
+#include "qvhost/cli/settings_file.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/doctor/doctor.h"
@@ -63,6 +66,7 @@ constexpr struct {
     const char* name;
     int (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
+    {"config", [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
     {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
     {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
@@ -91,7 +95,9 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
     const auto app = qvhost::command_line(parsed);
     if (answers_hidden(*app, {argv + 1, argv + argc})) return 0;
     try {
-        app->parse(argc, argv);
+        auto arguments = qvhost::with_settings({argv + 1, argv + argc});
+        std::reverse(arguments.begin(), arguments.end());
+        app->parse(arguments);
     } catch (const CLI::Success& wanted) {
         app->exit(wanted);
         return 0;
@@ -100,6 +106,9 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
         if (argc > 1 && (std::string(argv[1]) == "check" || std::string(argv[1]) == "doctor"))
             return qvhost::tell_usage_error(error.what());
         app->exit(error);
+        return kUsage;
+    } catch (const std::runtime_error& error) {
+        std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
         return kUsage;
     }
     for (const auto& command : kCollecting) {

@@ -32,6 +32,7 @@ const std::map<std::string, std::string> kValues = {
     {"NAME", "BMC_Info"},
     {"ID", "SENSORINFO=1"},
     {"SECONDS", "77"},
+    {"TOOL=SECONDS", "ipmitool=900"},
     {"pmc|fru0|bios", "fru0,bios"},
     {"FILE", "a\nplug-in --table=x"},
     {"full|health", "health"},

@@ -22,7 +22,7 @@ std::string usual_search_path();
 // one locale, so that they print what parsers know, their limits, and the file in which the plug-in logs
 // its commands.
 void set_tool_environment(const std::string& search_path, const Limits& limits,
-                          const std::filesystem::path& command_log);
+                          const std::string& tool_limits, const std::filesystem::path& command_log);
 
 // Sets the time at which the plug-in stops every tool.
 void set_tool_deadline(std::chrono::steady_clock::time_point deadline);

@@ -57,6 +57,7 @@ std::vector<CollectOption> all_rows() {
         {"module",          &Options::modules,         optional, "NAME",            kNoRange,   "Only this module (more than one: repeat)"},
         {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table (more than one: repeat)"},
         {"tool-timeout",    &Options::tool_seconds,    optional, "SECONDS",         kTool,      "Stop a tool after so many seconds, " + range_text(kTool) + "; " + times + " times as many if it packs the logs of the whole system"},
+        {"limit",           &Options::tool_limits,     optional, "TOOL=SECONDS",    kNoRange,   "The limit of one tool (ipmitool=900) instead of the general one; more than one: repeat"},
         {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written for so many seconds"},
         {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
@@ -76,7 +77,7 @@ std::vector<CollectOption> all_rows() {
 
 // Does not compile when CollectOptions has got a member: give it a row above, and a name here.
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
-    [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds,
+    [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds, tool_limits,
                                   silence_seconds, module_seconds, run_seconds, also, plugin,
                                   profile, plug_in_only, dry_run, quiet, no_compat, search_path,
                                   replayed, recorded] = options;

@@ -1,6 +1,7 @@
 #include "qvhost/base/limits.h"
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -16,7 +17,37 @@ void expect_no_less(const char* outer_name, unsigned outer, const char* inner_na
                                 " is less than " + inner_name + " " + std::to_string(inner));
 }
 
+struct ToolLimit {
+    std::string tool;
+    unsigned seconds;
+};
+
+ToolLimit tool_limit(const std::string& text) {
+    const auto equal = text.find('=');
+    unsigned seconds = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] =
+        equal == std::string::npos
+            ? std::from_chars_result{text.data(), std::errc::invalid_argument}
+            : std::from_chars(text.data() + equal + 1, end, seconds);
+    const auto tool = text.substr(0, equal);
+    if (error != std::errc() || rest != end || seconds < 1 || seconds > kMaxSeconds ||
+        tool.empty() || tool.find_first_of(",/ '") != std::string::npos)
+        throw std::invalid_argument("--limit " + text + " is not TOOL=SECONDS, with 1 to " +
+                                    std::to_string(kMaxSeconds) + " seconds");
+    return {tool, seconds};
+}
+
 }  // namespace
+
+std::string tool_limits_text(const CollectOptions& asked) {
+    std::string text;
+    for (const auto& one : asked.tool_limits) {
+        const auto [tool, seconds] = tool_limit(one);
+        text += (text.empty() ? "" : ",") + tool + "=" + std::to_string(seconds);
+    }
+    return text;
+}
 
 Limits limits_for(const CollectOptions& asked) {
     const bool is_quick = asked.profile == kHealthProfile;
@@ -36,6 +67,17 @@ Limits limits_for(const CollectOptions& asked) {
             expect_no_less(outer.name, *outer.seconds, inner.name, *inner.seconds);
     }
 
+    // The longest limit of a single tool.
+    unsigned longest = 0;
+    for (const auto& one : asked.tool_limits) {
+        const auto [name, seconds] = tool_limit(one);
+        for (const auto& outer : {run, module}) {
+            if (outer.seconds)
+                expect_no_less(outer.name, *outer.seconds, ("--limit " + name).c_str(), seconds);
+        }
+        longest = std::max(longest, seconds);
+    }
+
     Limits limits;
     const auto usual = is_quick ? kHealthLimits : kUsualLimits;
     const unsigned longest_run =
@@ -50,7 +92,7 @@ Limits limits_for(const CollectOptions& asked) {
         asked.silence_seconds.value_or(std::min(usual.silence_seconds, limits.tool_seconds));
     limits.archive_seconds = std::min(limits.tool_seconds * kArchiveTimes, most);
     limits.module_seconds = asked.module_seconds.value_or(
-        std::min(std::max(usual.module_seconds, limits.archive_seconds),
+        std::min(std::max({usual.module_seconds, limits.archive_seconds, longest}),
                  asked.run_seconds.value_or(kMaxSeconds)));
     limits.run_seconds =
         asked.run_seconds.value_or(std::max(usual.run_seconds, limits.module_seconds));

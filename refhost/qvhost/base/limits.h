@@ -43,6 +43,9 @@ inline constexpr unsigned kMaxSeconds = 86400;  // the highest limit that can be
 // Throws std::invalid_argument, with both limits named, if those that were asked for do.
 Limits limits_for(const CollectOptions& asked);
 
+// "ipmitool=900,storcli=60". Throws std::invalid_argument for what is no tool's name and seconds.
+std::string tool_limits_text(const CollectOptions& asked);
+
 // "run 7200 s, module 3600 s, ..." for people.
 std::string text_of(const Limits& limits);
 

@@ -26,6 +26,7 @@ struct CollectOptions {
     std::optional<unsigned> silence_seconds;
     std::optional<unsigned> module_seconds;
     std::optional<unsigned> run_seconds;
+    std::vector<std::string> tool_limits;  // "ipmitool=900": limits of single tools, in seconds
     std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
     std::filesystem::path plugin;   // empty: the one that was installed with the program
     std::string profile = kFullProfile;

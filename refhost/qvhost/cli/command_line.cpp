@@ -77,6 +77,11 @@ const std::vector<CommandText> kTexts = {
      {{"qvhost doctor",                                                     "As root, before the first collection."},
       {"qvhost doctor --format json | jq -r '.lines[].mend | strings'",     "The commands that mend what is missing."}}},
 
+    {"config", "Show which options are in force, and where they are set",
+     {"The file /etc/qvhost.conf (or $QVHOST_CONF) holds options for every collection on this machine: NAME = VALUE lines with the names of the options of collect, and comments behind #. What the command line gives counts more. The file belongs to root or to the user, and others cannot write to it."},
+     {{"echo 'limit = ipmitool=900' >> /etc/qvhost.conf",                   "ipmitool may take 15 minutes here."},
+      {"qvhost config",                                                     "See that it is in force."}}},
+
     {"export", "Write a report in another format",
      {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
       "A spreadsheet takes a text for a formula if it begins with =, +, -, @ (also in full width, behind blanks or behind a delimiter) or a control character; in csv such a text gets an apostrophe before it, unless --raw is given.",
@@ -350,6 +355,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     add_query(*app, parsed.query);
     add_check(*app, parsed.check, parsed.collect);
     add_doctor(*app, parsed.doctor);
+    add_command(*app, "config");
     add_export(*app, parsed.exporting);
 
     auto& child = *app->add_subcommand(kChildCommand)->group("");

@@ -93,6 +93,7 @@ constexpr Entry kExitStatus[] = {
 };
 
 constexpr Entry kEnvironment[] = {
+    {"QVHOST_CONF", "The file with settings, instead of /etc/qvhost.conf."},
     {"PAGER",    "The command through which show prints on a terminal; less if it is not set. Empty or cat: none."},
     {"LESS",     "Options of less; FRX if it is not set."},
     {"COLUMNS",  "The width of tables, instead of the terminal's."},
@@ -100,6 +101,7 @@ constexpr Entry kEnvironment[] = {
 };
 
 constexpr Entry kFiles[] = {
+    {"/etc/qvhost.conf", "Options of every collection on this machine; see config."},
     {"DIR/*",                    "What the tools printed, one file a command."},
     {"DIR/qvhost.log",           "What was done, line by line."},
     {"DIR/report/report.json",   "All records, for programs."},

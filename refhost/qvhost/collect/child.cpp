@@ -268,7 +268,8 @@ int run_child(int settings, int lifeline) {
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(options.search_path, limits_for(options), dir.commands());
+        set_tool_environment(options.search_path, limits_for(options), tool_limits_text(options),
+                             dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
                   .log_file = dir.log(),
