@@ -1,8 +1,12 @@
 #include "files/new_file.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
+#include <string>
 #include <system_error>
+#include <utility>
 
 namespace qvhost {
 
@@ -22,10 +26,12 @@ Descriptor create_private(const fs::path& path, int flags) {
     return file;
 }
 
-NewFile::NewFile(const fs::path& path)
+NewFile::NewFile(const fs::path& path) : NewFile(path, create_private(path)) {}
+
+NewFile::NewFile(const fs::path& path, Descriptor file)
     : std::ostream(nullptr),
       path_(path),
-      buffer_(create_private(path).release(), std::ios::out | std::ios::binary) {
+      buffer_(file.release(), std::ios::out | std::ios::binary) {
     rdbuf(&buffer_);
 }
 
@@ -44,10 +50,21 @@ void replace_file(const fs::path& path, const std::function<void(std::ostream&)>
     const fs::path unfinished = path.string() + ".new";
     std::error_code ignored;
     fs::remove(unfinished, ignored);
-    NewFile file(unfinished);
+    const auto directory = fs::absolute(path).parent_path();
+    Descriptor kept(::open(directory.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
+    const bool has_name = !kept;
+    if (has_name) kept = create_private(unfinished);
     try {
+        Descriptor again(::fcntl(kept.get(), F_DUPFD_CLOEXEC, 0));
+        if (!again) throw_error(path, "cannot write it");
+        NewFile file(unfinished, std::move(again));
         write(file);
         file.close();
+        if (::fsync(kept.get()) != 0 && errno != EINVAL) throw_error(path, "cannot keep it");
+        const auto name = "/proc/self/fd/" + std::to_string(kept.get());
+        if (!has_name &&
+            ::linkat(AT_FDCWD, name.c_str(), AT_FDCWD, unfinished.c_str(), AT_SYMLINK_FOLLOW) != 0)
+            throw_error(path, "cannot put it in its place");
     } catch (...) {
         fs::remove(unfinished, ignored);
         throw;

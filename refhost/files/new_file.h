@@ -21,6 +21,8 @@ Descriptor create_private(const std::filesystem::path& path, int flags = O_WRONL
 class NewFile : public std::ostream {
 public:
     explicit NewFile(const std::filesystem::path& path);
+    // One that is made and open already; `path` is its name for people.
+    NewFile(const std::filesystem::path& path, Descriptor file);
 
     // Throws std::system_error naming the file if anything of it could not be written. A file that
     // is not closed may lack its end.
@@ -33,8 +35,9 @@ private:
 
 void write_new_file(const std::filesystem::path& path, std::string_view text);
 
-// Writes PATH.new and moves it to PATH, so that PATH is there whole or as it was before. Throws
-// std::system_error naming the file.
+// Writes a file without a name and then moves it to PATH, so that PATH is there whole or as it was before, and
+// nothing is left beside it by a program that is killed. Where the file system has no such files it is PATH.new
+// meanwhile. Throws std::system_error naming the file.
 void replace_file(const std::filesystem::path& path,
                   const std::function<void(std::ostream& out)>& write);
 

@@ -189,7 +189,7 @@ TEST_F(Places, ItsOwnFilesAreOpenedThroughNoLink) {
                               {"strace", "-f", "-qq", "-o", trace, "-e", "trace=openat,open"});
     ASSERT_EQ(run(invocation).exit, 0);
     for (const char* name : {"/console.txt", "/qvhost.log", "/commands.log", "/collection.journal",
-                             "/report.json", "/index.html", "/overview.js"}) {
+                             "/index.html", "/overview.js"}) {
         const auto lines = lines_of(read_file(trace));
         const auto first = std::find_if(lines.begin(), lines.end(), [&](const auto& line) {
             return line.find(log_dir().string()) != std::string::npos &&
@@ -201,6 +201,46 @@ TEST_F(Places, ItsOwnFilesAreOpenedThroughNoLink) {
                     first->find("O_EXCL") != std::string::npos)
             << *first;
     }
+}
+
+// A power cut behind "Report: ..." loses nothing.
+// strace -y: "123 fsync(5</x/report/report.json>) = 0"
+TEST_F(Places, TheDiskHasTheReportBeforeItIsTold) {
+    auto invocation = collecting({"--quiet"});
+    invocation.environment = {{"LSAN_OPTIONS", "detect_leaks=0"}};
+    const auto trace = dir() / "trace";
+    invocation.program.insert(
+        invocation.program.begin(),
+        {"strace", "-f", "-y", "-s", "4096", "-qq", "-o", trace, "-e", "trace=fsync,write"});
+    ASSERT_EQ(run(invocation).exit, 0);
+    const auto lines = lines_of(read_file(trace));
+    const auto told = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
+        return line.find("Report: ") != std::string::npos;
+    });
+    ASSERT_NE(told, lines.end());
+    for (const char* name :
+         {"", "/raidevents.txt", "/qvhost.log", "/report", "/report/report.sqlite",
+          "/report/report.json", "/report/index.html", "/report/data", "/report/data/overview.js",
+          "/report/assets/page.js"}) {
+        const auto call = "<" + log_dir().string() + name + ">)";
+        EXPECT_TRUE(std::any_of(lines.begin(), told, [&](const auto& line) {
+            return line.find("fsync(") != std::string::npos &&
+                   line.find(call) != std::string::npos && line.ends_with("= 0");
+        })) << name;
+    }
+}
+
+TEST_F(Places, AnExportThatIsKilledLeavesNothing) {
+    ASSERT_EQ(collect_storage().exit, 0);
+    auto invocation = Invocation{
+        .arguments = {"export", log_dir(), "--format", "json", "--output", dir() / "r.json"}};
+    invocation.program = {"strace",        "-qq", "-o",
+                          dir() / "trace", "-e",  "inject=write,writev:signal=SIGKILL:when=1",
+                          QV_PROGRAM};
+    run(invocation);
+    EXPECT_NE(read_file(dir() / "trace").find("killed by SIGKILL"), std::string::npos);
+    for (const auto& entry : fs::directory_iterator(dir()))
+        EXPECT_FALSE(entry.path().filename().string().starts_with("r.json")) << entry;
 }
 
 // A report that another user, or an archive of somebody's, left for root to look at.

@@ -13,6 +13,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "files/sync.h"
+
 namespace qvhost {
 
 namespace fs = std::filesystem;
@@ -61,6 +63,11 @@ DirLock::DirLock(const fs::path& directory) : directory_(open_without_links(dire
 bool DirLock::is_held(const fs::path& directory) {
     const Descriptor opened(::open(directory.c_str(), kDirectoryFlags));
     return opened && ::flock(opened.get(), LOCK_SH | LOCK_NB) != 0;
+}
+
+void sync_log_dir(const LogDir& dir) {
+    sync_tree(dir.path(),
+              [](const fs::path& name) { return name.string().starts_with("report-"); });
 }
 
 JudgedPlace judge_log_dir(const fs::path& path) {

@@ -50,6 +50,10 @@ JudgedPlace judge_log_dir(const std::filesystem::path& path);
 // if it cannot be a log directory, or if it is there and not the user's alone.
 std::filesystem::path checked_log_dir(const std::filesystem::path& path);
 
+// Waits until the disk has the captures and the report; reports of earlier collections are left out. Throws
+// std::system_error naming what it did not take.
+void sync_log_dir(const LogDir& dir);
+
 // Makes the directory (mode 0700) where there is none; its parent must be there. Throws
 // std::runtime_error.
 void make_private_directory(const std::filesystem::path& path);

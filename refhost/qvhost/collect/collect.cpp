@@ -173,6 +173,7 @@ int collect(CollectOptions options, const Stage& stage) {
         remove_if_empty(dir.console());
         finish_report(store, dir, stage.vendor_tools(), started);
     }
+    sync_log_dir(dir);  // the journal is there until the disk has what was made of it
     fs::remove(dir.journal());
     fs::remove(dir.commands());
 

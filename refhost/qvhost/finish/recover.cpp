@@ -77,6 +77,7 @@ std::string recover(const LogDir& dir) {
     for (const char* part : {"-wal", "-shm", "-journal"}) fs::remove(dir.store().string() + part);
     fs::rename(unfinished, dir.store());
     fs::remove_all(place);
+    sync_log_dir(dir);
     fs::remove(dir.commands());
     if (damaged) {
         fs::rename(dir.journal(), dir.journal().string() + ".damaged");
