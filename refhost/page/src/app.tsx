@@ -11,25 +11,20 @@ import {OverviewView} from "./overview";
 import {EventsPicture} from "./pictures/events";
 import {MemoryPicture} from "./pictures/memory";
 import {PowerPicture} from "./pictures/power";
+import type {PictureProps} from "./pictures/props";
 import {SensorsPicture} from "./pictures/sensors";
 import {StoragePicture} from "./pictures/storage";
+import {SystemPicture} from "./pictures/system";
 import {PrintView} from "./print";
 import {routeOf, viewHash, visit, type Route, type View} from "./route";
 import {SearchView} from "./search";
 import {serverName} from "./server_name";
 import {SubjectView} from "./subject_view";
 import {subjects} from "./subjects";
-import {SystemPicture} from "./pictures/system";
 import {TableView} from "./table_view";
 import {TablesView} from "./tables";
 import {applyTheme, nextTheme, savedTheme} from "./theme";
 import {oneLine, visible} from "./text";
-
-export interface PictureProps {
-  overview: Overview;
-  route: Route;
-  nonce: string;
-}
 
 const pictures: Partial<Record<View, FunctionComponent<PictureProps>>> = {
   storage: StoragePicture,

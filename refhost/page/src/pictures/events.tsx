@@ -1,6 +1,5 @@
 // One list over the events of all sources, sorted by time.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import type {PictureProps} from "../app";
 import {loadRows, type Overview, type Rows, type Table} from "../data";
 import {captureAt, eventAt, SEVERITY, SOURCE, TEXT, TIME, timeOf} from "../events/event";
 import {EventList, type Source} from "../events/list";
@@ -14,6 +13,7 @@ import {Panel} from "../panel";
 import {routeOf, viewHash, type Route, type State} from "../route";
 import {count, oneLine, visible, written} from "../text";
 import {useAddress} from "../use_address";
+import type {PictureProps} from "./props";
 
 const SEVERITIES = ["critical", "warning", "info"];
 const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with

@@ -1,5 +1,4 @@
 // The memory modules by slot, with the events that name each; then the errors that name none of the slots.
-import type {PictureProps} from "../app";
 import type {MemoryModule} from "../data";
 import {Standing} from "../evidence";
 import {isOfMemory, named} from "../events/memory";
@@ -7,6 +6,7 @@ import {useEventsWith, type FoundEvents} from "../events/use_events";
 import {capacity, count, visible} from "../text";
 import {EventsOf} from "./events_of";
 import {Nothing} from "./nothing";
+import type {PictureProps} from "./props";
 
 function Module({module, events}: {module: MemoryModule; events: FoundEvents["found"]}) {
   const {slot, capacity_bytes: size, type, speed_mts: speed, manufacturer, part, serial} = module;

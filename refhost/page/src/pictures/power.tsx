@@ -1,11 +1,11 @@
 // The bays of the power supplies, and the input behind each.
-import type {PictureProps} from "../app";
 import type {PowerSupply} from "../data";
 import {Standing} from "../evidence";
 import {visible} from "../text";
 import {supplyFindings, worst} from "../verdict";
 import {levelOf} from "./level";
 import {Nothing} from "./nothing";
+import type {PictureProps} from "./props";
 import {State} from "./state";
 
 const about = ({model, part, serial, firmware}: PowerSupply) =>

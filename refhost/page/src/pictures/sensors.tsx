@@ -1,6 +1,5 @@
 // Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
 import {scaleLinear} from "d3-scale";
-import type {PictureProps} from "../app";
 import type {Overview, Sensor, Severity} from "../data";
 import {Standing} from "../evidence";
 import {SeverityMark} from "../severity_mark";
@@ -8,6 +7,7 @@ import {count, visible} from "../text";
 import {sensorFindings, worst} from "../verdict";
 import {levelOf, type Level} from "./level";
 import {Nothing} from "./nothing";
+import type {PictureProps} from "./props";
 
 const WIDTH = 360;
 const HEIGHT = 26;

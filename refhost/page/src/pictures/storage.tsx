@@ -1,6 +1,5 @@
 // The storage as it stands in the rack: controllers, enclosures with their slots, and which drives make which
 // volume. A click on a drive shows everything about it.
-import type {PictureProps} from "../app";
 import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../data";
 import {Standing} from "../evidence";
 import {viewHash, visit} from "../route";
@@ -9,6 +8,7 @@ import {driveFindings, drivePlace, findingsHere, worst} from "../verdict";
 import {DriveDetails, driveKey} from "./drive";
 import {levelOf} from "./level";
 import {Nothing} from "./nothing";
+import type {PictureProps} from "./props";
 import {slotsOf} from "./slots";
 import {State} from "./state";
 import {driveStates, volumeStates} from "./states";

@@ -1,9 +1,9 @@
 // The machine: what it is, its processors, its management controller, its replaceable units.
-import type {PictureProps} from "../app";
 import type {Place} from "../data";
 import {Evidence} from "../evidence";
 import {MachineFacts} from "../machine";
 import {visible} from "../text";
+import type {PictureProps} from "./props";
 
 // The fields of entities side by side; of a field that none of them has there is no column.
 function Entities<One extends Place>({
