@@ -41,7 +41,7 @@ void write_layer(const Place& place, const std::vector<const StandIn*>& stand_in
 fs::path found_in(const std::string& search_path, const std::string& tool) {
     std::istringstream directories(search_path);
     for (std::string directory; std::getline(directories, directory, ':');) {
-        const auto file = fs::path(directory.empty() ? "." : directory) / tool;
+        auto file = fs::path(directory.empty() ? "." : directory) / tool;
         std::error_code error;
         if (fs::is_regular_file(file, error) && ::access(file.c_str(), X_OK) == 0) return file;
     }
