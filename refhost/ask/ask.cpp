@@ -13,6 +13,7 @@
 #include "ask/conditions.h"
 #include "ask/facts.h"
 #include "ask/questions.h"
+#include "files/script.h"
 
 namespace qvhost::ask {
 
@@ -135,8 +136,9 @@ private:
         if (!is_recorded(tool.name, arguments)) return;
         const auto capture = with(question.capture, n);
         settings_.begin(tool.name);
-        const int status = settings_.run(tool.command + (arguments.empty() ? "" : " " + arguments) +
-                                         " >" + quoted((settings_.log_dir / capture).string()));
+        const int status =
+            settings_.run(tool.command + (arguments.empty() ? "" : " " + arguments) + " >" +
+                          shell_quoted((settings_.log_dir / capture).string()));
         if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)
             stopped_.insert(std::string(question.tool));
         if (tells_more(question)) facts_.read(capture);

@@ -158,7 +158,7 @@ bool summary_says(const Facts& facts, std::int64_t controller, std::string_view 
            facts.has_text("c" + number + "_showall.txt", text);
 }
 
-// "md0", "md127", "md_d0", "md/name"
+// "md0", "md127", "md_d0"
 std::vector<std::string> arrays(const Facts& facts) {
     std::vector<std::string> names;
     const auto found = facts.captures().find("host_mdstat.txt");

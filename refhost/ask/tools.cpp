@@ -6,6 +6,8 @@
 #include <optional>
 #include <sstream>
 
+#include "files/script.h"
+
 namespace qvhost::ask {
 
 namespace fs = std::filesystem;
@@ -74,7 +76,7 @@ std::optional<FoundTool> in_qv_tools(const std::string& name, const ToolPlaces& 
         } else if (const auto reason = places.why_not_trusted(file); !reason.empty()) {
             problem = reason;
         } else {
-            return FoundTool{name, quoted(file.string())};
+            return FoundTool{name, shell_quoted(file.string())};
         }
     }
     return std::nullopt;
@@ -109,13 +111,6 @@ Search find_tool(std::string_view tool, const ToolPlaces& places) {
         if (found) search.found.push_back(std::move(*found));
     }
     return search;
-}
-
-// Inside single quotes the shell knows but one sign, the quote that ends them.
-std::string quoted(const std::string& text) {
-    std::string word = "'";
-    for (const char c : text) word += c == '\'' ? R"('\'')" : std::string(1, c);
-    return word + "'";
 }
 
 std::string not_installed(std::string_view tool) {

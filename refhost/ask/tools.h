@@ -29,9 +29,6 @@ struct Search {
 
 Search find_tool(std::string_view tool, const ToolPlaces& places);
 
-// The text as one word of the shell.
-std::string quoted(const std::string& text);
-
 // "smartctl is not installed (Debian package smartmontools)"
 std::string not_installed(std::string_view tool);
 

@@ -8,24 +8,20 @@
 #include <iterator>
 #include <set>
 
+#include "inventory/text.h"
+
 namespace qvhost::findings {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+using inventory::trimmed;
 
 // Takes the next word off the line; empty: there is none.
 std::string_view next_word(std::string_view& line) {
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-    const auto word = line.substr(0, line.find_first_of(kBlanks));
+    line = trimmed(line);
+    const auto word = line.substr(0, line.find_first_of(" \t"));
     line.remove_prefix(word.size());
     return word;
-}
-
-std::string_view trimmed(std::string_view text) {
-    const auto begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) return "";
-    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
 std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
@@ -127,6 +123,7 @@ Rules parse_rules(std::string_view text, std::string_view today) {
     for (int number = 1; !text.empty(); ++number) {
         const auto end = std::min(text.find('\n'), text.size());
         auto rest = text.substr(0, end);
+        if (rest.ends_with('\r')) rest.remove_suffix(1);
         text.remove_prefix(std::min(end + 1, text.size()));
         const auto name = next_word(rest);
         if (name.empty() || name.starts_with('#')) continue;
