@@ -7,6 +7,7 @@ import {GridHost} from "./grid_host";
 import {Panel} from "./panel";
 import {plainTable} from "./plain_table";
 import {tableHash, type Route, type State} from "./route";
+import {SearchBox} from "./search_box";
 import {Sheet, Text} from "./sheet";
 import {tableName} from "./table_name";
 import {count, oneLine, visible} from "./text";
@@ -172,16 +173,7 @@ export function TableView({
       {heading}
       {partial}
       <div class="tools" role="toolbar" aria-label="Table">
-        <label>
-          <span class="unseen">Search this table</span>
-          <input
-            type="search"
-            placeholder="Search this table"
-            value={wanted.search}
-            spellcheck={false}
-            onInput={event => setWanted({...wanted, search: event.currentTarget.value})}
-          />
-        </label>
+        <SearchBox what="Search this table" text={wanted.search} onText={search => setWanted({...wanted, search})} />
         <span class="count" role="status">
           {loaded < table.records
             ? `loading, ${loaded.toLocaleString("en")} of ${count(table.records, "record")}`

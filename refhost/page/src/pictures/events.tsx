@@ -11,6 +11,7 @@ import {csv, save} from "../export";
 import {GridHost} from "../grid_host";
 import {Panel} from "../panel";
 import {routeOf, viewHash, type Route, type State} from "../route";
+import {SearchBox} from "../search_box";
 import {count, oneLine, visible, written} from "../text";
 import {useAddress} from "../use_address";
 import type {PictureProps} from "./props";
@@ -238,16 +239,7 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
       {unknown !== "" && <p class="note">No event stands at {visible(unknown.replace(/@(\d+)$/, ", line $1"))}.</p>}
       <Clocks list={list} collected={collected} />
       <div class="tools" role="toolbar" aria-label="Events">
-        <label>
-          <span class="unseen">Search the events</span>
-          <input
-            type="search"
-            placeholder="Search the events"
-            value={shown.text}
-            spellcheck={false}
-            onInput={event => setShown({...shown, text: event.currentTarget.value})}
-          />
-        </label>
+        <SearchBox what="Search the events" text={shown.text} onText={text => setShown({...shown, text})} />
         {SEVERITIES.map(severity => (
           <button
             key={severity}
