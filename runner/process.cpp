@@ -90,7 +90,7 @@ Outcome kill_all(pid_t pid, const CommandProcesses& processes, const char* reaso
 
 Outcome reap(pid_t pid, const std::string& command, Limits& limits,
              const CommandProcesses& processes) {
-    const auto end =
+    auto end =
         limits.any() ? reap_within(pid, limits, processes) : Outcome{try_reap(pid, 0).value_or(-1)};
     if (end.reason) return kill_all(pid, processes, end.reason);
     if (!processes.end_with_command() || starts_service(command)) return end;
