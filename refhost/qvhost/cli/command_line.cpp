@@ -65,7 +65,7 @@ const std::vector<CommandText> kTexts = {
 
     {"check", "Say how a server is, as a monitoring plug-in",
      {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown.",
-      "Without a report this machine is asked for what verdicts need, as with \"qvhost collect --profile health\": in a few seconds where the tools answer at once, and at most in four minutes. Captures and report go into --log-dir, in place of those of the check before, or into a directory of their own that goes again."},
+      "Without a report this machine is asked for what verdicts need, as with \"qvhost collect --profile health\": in four minutes at most. Captures and report go into --log-dir, in place of those of the check before, or into a directory of their own that goes again."},
      {{"qvhost check",                                                      "This machine, now, as root."},
       {"qvhost check /var/tmp/collection",                                  "The whole server."},
       {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
