@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "files/new_file.h"
@@ -119,30 +120,49 @@ void put_verdict(const Store& store, std::ostream& out) {
     out << '}';
 }
 
-void put_record(const Record& record, std::string& json) {
-    json += R"({"table":)";
-    put_json_text(record.table, json);
-    json += R"(,"name":)";
-    put_json_text(record.name, json);
-    json += R"(,"index":)" + std::to_string(record.index) + R"(,"properties":[)";
-    const char* separator = "";
-    for (const auto& [id, display, value] : record.properties) {
-        json += separator;
-        json += R"({"id":)";
-        put_json_text(id, json);
-        json += R"(,"display":)";
-        put_json_text(display, json);
-        json += R"(,"value":)";
-        if (const auto* text = std::get_if<std::string>(&value)) {
-            put_json_text(*text, json);
-        } else {
-            json += std::to_string(std::get<int>(value));
+// Records of a table follow each other: what their properties begin with is written once for all of them.
+class RecordWriter {
+public:
+    void put(const Record& record, std::string& json) {
+        if (!same_kinds(record.properties, kinds_)) learn(record.properties);
+        json += R"({"table":)";
+        put_json_text(record.table, json);
+        json += R"(,"name":)";
+        put_json_text(record.name, json);
+        json += R"(,"index":)" + std::to_string(record.index) + R"(,"properties":[)";
+        for (std::size_t i = 0; i < record.properties.size(); ++i) {
+            json += beginnings_[i];
+            const auto& value = record.properties[i].value;
+            if (const auto* text = std::get_if<std::string>(&value)) {
+                put_json_text(*text, json);
+            } else {
+                json += std::to_string(std::get<int>(value));
+            }
+            json += '}';
         }
-        json += '}';
-        separator = ",";
+        json += "]}";
     }
-    json += "]}";
-}
+
+private:
+    void learn(const std::vector<Property>& properties) {
+        kinds_ = properties;
+        beginnings_.clear();
+        const char* separator = "";
+        for (const auto& [id, display, value] : properties) {
+            std::string json = separator;
+            json += R"({"id":)";
+            put_json_text(id, json);
+            json += R"(,"display":)";
+            put_json_text(display, json);
+            json += R"(,"value":)";
+            beginnings_.push_back(std::move(json));
+            separator = ",";
+        }
+    }
+
+    std::vector<Property> kinds_;
+    std::vector<std::string> beginnings_;  // ,{"id":"item1","display":"Time","value":
+};
 
 }  // namespace
 
@@ -173,9 +193,10 @@ void write_report_json(const Store& store, std::ostream& out) {
     const char* separator = "\n";
     constexpr std::size_t kBlock = 65536;
     std::string json;
+    RecordWriter writer;
     store.each_record([&](const Record& record) {
         json += separator;
-        put_record(record, json);
+        writer.put(record, json);
         separator = ",\n";
         if (json.size() < kBlock) return;
         out << json;
