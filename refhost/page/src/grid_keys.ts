@@ -52,6 +52,11 @@ export function oneTabStop(host: HTMLElement, grid: SlickGrid): {restore(): void
   });
   for (const sink of sinks) sink.addEventListener("focus", focusActive);
 
+  // Focus has moved on: Tab may enter again.
+  host.addEventListener("focusout", () => {
+    viewport.tabIndex = 0;
+  });
+
   // True: the key has done what it is for.
   const cellKey = (key: string): boolean => {
     const cell = grid.getActiveCell();
@@ -84,9 +89,6 @@ export function oneTabStop(host: HTMLElement, grid: SlickGrid): {restore(): void
         // The library would take Tab for its own; here the browser moves on, past the viewport around the cell.
         event.stopPropagation();
         viewport.tabIndex = -1;
-        setTimeout(() => {
-          viewport.tabIndex = 0;
-        });
         return;
       }
       const filter = target instanceof HTMLInputElement ? filters().indexOf(target) : -1;
