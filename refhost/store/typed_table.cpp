@@ -1,5 +1,7 @@
 #include "store/typed_table.h"
 
+#include <sqlite3.h>
+
 #include <set>
 #include <utility>
 
@@ -35,20 +37,29 @@ void bind(Statement& statement, int place, const TypedValue& value) {
     }
 }
 
-TypedValue value_of(const SQLite::Column& cell, ColumnType type) {
+// Assigns to the text of the row before, whose memory is mostly large enough.
+void set_text(TypedValue& value, const SQLite::Column& cell) {
+    if (!std::holds_alternative<std::string>(value)) value = std::string();
+    const char* text = cell.getText();
+    std::get<std::string>(value).assign(text, static_cast<std::size_t>(cell.getBytes()));
+}
+
+void set_value(TypedValue& value, const SQLite::Column& cell, ColumnType type) {
+    const int stored = cell.getType();
     switch (type) {
         case ColumnType::integer:
         case ColumnType::boolean:
-            if (cell.isInteger()) return cell.getInt64();
+            if (stored == SQLITE_INTEGER) return void(value = cell.getInt64());
             break;
         case ColumnType::real:
-            if (cell.isInteger() || cell.isFloat()) return cell.getDouble();
+            if (stored == SQLITE_INTEGER || stored == SQLITE_FLOAT)
+                return void(value = cell.getDouble());
             break;
         case ColumnType::text:
-            if (cell.isText()) return cell.getString();
+            if (stored == SQLITE_TEXT) return set_text(value, cell);
             break;
     }
-    return {};
+    value = std::monostate();
 }
 
 // The columns as a SELECT names them. SQLite takes a quoted name that is no column for a text, so one that
@@ -119,7 +130,7 @@ void each_typed_row(const Store& store, const char* table, std::span<const Typed
                                  identifier(table) + " ORDER BY rowid");
              q.executeStep();) {
             for (std::size_t i = 0; i < columns.size(); ++i)
-                row[i] = value_of(q.getColumn(static_cast<int>(i)), columns[i].type);
+                set_value(row[i], q.getColumn(static_cast<int>(i)), columns[i].type);
             take(row);
         }
     });

@@ -108,6 +108,30 @@ constexpr auto kEventColumns = std::to_array<TypedColumn>({
     {"line",     ColumnType::integer},
 });
 
+inventory::Severity severity_of(const TypedValue& value) {
+    const auto* told = std::get_if<std::string>(&value);
+    for (const auto severity : {inventory::Severity::warning, inventory::Severity::critical}) {
+        if (told && *told == word(severity)) return severity;
+    }
+    return inventory::Severity::info;
+}
+
+// Assigns to the text of the event before, whose memory is mostly large enough.
+void set(std::string& text, const TypedValue& value) {
+    if (const auto* told = std::get_if<std::string>(&value)) {
+        text = *told;
+    } else {
+        text.clear();
+    }
+}
+void set(inventory::Text& text, const TypedValue& value) {
+    if (!std::holds_alternative<std::string>(value)) return text.reset();
+    if (!text) text.emplace();
+    set(*text, value);
+}
+
+}  // namespace
+
 const char* word(inventory::Severity severity) {
     switch (severity) {
         case inventory::Severity::info: return "info";
@@ -117,7 +141,36 @@ const char* word(inventory::Severity severity) {
     return "";
 }
 
-}  // namespace
+void each_event_identity(const Store& store, const TakeEvent& take) {
+    constexpr auto kColumns = std::to_array<TypedColumn>({
+        {"source", ColumnType::text},
+        {"time",   ColumnType::text},
+        {"text",   ColumnType::text},
+    });
+    inventory::Event event;
+    each_typed_row(store, "events", kColumns, [&](const std::vector<TypedValue>& row) {
+        set(event.source, row[0]);
+        set(event.time, row[1]);
+        set(event.text, row[2]);
+        take(event);
+    });
+}
+
+void each_event(const Store& store, const TakeEvent& take) {
+    inventory::Event event;
+    each_typed_row(store, "events", kEventColumns, [&](const std::vector<TypedValue>& row) {
+        set(event.source, row[0]);
+        set(event.time, row[1]);
+        set(event.time_utc, row[2]);
+        event.severity = severity_of(row[3]);
+        set(event.subject, row[4]);
+        set(event.text, row[5]);
+        set(event.place.capture, row[6]);
+        const auto* line = std::get_if<std::int64_t>(&row[7]);
+        event.place.line = line ? *line : 0;
+        take(event);
+    });
+}
 
 void write_inventory(Store& store, const inventory::Inventory& inventory) {
     inventory::each_kind([&](const auto& kind) {

@@ -1,6 +1,8 @@
 // Inventory and events as tables of a store: one a kind of entity, one column a field.
 #pragma once
 
+#include <functional>
+
 #include "inventory/inventory.h"
 #include "store/store.h"
 #include "store/typed_table.h"
@@ -12,6 +14,15 @@ void write_inventory(Store& store, const inventory::Inventory& inventory);
 // What write_inventory() wrote; lists of observations are empty. From a store of somebody else it is
 // what that says, field by field.
 inventory::Inventory read_inventory(const Store& store);
+
+const char* word(inventory::Severity severity);
+
+// Hands on each event of a store, in their order. One that has no severity of ours is "info".
+using TakeEvent = std::function<void(const inventory::Event&)>;
+void each_event(const Store& store, const TakeEvent& take);
+
+// The same, with nothing but source, time and text, by which events are told apart.
+void each_event_identity(const Store& store, const TakeEvent& take);
 
 // Writes events as they come.
 class EventWriter {
