@@ -290,6 +290,7 @@ std::unique_ptr<Made> make(const Options& options) {
     } else {
         add_fault(server, random, options.fault);
     }
+    if (options.change) options.change(server);
     print_ipmi(server, random, made->book, made->pages);
     print_storcli(server, random, made->book, made->pages);
     print_arcconf(server, random, made->book, made->pages);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,8 @@ struct Options {
     Damage damage = Damage::none;  // with `page`: this alone happens to the captures
     std::string page = {};
     std::optional<std::size_t> cut_at = {};  // of damages that cut, the byte where
+    std::function<void(Server&)> change =
+        {};  // what else becomes of the server; it is printed as before
 };
 
 struct Made {

@@ -1,0 +1,60 @@
+#include "compare/keyed_hash.h"
+
+#include <bit>
+#include <random>
+
+namespace qvhost::compare {
+
+namespace {
+
+struct State {
+    std::uint64_t a, b, c, d;
+
+    void round() {
+        a += b;
+        b = std::rotl(b, 13) ^ a;
+        a = std::rotl(a, 32);
+        c += d;
+        d = std::rotl(d, 16) ^ c;
+        a += d;
+        d = std::rotl(d, 21) ^ a;
+        c += b;
+        b = std::rotl(b, 17) ^ c;
+        c = std::rotl(c, 32);
+    }
+
+    void mix(std::uint64_t word) {
+        d ^= word;
+        round();
+        round();
+        a ^= word;
+    }
+};
+
+// Up to eight bytes, the first one the lowest.
+std::uint64_t word_of(std::string_view bytes) {
+    std::uint64_t word = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    return word;
+}
+
+}  // namespace
+
+KeyedHash::KeyedHash() {
+    std::random_device random;
+    for (auto& half : key_) half = (std::uint64_t{random()} << 32) | random();
+}
+
+std::uint64_t KeyedHash::operator()(std::string_view text) const {
+    State state{key_[0] ^ 0x736f6d6570736575, key_[1] ^ 0x646f72616e646f6d,
+                key_[0] ^ 0x6c7967656e657261, key_[1] ^ 0x7465646279746573};
+    const auto size = std::uint64_t{text.size()};
+    for (; text.size() >= 8; text.remove_prefix(8)) state.mix(word_of(text.substr(0, 8)));
+    state.mix(word_of(text) | (size << 56));
+    state.c ^= 0xff;
+    for (int i = 0; i < 4; ++i) state.round();
+    return state.a ^ state.b ^ state.c ^ state.d;
+}
+
+}  // namespace qvhost::compare
