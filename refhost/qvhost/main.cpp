@@ -22,6 +22,7 @@
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/doctor/doctor.h"
 #include "qvhost/present/check.h"
+#include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/open_page.h"
 #include "qvhost/present/query.h"
@@ -73,6 +74,7 @@ constexpr struct {
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
     {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
+    {"diff",   [](const ParsedArguments& parsed) { return qvhost::diff_reports(parsed.diff); }},
     {"doctor", [](const ParsedArguments& parsed) { return qvhost::doctor(parsed.doctor); }},
 };
 // clang-format on
@@ -147,5 +149,5 @@ int main(int argc, char** argv) {
         std::cout.exceptions(std::ios::goodbit);
         std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
     }
-    return kCouldNot;
+    return argc > 1 && argv[1] == std::string_view("diff") ? qvhost::kDiffTrouble : kCouldNot;
 }

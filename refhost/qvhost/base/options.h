@@ -74,6 +74,14 @@ struct CheckOptions {
     std::filesystem::path rules;              // the site's own (findings/rules_file.h); empty: none
 };
 
+// What the user asked of `diff`.
+struct DiffOptions {
+    std::filesystem::path from;
+    std::filesystem::path to;  // empty: the newest run in `from` against the one before
+    std::string format = "text";
+    bool raw = false;  // rows of the plug-in's tables as well
+};
+
 // What the user asked of `doctor`.
 struct DoctorOptions {
     std::string format = "text";

@@ -15,6 +15,7 @@
 #include "qvhost/cli/help.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/present/check.h"
+#include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/query_rows.h"
 
@@ -71,6 +72,14 @@ const std::vector<CommandText> kTexts = {
       {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
       {"qvhost check DIR --rules /etc/qvhost.rules",                        "By the severities and acknowledgements of this site."},
       {"qvhost check DIR --format json | jq -r '.findings[].id'",           "The ids of the findings, for a program."}}},
+
+    {"diff", "Say what changed between two reports",
+     {"Things are matched by what they are and not by their place: a drive by its serial number, else by its slot; so are volumes, sensors, memory modules and the rest. It says what was replaced, failed, recovered, moved, added and removed, which firmware and counters changed and by how much, which sensors crossed a threshold, which findings and events are new or gone, and what one of the reports could not read. Readings that move all the time are left out. Reports of two machines are told to be so first.",
+      "The exit status is that of diff: 0 nothing changed, 1 something did, 2 it could not be told."},
+     {{"qvhost diff monday friday",                                         "What happened in between."},
+      {"qvhost diff monday friday --format html > week.html",               "The same as a page to send or print; it needs no script and no network."},
+      {"qvhost diff monday friday --format json | jq '.changes[]'",         "For a program; all new events are in it."},
+      {"qvhost diff monday friday --raw",                                   "The rows of the plug-in's tables as well."}}},
 
     {"doctor", "Say what a collection will find here",
      {"Rights, the vendors' tools and which file answers for which name, controllers without their tool, the IPMI driver, the product, the directory, the search path: a line each, and below it the command that mends it. Nothing is changed. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
@@ -299,6 +308,18 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
         ->capture_default_str();
 }
 
+void add_diff(CLI::App& app, DiffOptions& options) {
+    auto& diff = add_command(app, "diff");
+    diff.add_option("OLD", options.from, "The earlier report: a log directory or a store file")
+        ->required();
+    diff.add_option("NEW", options.to, "The later one")->required();
+    diff.add_option("--format", options.format, "How it is printed")
+        ->check(one_of(diff_formats()))
+        ->type_name(boost::join(diff_formats(), "|"))
+        ->capture_default_str();
+    diff.add_flag("--raw", options.raw, "Rows of the plug-in's tables as well");
+}
+
 void add_doctor(CLI::App& app, DoctorOptions& options) {
     auto& doctor = add_command(app, "doctor");
     doctor.add_option("--log-dir", options.log_dir, "The directory that is meant to be used")
@@ -354,6 +375,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
 
     add_query(*app, parsed.query);
     add_check(*app, parsed.check, parsed.collect);
+    add_diff(*app, parsed.diff);
     add_doctor(*app, parsed.doctor);
     add_command(*app, "config");
     add_export(*app, parsed.exporting);

@@ -22,6 +22,7 @@ struct ParsedArguments {
     QueryOptions query;
     ExportOptions exporting;
     CheckOptions check;
+    DiffOptions diff;
     DoctorOptions doctor;
     struct {
         int settings = -1;

@@ -121,7 +121,7 @@ Words table_names(const std::string& report) {
 Candidates values(const std::string& kind, const std::string& word, const std::string& report) {
     if (kind == "DIR") return paths(word, [](const fs::path&) { return false; });
     if (kind == "FILE" || kind == "PATH") return paths(word, is_any_file);
-    if (kind == "REPORT") return paths(word, is_report);
+    if (kind == "REPORT" || kind == "OLD" || kind == "NEW") return paths(word, is_report);
     if (kind == "MACHINE") return paths(word, is_machine);
     if (kind == "NAME") return {module_names()};
     if (kind == "ID" || kind == "TABLE")
