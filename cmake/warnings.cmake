@@ -6,4 +6,6 @@ target_compile_options(qv_warnings INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # GCC 12 warns of std::string's own operator+ when it optimises (GCC bug 105329).
   target_compile_options(qv_warnings INTERFACE -Wno-restrict)
+else()
+  target_compile_options(qv_warnings INTERFACE -Wreserved-identifier)
 endif()
