@@ -137,7 +137,8 @@ std::string with_nonce(std::string_view html) {
 }  // namespace
 }  // namespace page
 
-void write_page(const Store& store, const fs::path& report, const fs::path& log_dir) {
+void write_page(const Store& store, const fs::path& report, const fs::path& log_dir,
+                const std::set<std::string>& only) {
     using namespace page;
     const auto data = report / "data";
     const auto assets = report / "assets";
@@ -151,9 +152,12 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
     std::size_t number = 0;
     for (const auto& module : store.modules()) {
         auto tables = ordered_json::array();
-        for (const auto& table : module.tables)
-            tables.push_back(
-                write_table(store, module, table, data, file_stem(++number, table.id)));
+        for (const auto& table : module.tables) {
+            ++number;
+            if (!only.empty() && !only.contains(table.id)) continue;
+            tables.push_back(write_table(store, module, table, data, file_stem(number, table.id)));
+        }
+        if (!only.empty() && tables.empty()) continue;
         modules.push_back(
             {{"name", module.name}, {"display", module.display}, {"tables", std::move(tables)}});
     }

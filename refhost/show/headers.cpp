@@ -17,21 +17,17 @@ const std::vector<std::string>& header_ids(const Layout& layout) {
 
 std::vector<Header> headers_of(const Store& store, const TableInfo& table) {
     const auto properties = store.properties(table.id);
-    const auto* rows = std::get_if<RowLayout>(&table.layout);
-    constexpr unsigned kUnasked = 10;
 
     std::vector<Header> headers;
     for (const auto& id : header_ids(table.layout)) {
         const auto known = std::find_if(properties.begin(), properties.end(),
                                         [&](const PropertyInfo& p) { return p.id == id; });
-        const auto place = headers.size();
-        const unsigned width = rows && place < rows->widths.size() ? rows->widths[place] : kUnasked;
-        headers.push_back({id, known == properties.end() ? id : known->display, width});
+        headers.push_back({id, known == properties.end() ? id : known->display});
     }
     for (const auto& property : properties) {
         const bool asked = std::any_of(headers.begin(), headers.end(),
                                        [&](const Header& h) { return h.id == property.id; });
-        if (!asked) headers.push_back({property.id, property.display, kUnasked});
+        if (!asked) headers.push_back({property.id, property.display});
     }
     return headers;
 }

@@ -11,7 +11,6 @@ namespace qvhost {
 struct Header {
     std::string id;
     std::string label;
-    unsigned width = 0;  // its share of a row
 };
 
 // The layout's headers and behind them what else the records hold.

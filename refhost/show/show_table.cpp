@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "show/headers.h"
+#include "show/link.h"
 #include "show/text_table.h"
 #include "show/visible.h"
 
@@ -15,85 +16,120 @@ namespace {
 std::string value_text(const Record& record, const std::string& id) {
     for (const auto& property : record.properties) {
         if (property.id != id) continue;
-        if (const auto* text = std::get_if<std::string>(&property.value)) return *text;
+        if (const auto* text = std::get_if<std::string>(&property.value))
+            return linked_capture(*text).value_or(*text);
         return std::to_string(std::get<int>(property.value));
     }
     return "";
 }
 
 void show_rows(std::ostream& out, const Store& store, const TableInfo& table,
-               const std::vector<Header>& headers, const TerminalStyle& style) {
-    std::vector<TextColumn> columns;
-    for (const auto& header : headers) columns.push_back({header.label, header.width});
-    const TextTable text(columns, style);
-    text.print_header(out);
+               const std::vector<Header>& headers, const TerminalStyle& style, TableForm form) {
+    std::vector<std::string> titles;
+    for (const auto& header : headers) titles.push_back(header.label);
+    TextTable text(out, titles, style, form);
     store.each_record(table.id, [&](const Record& record) {
         std::vector<std::string> cells;
         for (const auto& header : headers) cells.push_back(value_text(record, header.id));
-        // A table of whole lines keeps their indentation.
-        if (cells.size() > 1) std::transform(cells.begin(), cells.end(), cells.begin(), trimmed);
-        text.print_row(out, cells);
+        text.add(std::move(cells));
     });
+    text.end();
 }
 
-void show_columns(std::ostream& out, const Store& store, const TableInfo& table,
-                  const ColumnLayout& layout, const std::vector<Header>& headers,
-                  const TerminalStyle& style) {
-    // No more than can be read beside each other, whatever the layout asks.
-    const std::size_t beside = std::clamp(layout.count, 1u, std::max(1u, style.width / 10));
-    // Percent. Layouts ask for as little as 10, which would cut labels into syllables.
-    std::size_t longest = 0;
-    for (const auto& header : headers) longest = std::max(longest, display_width(header.label));
-    const auto for_labels = static_cast<unsigned>(100 * (longest + 1) / std::max(1u, style.width));
-    const unsigned label_share = std::clamp(std::max(layout.width, for_labels), 10u, 40u);
-    std::vector<TextColumn> columns{
-        {"", label_share}
-    };
-    for (std::size_t i = 0; i < beside; ++i)
-        columns.push_back({"", (100 - label_share) / static_cast<unsigned>(beside)});
-    const TextTable text(columns, style);
+// Records beside each other, as many as the layout asks for and the terminal holds.
+class Columns {
+public:
+    Columns(std::ostream& out, const std::vector<Header>& headers, std::size_t most,
+            const TerminalStyle& style)
+        : out_(out), headers_(headers), most_(std::max<std::size_t>(1, most)), style_(style) {
+        for (const auto& header : headers)
+            labels_ = std::max(labels_, display_width(visible(header.label)));
+    }
 
-    std::vector<std::vector<std::string>> values;  // of up to `beside` records, by header
-    bool first_group = true;
-    const auto print_group = [&] {
-        if (values.empty()) return;
-        if (!first_group) out << '\n';
-        first_group = false;
-        for (std::size_t i = 0; i < headers.size(); ++i) {
-            std::vector<std::string> cells{headers[i].label};
-            for (const auto& record : values) cells.push_back(record[i]);
-            text.print_row(out, cells);
+    void add(const Record& record) {
+        std::vector<std::string> cells;
+        std::size_t width = 0;
+        bool has_lines = false;
+        for (const auto& header : headers_) {
+            cells.push_back(visible(trimmed(value_text(record, header.id))));
+            width = std::max(width, display_width(cells.back()));
+            has_lines = has_lines || cells.back().find('\n') != std::string::npos;
         }
-        values.clear();
-    };
-    store.each_record(table.id, [&](const Record& record) {
-        auto& cells = values.emplace_back();
-        for (const auto& header : headers) cells.push_back(trimmed(value_text(record, header.id)));
-        if (values.size() == beside) print_group();
-    });
-    print_group();
-}
+        if (has_lines || group_has_lines_ || group_.size() == most_ || !has_room_for(width))
+            print();
+        group_.push_back(std::move(cells));
+        widths_.push_back(width);
+        group_has_lines_ = has_lines;
+    }
+
+    void print() {
+        if (group_.empty()) return;
+        if (!first_) out_ << '\n';
+        first_ = false;
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (std::size_t i = 0; i < headers_.size(); ++i) {
+            std::string text;
+            for (std::size_t place = 0; place < group_.size(); ++place) {
+                const auto& cell = group_[place][i];
+                text += cell;
+                if (place + 1 < group_.size())
+                    text.append(widths_[place] + kGap - display_width(cell), ' ');
+            }
+            lines.emplace_back(visible(headers_[i].label),
+                               text.substr(0, text.find_last_not_of(' ') + 1));
+        }
+        print_labelled(out_, lines, style_);
+        group_.clear();
+        widths_.clear();
+    }
+
+private:
+    static constexpr std::size_t kGap = 2;
+
+    // Without a terminal every record is a block of its own.
+    bool has_room_for(std::size_t width) const {
+        std::size_t sum = labels_ + kGap + width;
+        for (const auto one : widths_) sum += one + kGap;
+        return sum <= style_.width;
+    }
+
+    std::ostream& out_;
+    const std::vector<Header>& headers_;
+    std::size_t most_;
+    TerminalStyle style_;
+    std::size_t labels_ = 0;
+    std::vector<std::vector<std::string>> group_;  // the cells of records, by header
+    std::vector<std::size_t> widths_;              // of each
+    bool group_has_lines_ = false;                 // below one another, in a cell
+    bool first_ = true;
+};
 
 }  // namespace
 
 void show_table(std::ostream& out, const Store& store, const ModuleInfo& module,
-                const TableInfo& table, const TerminalStyle& style) {
+                const TableInfo& table, const TerminalStyle& style, TableForm form) {
     const auto count =
         std::to_string(table.records) + (table.records == 1 ? " record" : " records");
     auto title = visible(table.id);
     if (!table.title.empty()) title += ": " + one_line(table.title);
     title += " (" + visible(module.display) + "), " + (table.records == 0 ? "no records" : count);
     if (!table.reason.empty())
-        title += (table.records == 0 ? ": " : ", partial: ") + visible(table.reason);
-    for (const auto& line : wrapped(title, style.width)) out << bold(line, style) << '\n';
+        title += (table.records == 0 ? ": " : ", partial: ") + one_line(table.reason);
+    print_title(out, title, style);
     if (table.records == 0) return;
 
     const auto headers = headers_of(store, table);
-    if (const auto* columns = std::get_if<ColumnLayout>(&table.layout)) {
-        show_columns(out, store, table, *columns, headers, style);
-    } else {
-        show_rows(out, store, table, headers, style);
-    }
+    const auto* layout = std::get_if<ColumnLayout>(&table.layout);
+    if (!layout || form == TableForm::blocks)
+        return show_rows(out, store, table, headers, style, form);
+    Columns columns(out, headers, layout->count, style);
+    store.each_record(table.id, [&](const Record& record) { columns.add(record); });
+    columns.print();
+}
+
+void print_title(std::ostream& out, const std::string& title, const TerminalStyle& style) {
+    const auto lines = style.width == 0 ? std::vector{title} : wrapped(title, style.width);
+    for (const auto& line : lines) out << bold(line, style) << '\n';
 }
 
 }  // namespace qvhost

@@ -39,6 +39,8 @@ TerminalStyle terminal_style(int fd) {
         style.width = columns;
     } else if (terminal && ::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         style.width = size.ws_col;
+    } else if (!terminal) {
+        style.width = 0;
     }
     return style;
 }

@@ -6,13 +6,13 @@
 namespace qvhost {
 
 struct TerminalStyle {
-    unsigned width = 80;
+    unsigned width = 80;  // in columns; 0: lines are as long as they need to be
     bool colour = false;
     bool terminal = false;
 };
 
 // The width of the terminal behind `fd` (or $COLUMNS), and colour unless $NO_COLOR is set. If `fd` is
-// no terminal: 80 columns, no colour.
+// no terminal: no width, so that a row stays one line for grep and the like, and no colour.
 TerminalStyle terminal_style(int fd);
 
 // The text in bold, if the terminal shows it.

@@ -1,4 +1,5 @@
-// A table of text for a terminal: a header row, and rows whose long cells are wrapped.
+// A table of text for people: aligned columns where its rows fit the terminal, a block of "title  cell" lines for
+// each row where they do not. No word is cut to fit a column.
 #pragma once
 
 #include <cstddef>
@@ -10,40 +11,54 @@
 
 namespace qvhost {
 
-struct TextColumn {
-    std::string title;
-    unsigned share = 1;  // of the terminal's width, in proportion to the other columns'
+enum class TableForm {
+    fitting,  // columns if the rows fit, else blocks
+    blocks,
 };
 
-// The blanks between columns: one is enough for the eye where there are many.
-std::size_t gap_for(std::size_t columns);
-
+// Rows come one by one. The first ones are held back to see how wide their columns are; the rest is printed as it
+// comes.
 class TextTable {
 public:
-    TextTable(std::vector<TextColumn> columns, TerminalStyle style);
+    TextTable(std::ostream& out, std::vector<std::string> titles, const TerminalStyle& style,
+              TableForm form = TableForm::fitting);
 
-    // Whether the terminal is wide enough for columns that can be read. Where it is not, every row
-    // is a block of "title: cell" lines.
-    bool fits() const { return !widths_.empty(); }
+    // Cells are any captured text; missing ones are empty.
+    void add(std::vector<std::string> cells);
 
-    void print_header(std::ostream& out) const;
-
-    // Cells are any captured text. Missing cells are empty.
-    void print_row(std::ostream& out, const std::vector<std::string>& cells) const;
+    // After the last row.
+    void end();
 
 private:
-    std::vector<TextColumn> columns_;
-    std::vector<std::size_t> widths_;  // none if the table does not fit
+    using Row = std::vector<std::string>;
+
+    void print_held();
+    bool fits(const std::vector<std::size_t>& needs, const std::vector<std::size_t>& words);
+    void print_header();
+    void print(const Row& row);
+    void print_lines(const std::vector<std::vector<std::string>>& cells);
+    void print_block(const Row& row);
+    std::vector<std::string> lines_in(const std::string& cell, std::size_t width) const;
+
+    std::ostream& out_;
+    std::vector<std::string> titles_;
     TerminalStyle style_;
+    TableForm form_;
+    std::vector<Row> held_;
+    std::size_t held_bytes_ = 0;
+    bool decided_ = false;
+    std::vector<std::size_t> widths_;  // of the columns; none: blocks
+    std::size_t blocks_ = 0;
 };
 
-// Shares that suit the texts of a small table that is known as a whole.
-std::vector<TextColumn> columns_for(const std::vector<std::string>& titles,
-                                    const std::vector<std::vector<std::string>>& rows,
-                                    const TerminalStyle& style);
-
-// Prints such a table.
+// Prints a table that is known as a whole.
 void print_table(std::ostream& out, const std::vector<std::string>& titles,
                  const std::vector<std::vector<std::string>>& rows, const TerminalStyle& style);
+
+// "Label  text" lines, the labels filled up to one width. A text that does not fit goes on below its own
+// beginning.
+void print_labelled(std::ostream& out,
+                    const std::vector<std::pair<std::string, std::string>>& lines,
+                    const TerminalStyle& style);
 
 }  // namespace qvhost

@@ -51,6 +51,7 @@ struct Fact {
 };
 
 struct TypedColumn;  // typed_table.h
+struct StoredColumn;
 // NULL, or a value of the column's type.
 using TypedValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 
@@ -110,6 +111,10 @@ private:
     friend class TypedTableWriter;
     friend void each_typed_row(const Store&, const char*, std::span<const TypedColumn>,
                                const std::function<void(const std::vector<TypedValue>&)>&);
+    friend std::vector<StoredColumn> stored_columns(const Store&, const std::string&);
+    friend void each_stored_row(const Store&, const std::string&,
+                                const std::function<void(const std::vector<TypedValue>&)>&);
+    friend std::int64_t count_stored_rows(const Store&, const std::string&);
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -136,4 +136,48 @@ void each_typed_row(const Store& store, const char* table, std::span<const Typed
     });
 }
 
+std::vector<StoredColumn> stored_columns(const Store& store, const std::string& table) {
+    return with_file_name(store.impl_->path, [&] {
+        std::vector<StoredColumn> columns;
+        Statement q(store.impl_->db, "SELECT name, type FROM pragma_table_info(?)");
+        q.bind(1, table);
+        while (q.executeStep())
+            columns.push_back({q.getColumn(0).getString(),
+                               q.getColumn(1).getString() == sql_type(ColumnType::boolean)});
+        return columns;
+    });
+}
+
+void each_stored_row(const Store& store, const std::string& table,
+                     const std::function<void(const std::vector<TypedValue>&)>& take) {
+    with_file_name(store.impl_->path, [&] {
+        auto& db = store.impl_->db;
+        if (!db.tableExists(table)) return;
+        std::vector<TypedValue> row;
+        for (Statement q(db, "SELECT * FROM " + identifier(table) + " ORDER BY rowid");
+             q.executeStep();) {
+            row.assign(static_cast<std::size_t>(q.getColumnCount()), {});
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                const auto cell = q.getColumn(static_cast<int>(i));
+                if (cell.isInteger()) {
+                    row[i] = cell.getInt64();
+                } else if (cell.isFloat()) {
+                    row[i] = cell.getDouble();
+                } else if (!cell.isNull()) {
+                    row[i] = cell.getString();
+                }
+            }
+            take(row);
+        }
+    });
+}
+
+std::int64_t count_stored_rows(const Store& store, const std::string& table) {
+    return with_file_name(store.impl_->path, [&]() -> std::int64_t {
+        auto& db = store.impl_->db;
+        if (!db.tableExists(table)) return 0;
+        return db.execAndGet("SELECT count(*) FROM " + identifier(table)).getInt64();
+    });
+}
+
 }  // namespace qvhost

@@ -51,4 +51,16 @@ private:
 void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
                     const std::function<void(const std::vector<TypedValue>&)>& take);
 
+// The table as it is in the file, for views that show whatever it has. None: there is no such table.
+struct StoredColumn {
+    std::string name;
+    bool is_boolean = false;
+};
+std::vector<StoredColumn> stored_columns(const Store& store, const std::string& table);
+
+// Its rows in their order, with values as they are.
+void each_stored_row(const Store& store, const std::string& table,
+                     const std::function<void(const std::vector<TypedValue>&)>& take);
+std::int64_t count_stored_rows(const Store& store, const std::string& table);
+
 }  // namespace qvhost

@@ -137,7 +137,8 @@ TEST_F(Export, ATerminalGetsNoEscapes) {
              "export " + store.string() + " --format csv --table T --raw",
              "query " + store.string() + " 'SELECT * FROM T' --format json",
              "query " + store.string() + " 'SELECT * FROM T' --format csv",
-             "query " + store.string() + " 'SELECT * FROM T'", "show " + store.string()}) {
+             "query " + store.string() + " 'SELECT * FROM T'", "show " + store.string() + " T",
+             "show " + store.string() + " --all", "show " + store.string() + " T --format jsonl"}) {
         const auto on_terminal =
             run(Invocation{.arguments = {"-qec", "'" QV_PROGRAM "' " + command, "/dev/null"},
                            .environment = {{"TERM", "dumb"}, {"PAGER", "cat"}},
@@ -253,7 +254,8 @@ TEST_F(Export, WhatDoesNotGoTogetherIsToldFirst) {
         {"--format", "csv"},
         {"--format", "csv", "--table", "T", "--output", dir() / "out"},
         {"--format", "csv", "--output", ""},
-        {"--format", "json", "--table", "T"},
+        {"--format", "csv", "--table", "T", "--table", "EMPTY"},
+        {"--format", "jsonl", "--raw"},
         {"--format", "json", "--raw"},
         {"--format", "html"},
         {"--format", "html", "--output", dir() / "out", "--raw"},
@@ -267,7 +269,8 @@ TEST_F(Export, WhatDoesNotGoTogetherIsToldFirst) {
     EXPECT_FALSE(fs::exists(dir() / "out"));
     const auto unknown = run({"export", store, "--format", "csv", "--table", "NONE"});
     EXPECT_EQ(unknown.exit, 1);
-    EXPECT_EQ(unknown.err, "qvhost: " + store.string() + ": there is no table NONE\n");
+    EXPECT_EQ(unknown.err, "qvhost: " + store.string() +
+                               ": there is no table NONE; \"qvhost show REPORT\" lists them\n");
 }
 
 TEST_F(Export, AFullDiskIsTold) {

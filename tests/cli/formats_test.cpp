@@ -46,7 +46,7 @@ protected:
 
 TEST_P(FormatTest, IsReadAsItWas) {
     const auto store = stored();
-    auto read = session({"show", store, "--no-pager"});
+    auto read = session({"show", store, "--all", "--no-pager"});
     read += session({"query", store, "SELECT item1, item2, item4 FROM SENSORINFO ORDER BY qv_seq",
                      "--format", "csv"});
     read += session({"query", store,

@@ -44,7 +44,7 @@ TEST_F(Help, ExamplesOfQueriesWork) {
         EXPECT_EQ(outcome.exit, 0) << line;
         EXPECT_GT(lines_of(outcome.out).size(), 2u) << line << "\n" << outcome.out;
     }
-    EXPECT_EQ(examples, 4);
+    EXPECT_EQ(examples, 6);
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ protected:
     void SetUp() override {
         ReportTest::SetUp();
         store_ = store_with({record({{"a", "A", "first"s}, {"b", "B", 1}})});
-        expected_ = run({"show", store_}).out;
+        expected_ = run({"show", store_, "T"}).out;
         ASSERT_NE(expected_.find("first"), std::string::npos);
     }
     void TearDown() override {
@@ -46,7 +46,7 @@ protected:
     pid_t start_on_terminal(const std::map<std::string, std::string>& environment,
                             const std::vector<std::string>& more = {}) {
         if (terminal_ >= 0) ::close(terminal_);
-        std::vector<std::string> texts{QV_PROGRAM, "show", store_};
+        std::vector<std::string> texts{QV_PROGRAM, "show", store_, "T"};
         texts.insert(texts.end(), more.begin(), more.end());
         std::vector<char*> arguments;
         for (auto& text : texts) arguments.push_back(text.data());
@@ -130,8 +130,8 @@ TEST_F(Pager, IsNotUsedWhereItIsNotWanted) {
     EXPECT_EQ(shown({{"PAGER", ""}}), expected_);
     EXPECT_EQ(shown({{"PAGER", "cat"}}), expected_);
     EXPECT_EQ(shown({{"PAGER", "echo the pager"}}, {"--no-pager"}), expected_);
-    const auto piped = run(
-        Invocation{.arguments = {"show", store_}, .environment = {{"PAGER", "echo the pager"}}});
+    const auto piped = run(Invocation{.arguments = {"show", store_, "T"},
+                                      .environment = {{"PAGER", "echo the pager"}}});
     EXPECT_EQ(piped.out, expected_);
 }
 
@@ -139,7 +139,7 @@ TEST_F(Pager, ThatIsMissingIsNoError) {
     const auto text = shown({{"PAGER", (dir() / "no-such-pager").string()}});
     EXPECT_TRUE(text.ends_with("no-such-pager: not found\n" + expected_)) << text;
     make_long();
-    const auto expected = run({"show", store_}).out;
+    const auto expected = run({"show", store_, "T"}).out;
     const auto all = shown({{"PAGER", (dir() / "no-such-pager").string()}});
     EXPECT_TRUE(all.ends_with("no-such-pager: not found\n" + expected));
 }
@@ -171,7 +171,7 @@ TEST_F(Pager, AReaderThatGoesAwayEndsItByItsSignal) {
         EXPECT_EQ(std::system(("bash -c '" + command + "'").c_str()), 0);
         return read_file(out);
     };
-    EXPECT_EQ(shell("\"" QV_PROGRAM "\" show "s + store_.string() + " | head -n 1"),
+    EXPECT_EQ(shell("\"" QV_PROGRAM "\" show "s + store_.string() + " T | head -n 1"),
               "T (Module), 20000 records\n141\n");
 }
 

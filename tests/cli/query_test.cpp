@@ -63,7 +63,7 @@ TEST_F(Query, ColumnsForWhichThereIsNoRoomStandBelowEachOther) {
     const auto outcome =
         run(Invocation{.arguments = {"query", store_, "SELECT 1 one, 2 two, 3 three"},
                        .environment = {{"COLUMNS", "12"}}});
-    EXPECT_EQ(outcome.out, "one: 1\ntwo: 2\nthree: 3\n\n");
+    EXPECT_EQ(outcome.out, "-- 1 -------\none    1\ntwo    2\nthree  3\n");
 }
 
 // The text is as SQL has it; in the store texts can hold NULs and bytes that are not UTF-8.

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "place.h"
+#include "show/link.h"
 #include "show/text_table.h"
 #include "show/visible.h"
 
@@ -107,11 +108,12 @@ TEST(Visible, Wrapping) {
 class Show : public test::Place {
 protected:
     Show() : store(dir / "s", Store::Mode::create) { store.add_module("M", "Module"); }
-    std::string shown(const std::string& table, unsigned width, bool colour = false) {
+    std::string shown(const std::string& table, unsigned width, bool colour = false,
+                      TableForm form = TableForm::fitting) {
         std::ostringstream out;
         for (const auto& module : store.modules()) {
             for (const auto& info : module.tables) {
-                if (info.id == table) show_table(out, store, module, info, {width, colour});
+                if (info.id == table) show_table(out, store, module, info, {width, colour}, form);
             }
         }
         return out.str();
@@ -129,11 +131,81 @@ TEST_F(Show, AHeaderRowWithSharesOfTheWidth) {
          {{"a", "Alpha", " one two three four five \n"}, {"b", "Beta", 7}, {"c", "Also", "x"}}});
     EXPECT_EQ(shown("T", 40),
               "T (Module), 1 record\n"
-              "Alpha                    Beta      Also\n"
-              "-----------------------  --------  -----\n"
-              "one two three four five  7         x\n");
-    EXPECT_EQ(shown("T", 10),
-              "T\n(Module),\n1 record\nAlpha: one\ntwo three\nfour five\nBeta: 7\nAlso: x\n\n");
+              "Alpha                    Beta   Also\n"
+              "-----------------------  -----  -----\n"
+              "one two three four five  7      x\n");
+    EXPECT_EQ(shown("T", 30),
+              "T (Module), 1 record\n"
+              "Alpha             Beta   Also\n"
+              "----------------  -----  -----\n"
+              "one two three     7      x\n"
+              "four five\n");
+    EXPECT_EQ(shown("T", 16),
+              "T (Module), 1\n"
+              "record\n"
+              "-- 1 -----------\n"
+              "Alpha\n"
+              "  one two three\n"
+              "  four five\n"
+              "Beta\n"
+              "  7\n"
+              "Also\n"
+              "  x\n");
+    EXPECT_EQ(shown("T", 20, false, TableForm::blocks),
+              "T (Module), 1 record\n"
+              "-- 1 ---------------\n"
+              "Alpha  one two three\n"
+              "       four five\n"
+              "Beta   7\n"
+              "Also   x\n");
+}
+
+// For grep and the like.
+TEST_F(Show, WithoutAWidthARecordIsALine) {
+    store.add_table("M", "T");
+    store.set_layout("T", RowLayout{{"a", "b"}, {75, 25}, false});
+    const std::string words(300, 'w');
+    store.add({"T", "n", -1, {{"a", "Alpha", "one\n\n two\n"}, {"b", "Beta", "x"}}});
+    store.add({"T", "n", -1, {{"a", "Alpha", words}, {"b", "Beta", "y\n"}}});
+    EXPECT_EQ(shown("T", 0),
+              "T (Module), 2 records\n"
+              "Alpha" +
+                  std::string(297, ' ') + "Beta\n" + std::string(300, '-') +
+                  "  -----\n"
+                  "one | two" +
+                  std::string(293, ' ') + "x\n" + words + "  y\n");
+}
+
+TEST_F(Show, WithoutAWidthAHeaderColumnIsALineAProperty) {
+    store.add_table("M", "T");
+    store.set_layout("T", ColumnLayout{{"a", "b"}, 30, 4});
+    store.add({"T", "n", -1, {{"a", "Alpha", "one\ntwo"}, {"b", "B", "x"}}});
+    store.add({"T", "n", -1, {{"a", "Alpha", "three"}}});
+    EXPECT_EQ(shown("T", 0),
+              "T (Module), 2 records\nAlpha  one | two\nB      x\n\nAlpha  three\nB\n");
+}
+
+TEST_F(Show, LinksAreTheNamesOfCaptures) {
+    const auto link = [](const std::string& name, const std::string& text) {
+        return "\n<pre>\n<a href='../" + name + "' target='_blank'>../" + text + "</a>\n<pre>\n";
+    };
+    const struct {
+        std::string value, name;
+    } cases[] = {
+        {link("pdlist.txt", "pdlist.txt"), "pdlist.txt"},
+        {link("c0_pdlist.txt'", "c0_pdlist.txt'"), "c0_pdlist.txt"},
+        {link("a b.log", "a b.log"), "a b.log"},
+        {link("one.txt", "other.txt"), ""},
+        {link("../passwd", "../passwd"), ""},
+        {link("", ""), ""},
+        {link("x", "x") + " ", ""},
+        {"<a href='../x' target='_blank'>../x</a>", ""},
+        {"", ""},
+    };
+    for (const auto& [value, name] : cases) EXPECT_EQ(linked_capture(value).value_or(""), name);
+
+    store.add({"T", "n", -1, {{"a", "A", link("pdlist.txt'", "pdlist.txt'")}}});
+    EXPECT_EQ(shown("T", 20), "T (), 1 record\nA\n----------\npdlist.txt\n");
 }
 
 TEST_F(Show, AHeaderColumnWithRecordsBesideEachOther) {
@@ -142,10 +214,10 @@ TEST_F(Show, AHeaderColumnWithRecordsBesideEachOther) {
     for (const char* value : {"1", "2", "3"}) store.add({"T", "n", -1, {{"a", "Alpha", value}}});
     EXPECT_EQ(shown("T", 40),
               "T (Module), 3 records\n"
-              "Alpha       1             2\n"
+              "Alpha  1  2\n"
               "b\n"
               "\n"
-              "Alpha       3\n"
+              "Alpha  3\n"
               "b\n");
 }
 
@@ -153,15 +225,15 @@ TEST_F(Show, NoMoreRecordsBesideEachOtherThanCanBeRead) {
     store.add_table("M", "T");
     store.set_layout("T", ColumnLayout{{"a"}, 30, 4'000'000'000});
     for (const char* value : {"1", "2", "3"}) store.add({"T", "n", -1, {{"a", "Alpha", value}}});
-    EXPECT_EQ(shown("T", 30), "T (Module), 3 records\nAlpha    1      2      3\n");
-    EXPECT_EQ(shown("T", 20), "T (Module), 3\nrecords\nAlpha  1      2\n\nAlpha  3\n");
+    EXPECT_EQ(shown("T", 30), "T (Module), 3 records\nAlpha  1  2  3\n");
+    EXPECT_EQ(shown("T", 12), "T (Module),\n3 records\nAlpha  1  2\n\nAlpha  3\n");
 }
 
 TEST_F(Show, OneColumnKeepsItsIndentation) {
     store.add_table("M", "T");
     store.set_layout("T", RowLayout{{"a"}, {100}, false});
     store.add({"T", "n", -1, {{"a", "A", "  indented\n"}}});
-    EXPECT_EQ(shown("T", 20), "T (Module), 1 record\nA\n--------------------\n  indented\n");
+    EXPECT_EQ(shown("T", 20), "T (Module), 1 record\nA\n----------\n  indented\n");
 }
 
 TEST_F(Show, AnEmptyTableSaysWhy) {
@@ -174,20 +246,57 @@ TEST_F(Show, AnEmptyTableSaysWhy) {
 
 TEST_F(Show, ATableWithoutALayoutShowsWhatThereIs) {
     store.add({"T", "n", -1, {{"a", "A", "1"}}});
-    EXPECT_EQ(shown("T", 20), "T (), 1 record\nA\n--------------------\n1\n");
+    EXPECT_EQ(shown("T", 20), "T (), 1 record\nA\n-----\n1\n");
 }
 
 TEST(TextTables, EveryWidthHoldsItsLines) {
     for (unsigned width = 1; width < 200; ++width) {
-        const TextTable table({{"First", 50}, {"Second", 30}, {"Third", 0}, {"Fourth", 20}},
-                              {width, false});
-        std::ostringstream out;
-        table.print_header(out);
-        table.print_row(out, {"a long cell of words", "\x1b[0m", "x", "y", "surplus"});
-        std::istringstream lines(out.str());
-        for (std::string line; std::getline(lines, line);)
-            EXPECT_LE(display_width(line), width) << width;
+        for (const auto form : {TableForm::fitting, TableForm::blocks}) {
+            std::ostringstream out;
+            TextTable table(out, {"First", "Second", "Third", "Fourth"}, {width, false}, form);
+            table.add({"a long cell of words", "\x1b[0m", "x", "y", "surplus"});
+            table.end();
+            std::istringstream lines(out.str());
+            for (std::string line; std::getline(lines, line);)
+                EXPECT_LE(display_width(line), std::max(width, 5u)) << width << "\n" << out.str();
+        }
     }
+}
+
+// Where rows do not fit, they are blocks: no column is so narrow that words stand on end in it.
+TEST(TextTables, NoWordIsCut) {
+    const std::vector<std::string> titles{"Time", "LogEntryQualifier", "LogDataDescription"};
+    const std::vector<std::string> cells{"03/02/2026 04:12:07", "0x0002",
+                                         "PhysDisk 1 in Encl 1 Slot 1 state changed to Missing"};
+    for (unsigned width = 40; width < 120; ++width) {
+        std::ostringstream out;
+        print_table(out, titles, {cells}, {width, false});
+        for (const auto& texts : {titles, cells}) {
+            for (const auto& text : texts) {
+                std::istringstream words(text);
+                for (std::string word; words >> word;)
+                    EXPECT_NE(out.str().find(word), std::string::npos) << width << "\n"
+                                                                       << out.str();
+            }
+        }
+        std::istringstream lines(out.str());
+        std::size_t count = 0;
+        for (std::string line; std::getline(lines, line); ++count)
+            EXPECT_LE(display_width(line), width) << out.str();
+        EXPECT_LE(count, 7u) << out.str();
+    }
+}
+
+// The first rows tell the widths; a longer word that comes late is not cut either.
+TEST(TextTables, RowsThatComeLateAreWhole) {
+    std::ostringstream out;
+    TextTable table(out, {"A", "B", "C"}, {40, false});
+    for (int i = 0; i < 10'000; ++i) table.add({"short", "x", "y"});
+    const auto before = out.str().size();
+    EXPECT_GT(before, 10'000u) << "rows are printed while more come";
+    table.add({"a-word-of-22-characters", "x", "y"});
+    table.end();
+    EXPECT_EQ(out.str().substr(before), "a-word-of-22-characters  x      y\n");
 }
 
 }  // namespace

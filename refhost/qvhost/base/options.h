@@ -45,7 +45,10 @@ struct CollectOptions {
 // What the user asked of `show`.
 struct ShowOptions {
     std::filesystem::path report;     // a log directory or a store file; so with all that follow
-    std::vector<std::string> tables;  // none: all
+    std::vector<std::string> tables;  // none: an overview
+    bool all = false;                 // all tables of the plug-in
+    std::string format = "table";
+    bool raw = false;
     bool no_pager = false;
 };
 
@@ -93,7 +96,7 @@ struct ExportOptions {
     std::filesystem::path report;
     std::string format;
     std::filesystem::path output;  // empty: standard output
-    std::string table;             // empty: all
+    std::vector<std::string> tables;  // none: all
     bool raw = false;
 };
 

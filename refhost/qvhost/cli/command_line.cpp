@@ -17,7 +17,8 @@
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
-#include "qvhost/present/query_rows.h"
+#include "qvhost/present/row_printer.h"
+#include "qvhost/present/show.h"
 
 namespace qvhost {
 
@@ -44,11 +45,15 @@ const std::vector<CommandText> kTexts = {
      {},
      {{"qvhost tables",                                                     "What can be collected, and the properties that each table shows."}}},
 
-    {"show", "Show tables of a report",
-     {"Tables with records come first, then the empty ones with the reason why they are empty. On a terminal the output goes through the pager in $PAGER, or less."},
-     {{"qvhost show /var/tmp/collection",                                   "All tables."},
-      {"qvhost show /var/tmp/collection SENSORINFO PDLIST",                 "Two of them."},
-      {"qvhost show report.sqlite SELINFO --no-pager | grep -i temperature", "The store alone is a report as well."}}},
+    {"show", "Show a report in the terminal",
+     {"Without a TABLE: the health of each subsystem, the findings with the captures and lines that say so, and what tables there are. A TABLE is one of the plug-in's, or one of the host's own reading, such as drives, sensors or events (docs/inventory.md), in capitals or not, in the singular or the plural.",
+      "On a terminal a record is a row where rows fit, else a block of lines, and the output goes through the pager in $PAGER, or less. Through a pipe a record is one line, however long; where a table has its titles on the left, a property is."},
+     {{"qvhost show /var/tmp/collection",                                   "What matters, and what there is."},
+      {"qvhost show /var/tmp/collection drives",                            "The drives of all controllers."},
+      {"qvhost show /var/tmp/collection SENSORINFO PDLIST",                 "Two tables of the plug-in's."},
+      {"qvhost show DIR events | grep -i temperature",                      "A line for each event."},
+      {"qvhost show DIR drives --format jsonl | jq -r 'select(.media_errors > 0).serial'", "For a program, a row at a time."},
+      {"qvhost show report.sqlite --all",                                   "Every table, then the empty ones with their reasons. The store alone is a report as well."}}},
 
     {"open", "Make the page of a report and show it",
      {"The page is made from the report's store, in a directory of its own, and its place is printed. If the variable BROWSER is set, the page is shown with that command.",
@@ -58,11 +63,13 @@ const std::vector<CommandText> kTexts = {
       {"qvhost open report.sqlite --output page",                           "Make it in a directory of that name, from the store alone."}}},
 
     {"query", "Ask a report with SQL",
-     {"Each table of the report is an SQL table with one column for each property, and qv_seq, the record's place in the collection; the tables qv_* hold modules, layouts and record names. The statement can read the report and do nothing else."},
-     {{"qvhost query DIR \"SELECT item1, item2 FROM SENSORINFO\"",                                 "Two columns of a table."},
-      {"qvhost query DIR \"SELECT Class, count(*) FROM EVENTLOG1 GROUP BY 1\" --format csv",       "The events of each class, for a spreadsheet."},
-      {"qvhost query DIR \"SELECT id, reason FROM qv_table WHERE reason <> ''\" --format json",    "Why tables are empty, for a program."},
-      {"qvhost query DIR \"PRAGMA table_info(PDLIST)\"",                                           "The columns of a table."}}},
+     {"The host's own reading of the captures is in the tables systems, processors, memory_modules, bmcs, sensors, power_supplies, frus, controllers, batteries, enclosures, volumes, drives, events, findings and health, with typed columns without padding (docs/inventory.md). Each table of the plug-in is an SQL table as well, with one column for each property, as its tool printed it, and qv_seq, the record's place in the collection; the tables qv_* hold modules, layouts and record names. The statement can read the report and do nothing else."},
+     {{"qvhost query DIR \"SELECT slot, model, serial, media_errors FROM drives WHERE state <> 'Onln'\"", "The drives that do not work as they should."},
+      {"qvhost query DIR \"SELECT name, reading, unit FROM sensors WHERE status NOT IN ('ok', 'na', 'ns')\"", "The sensors that are not well."},
+      {"qvhost query DIR \"SELECT source, severity, count(*) FROM events GROUP BY 1, 2\" --format csv", "The events of each source, for a spreadsheet."},
+      {"qvhost query DIR \"SELECT time, text FROM events WHERE source = 'bmc'\" --format jsonl",     "For a program, a row at a time."},
+      {"qvhost query DIR \"SELECT id, reason FROM qv_table WHERE reason <> ''\" --format json",      "Why tables are empty."},
+      {"qvhost query DIR \"PRAGMA table_info(drives)\"",                                            "The columns of a table."}}},
 
     {"check", "Say how a server is, as a monitoring plug-in",
      {"The verdict of a report: one line with what matters most and performance data, then the health of each subsystem and the findings. \"unknown\" is said of what could not be read. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown.",
@@ -92,12 +99,14 @@ const std::vector<CommandText> kTexts = {
       {"qvhost config",                                                     "See that it is in force."}}},
 
     {"export", "Write a report in another format",
-     {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. csv is a file a table, as RFC 4180 has it, with the property ids in the first row. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
+     {"json is report.json: all modules, layouts and records, values without loss but for bytes that are not UTF-8. jsonl is the rows of all tables, those of the inventory included, an object a line with the table's name as qv_table; it is written and can be read a row at a time. csv is a file a table, as RFC 4180 has it, with the property ids in the first row; line ends at a value's end are left out. html is the page of the report, index.html, without the captures. prometheus is metrics for the textfile collector of node_exporter; the file may be read by everybody and replaces an earlier one.",
+      "With --table only that table is written: in json and jsonl its rows as objects, in html of the plug-in's tables only it, in prometheus its metrics.",
       "A spreadsheet takes a text for a formula if it begins with =, +, -, @ (also in full width, behind blanks or behind a delimiter) or a control character; in csv such a text gets an apostrophe before it, unless --raw is given.",
       "On a terminal, characters that it would act on or not show are printed as escapes; in a file or a pipe csv has them as they are."},
      {{"qvhost export DIR --format json | jq '.records | length'",          "All records, for a program."},
       {"qvhost export DIR --format csv --output tables",                    "Every table as tables/ID.csv."},
-      {"qvhost export DIR --format csv --table SENSORINFO > sensors.csv",   "One table."},
+      {"qvhost export DIR --format csv --table drives > drives.csv",        "One table, of the inventory or the plug-in."},
+      {"qvhost export DIR --format jsonl | jq -c 'select(.qv_table == \"events\")'", "A stream of rows."},
       {"qvhost export DIR --format html --output page",                     "The page, as page/index.html."},
       {"qvhost export DIR --format prometheus --output qvhost.prom",        "Metrics of sensors, drives, health and findings."}}},
 };
@@ -210,14 +219,34 @@ void add_raw_flag(CLI::App& command, bool& raw) {
     command.add_flag("--raw", raw, "In csv, texts that look like formulas stay as they are");
 }
 
+void add_row_format(CLI::App& command, std::string& format) {
+    command.add_option("--format", format, "How the rows are printed")
+        ->check(one_of(row_formats()))
+        ->type_name(boost::join(row_formats(), "|"))
+        ->capture_default_str();
+}
+
+void add_show(CLI::App& show, ShowOptions& options) {
+    add_report_argument(show, options.report);
+    show.add_option(
+        "TABLE", options.tables,
+        "Tables to show, in capitals or not; none: health, findings, and what there is");
+    show.add_flag("--all", options.all,
+                  "All tables of the plug-in, then the empty ones with their reasons");
+    add_row_format(show, options.format);
+    add_raw_flag(show, options.raw);
+    show.add_flag("--no-pager", options.no_pager, "No pager, also on a terminal");
+    show.final_callback([&options] {
+        const auto misuse = show_misuse(options);
+        if (!misuse.empty()) throw CLI::ValidationError(misuse);
+    });
+}
+
 void add_query(CLI::App& app, QueryOptions& options) {
     auto& query = add_command(app, "query");
     add_report_argument(query, options.report);
     query.add_option("SQL", options.sql, "One statement that reads, mostly a SELECT")->required();
-    query.add_option("--format", options.format, "How the rows are printed")
-        ->check(one_of(query_formats()))
-        ->type_name(boost::join(query_formats(), "|"))
-        ->capture_default_str();
+    add_row_format(query, options.format);
     add_raw_flag(query, options.raw);
     query.final_callback([&options] {
         if (options.raw && options.format != "csv")
@@ -235,12 +264,15 @@ void add_export(CLI::App& app, ExportOptions& options) {
     exporting
         .add_option(
             "--output", options.output,
-            "Where to write instead of standard output: for json a file that does not exist, "
+            "Where to write instead of standard output: for json and jsonl a file that does not exist, "
             "for csv a directory that is new or empty, for prometheus a file")
         ->type_name("PATH")
         ->check(not_empty);
-    exporting.add_option("--table", options.table, "Only this table, on standard output (csv)")
+    exporting
+        .add_option("--table", options.tables,
+                    "Only this table; may be given again, but not with csv")
         ->type_name("ID")
+        ->allow_extra_args(false)
         ->check(not_empty);
     add_raw_flag(exporting, options.raw);
     exporting.final_callback([&options] {
@@ -361,10 +393,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
 
     add_plugin_option(add_command(*app, "tables"), parsed.collect);
 
-    auto& show = add_command(*app, "show");
-    add_report_argument(show, parsed.show.report);
-    show.add_option("TABLE", parsed.show.tables, "Tables to show; none: all");
-    show.add_flag("--no-pager", parsed.show.no_pager, "No pager, also on a terminal");
+    add_show(add_command(*app, "show"), parsed.show);
 
     auto& open = add_command(*app, "open");
     add_report_argument(open, parsed.open.report);

@@ -13,6 +13,7 @@ namespace qvhost {
 namespace {
 
 constexpr unsigned kMaxWidth = 100;  // longer lines are hard to read
+constexpr unsigned kWidthOfNoTerminal = 80;
 constexpr std::size_t kTermColumn = 2;
 constexpr std::size_t kTextColumn = 26;
 
@@ -49,7 +50,8 @@ std::string description_of(const CLI::Option& option) {
 }  // namespace
 
 std::string HelpText::make_help(const CLI::App* command, std::string, CLI::AppFormatMode) const {
-    const auto width = std::min(kMaxWidth, terminal_style(STDOUT_FILENO).width);
+    const auto terminal = terminal_style(STDOUT_FILENO).width;
+    const auto width = std::min(kMaxWidth, terminal > 0 ? terminal : kWidthOfNoTerminal);
     const auto& text = text_of(*command);
     const bool is_program = !command->get_parent();
 

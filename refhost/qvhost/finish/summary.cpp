@@ -4,13 +4,19 @@
 #include <string>
 #include <vector>
 
+#include "show/show_verdict.h"
 #include "show/text_table.h"
 #include "show/visible.h"
+#include "verdict/verdict_tables.h"
 
 namespace qvhost {
 
 void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
                    const TerminalStyle& style) {
+    if (const auto verdict = read_verdict(store); !verdict.health.empty()) {
+        show_verdict(out, verdict, style);
+        out << '\n';
+    }
     std::vector<std::vector<std::string>> rows;
     for (const auto& module : store.modules()) {
         std::string title = module.display;

@@ -49,6 +49,13 @@ bool needs_quotes(std::string_view text) {
            });
 }
 
+// Without the line ends at its end, and blanks between and behind them: most tools end a value so.
+std::string_view without_line_ends(std::string_view text) {
+    const auto last = text.find_last_not_of(" \t\r\n");
+    const auto begin = last == std::string_view::npos ? 0 : last + 1;
+    return text.substr(0, text.find_first_of("\r\n", begin));
+}
+
 }  // namespace
 
 std::string formula_free(std::string_view text) {
@@ -74,6 +81,7 @@ void CsvWriter::begin_field() {
 void CsvWriter::text(std::string_view text) {
     begin_field();
     blank_ = false;
+    text = without_line_ends(text);
     std::string changed;
     if (!raw_) text = changed = formula_free(text);
     if (terminal_) text = changed = visible(text);

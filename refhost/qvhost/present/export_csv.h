@@ -21,8 +21,8 @@ public:
     CsvWriter(std::ostream& out, bool raw, bool terminal)
         : out_(out), raw_(raw), terminal_(terminal) {}
 
-    // Fields of a row, from the left. Whatever bytes a text has are written to a file; an empty one is
-    // "", which tells it from nothing.
+    // Fields of a row, from the left. Whatever bytes a text has are written to a file, but for line ends at its end, so
+    // that a record is one line where its values are. An empty text is "", which tells it from nothing.
     void text(std::string_view text);
     void number(std::string_view digits);
     void nothing();

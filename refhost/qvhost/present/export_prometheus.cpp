@@ -146,7 +146,7 @@ void write_collection(const Store& store, std::ostream& out) {
             .add({}, seconds);
 }
 
-void write_verdict_metrics(const findings::Verdict& verdict, std::ostream& out) {
+void write_health(const findings::Verdict& verdict, std::ostream& out) {
     Metric health(out, "qvhost_health", "gauge",
                   "Health of a subsystem: 1 for the word that holds.");
     for (const auto& one : verdict.health) {
@@ -158,6 +158,9 @@ void write_verdict_metrics(const findings::Verdict& verdict, std::ostream& out) 
             },
                 one.health == health_word ? 1 : 0);
     }
+}
+
+void write_findings(const findings::Verdict& verdict, std::ostream& out) {
     Metric count(out, "qvhost_findings", "gauge", "Number of findings by subsystem and severity.");
     for (const auto subsystem : findings::kSubsystems) {
         for (const auto severity : findings::kSeverities) {
@@ -172,6 +175,9 @@ void write_verdict_metrics(const findings::Verdict& verdict, std::ostream& out) 
                 sum);
         }
     }
+}
+
+void write_not_read(const findings::Verdict& verdict, std::ostream& out) {
     Metric missing(out, "qvhost_not_read", "gauge",
                    "How many things that a subsystem's health rests on could not be read.");
     for (const auto& one : verdict.health)
@@ -241,8 +247,7 @@ void write_drive_values(const std::vector<Drive>& drives, Value Drive::*field, c
     }
 }
 
-void write_storage(const inventory::Inventory& inventory, std::ostream& out) {
-    const auto& drives = inventory.drives;
+void write_drives(const std::vector<Drive>& drives, std::ostream& out) {
     Metric info(out, "qvhost_drive_info", "gauge", "What a drive is; always 1.");
     for (const auto& drive : drives) info.add(labels_of(drive), 1);
     Metric state(out, "qvhost_drive_state", "gauge",
@@ -254,9 +259,12 @@ void write_storage(const inventory::Inventory& inventory, std::ostream& out) {
                        "Errors of the medium.", out);
     write_drive_values(drives, &Drive::temperature_celsius, "qvhost_drive_temperature_celsius",
                        "gauge", "Temperature of a drive.", out);
+}
+
+void write_volumes(const std::vector<inventory::Volume>& volumes_there, std::ostream& out) {
     Metric volumes(out, "qvhost_volume_state", "gauge",
                    "State of a volume, as its tool prints it; always 1.");
-    for (const auto& volume : inventory.volumes) {
+    for (const auto& volume : volumes_there) {
         if (volume.state)
             volumes.add(
                 {
@@ -268,14 +276,45 @@ void write_storage(const inventory::Inventory& inventory, std::ostream& out) {
     }
 }
 
+// What the metrics of a table are made from.
+struct Told {
+    findings::Verdict verdict;
+    inventory::Inventory inventory;
+};
+
+// The tables of which there are metrics, in the order in which they are written.
+constexpr struct {
+    const char* table;
+    void (*write)(const Told& told, std::ostream& out);
+} kMetricTables[] = {
+    {"health",   [](const Told& told, std::ostream& out) { write_health(told.verdict, out); }           },
+    {"findings", [](const Told& told, std::ostream& out) { write_findings(told.verdict, out); }         },
+    {"health",   [](const Told& told, std::ostream& out) { write_not_read(told.verdict, out); }         },
+    {"sensors",
+     [](const Told& told,             std::ostream& out) { write_sensors(told.inventory.sensors, out); }},
+    {"drives",
+     [](const Told& told,             std::ostream& out) { write_drives(told.inventory.drives, out); }  },
+    {"volumes",
+     [](const Told& told,             std::ostream& out) { write_volumes(told.inventory.volumes, out); }},
+};
+
 }  // namespace
 
-void write_prometheus(const Store& store, std::ostream& out) {
-    write_collection(store, out);
-    write_verdict_metrics(read_verdict(store), out);
-    const auto inventory = read_inventory(store);
-    write_sensors(inventory.sensors, out);
-    write_storage(inventory, out);
+std::vector<std::string> tables_with_metrics() {
+    std::vector<std::string> names;
+    for (const auto& row : kMetricTables) {
+        if (std::find(names.begin(), names.end(), row.table) == names.end())
+            names.emplace_back(row.table);
+    }
+    return names;
+}
+
+void write_prometheus(const Store& store, std::ostream& out, const std::set<std::string>& tables) {
+    if (tables.empty()) write_collection(store, out);
+    const Told told{read_verdict(store), read_inventory(store)};
+    for (const auto& row : kMetricTables) {
+        if (tables.empty() || tables.contains(row.table)) row.write(told, out);
+    }
 }
 
 }  // namespace qvhost

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "qvhost/present/open_report.h"
-#include "qvhost/present/query_rows.h"
+#include "qvhost/present/row_printer.h"
 #include "show/terminal.h"
 
 namespace qvhost {
@@ -192,7 +192,8 @@ void query_report(const QueryOptions& options) {
     const int count = sqlite3_column_count(statement.get());
     std::vector<std::string> names;
     for (int i = 0; i < count; ++i) names.emplace_back(sqlite3_column_name(statement.get(), i));
-    const auto printer = row_printer(std::cout, options, names, terminal_style(STDOUT_FILENO));
+    const auto printer =
+        row_printer(std::cout, {options.format, options.raw, terminal_style(STDOUT_FILENO)}, names);
 
     std::vector<Cell> cells(names.size());
     int status = 0;
