@@ -48,9 +48,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const unsigned width = input.byte();
     const std::string_view whole = input.rest();
     std::vector<std::string> cells;
-    std::vector<qvhost::TextColumn> columns;
+    std::vector<std::string> titles;
     while (!input.at_end() && cells.size() < 20) {
-        columns.push_back({std::string(input.until('\0')), input.byte()});
+        titles.emplace_back(input.until('\0'));
         cells.emplace_back(input.until('\0'));
     }
 
@@ -65,10 +65,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::ostringstream out;
     const qvhost::TerminalStyle style{width, false};
-    for (const auto& shared : {columns, qvhost::columns_for(cells, {cells, cells}, style)}) {
-        const qvhost::TextTable table(shared, style);
-        table.print_header(out);
-        table.print_row(out, cells);
+    for (const auto form : {qvhost::TableForm::fitting, qvhost::TableForm::blocks}) {
+        qvhost::TextTable table(out, titles, style, form);
+        table.add(cells);
+        table.add(cells);
+        table.end();
     }
     fuzz::expect_harmless(out.str());
 

@@ -266,16 +266,17 @@ TEST_F(Collect, QuietMeansNothingButErrors) {
 TEST_F(Collect, TheSummaryCountsEveryTableAndNamesTheReport) {
     const auto outcome = run(collect("calm"));
     const std::string expected =
+        "Findings: none\n\n"
         "Module        Table         Records  Note\n"
-        "------------  ------------  -------  "
-        "-------------------------------------------\n"
+        "------------  ------------  -------  -------\n"
         "Module zeta   SURROUNDINGS  1\n"
         "              VALUES        3\n"
         "Module alpha  ANOTHER       1\n"
         "              EMPTY         0        unknown\n"
         "\nReport: " +
         (log_dir() / "report" / "index.html").string() + "\n";
-    EXPECT_EQ(outcome.out, expected);
+    EXPECT_TRUE(outcome.out.starts_with("Health\n")) << outcome.out;
+    EXPECT_TRUE(outcome.out.ends_with(expected)) << outcome.out;
     EXPECT_EQ(outcome.out.find('\033'), std::string::npos);
 }
 

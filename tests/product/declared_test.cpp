@@ -86,7 +86,7 @@ TEST_F(Declared, TitlesStandWhereTablesAreNamed) {
     const auto listed = run({"tables", "--plugin", plugin()}).out;
     EXPECT_NE(listed.find("ABSENT  What is absent"), std::string::npos) << listed;
     fs::remove_all(dir() / "P");
-    const auto shown = run({"show", log_dir(), "--no-pager"}).out;
+    const auto shown = run({"show", log_dir(), "--all", "--no-pager"}).out;
     EXPECT_NE(shown.find("WORDY: Words (Module newcomer), no records"), std::string::npos) << shown;
     for (const auto& text : {listed, shown}) {
         EXPECT_EQ(text.find('\x1b'), std::string::npos);

@@ -67,7 +67,9 @@ protected:
     // Every command that reads a report.
     std::vector<std::vector<std::string>> readers() const {
         return {
-            {"show", log_dir()},
+            {"show", log_dir(), "--all"},
+            {"show", log_dir(), "ANOTHER", "--format", "jsonl"},
+            {"export", log_dir(), "--format", "jsonl"},
             {"query", log_dir(), "SELECT * FROM ANOTHER"},
             {"query", log_dir(), "SELECT * FROM qv_meta"},
             {"check", log_dir()},

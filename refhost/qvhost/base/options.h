@@ -95,7 +95,7 @@ struct DoctorOptions {
 struct ExportOptions {
     std::filesystem::path report;
     std::string format;
-    std::filesystem::path output;  // empty: standard output
+    std::filesystem::path output;     // empty: standard output
     std::vector<std::string> tables;  // none: all
     bool raw = false;
 };

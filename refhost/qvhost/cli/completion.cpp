@@ -12,6 +12,7 @@
 #include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"
 #include "store/store.h"
+#include "store/typed_table.h"
 
 namespace qvhost {
 
@@ -111,6 +112,9 @@ Words table_names(const std::string& report) {
     Words names;
     const auto path = path_of(report);
     const Store store(fs::is_directory(path) ? LogDir(path).store() : path, Store::Mode::read);
+    for (const auto name : kTypedTables) {
+        if (!stored_columns(store, std::string(name)).empty()) names.emplace_back(name);
+    }
     for (const auto& module : store.modules()) {
         for (const auto& table : module.tables) names.push_back(table.id);
     }
