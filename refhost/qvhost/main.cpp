@@ -15,9 +15,11 @@
 #include <vector>
 
 #include "compat/layer.h"
+#include "files/failure.h"
 #include "qvhost/check_here.h"
 #include "qvhost/cli/command_line.h"
 #include "qvhost/cli/settings_file.h"
+#include "qvhost/cli/usage_error.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/doctor/doctor.h"
@@ -104,10 +106,13 @@ int run(int argc, char** argv, SignalHandler on_broken_pipe) {
         app->exit(wanted);
         return 0;
     } catch (const CLI::ParseError& error) {
+        const std::vector<std::string> typed{argv + 1, argv + argc};
+        const auto wrong = qvhost::usage_error(*app, typed, error);
         // What runs as a monitoring plug-in says so in its own words.
-        if (argc > 1 && (std::string(argv[1]) == "check" || std::string(argv[1]) == "doctor"))
-            return qvhost::tell_usage_error(error.what());
-        app->exit(error);
+        if (argc > 1 && (typed[0] == "check" || typed[0] == "doctor"))
+            return qvhost::tell_usage_error(wrong);
+        std::cerr << "qvhost: " << qvhost::one_line(wrong) << "\n(" << qvhost::help_for(*app, typed)
+                  << " tells more)\n";
         return kUsage;
     } catch (const std::runtime_error& error) {
         std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
@@ -147,7 +152,7 @@ int main(int argc, char** argv) {
         std::cerr << "qvhost: cannot write to standard output\n";
     } catch (const std::exception& error) {
         std::cout.exceptions(std::ios::goodbit);
-        std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
+        std::cerr << "qvhost: " << qvhost::one_line(qvhost::words_of(error)) << '\n';
     }
     return argc > 1 && argv[1] == std::string_view("diff") ? qvhost::kDiffTrouble : kCouldNot;
 }

@@ -49,6 +49,31 @@ TEST_F(Usage, WrongCommandLinesEndWith2) {
     EXPECT_FALSE(std::filesystem::exists(log_dir()));
 }
 
+// In words of the program's own, with the nearest name.
+TEST_F(Usage, WhatIsWrongIsSaid) {
+    const struct {
+        const char* line;
+        const char* says;
+    } cases[] = {
+        {"colect", "there is no command colect; did you mean collect?"},
+        {"collect --log-di DIR", "collect has no option --log-di; did you mean --log-dir?"},
+        {"collect", "collect needs --log-dir DIR"},
+        {"collect --log-dir", "--log-dir needs a value: DIR"},
+        {"show", "show needs REPORT"},
+        {"show DIR --formt csv", "show has no option --formt; did you mean --format?"},
+    };
+    for (const auto& [line, says] : cases) {
+        const auto outcome = run(arguments_of(line, log_dir()));
+        EXPECT_EQ(outcome.exit, 2) << line;
+        EXPECT_EQ(lines_of(outcome.err).at(0), std::string("qvhost: ") + says) << line;
+        EXPECT_NE(outcome.err.find("--help tells more"), std::string::npos) << outcome.err;
+    }
+    const std::string longest(300, 'x');
+    const auto outcome = run({"show", dir() / longest});
+    EXPECT_EQ(outcome.exit, 1);
+    EXPECT_EQ(outcome.err, "qvhost: " + (dir() / longest).string() + ": File name too long\n");
+}
+
 TEST_F(Usage, HelpAndVersionAreResults) {
     const auto version = run({"--version"});
     EXPECT_EQ(version.exit, 0);

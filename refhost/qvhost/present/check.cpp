@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "files/descriptor.h"
+#include "files/failure.h"
 #include "findings/finding.h"
 #include "findings/rules_file.h"
 #include "qvhost/base/log_dir.h"
@@ -345,7 +346,7 @@ int check_report(const CheckOptions& options) {
     } catch (const std::ios_base::failure&) {
         throw;
     } catch (const std::exception& error) {
-        reason = error.what();
+        reason = words_of(error);
     }
     return tell_unknown(reason);
 }
