@@ -244,10 +244,10 @@ TEST_F(Diff, ColoursOnATerminalAlone) {
     const auto piped = diff(server(), changed());
     EXPECT_EQ(piped.out.find('\033'), std::string::npos);
     Invocation invocation;
-    invocation.program = {
-        "script", "-qec",
-        QV_PROGRAM " diff "s + store_of(server()).string() + " " + store_of(changed()).string(),
-        "/dev/null"};
+    invocation.program = {"script", "-qec",
+                          "'" QV_PROGRAM "' diff "s + store_of(server()).string() + " " +
+                              store_of(changed()).string(),
+                          "/dev/null"};
     invocation.environment = {{"TERM", "xterm"}};
     const auto shown = run(invocation);
     EXPECT_EQ(shown.exit, 1);

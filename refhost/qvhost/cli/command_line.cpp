@@ -216,7 +216,9 @@ void add_report_argument(CLI::App& command, std::filesystem::path& report) {
 }
 
 void add_raw_flag(CLI::App& command, bool& raw) {
-    command.add_flag("--raw", raw, "In csv, texts that look like formulas stay as they are");
+    command.add_flag(
+        "--raw", raw,
+        "In csv, values as they were filed: with the line ends at their end, and without apostrophes");
 }
 
 void add_row_format(CLI::App& command, std::string& format) {

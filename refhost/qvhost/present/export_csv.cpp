@@ -81,9 +81,8 @@ void CsvWriter::begin_field() {
 void CsvWriter::text(std::string_view text) {
     begin_field();
     blank_ = false;
-    text = without_line_ends(text);
     std::string changed;
-    if (!raw_) text = changed = formula_free(text);
+    if (!raw_) text = changed = formula_free(without_line_ends(text));
     if (terminal_) text = changed = visible(text);
     if (!needs_quotes(text)) {
         out_ << text;
