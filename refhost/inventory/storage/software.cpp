@@ -245,13 +245,14 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
         pool.reset();
         in_config = has_errors = false;
     };
-    // "3", "1.2K"
+    // "3", "1.2K"; more than 2^50 is no count of errors.
     const auto counter = [](std::string_view cell) -> Integer {
         const auto value = leading_real(cell);
         if (!value) return std::nullopt;
         const auto unit = std::string_view("KMGT").find(cell.back());
         double scaled = *value;
         for (std::size_t i = 0; unit != npos && i <= unit; ++i) scaled *= 1000;
+        if (scaled < 0 || scaled > 0x1p50) return std::nullopt;
         return static_cast<std::int64_t>(scaled);
     };
     while (const auto line = lines.next()) {
