@@ -7,8 +7,10 @@
 
 #include "check.h"
 #include "outcome.h"
+#include "qvhost/base/ambient.h"
 #include "qvhost/base/collect_options.h"
 #include "qvhost/base/limits.h"
+#include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"
 
 namespace {
@@ -40,6 +42,10 @@ std::optional<ParsedArguments> parsed(std::vector<std::string> arguments) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // libFuzzer reads the counters of a library after it was unloaded: completion must not be the last to use it.
+    static const auto* const plugin = new qvhost::Plugin(qvhost::installed_plugin());
+    fuzz::expect(!plugin->modules().empty(), "the plug-in is there");
+
     fuzz::Pieces input(fuzz::text_of(data, size));
     std::vector<std::string> arguments;
     while (!input.at_end()) arguments.emplace_back(input.until('\n'));
