@@ -272,7 +272,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             in_config = false;
             const auto errors = trimmed(text.substr(7));
             if (errors == "No known data errors") continue;
-            if (!line->ended) {
+            if (!line->ended || errors.empty()) {
                 gap(reading, number, "a line that is cut off");
             } else if (pool->state) {
                 *pool->state += ", " + std::string(errors);
