@@ -206,6 +206,13 @@ TEST(Arcconf, reads_other_answers) {
          "drives 5: controller=1\ncontroller_count 1: tool=arcconf count=1\n",
          "9 lines\ngap 7: a value that cannot be read: total size\ngap 9: a drive without a "
          "state\n"},
+        // What a device of another kind says is not the drive's before it.
+        {"Controllers found: 1\n--------\nPhysical Device information\n--------\n"
+         "      Device #0\n         Device is a Hard drive\n         State : Online\n"
+         "         Device is a Processor\n         State : Failed\n         Total Size : 1 MB\n"
+         "\nCommand completed successfully.\n",
+         "drives 7: controller=1 state=Online\ncontroller_count 1: tool=arcconf count=1\n",
+         "12 lines\n"},
     };
     for (const auto& c : cases) {
         const auto read = read_text(read_unknown, c.text);

@@ -113,6 +113,11 @@ const std::string kZpool =
 TEST(Zpool, is_read) {
     expect(read_zpool,
            {
+               {"  pool: tank\n state: ONLINE\nconfig:\n        NAME  STATE READ WRITE CKSUM\n"
+                "        tank  ONLINE 0 0 0\n          sda   ONLINE 0 9999999999T 0\nerrors:\n",
+                "volumes 2: state=ONLINE name=tank\n",
+                "7 lines\ngap 6: a row that does not fit its heading\ngap 7: a line that is cut "
+                "off\n"},
                {kZpool,
                 "volumes 2: raid=mirror state=DEGRADED name=tank operation=resilver "
                 "progress_percent=12.34\n"

@@ -610,6 +610,7 @@ private:
         task_.reset();
         drive_.reset();
         enclosure_.reset();
+        in_ = In::nothing;  // keys that follow are nobody's until a heading says whose
     }
 
     CaptureLines& lines_;
