@@ -44,10 +44,10 @@ void name_drive(Drive& drive, std::string_view name) {
     const auto part = name.rfind("-part");
     if (part != npos) name = name.substr(0, part);
     if (name.starts_with("wwn-0x")) {
-        drive.wwn = std::string(name.substr(6));
+        drive.wwn = told(name.substr(6));
     } else if (name.starts_with("ata-") || name.starts_with("nvme-") || name.starts_with("scsi-")) {
         const auto mark = name.rfind('_');
-        if (mark != npos) drive.serial = std::string(name.substr(mark + 1));
+        if (mark != npos) drive.serial = told(name.substr(mark + 1));
     } else {
         drive.device = drive_of(name);
     }
@@ -180,11 +180,11 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
         number = line->number;
         const auto text = trimmed(line->text);
         if (text.empty()) continue;
-        if (text.starts_with("/dev/") && text.ends_with(':')) {
+        if (text.starts_with("/dev/") && text.ends_with(':') && text.find_first_of(" \t") == npos) {
             finish();
             array = reading.entity_at<Volume>(number);
             array->device = std::string(text.substr(0, text.size() - 1));
-            array->name = array->device->substr(array->device->rfind('/') + 1);
+            array->name = told(array->device->substr(array->device->rfind('/') + 1));
             ++count;
         } else if (text.starts_with("Number ") && array) {
             in_members = true;
@@ -204,7 +204,7 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
             }
             if (pair->key.ends_with(" Status") && pair->value.ends_with("complete")) {
                 const auto operation = pair->key.substr(0, pair->key.size() - 7);
-                array->operation = std::string(operation);
+                array->operation = told(operation);
                 array->progress_percent = percent_in(pair->value);
             }
         } else if (text.starts_with("mdadm:")) {
