@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <thread>
 
 #include "bench.h"
@@ -32,8 +33,10 @@ protected:
     static bool is_running(const std::string& marker) {
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::ifstream file(entry.path() / "cmdline", std::ios::binary);
-            const std::string arguments{std::istreambuf_iterator<char>(file), {}};
-            if (arguments.find(marker) != std::string::npos) return true;
+            // A process that ends while this is read gives an error.
+            std::ostringstream arguments;
+            arguments << file.rdbuf();
+            if (arguments.str().find(marker) != std::string::npos) return true;
         }
         return false;
     }

@@ -134,6 +134,11 @@ test("a deep link opens its record, and Enter opens the one under the cursor", a
 
 test("searching everything counts hits by place: inventory, captures, events, tables", async () => {
   const page = await open(made);
+  await page.evaluate(() => {
+    globalThis.told = [];
+    const look = () => globalThis.told.push(document.querySelector("main [role=status]")?.textContent ?? "");
+    new MutationObserver(look).observe(document.body, {subtree: true, childList: true, characterData: true});
+  });
   await page.getByPlaceholder("Search everything").fill("patrol read");
   await page.keyboard.press("Enter");
   const wanted = made.json.records.filter(record =>
@@ -143,6 +148,10 @@ test("searching everything counts hits by place: inventory, captures, events, ta
   );
   assert.ok(wanted.length > 100);
   await page.getByText(/^"patrol read": [\d,]+ hits in \d+ places$/).waitFor();
+  const told = [...new Set(await page.evaluate(() => globalThis.told))];
+  assert.ok(told.some(text => text.includes("looking in captures")));
+  // Nothing is told as the result before everything was looked through.
+  assert.equal(told.filter(text => /hits? in \d+ places?$/.test(text)).length, 1, told.join("\n"));
   const places = new Map(
     await page
       .locator("main section h2")

@@ -188,7 +188,10 @@ void wait_until(const std::string& what, const std::function<bool()>& is_so) {
 
 std::string read_file(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    // A file of /proc whose process ends while it is read gives an error; what was read counts.
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
 }
 
 void write_file(const fs::path& file, const std::string& text) {

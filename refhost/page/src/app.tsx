@@ -69,7 +69,7 @@ function Content({overview, route, nonce}: PictureProps) {
   }
   if (route.view === "captures") return <CapturesView overview={overview} />;
   if (route.view === "tables") return <TablesView overview={overview} />;
-  if (route.view === "search") return <SearchView overview={overview} text={route.name} />;
+  if (route.view === "search") return <SearchView key={route.name} overview={overview} text={route.name} />;
   if (route.view === "print") return <PrintView overview={overview} />;
   return <OverviewView overview={overview} />;
 }

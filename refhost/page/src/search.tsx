@@ -131,20 +131,19 @@ const PLACES: [string, Look][] = [
   ["tables", inTables],
 ];
 
+// One search. Another text is another search: the caller gives each a key of its own.
 export function SearchView({overview, text}: {overview: Overview; text: string}) {
   const [hits, setHits] = useState<Hits[]>([]);
-  const [left, setLeft] = useState("");
+  // What is being looked through. It is set before the search begins: no hits yet is not "0 hits".
+  const [left, setLeft] = useState(PLACES[0]![0]);
   const [failures, setFailures] = useState<string[]>([]);
 
   useEffect(() => {
     const abort = new AbortController();
     const slicer = new Slicer(abort.signal);
     const words = wordsOf(text);
-    setHits([]);
-    setFailures([]);
     const search = async () => {
-      if (words.length === 0) return;
-      for (const [place, look] of PLACES) {
+      for (const [place, look] of words.length > 0 ? PLACES : []) {
         setLeft(place);
         try {
           await look(overview, words, text, slicer, one => {
