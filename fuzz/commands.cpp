@@ -14,17 +14,21 @@ namespace {
 
 void expect_sound(const std::vector<qvhost::CommandInfo>& commands) {
     for (const auto& command : commands) {
-        fuzz::expect(std::isfinite(command.seconds), "a time is a number");
-        fuzz::expect(!command.cut_off || !command.outcome.empty(),
+        fuzz::expect(std::isfinite(command.seconds.value_or(0)), "a time is a number");
+        fuzz::expect(!was_cut_off(command) || !outcome(command).empty(),
                      "what was cut off did not end well");
     }
+}
+
+bool begins(std::string_view line) {
+    return line.starts_with("> ") || line.starts_with("? ") || line.starts_with("- ");
 }
 
 void read_any(const std::filesystem::path& log, std::string_view bytes) {
     fuzz::write_file(log, bytes);
     std::size_t begun = 0;
-    for (fuzz::Pieces lines(bytes); !lines.at_end();) begun += lines.until('\n').starts_with("> ");
-    const auto commands = qvhost::read_commands(log);
+    for (fuzz::Pieces lines(bytes); !lines.at_end();) begun += begins(lines.until('\n'));
+    const auto commands = qvhost::read_commands(log, log.parent_path()).commands;
     expect_sound(commands);
     fuzz::expect(commands.size() == begun, "every command that began is told");
 }
@@ -48,18 +52,19 @@ void read_written(const std::filesystem::path& log, fuzz::Pieces input) {
         runner::LoggedCommand(text).ended(status, reason, left);
         written.push_back({text, status, reason, left.size()});
     }
-    const auto commands = qvhost::read_commands(log);
+    const auto commands = qvhost::read_commands(log, log.parent_path()).commands;
     expect_sound(commands);
     fuzz::expect(commands.size() == written.size(), "every command is told");
     for (std::size_t i = 0; i < commands.size(); ++i) {
         const auto& [text, status, reason, left] = written[i];
         fuzz::expect_same(commands[i].text, text, "a command is told as it was run");
-        fuzz::expect(commands[i].outcome.empty() == (status == 0 && !reason),
+        fuzz::expect(outcome(commands[i]).empty() == (status == 0 && !reason),
                      "it is told whether it ended well");
-        fuzz::expect(!reason || commands[i].cut_off, "what was stopped is cut off");
+        fuzz::expect(!reason || was_cut_off(commands[i]), "what was stopped is cut off");
         std::size_t named = 0;
-        for (auto at = commands[i].outcome.find(" 4711 "); at != std::string::npos;
-             at = commands[i].outcome.find(" 4711 ", at + 1))
+        const auto told = outcome(commands[i]);
+        for (auto at = told.find(" 4711 "); at != std::string::npos;
+             at = told.find(" 4711 ", at + 1))
             ++named;
         fuzz::expect(named == left, "every process that was left is named");
     }

@@ -35,7 +35,12 @@ std::map<std::string, std::string> fill(const fs::path& log_dir, fuzz::Pieces& i
         const auto kind = input.byte() % 8;
         const std::string name(input.until('\0'));
         const std::string bytes(input.take(input.byte()));
-        commands.push_back({"tool > '" + name + "'", 0.5, bytes, kind % 2 == 0});
+        commands.push_back({.text = "tool > '" + name + "'",
+                            .started = "",
+                            .seconds = 0.5,
+                            .exit = kind,
+                            .standard_error = bytes,
+                            .remark = bytes});
         if (!is_name(name) || entries.contains(name)) continue;
         entries[name] = kind > 2 ? bytes : "";
         switch (kind) {
@@ -75,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Store store(file, Store::Mode::update);
     store.set_commands(commands);
     store.set_facts({
-        {"Fact", commands.empty() ? "" : commands.back().outcome, ""}
+        {"Fact", commands.empty() ? "" : commands.back().standard_error, ""}
     });
     write_page(store, log_dir / "report", log_dir);
 

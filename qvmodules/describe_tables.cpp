@@ -21,6 +21,7 @@ using namespace marlox::repository;
 using capture::Column;
 using capture::Filled;
 using capture::Layout;
+using capture::Module;
 using capture::Table;
 
 namespace {
@@ -57,23 +58,32 @@ Json described(const Column& column, const Table& table) {
     return json;
 }
 
-Json described(const Table& table) {
+Json gates_of(const Table& table, const Module& module) {
+    Json gates = Json::array();
+    if (table.filled != Filled::pmc)
+        gates = module.gates;  // else a host calls the operation by itself
+    for (const auto gate : table.source.gates) gates.push_back(gate);
+    return gates;
+}
+
+Json described(const Table& table, const Module& module) {
     Json columns = Json::array();
     for (const Column& column : table.columns) columns.push_back(described(column, table));
     return {
-        {"id",         table.id                                                          },
-        {"title",      table.title                                                       },
-        {"row",        table.row                                                         },
-        {"tool",       table.source.tool                                                 },
-        {"tool_place", tool_place(table)                                                 },
-        {"command",    table.source.command                                              },
-        {"capture",    table.source.capture                                              },
-        {"log_label",  table.source.log_label                                            },
-        {"not_asked",  table.source.not_asked                                            },
-        {"filled",     filled_word(table.filled)                                         },
-        {"layout",     table.layout.kind == Layout::Kind::header_row ? "rows" : "columns"},
-        {"count",      table.layout.count                                                },
-        {"columns",    columns                                                           },
+        {"id",         table.id              },
+        {"title",      table.title           },
+        {"row",        table.row             },
+        {"tool",       table.source.tool     },
+        {"tool_place", tool_place(table)     },
+        {"command",    table.source.command  },
+        {"capture",    table.source.capture  },
+        {"log_label",  table.source.log_label},
+        {"not_asked",  table.source.not_asked},
+        {"gates",      gates_of(table,         module)},
+        {"filled",            filled_word(table.filled)                          },
+        {"layout",            table.layout.kind == Layout::Kind::header_row ? "rows" : "columns"},
+        {"count",            table.layout.count                           },
+        {"columns",            columns},
     };
 }
 
@@ -90,7 +100,7 @@ void print_json() {
     Json modules = Json::array();
     for (const auto* module : kDeclaredModules) {
         Json tables = Json::array();
-        for (const Table* table : module->tables) tables.push_back(described(*table));
+        for (const Table* table : module->tables) tables.push_back(described(*table, *module));
         modules.push_back({
             {"name",    module->name   },
             {"display", module->display},

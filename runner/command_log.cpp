@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
@@ -23,7 +24,7 @@ void append(const std::string& line) {
     ::close(fd);
 }
 
-std::string one_line(const std::string& text) {
+std::string one_line(std::string_view text) {
     std::string line;
     for (const char c : text) {
         if (c == '\\') {
@@ -37,10 +38,32 @@ std::string one_line(const std::string& text) {
     return line;
 }
 
+// "2026-11-21T01:20:40.123Z"
+std::string utc_now() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    std::tm parts{};
+    ::gmtime_r(&now.tv_sec, &parts);
+    char text[32];
+    const auto size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
+    std::snprintf(text + size, sizeof text - size, ".%03ldZ", now.tv_nsec / 1'000'000);
+    return text;
+}
+
 }  // namespace
 
-LoggedCommand::LoggedCommand(const std::string& command) {
-    append("> " + one_line(command) + '\n');
+bool is_logging() { return std::getenv("QV_COMMAND_LOG") != nullptr; }
+
+LoggedCommand::LoggedCommand(const std::string& command, bool asked_by_runner) {
+    append((asked_by_runner ? "? " : "> ") + utc_now() + ' ' + one_line(command) + '\n');
+}
+
+void LoggedCommand::wrote(const std::vector<std::string>& files) const {
+    for (const auto& file : files) append("+ " + one_line(file) + '\n');
+}
+
+void LoggedCommand::said(std::string_view standard_error) const {
+    if (!standard_error.empty()) append("2 " + one_line(standard_error) + '\n');
 }
 
 void LoggedCommand::ended(int status, const char* reason, const std::vector<pid_t>& left) const {
@@ -52,6 +75,12 @@ void LoggedCommand::ended(int status, const char* reason, const std::vector<pid_
     for (const pid_t pid : left) line += " " + std::to_string(pid);
     append(line + '\n');
 }
+
+void log_not_started(const std::string& command, const char* reason) {
+    append("- " + std::string(reason) + ' ' + one_line(command) + '\n');
+}
+
+void log_mark(const std::string& text) { append("= " + one_line(text) + '\n'); }
 
 void log_unread(const std::string& path, int error) {
     append("! " + std::to_string(error) + " " + one_line(path) + '\n');

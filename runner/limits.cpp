@@ -85,6 +85,8 @@ Limits::Limits(TimeoutKind kind, const std::string& command)
     if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
         limit = seconds_from("QV_ARCHIVE_TIMEOUT");
     if (const auto own = own_limit(tool_of(command))) limit = own;
+    constexpr seconds kQuestion(15);
+    if (kind == TimeoutKind::question) limit = std::min(limit.value_or(kQuestion), kQuestion);
     if (limit) time_ = Clock::now() + *limit;
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
 }

@@ -18,8 +18,9 @@ class CommandProcesses;
 
 // Which variable holds the time limit of a command.
 enum class TimeoutKind {
-    tool,     // QV_TOOL_TIMEOUT
-    archive,  // QV_ARCHIVE_TIMEOUT
+    tool,      // QV_TOOL_TIMEOUT
+    archive,   // QV_ARCHIVE_TIMEOUT
+    question,  // QV_TOOL_TIMEOUT, at most fifteen seconds
 };
 
 // Why a command was stopped, in the words of the command log.

@@ -16,7 +16,10 @@
 #include <vector>
 
 #include "runner/command_log.h"
+#include "runner/device.h"
 #include "runner/group.h"
+#include "runner/standard_error.h"
+#include "runner/written_files.h"
 
 namespace runner {
 
@@ -113,6 +116,10 @@ public:
 
     void standard_output(int fd) { posix_spawn_file_actions_adddup2(&actions_, fd, 1); }
 
+    void standard_error(const KeptStandardError& kept) {
+        if (kept.fd() >= 0) posix_spawn_file_actions_adddup2(&actions_, kept.fd(), 2);
+    }
+
     void signals(const sigset_t& mask, const sigset_t& to_default) {
         posix_spawnattr_setsigmask(&attributes_, &mask);
         posix_spawnattr_setsigdefault(&attributes_, &to_default);
@@ -197,53 +204,96 @@ bool has_line(std::string_view text) {
     return begin != std::string_view::npos && text.find('\n', begin) != std::string_view::npos;
 }
 
-}  // namespace
-
-int run(const std::string& command, TimeoutKind kind) {
-    const LoggedCommand logged(command);
-    Limits limits(kind, command);
-    if (const char* reason = limits.exceeded(nullptr)) {
-        logged.ended(SIGKILL, reason);
-        return SIGKILL;
+// Why the command is not started; null: it is.
+const char* why_not_to_start(const std::string& command, Limits& limits) {
+    const char* reason = limits.exceeded(nullptr);
+    if (!reason && is_left(command)) reason = kUnanswered;
+    if (reason) {
+        log_not_started(command, reason);
+        note_not_started(command);
     }
+    return reason;
+}
+
+// What the log keeps of a command beside its times and its end.
+class Observed {
+public:
+    Observed(const std::string& command, bool asked_by_runner)
+        : command_(command), log_(command, asked_by_runner) {
+        note_started(command);
+    }
+
+    const KeptStandardError& standard_error() const { return standard_error_; }
+
+    void ended(const Outcome& end) const {
+        if (end.status == -1) note_not_started(command_);
+        if (is_logging()) {
+            log_.wrote(files_.changed());
+            log_.said(standard_error_.pass_on());
+        }
+        log_.ended(end.status, end.reason, end.left);
+    }
+
+private:
+    const std::string& command_;
+    WrittenFiles files_;
+    KeptStandardError standard_error_;
+    LoggedCommand log_;
+};
+
+Outcome run_within(const std::string& command, Limits& limits, bool asked_by_runner) {
+    const Observed observed(command, asked_by_runner);
     const ScopedSignalBlock block;
     SpawnSettings settings;
+    settings.standard_error(observed.standard_error());
     settings.signals(block.mask_before(), block.handled_before());
     if (limits.any()) settings.own_process_group();
 
     CommandProcesses processes;
     const pid_t pid = settings.start(command);
     processes.started(pid);
-    const auto end = pid >= 0                 ? reap(pid, command, limits, processes)
-                     : out_of_resources(-pid) ? Outcome{-1}
-                                              : Outcome{kShellNotFound};
-    logged.ended(end.status, end.reason, end.left);
+    auto end = pid >= 0                 ? reap(pid, command, limits, processes)
+               : out_of_resources(-pid) ? Outcome{-1}
+                                        : Outcome{kShellNotFound};
+    observed.ended(end);
+    return end;
+}
+
+}  // namespace
+
+int run(const std::string& command, TimeoutKind kind) {
+    Limits limits(kind, command);
+    if (why_not_to_start(command, limits)) return SIGKILL;
+    const auto end = run_within(command, limits, false);
+    if (const auto question = question_after(command, end.reason)) {
+        Limits short_limits(TimeoutKind::question, *question);
+        const auto answer = run_within(*question, short_limits, true);
+        note_answer(answer.status, answer.reason);
+    }
     return end.status;
 }
 
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
-    const LoggedCommand logged(command);
     Limits limits(TimeoutKind::tool, command);
-    if (const char* reason = limits.exceeded(nullptr)) {
-        logged.ended(SIGKILL, reason);
-        return std::nullopt;
-    }
+    if (why_not_to_start(command, limits)) return std::nullopt;
+    const Observed observed(command, false);
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
-        logged.ended(-1);
+        observed.ended({-1});
         return std::nullopt;
     }
     const auto [reading, writing] = ends;
 
     SpawnSettings settings;
     settings.standard_output(writing);
+    settings.standard_error(observed.standard_error());
     if (limits.any()) settings.own_process_group();
     CommandProcesses processes;
     const pid_t pid = settings.start(command);
     processes.started(pid);
     ::close(writing);
     if (pid < 0) {
-        logged.ended(-1);
+        observed.ended({-1});
         ::close(reading);
         return std::nullopt;
     }
@@ -261,7 +311,7 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     ::close(reading);
     const auto end =
         reason ? kill_all(pid, processes, reason) : reap(pid, command, limits, processes);
-    logged.ended(end.status, end.reason, end.left);
+    observed.ended(end);
     return text;
 }
 

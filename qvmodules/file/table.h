@@ -42,6 +42,8 @@ struct Source {
     std::string_view capture = {};  // in the log directory
     const char* log_label = "";  // what check_system_call() calls it in the log; empty: not judged
     std::string_view not_asked = {};  // why some servers are not asked, where there is one reason
+    // The commands, in order, whose answers decide whether this one is run.
+    std::span<const std::string_view> gates = {};
 
     constexpr bool in_qv_tools() const {  // false: the tool is on the search path
         return command.find("{P}qv_tools/") != std::string_view::npos;
@@ -71,6 +73,9 @@ struct Module {
     std::string_view name;
     std::string_view display;
     std::span<const Table* const> tables;
+    // The commands, in order, whose answers decide whether the tables' own are run. Of one that ends with
+    // ">" it is enough that it has left its capture, whatever that says.
+    std::span<const std::string_view> gates = {};
 };
 
 // Whether `text` can be an id: not empty and without blanks.

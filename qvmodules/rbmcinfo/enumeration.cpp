@@ -1,4 +1,5 @@
 #include <span>
+#include <string_view>
 #include <utility>
 
 #include "rbmcinfo/captures.h"
@@ -27,6 +28,12 @@ constexpr const capture::Table* kTables[] = {
     &kSelInfo,
 };
 // clang-format on
+
+constexpr std::string_view kGates[] = {
+    "dmidecode -t system",
+    "uname -i",
+    "service ipmi start",
+};
 
 // A capture and the line that is logged after it. The result is ignored: a capture that failed
 // leaves its table empty.
@@ -148,7 +155,7 @@ void collect(RRepository& repo) {
 
 }  // namespace
 
-constexpr capture::Module bmc::kModule = {"BMC_Info", "BMC information", kTables};
+constexpr capture::Module bmc::kModule = {"BMC_Info", "BMC information", kTables, kGates};
 
 void RBMCInfo::EnumBMCInstances(RRepository& repo) {
     unit.progress("Enter EnumBMCInstances");

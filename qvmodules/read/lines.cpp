@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "runner/command_log.h"
+#include "runner/written_files.h"
 
 namespace marlox::repository::capture {
 
@@ -18,6 +19,8 @@ constexpr std::size_t kBlock = 65536;
 
 // A missing file is not logged: a tool that is not installed leaves none.
 int open_for_reading(const std::string& path) {
+    if (runner::is_stale(path))
+        return -1;  // the command that should have written it was not started
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0 && errno != ENOENT) runner::log_unread(path, errno);
     return fd;

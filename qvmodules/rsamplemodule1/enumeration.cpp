@@ -1,3 +1,4 @@
+#include <string_view>
 #include <utility>
 
 #include "file/table.h"
@@ -28,6 +29,8 @@ constexpr const capture::Table* kTables[] = {
 };
 // clang-format on
 
+constexpr std::string_view kGates[] = {"'{P}qv_tools/storcli_{x}' show ctrlcount >"};
+
 void collect(RRepository& repository) {
     unit.progress("Enter EnumXFirmwareInstancesCallback");
     sample1::file_samples(repository);
@@ -54,7 +57,7 @@ void collect(RRepository& repository) {
 
 }  // namespace
 
-constexpr capture::Module sample1::kModule = {"sampleModule1", "Sample Module 1", kTables};
+constexpr capture::Module sample1::kModule = {"sampleModule1", "Sample Module 1", kTables, kGates};
 
 void RSampleModule1::EnumQV1Instances(RRepository& repository) {
     unit.progress("Enter EnumQV1Instances");

@@ -1,5 +1,6 @@
 #include <array>
 #include <string>
+#include <string_view>
 
 #include "file/keys.h"
 #include "file/link.h"
@@ -77,12 +78,15 @@ constexpr auto kLinkColumns = std::to_array<capture::Column>({
     {"Link", "Link Address", "a link to the folder of the controller's support files"},
 });
 
+constexpr std::string_view kGates[] = {"lspci | grep Adaptec | wc -l", "uname -i"};
+
 // The tool leaves an archive of files in a directory of its own, which is copied.
 constexpr capture::Source kSource = {
     .tool = "arcconf",
     .command = "'{P}qv_tools/arcconf_{x}' savesupportarchive",
     .capture = "Firmware/Controller 1 Config.txt",
     .not_asked = "no Adaptec controller",
+    .gates = kGates,
 };
 
 // Files the controller's two records, each at the line of its last property.

@@ -38,6 +38,8 @@ constexpr const capture::Table* kTables[] = {
 };
 // clang-format on
 
+constexpr std::string_view kGates[] = {"'{P}qv_tools/storcli_{x}' show ctrlcount >"};
+
 // storcli show ctrlcount:
 //     Controller Count = 2
 // The count is one character minus '0', whatever the character is (NUL at the end of a line). The last
@@ -88,7 +90,7 @@ void collect(RRepository& repo) {
 
 }  // namespace
 
-constexpr capture::Module sample2::kModule = {"sampleModule2", "Sample Module 2", kTables};
+constexpr capture::Module sample2::kModule = {"sampleModule2", "Sample Module 2", kTables, kGates};
 
 void RSampleModule2::EnumQV2Instances(RRepository& repo) {
     unit.progress("Enter EnumQV2Instances");

@@ -1,4 +1,5 @@
 #include <array>
+#include <string_view>
 
 #include "file/keys.h"
 #include "read/lines.h"
@@ -41,6 +42,8 @@ static_assert(capture::well_formed(kEntry));
 
 constexpr auto kColumns = capture::columns_of(kEntry);
 
+constexpr std::string_view kGates[] = {"lspci | grep SAS2308 | wc -l"};
+
 // The command writes the count into the current directory, not into the log directory.
 bool has_sas2308() {
     runner::run("lspci | grep SAS2308 | wc -l > b.txt");
@@ -58,7 +61,8 @@ constexpr capture::Table kSas2IrLog = {
     .source = {.tool = "SAS2IR_linux",
                .command = "'{P}qv_tools/SAS2IR_linux_{x}' logir.log > '{L}ir.txt'",
                .capture = "ir.txt",
-               .not_asked = "no SAS2308 controller"},
+               .not_asked = "no SAS2308 controller",
+               .gates = kGates},
     .layout = capture::header_row(5),
     .columns = kColumns,
 };

@@ -23,13 +23,19 @@ const char* kind_of(const fs::directory_entry& entry) {
     return beginning_of(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
 }
 
-// The commands that wrote the file, by its path or, from within the directory, by its name; where the
-// shell wrote none of it, those that name it.
+// The commands that were seen to write the file. Older stores do not tell: there it is those that write
+// it by its path or, from within the directory, by its name; else those that name it.
 std::vector<std::size_t> makers_of(const fs::path& file, const std::vector<CommandInfo>& commands) {
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+        const auto& captures = commands[i].captures;
+        if (std::find(captures.begin(), captures.end(), file.filename().string()) != captures.end())
+            found.push_back(i);
+    }
+    if (!found.empty()) return found;
     const std::pair<bool (*)(const CommandInfo&, const std::string&), std::string> signs[] = {
         {writes, file.string()}, {writes, file.filename().string()}, {names, file.string()}};
     for (const auto& [made, name] : signs) {
-        std::vector<std::size_t> found;
         for (std::size_t i = 0; i < commands.size(); ++i) {
             if (made(commands[i], name)) found.push_back(i);
         }
@@ -54,7 +60,7 @@ std::vector<Capture> captures_in(const fs::path& log_dir,
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(log_dir, error)) {
         const auto name = entry.path().filename().string();
-        if (name == "report" || name.starts_with("report-")) continue;
+        if (name == "report" || name == "runs" || name.starts_with("report-")) continue;
         Capture capture;
         capture.name = name;
         capture.kind = kind_of(entry);

@@ -22,7 +22,6 @@
 #include "page/table_data.h"
 #include "report/json_text.h"
 #include "report/verdict_json.h"
-#include "store/typed_table.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -106,17 +105,6 @@ ordered_json known_inventory(const Store& store) {
     return known;
 }
 
-// When each command began; empty: the store does not tell.
-std::vector<std::string> begins(const Store& store) {
-    constexpr TypedColumn kStarted[] = {{"started", ColumnType::text}};
-    std::vector<std::string> times;
-    each_typed_row(store, "qv_command", kStarted, [&](const std::vector<TypedValue>& row) {
-        const auto* time = std::get_if<std::string>(&row[0]);
-        times.push_back(time ? *time : "");
-    });
-    return times;
-}
-
 // Nothing from a store without a verdict: the page says so.
 void add_verdict(const Store& store, const fs::path& data, ordered_json& overview) {
     const auto verdict = read_verdict(store);
@@ -167,14 +155,14 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
         facts.push_back({{"label", fact.label}, {"value", fact.value}, {"source", fact.source}});
     }
     const auto commands = store.commands();
-    const auto begun = begins(store);
     auto runs = ordered_json::array();
     for (const auto& command : commands) {
         runs.push_back({{"text", command.text},
-                        {"seconds", command.seconds},
-                        {"outcome", command.outcome},
-                        {"cut_off", command.cut_off}});
-        if (runs.size() <= begun.size()) runs.back()["started"] = begun[runs.size() - 1];
+                        {"seconds", command.seconds.value_or(0)},
+                        {"outcome", outcome(command)},
+                        {"cut_off", was_cut_off(command)},
+                        {"stderr", command.standard_error},
+                        {"started", command.started.value_or("")}});
     }
     const auto captures = log_dir.empty() ? std::vector<Capture>{} : captures_in(log_dir, commands);
     ordered_json overview{{"apart", report.parent_path() != log_dir},

@@ -139,6 +139,8 @@ int main(int argc, char** argv) {
     // With this handler a limit on the size of files (ulimit -f) is an error and not the end. Tools do not
     // inherit handlers.
     std::signal(SIGXFSZ, [](int) {});
+    // If it is ignored, nobody learns how a process ended.
+    std::signal(SIGCHLD, SIG_DFL);
     open_closed_standard_streams();
     // All that is written is private: captures hold serial numbers, addresses and logs.
     ::umask(077);

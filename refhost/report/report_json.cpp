@@ -183,7 +183,8 @@ void write_report_json(const Store& store, std::ostream& out) {
                 {"id",     table.id               },
                 {"layout", layout_of(table.layout)}
             };
-            if (table.records > 0 && !table.reason.empty()) json["partial"] = table.reason;
+            if (!table.reason.empty())
+                json[table.records > 0 ? "partial" : "reason"] = table.reason;
             out << table_separator << json_line(json);
             table_separator = ",\n";
         }

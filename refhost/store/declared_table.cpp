@@ -1,5 +1,8 @@
 #include "store/declared_table.h"
 
+#include <boost/algorithm/string/join.hpp>
+#include <boost/algorithm/string/split.hpp>
+
 #include "store/typed_table.h"
 
 namespace qvhost {
@@ -19,6 +22,7 @@ constexpr auto kColumns = std::to_array<TypedColumn>({
     {"capture",     ColumnType::text   },
     {"log_label",   ColumnType::text   },
     {"not_asked",   ColumnType::text   },
+    {"gates",       ColumnType::text   }, // a line each
 });
 
 std::string text_of(const TypedValue& value) {
@@ -31,6 +35,12 @@ bool is_true(const TypedValue& value) {
     return number && *number != 0;
 }
 
+std::vector<std::string> lines_of(const std::string& text) {
+    std::vector<std::string> lines;
+    if (!text.empty()) boost::split(lines, text, [](char c) { return c == '\n'; });
+    return lines;
+}
+
 }  // namespace
 
 void write_declared_tables(Store& store, std::span<const DeclaredTable> tables) {
@@ -38,7 +48,7 @@ void write_declared_tables(Store& store, std::span<const DeclaredTable> tables) 
     for (const auto& table : tables) {
         writer.add({table.id, table.title, table.filled, table.tool,
                     std::int64_t{table.in_qv_tools}, table.command, table.capture, table.log_label,
-                    table.not_asked});
+                    table.not_asked, boost::join(table.gates, "\n")});
     }
 }
 
@@ -47,7 +57,7 @@ std::vector<DeclaredTable> declared_tables(const Store& store) {
     each_typed_row(store, kName, kColumns, [&](const std::vector<TypedValue>& row) {
         tables.push_back({text_of(row[0]), text_of(row[1]), text_of(row[2]), text_of(row[3]),
                           is_true(row[4]), text_of(row[5]), text_of(row[6]), text_of(row[7]),
-                          text_of(row[8])});
+                          text_of(row[8]), lines_of(text_of(row[9]))});
     });
     return tables;
 }

@@ -19,6 +19,9 @@ struct DeclaredTable {
     std::string capture;       // the file that the tool leaves in the log directory
     std::string log_label;  // in the log's messages on the command's status; empty: there are none
     std::string not_asked;  // why some servers are not asked; empty: there is no one reason
+    // The commands, in order, whose answers decide whether this one is run. Of one that ends with ">" it
+    // is enough that it was run, whatever it says.
+    std::vector<std::string> gates;
     bool operator==(const DeclaredTable&) const = default;
 };
 

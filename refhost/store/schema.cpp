@@ -9,9 +9,13 @@ CREATE TABLE qv_meta(key PRIMARY KEY, value) WITHOUT ROWID;
 -- The machine in a few lines: product, BMC, kernel, ...; source is the capture that says so.
 CREATE TABLE qv_fact(position INTEGER PRIMARY KEY, label, value, source);
 
--- The commands that were run, in order. outcome: '' if all went well, else in words. cut_off: 1 if it
--- ended before it had said all.
-CREATE TABLE qv_command(position INTEGER PRIMARY KEY, command, seconds REAL, outcome, cut_off);
+-- The commands, in order. lane: those of one ran one after another. origin: 'plug-in' or 'host'.
+-- started: UTC, NULL if it was not. seconds: NULL if it had not ended when the collection did.
+-- stopped_by: 'time', 'silence', 'run', 'user', 'size' or NULL. captures: the files that it wrote,
+-- joined by ', '. stderr: how its standard error begins. remark: what else is known of its end, in words.
+CREATE TABLE qv_command(
+    position INTEGER PRIMARY KEY, lane INTEGER, origin, command, tool, started, seconds REAL,
+    exit INTEGER, signal INTEGER, stopped_by, captures, stderr, remark);
 
 -- The modules, in the order in which the host met them.
 CREATE TABLE qv_module(module INTEGER PRIMARY KEY, name UNIQUE, display);

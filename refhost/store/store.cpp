@@ -1,6 +1,10 @@
 #include "store/store.h"
 
+#include <boost/algorithm/string/finder.hpp>
+#include <boost/algorithm/string/iter_find.hpp>
+#include <boost/algorithm/string/join.hpp>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -12,6 +16,63 @@ namespace qvhost {
 using SQLite::Statement;
 using store::identifier;
 using store::with_file_name;
+
+namespace {
+
+constexpr const char* kBetweenCaptures = ", ";
+
+std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> parts;
+    if (!text.empty()) boost::iter_split(parts, text, boost::first_finder(kBetweenCaptures));
+    return parts;
+}
+
+template <class Value, class Get>
+std::optional<Value> unless_null(const SQLite::Column& column, Get get) {
+    return column.isNull() ? std::nullopt : std::optional<Value>(get(column));
+}
+
+std::vector<CommandInfo> recorded_commands(const SQLite::Database& db) {
+    const auto text = [](const SQLite::Column& column) { return column.getString(); };
+    const auto number = [](const SQLite::Column& column) { return column.getInt(); };
+    std::vector<CommandInfo> commands;
+    for (Statement q(
+             db,
+             "SELECT command, lane, origin, tool, started, seconds, exit, signal, stopped_by, "
+             "captures, stderr, remark FROM qv_command ORDER BY position");
+         q.executeStep();) {
+        commands.push_back({
+            .text = q.getColumn(0).getString(),
+            .lane = q.getColumn(1).getInt(),
+            .origin = q.getColumn(2).getString(),
+            .tool = q.getColumn(3).getString(),
+            .started = unless_null<std::string>(q.getColumn(4), text),
+            .seconds = unless_null<double>(
+                q.getColumn(5), [](const SQLite::Column& column) { return column.getDouble(); }),
+            .exit = unless_null<int>(q.getColumn(6), number),
+            .signal = unless_null<int>(q.getColumn(7), number),
+            .stopped_by = q.getColumn(8).getString(),
+            .captures = split(q.getColumn(9).getString()),
+            .standard_error = q.getColumn(10).getString(),
+            .remark = q.getColumn(11).getString(),
+        });
+    }
+    return commands;
+}
+
+// Those of a store that an older program made.
+std::vector<CommandInfo> commands_in_words(const SQLite::Database& db) {
+    std::vector<CommandInfo> commands;
+    for (Statement q(db,
+                     "SELECT command, seconds, outcome, cut_off FROM qv_command ORDER BY position");
+         q.executeStep();)
+        commands.push_back(command_of_words(q.getColumn(0).getString(), q.getColumn(1).getDouble(),
+                                            q.getColumn(2).getString(),
+                                            q.getColumn(3).getInt() != 0));
+    return commands;
+}
+
+}  // namespace
 
 void Store::add_module(const std::string& name, const std::string& display) {
     with_file_name(impl_->path, [&] {
@@ -141,13 +202,24 @@ void Store::set_commands(const std::vector<CommandInfo>& commands) {
         impl_->db.exec("DELETE FROM qv_command");
         Statement insert(
             impl_->db,
-            "INSERT INTO qv_command(command, seconds, outcome, cut_off) VALUES(?,?,?,?)");
+            "INSERT INTO qv_command(lane, origin, command, tool, started, seconds, exit, "
+            "signal, stopped_by, captures, stderr, remark) "
+            "VALUES(?,?,?,?,?,?,?,?,?,?,?,?)");
         for (const auto& command : commands) {
             insert.reset();
-            insert.bind(1, command.text);
-            insert.bind(2, command.seconds);
-            insert.bind(3, command.outcome);
-            insert.bind(4, command.cut_off ? 1 : 0);
+            insert.clearBindings();
+            insert.bind(1, command.lane);
+            insert.bind(2, command.origin);
+            insert.bind(3, command.text);
+            insert.bind(4, command.tool);
+            if (command.started) insert.bind(5, *command.started);
+            if (command.seconds) insert.bind(6, *command.seconds);
+            if (command.exit) insert.bind(7, *command.exit);
+            if (command.signal) insert.bind(8, *command.signal);
+            if (!command.stopped_by.empty()) insert.bind(9, command.stopped_by);
+            insert.bind(10, boost::join(command.captures, kBetweenCaptures));
+            insert.bind(11, command.standard_error);
+            insert.bind(12, command.remark);
             insert.exec();
         }
     });
@@ -155,14 +227,12 @@ void Store::set_commands(const std::vector<CommandInfo>& commands) {
 
 std::vector<CommandInfo> Store::commands() const {
     return with_file_name(impl_->path, [&] {
-        std::vector<CommandInfo> commands;
-        for (Statement q(
-                 impl_->db,
-                 "SELECT command, seconds, outcome, cut_off FROM qv_command ORDER BY position");
-             q.executeStep();)
-            commands.push_back({q.getColumn(0).getString(), q.getColumn(1).getDouble(),
-                                q.getColumn(2).getString(), q.getColumn(3).getInt() != 0});
-        return commands;
+        const bool in_words =
+            impl_->db
+                .execAndGet(
+                    "SELECT count(*) FROM pragma_table_info('qv_command') WHERE name='outcome'")
+                .getInt() != 0;
+        return in_words ? commands_in_words(impl_->db) : recorded_commands(impl_->db);
     });
 }
 

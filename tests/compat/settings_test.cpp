@@ -93,7 +93,7 @@ TEST_F(Settings, LimitASingleTool) {
     for (const auto& command :
          qvhost::Store(store_in(log_dir()), qvhost::Store::Mode::read).commands()) {
         if (command.text.starts_with("dmidecode >"))
-            stopped = command.outcome.find("time limit") != std::string::npos;
+            stopped = qvhost::outcome(command).find("time limit") != std::string::npos;
     }
     EXPECT_TRUE(stopped);
 }

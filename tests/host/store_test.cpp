@@ -104,10 +104,78 @@ TEST_F(StoreTest, KeepsModulesTablesLayoutsAndFacts) {
     EXPECT_EQ(store.meta("unknown"), "");
 }
 
+TEST_F(StoreTest, KeepsCommandsAndWhatBecameOfThem) {
+    const std::vector<CommandInfo> commands = {
+        {.text = "ipmitool sensor >'/l/a, b'",
+         .lane = 2,
+         .origin = "host",
+         .tool = "ipmitool",
+         .started = "2026-11-21T01:20:40.123Z",
+         .seconds = 1.5,
+         .exit = 1,
+         .captures = {"a", "b"},
+         .standard_error = std::string("no\0 BMC\n", 9)},
+        {.text = "killed", .started = "", .seconds = 2, .signal = 9, .stopped_by = "time"},
+        {.text = "not asked", .stopped_by = "run"},
+        {.text = "running", .started = "", .remark = "process 7 could not be ended and was left"},
+    };
+    {
+        Store store(path(), Store::Mode::create);
+        store.set_commands({{.text = "replaced"}});
+        store.set_commands(commands);
+        store.commit();
+    }
+    EXPECT_EQ(Store(path(), Store::Mode::read).commands(), commands);
+    std::vector<std::string> told;
+    for (const auto& command : commands)
+        told.push_back(outcome(command) + (was_cut_off(command) ? " (cut off)" : ""));
+    EXPECT_EQ(told, (std::vector<std::string>{
+                        "exit code 1",
+                        "stopped at its time limit (cut off)",
+                        "not asked: the time was used up (cut off)",
+                        "it was running when the collection ended; process 7 could not be ended "
+                        "and was left (cut off)",
+                    }));
+}
+
+// As older programs kept them.
+TEST(CommandOfWords, TellsTheSameWords) {
+    const struct {
+        const char* outcome;
+        bool cut_off;
+    } ends[] = {
+        {"", false},
+        {"exit code 1", false},
+        {"exit code 126", false},
+        {"exit code 127: not installed", false},
+        {"exit code 137: killed by signal 9", true},
+        {"killed by signal 11", true},
+        {"stopped at its time limit", true},
+        {"stopped because it said no more; process 7 could not be ended and was left", true},
+        {"stopped when the time was used up", true},
+        {"what it wrote could not be read to its end: Input/output error", true},
+        {"it was running when the collection ended", true},
+    };
+    for (const auto& end : ends) {
+        const auto command = command_of_words("tool", 1, end.outcome, end.cut_off);
+        EXPECT_EQ(outcome(command), end.outcome);
+        EXPECT_EQ(was_cut_off(command), end.cut_off) << end.outcome;
+    }
+}
+
 TEST_F(StoreTest, KeepsWhatIsDeclaredOfTables) {
     const std::vector<DeclaredTable> tables = {
-        {"T1", "First", "always", "tool", true, "{P}tool >{L}a.txt", "a.txt", "MC", "no such card"},
-        {"qv_declared", "", "never", "", false, "", "", "", ""},
+        {"T1",
+         "First",
+         "always",
+         "tool",
+         true,
+         "{P}tool >{L}a.txt",
+         "a.txt",
+         "MC",
+         "no such card",
+         {"lspci | wc -l", "uname -i"}},
+        {"qv_declared", "", "never", "", false, "", "", "", "", {}},
     };
     {
         Store store(path(), Store::Mode::create);

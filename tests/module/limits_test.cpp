@@ -1,13 +1,19 @@
 // When a command is stopped, and what the command log tells of it. The sensor list stands for tools that
 // write a capture, the word size for those that are read from a pipe.
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
+#include <string>
+#include <vector>
 
 #include "bench.h"
 #include "rbmcinfo/captures.h"
+#include "rbmcinfo/collectors.h"
+#include "rsamplemodule2/captures.h"
 #include "tools/tools.h"
 
 using namespace marlox::repository;
@@ -31,6 +37,16 @@ protected:
         std::ifstream file(log());
         for (std::string line; std::getline(file, line);) {
             if (line.starts_with("< ")) text += line.substr(line.find(' ', 2) + 1) + "\n";
+            if (line.starts_with("- ")) text += line + "\n";
+        }
+        return text;
+    }
+
+    std::string lines_that_begin_with(const std::string& words) const {
+        std::string text;
+        std::ifstream file(log());
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with(words)) text += line + "\n";
         }
         return text;
     }
@@ -81,7 +97,8 @@ TEST_F(Limits, NothingBeginsBehindTheDeadline) {
     EXPECT_EQ(sensor_info(fakehost::repository()), 1);
     check_linux_bit();
     EXPECT_EQ(log_file("made"), "(none)");
-    EXPECT_EQ(ends(), "9 deadline\n9 deadline\n");
+    EXPECT_EQ(ends(), "- deadline ipmitool sensor 1>'" + log_dir +
+                          "sensorinfo.txt' 2>&1\n- deadline uname -i\n");
 }
 
 TEST_F(Limits, NothingRunsBehindTheDeadline) {
@@ -105,21 +122,71 @@ TEST_F(Limits, TheLogHasTheCommandAndItsEnd) {
     ::setenv("QV_COMMAND_LOG", (root / "commands").c_str(), 1);
     tool("ipmitool", "exit 3");
     sensor_info(fakehost::repository());
+    std::vector<std::string> lines;
     std::ifstream file(root / "commands");
-    std::string begin;
-    std::string end;
-    std::getline(file, begin);
-    std::getline(file, end);
-    EXPECT_EQ(begin,
-              "> ipmitool sensor 1>'" + root.string() + "/two\\nlines\\\\/sensorinfo.txt' 2>&1");
+    for (std::string line; std::getline(file, line);) {
+        // Other programs may write into the directory where the tests run.
+        if (!line.starts_with("+ ")) lines.push_back(line);
+    }
+    ASSERT_EQ(lines.size(), 2u);
+    const std::string command =
+        " ipmitool sensor 1>'" + root.string() + "/two\\nlines\\\\/sensorinfo.txt' 2>&1";
+    EXPECT_TRUE(lines[0].starts_with("> 2")) << lines[0];
+    EXPECT_TRUE(lines[0].ends_with("Z" + command)) << lines[0];
+    EXPECT_EQ(lines[0].size(), std::string("> 2026-11-21T01:20:40.123Z").size() + command.size());
     double seconds = -1;
     int status = -1;
     int length = -1;
+    const auto& end = lines[1];
     std::sscanf(end.c_str(), "< %lf %d%n", &seconds, &status, &length);
     EXPECT_GE(seconds, 0) << end;
     EXPECT_EQ(status, 3 << 8) << end;
     EXPECT_EQ(length, static_cast<int>(end.size())) << end;
-    EXPECT_FALSE(std::getline(file, end));
+}
+
+// The word size is read from a pipe; its standard error goes where the host's does.
+TEST_F(Limits, TheLogKeepsHowStandardErrorBegins) {
+    tool("uname", "echo first >&2; echo x86_64; head -c 5000 /dev/zero | tr '\\000' x >&2");
+    testing::internal::CaptureStderr();
+    check_linux_bit();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "first\n" + std::string(5000, 'x'));
+    EXPECT_EQ(lines_that_begin_with("2 "), "2 first\\n" + std::string(4096 - 6, 'x') + "\n");
+}
+
+TEST_F(Limits, WithoutALogStandardErrorIsTheHosts) {
+    ::unsetenv("QV_COMMAND_LOG");
+    tool("uname", "readlink /proc/$$/fd/2 >'" + log_dir + "where'; echo x86_64");
+    check_linux_bit();
+    const auto host = std::filesystem::read_symlink("/proc/self/fd/2").string();
+    EXPECT_EQ(log_file("where"), host + "\n");
+    EXPECT_FALSE(std::filesystem::exists(log()));
+}
+
+TEST_F(Limits, NobodyWaitsForAProcessThatHoldsStandardError) {
+    tool("dmesg", "(sleep 60; echo late >&2) >/dev/null & echo said >&2");
+    const auto begin = std::chrono::steady_clock::now();
+    dmesg();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+    EXPECT_EQ(lines_that_begin_with("2 "), "2 said\\n\n");
+}
+
+// What lies there was written by the command before.
+TEST_F(Limits, ACommandThatIsNotStartedHasNoCapture) {
+    tool("ipmitool", "echo from before");
+    EXPECT_EQ(sdr_info(fakehost::repository()), 0);
+    EXPECT_NE(noted({"add"}), "");
+    ::setenv("QV_DEADLINE", "1", 1);  // since the system started
+    tool("lspci", "echo 1");
+    sas2308_log(fakehost::repository());
+    event_log(fakehost::repository());
+    std::ofstream(log_dir + "pdlist.txt") << "Needs EKM Attention = No\n";
+    pd_list(fakehost::repository());
+    EXPECT_EQ(noted({"add"}), "");
+    EXPECT_EQ(log_file("pdlist.txt"), "Needs EKM Attention = No\n");
+    ::unsetenv("QV_DEADLINE");
+    vendor_tool("storcli_x64", "echo 'Needs EKM Attention = No'");
+    pd_list(fakehost::repository());
+    EXPECT_NE(noted({"add"}), "");
 }
 
 TEST_F(Limits, ALogThatCannotBeWrittenIsNoReasonToCollectLess) {

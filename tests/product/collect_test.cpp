@@ -26,7 +26,8 @@ TEST_F(Collect, EveryRecordIsInTheReportAsItWasAdded) {
                     {"kind": "rows", "headers": ["value"], "widths": [100], "flag": false}}]},
             {"name": "alpha", "display": "Module alpha", "tables": [
                 {"id": "EMPTY", "layout":
-                    {"kind": "rows", "headers": ["value"], "widths": [100], "flag": false}}]}],
+                    {"kind": "rows", "headers": ["value"], "widths": [100], "flag": false},
+                 "reason": "unknown"}]}],
         "records": [
             {"table": "VALUES", "name": "first", "index": -1, "properties": [
                 {"id": "text", "display": "Text", "value": " with blanks and an end\n"},

@@ -38,7 +38,7 @@ std::string take_text(std::string_view& line) {
 void read(const std::string& report, Tables& tables) {
     for (const auto& text : lines_of(report)) {
         std::string_view line = text;
-        if (line == "health:") return;  // behind the records
+        if (line.starts_with("status: ")) return;  // behind the records
         if (line.starts_with("    {")) {
             const auto table = nlohmann::json::parse(line);
             const auto headers = table.at("layout").at("headers").get<std::vector<std::string>>();

@@ -90,7 +90,8 @@ std::string condensed(const std::string& report_json) {
 
 std::string verdict(const std::string& report_json) {
     const auto report = nlohmann::ordered_json::parse(report_json);
-    std::string text = "\nhealth:\n";
+    std::string text =
+        "\nstatus: " + report.at("collection").at("status").get<std::string>() + "\n\nhealth:\n";
     const auto str = [](const nlohmann::ordered_json& value) { return value.get<std::string>(); };
     for (const auto& one : report.at("health")) {
         text += str(one.at("subsystem")) + ": " + str(one.at("health"));

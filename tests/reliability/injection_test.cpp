@@ -58,7 +58,7 @@ protected:
     // That the report says where something is missing.
     bool is_told() const {
         for (const auto& command : Store(store_in(log_dir()), Store::Mode::read).commands()) {
-            if (!command.outcome.empty() &&
+            if (!qvhost::outcome(command).empty() &&
                 command.text.find("eventslog_convert") == std::string::npos)
                 return true;
         }

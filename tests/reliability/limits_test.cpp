@@ -62,11 +62,11 @@ TEST_F(CollectionLimits, AModulesTimeEndsWhatRunsAndWhatFollows) {
         "cat \"$recorded/c0_events.txt\"\ncase $(readlink /proc/$$/fd/1) in\n"
         "*/c0_raidevents.txt) sleep 2;;\n*) while :; do echo; sleep 0.2; done;;\nesac");
     const auto outcome = collect_storage({"--module-timeout", "10"});
-    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_EQ(outcome.exit, 3) << outcome.err;
     EXPECT_EQ(this->outcome(log_dir(), "show events > "), "stopped when the time was used up");
     EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), "storcli: stopped when the time was used up");
     EXPECT_GT(counts(store_in(log_dir())).at("EVENTLOG1"), 2000);
-    EXPECT_EQ(reason(log_dir(), "PDLIST"), "storcli: stopped when the time was used up");
+    EXPECT_EQ(reason(log_dir(), "PDLIST"), "not asked: the time was used up");
     EXPECT_EQ(counts(store_in(log_dir())).at("RAIDINFO"), 1) << "the module before had its own";
     EXPECT_EQ(family(), std::vector<pid_t>());
 }
@@ -74,7 +74,11 @@ TEST_F(CollectionLimits, AModulesTimeEndsWhatRunsAndWhatFollows) {
 TEST_F(CollectionLimits, WhatIsPartialIsCalledSoEverywhere) {
     events_do("cat \"$recorded/c0_events.txt\"; sleep 60");
     const auto outcome = collect_storage({"--tool-timeout", "5"});
-    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_EQ(outcome.exit, 3) << outcome.err;
+    EXPECT_TRUE(without_build(outcome.out)
+                    .starts_with("The collection is incomplete: storcli /c0 show events was "
+                                 "stopped at its time limit, 2 times\n"))
+        << outcome.out;
     const std::string why = "storcli: stopped at its time limit";
     EXPECT_EQ(reason(log_dir(), "EVENTLOG1"), why);
     EXPECT_NE(outcome.out.find("partial: " + why.substr(0, 12)), std::string::npos) << outcome.out;

@@ -1,6 +1,7 @@
 #include "server.h"
 
 #include <cstdlib>
+#include <regex>
 
 #include "store/store.h"
 
@@ -66,10 +67,15 @@ std::string ServerTest::reason(const fs::path& log_dir, const std::string& table
     return "(no such table)";
 }
 
+std::string ServerTest::without_build(const std::string& text) {
+    static const std::regex build("_x(32|64)");
+    return std::regex_replace(text, build, "");
+}
+
 std::string ServerTest::outcome(const fs::path& log_dir, const std::string& words) {
     std::string found = "(no such command)";
     for (const auto& command : Store(store_in(log_dir), Store::Mode::read).commands()) {
-        if (command.text.find(words) != std::string::npos) found = command.outcome;
+        if (command.text.find(words) != std::string::npos) found = qvhost::outcome(command);
     }
     return found;
 }

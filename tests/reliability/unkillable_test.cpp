@@ -71,7 +71,7 @@ protected:
         {
             const std::list<Unkillable> held(pids.begin(), pids.end());
             const auto ended = finish(program);
-            EXPECT_EQ(ended.exit, 0) << ended.err;
+            EXPECT_EQ(ended.exit, 3) << ended.err;
             const auto left = family();
             EXPECT_EQ(std::set<pid_t>(left.begin(), left.end()), pids);
         }

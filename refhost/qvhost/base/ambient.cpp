@@ -50,6 +50,9 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
     ::setenv("QV_TOOL_LIMITS", tool_limits.c_str(), 1);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
     ::setenv("QV_END_PROCESSES", "1", 1);  // the collecting child adopts orphans (runner/group.h)
+    ::setenv("QV_DEVICE_TOOLS", "ipmitool ipmiutil", 1);
+    ::setenv("QV_DEVICE_QUESTION", "ipmitool mc info", 1);
+    ::unsetenv("QV_DEVICE_LEFT");
 }
 
 void set_tool_deadline(std::chrono::steady_clock::time_point deadline) {

@@ -19,8 +19,8 @@ std::filesystem::path installed_plugin();
 std::string usual_search_path();
 
 // Sets the environment of the tools of a collection: a search path that has the system's directories,
-// one locale, so that they print what parsers know, their limits, and the file in which the plug-in logs
-// its commands.
+// one locale, so that they print what parsers know, their limits, the file in which the plug-in logs its
+// commands, and which of them ask the BMC.
 void set_tool_environment(const std::string& search_path, const Limits& limits,
                           const std::string& tool_limits, const std::filesystem::path& command_log);
 

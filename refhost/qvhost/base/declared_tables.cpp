@@ -53,6 +53,17 @@ std::string text(const json& object, const char* name) {
     return found->get<std::string>();
 }
 
+// Empty if there are none.
+std::vector<std::string> texts(const json& object, const char* name) {
+    std::vector<std::string> found;
+    if (!object.contains(name)) return found;
+    for (const auto& one : list(object, name)) {
+        if (!one.is_string()) throw std::runtime_error(std::string(name) + " holds no text");
+        found.push_back(one.get<std::string>());
+    }
+    return found;
+}
+
 // Whether the name is that of a file in a directory or in a directory below it.
 bool stays_below(const fs::path& name) {
     return name.is_relative() && std::find(name.begin(), name.end(), "..") == name.end();
@@ -74,6 +85,7 @@ DeclaredTable declared(const json& object) {
         .capture = text(object, "capture"),
         .log_label = text(object, "log_label"),
         .not_asked = text(object, "not_asked"),
+        .gates = texts(object, "gates"),
     };
     if (table.id.empty()) throw std::runtime_error("a table has no id");
     if (!stays_below(table.capture))

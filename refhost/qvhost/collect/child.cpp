@@ -34,6 +34,7 @@
 #include "qvhost/collect/selection.h"
 #include "qvhost/finish/commands.h"
 #include "repository/sink.h"
+#include "runner/command_log.h"
 #include "runner/process.h"
 
 namespace qvhost {
@@ -173,6 +174,7 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     for (const auto& [module, tables] : selected) {
         set_tool_deadline(
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
+        runner::log_mark(std::string(kModuleMark) + module->GetName());
         for (const auto& table : tables) {
             collect_table(*module, table, repository, journal);
             // The disk is full: what the tools would say from here on could not be kept.
@@ -181,8 +183,10 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     }
 
     std::vector<std::string> errors;
-    for (const auto& name : options.also)
+    for (const auto& name : options.also) {
+        runner::log_mark(std::string(kAlsoMark) + name);
         errors.push_back(thrown_by([&] { call_also(plugin, name, repository); }));
+    }
     errors.push_back(sink.failure());
     if (!log_failure().empty()) errors.push_back("the log could not be written: " + log_failure());
 
@@ -227,12 +231,12 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
             settings.recorded->push_back({text.substr(0, tab), std::move(arguments)});
         }
     }
-    for (const auto& command : read_commands(dir.commands())) {
-        const bool ended_well =
-            command.outcome.empty() || inventory::ran_to_its_end(command.text, command.outcome);
-        settings.earlier.push_back(
-            {command.text, ended_well, command.outcome.starts_with("stopped")});
+    for (const auto& command : read_commands(dir.commands(), dir.path()).commands) {
+        const auto end = outcome(command);
+        const bool ended_well = end.empty() || inventory::ran_to_its_end(command.text, end);
+        settings.earlier.push_back({command.text, ended_well, !command.stopped_by.empty()});
     }
+    runner::log_mark(std::string(kHostMark));
     ask::ask(settings);
 }
 

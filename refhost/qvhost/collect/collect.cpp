@@ -132,10 +132,7 @@ int collect(CollectOptions options, const Stage& stage) {
     if (const auto found = make_room_for_report(dir, !has_modules); !found.empty())
         warn("found " + found);
 
-    // One second earlier, since file systems keep times more coarsely than clocks.
-    const auto started = fs::file_time_type::clock::now() - std::chrono::seconds(1);
     const auto begun = std::chrono::steady_clock::now();
-    std::string problem;
     {
         Store store(dir.store(), Store::Mode::create);
         store.set_meta("started", utc_now());
@@ -158,8 +155,9 @@ int collect(CollectOptions options, const Stage& stage) {
         JournalReader journal(dir.journal());
         JournalImporter importer(journal, store);
         Progress progress(dir.path(), options.quiet);
+        Ending ending;
         try {
-            problem = supervise(options, stage, importer, progress);
+            ending = supervise(options, stage, importer, progress);
         } catch (...) {
             // The store or the journal failed. The tools must not go on without us.
             kill_descendants();
@@ -169,9 +167,11 @@ int collect(CollectOptions options, const Stage& stage) {
         importer.explain_unreached();
         store.set_meta("finished", utc_now());
         store.set_meta("seconds", text_of_seconds_since(begun));
-        store.set_status(problem);
         remove_if_empty(dir.console());
-        finish_report(store, dir, stage.vendor_tools(), started);
+        finish_report(store, dir,
+                      {stage.vendor_tools(),
+                       options.search_path.empty() ? usual_search_path() : options.search_path},
+                      ending);
     }
     sync_log_dir(dir);  // the journal is there until the disk has what was made of it
     fs::remove(dir.journal());
@@ -179,8 +179,8 @@ int collect(CollectOptions options, const Stage& stage) {
 
     const Store store(dir.store(), Store::Mode::read);
     if (stage.summary) print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));
-    if (!problem.empty()) warn("the collection is incomplete: " + problem);
-    if (problem.empty()) return kComplete;
+    if (store.meta("status") == "complete") return kComplete;
+    warn("the collection is " + store.status_text());
     return has_modules && store.modules().empty() ? kNothingCollected : kIncomplete;
 }
 

@@ -23,7 +23,9 @@
 #include "processes/processes.h"
 #include "qvhost/base/collect_options.h"
 #include "qvhost/base/limits.h"
+#include "qvhost/base/log_dir.h"
 #include "qvhost/collect/child.h"
+#include "qvhost/finish/commands.h"
 
 namespace qvhost {
 
@@ -140,11 +142,14 @@ private:
     std::size_t parts_ = 0;  // modules that were begun, and the host's own questions
 };
 
-std::string place(const CollectionState& state) {
+// The tables of a module are filled together, so the command says more than the table.
+std::string place(const CollectionState& state, const LogDir& dir) {
+    if (const auto command = running_command(dir.commands()); !command.empty())
+        return " while it ran " + command;
     return state.table.empty() ? "" : " while it collected " + state.table;
 }
 
-std::string why_incomplete(int status, const CollectionState& state) {
+std::string why_incomplete(int status, const CollectionState& state, const LogDir& dir) {
     if (state.end) {
         if (!state.end->error.empty()) return state.end->error;
         if (state.errors.empty()) return "";
@@ -154,15 +159,15 @@ std::string why_incomplete(int status, const CollectionState& state) {
     }
     if (WIFSIGNALED(status))
         return std::string("the collecting process was ended by ") + ::strsignal(WTERMSIG(status)) +
-               place(state);
+               place(state, dir);
     return "the collecting process ended early, with code " + std::to_string(WEXITSTATUS(status)) +
-           place(state);
+           place(state, dir);
 }
 
 }  // namespace
 
-std::string supervise(const CollectOptions& options, const Stage& stage, JournalImporter& importer,
-                      Progress& progress) {
+Ending supervise(const CollectOptions& options, const Stage& stage, JournalImporter& importer,
+                 Progress& progress) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const EndSignals signals;
 
@@ -200,10 +205,12 @@ std::string supervise(const CollectOptions& options, const Stage& stage, Journal
         if (signals.arrived() != 0) signals.let_through();
     }
     progress.clear();
-    if (!overrun.empty()) return overrun + place(importer.state());
+    const LogDir dir(options.log_dir);
+    const auto& state = importer.state();
+    if (!overrun.empty()) return {overrun + place(state, dir), "run"};
     if (signal != 0)
-        return std::string("ended by ") + ::strsignal(signal) + place(importer.state());
-    return why_incomplete(*status, importer.state());
+        return {std::string("ended by ") + ::strsignal(signal) + place(state, dir), "user"};
+    return {why_incomplete(*status, state, dir)};
 }
 
 }  // namespace qvhost

@@ -3,17 +3,21 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
-#include <string>
 #include <system_error>
+
+#include "runner/shell_words.h"
 
 namespace qvhost {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-std::string unescaped(const std::string& text) {
+std::string unescaped(std::string_view text) {
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\\' && i + 1 < text.size()) {
@@ -25,87 +29,209 @@ std::string unescaped(const std::string& text) {
     return out;
 }
 
-constexpr struct {
-    const char* word;  // in the log
-    const char* text;
-} kStops[] = {
-    {"time",     "stopped at its time limit"        },
-    {"silence",  "stopped because it said no more"  },
-    {"deadline", "stopped when the time was used up"},
+struct Word {
+    std::string_view in_log;
+    std::string_view stopped_by;
 };
 
-std::string signal_text(int signal) { return "killed by signal " + std::to_string(signal); }
+constexpr auto kStops = std::to_array<Word>({
+    {"time",       "time"   },
+    {"silence",    "silence"},
+    {"deadline",   "run"    },
+    {"size",       "size"   },
+    {"unanswered", "time"   },
+});
 
-// Sets how a command ended that was not stopped.
-void set_outcome(CommandInfo& command, int status) {
-    if (status == 0) {
-        command.outcome.clear();
-    } else if (status == -1) {
-        command.outcome = "it could not be started";
-    } else if (WIFSIGNALED(status)) {
-        command.outcome = signal_text(WTERMSIG(status));
-        command.cut_off = true;
-    } else {
-        const int code = WEXITSTATUS(status);
-        command.outcome = "exit code " + std::to_string(code);
-        if (code == 127) command.outcome += ": not installed";
-        // A shell exits with 128 and the signal's number if a signal ended the tool.
-        command.cut_off = code > 128 && code <= 128 + 64;
-        if (command.cut_off) command.outcome += ": " + signal_text(code - 128);
-    }
+std::string stopped_by(std::string_view word) {
+    const auto* found = std::find_if(kStops.begin(), kStops.end(),
+                                     [&](const Word& one) { return one.in_log == word; });
+    return found == kStops.end() ? "" : std::string(found->stopped_by);
 }
 
-// "< 0.112 0", "< 2.013 9 silence", "< 7.027 9 time 4711 4712"
-void set_end(CommandInfo& command, const std::string& line) {
-    std::istringstream words(line);
-    char mark = 0;
-    double seconds = 0;
-    int status = 0;
-    if (!(words >> mark >> seconds >> status) || mark != '<') return;
-    command.seconds = seconds;
-    command.cut_off = false;
-    set_outcome(command, status);
-    std::string reason;
-    words >> reason;
-    for (const auto& [word, text] : kStops) {
-        if (reason != word) continue;
-        command.outcome = text;
-        command.cut_off = true;
-    }
-    for (int pid = 0; words >> pid;)
-        command.outcome += "; process " + std::to_string(pid) + " could not be ended and was left";
+// "2026-11-21T01:20:40.123Z"
+bool is_time(std::string_view text) {
+    constexpr std::string_view kForm = "0000-00-00T00:00:00.000Z";
+    return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
+        return form == '0' ? c >= '0' && c <= '9' : c == form;
+    });
 }
 
-// "! 5 /log/raidevents.txt": what the command wrote could not be read to its end.
-void set_unread(std::vector<CommandInfo>& commands, const std::string& line) {
-    int error = 0;
-    int path_at = 0;
-    if (std::sscanf(line.c_str(), "! %d %n", &error, &path_at) != 1 || path_at == 0) return;
-    const auto path = unescaped(line.substr(static_cast<std::size_t>(path_at)));
-    const auto writer = std::find_if(commands.rbegin(), commands.rend(),
-                                     [&](const CommandInfo& c) { return writes(c, path); });
-    if (writer == commands.rend()) return;
-    writer->cut_off = true;
-    writer->outcome =
-        "what it wrote could not be read to its end: " + std::generic_category().message(error);
+// What the program itself writes into the log directory.
+bool is_ours(const std::string& name) {
+    return name == "report" || name == "runs" || name == "qvhost.log" || name == "console.txt";
+}
+
+class LogReader {
+public:
+    explicit LogReader(const fs::path& log_dir) : log_dir_(log_dir) {}
+
+    void take(const std::string& line) {
+        if (line.size() < 2 || line[1] != ' ') return;
+        const auto rest = std::string_view(line).substr(2);
+        switch (line.front()) {
+            case '=': section_ = unescaped(rest); break;
+            case '>': begin(rest, section_ == kHostMark ? "host" : "plug-in"); break;
+            case '?': begin(rest, "host"); break;
+            case '-': refuse(rest); break;
+            case '!': set_unread(line); break;
+            default:
+                if (!log_.commands.empty()) take_of_command(line.front(), rest);
+        }
+    }
+
+    CommandLog finish() {
+        for (auto& command : log_.commands) add_redirections(command);
+        return std::move(log_);
+    }
+
+private:
+    void begin(std::string_view rest, const char* origin) {
+        CommandInfo command;
+        command.started = "";
+        constexpr std::size_t kTimeSize = 24;
+        if (rest.size() > kTimeSize && is_time(rest.substr(0, kTimeSize)) &&
+            rest[kTimeSize] == ' ') {
+            command.started = rest.substr(0, kTimeSize);
+            rest.remove_prefix(kTimeSize + 1);
+        }
+        command.text = unescaped(rest);
+        command.origin = origin;
+        add(std::move(command));
+    }
+
+    // "deadline ipmitool sensor"
+    void refuse(std::string_view rest) {
+        const auto end = std::min(rest.find(' '), rest.size());
+        CommandInfo command;
+        command.text = unescaped(rest.substr(std::min(end + 1, rest.size())));
+        command.stopped_by = stopped_by(rest.substr(0, end));
+        command.origin = section_ == kHostMark ? "host" : "plug-in";
+        add(std::move(command));
+    }
+
+    void add(CommandInfo command) {
+        const auto path = runner::shell_word(command.text);
+        command.tool = path.substr(path.find_last_of('/') + 1);
+        log_.commands.push_back(std::move(command));
+        log_.sections.push_back(section_);
+    }
+
+    void take_of_command(char mark, std::string_view rest) {
+        auto& command = log_.commands.back();
+        if (mark == '+') {
+            if (auto name = unescaped(rest); !is_ours(name))
+                command.captures.push_back(std::move(name));
+        } else if (mark == '2') {
+            command.standard_error = unescaped(rest);
+        } else if (mark == '<') {
+            set_end(command, std::string(rest));
+        }
+    }
+
+    // "0.112 0", "2.013 9 silence", "7.027 9 time 4711 4712"
+    static void set_end(CommandInfo& command, const std::string& rest) {
+        std::istringstream words(rest);
+        double seconds = 0;
+        int status = 0;
+        if (!(words >> seconds >> status)) return;
+        command.seconds = seconds;
+        command.exit.reset();
+        command.signal.reset();
+        if (status == -1) {
+            command.started.reset();
+        } else if (WIFSIGNALED(status)) {
+            command.signal = WTERMSIG(status);
+        } else {
+            command.exit = WEXITSTATUS(status);
+        }
+        std::string reason;
+        words >> reason;
+        command.stopped_by = stopped_by(reason);
+        command.remark.clear();
+        for (int pid = 0; words >> pid;)
+            command.remark += (command.remark.empty() ? "" : "; ") + std::string("process ") +
+                              std::to_string(pid) + " could not be ended and was left";
+    }
+
+    // "! 5 /log/raidevents.txt": what the command wrote could not be read to its end.
+    void set_unread(const std::string& line) {
+        int error = 0;
+        int path_at = 0;
+        if (std::sscanf(line.c_str(), "! %d %n", &error, &path_at) != 1 || path_at == 0) return;
+        const auto path = unescaped(line.substr(static_cast<std::size_t>(path_at)));
+        const auto writer =
+            std::find_if(log_.commands.rbegin(), log_.commands.rend(), [&](const CommandInfo& c) {
+                const auto files = runner::redirections(c.text);
+                return std::find(files.begin(), files.end(), path) != files.end();
+            });
+        if (writer == log_.commands.rend()) return;
+        writer->remark =
+            "what it wrote could not be read to its end: " + std::generic_category().message(error);
+    }
+
+    // The shell's own files, where the runner did not see a change: a file may be written again with the
+    // same bytes within one tick of the clock.
+    void add_redirections(CommandInfo& command) const {
+        if (!command.started) return;
+        for (auto& name : captures_of(command.text, log_dir_)) {
+            std::error_code ignored;
+            auto& captures = command.captures;
+            if (fs::is_regular_file(fs::symlink_status(log_dir_ / name, ignored)) &&
+                std::find(captures.begin(), captures.end(), name) == captures.end())
+                captures.push_back(std::move(name));
+        }
+        std::sort(command.captures.begin(), command.captures.end());
+    }
+
+    fs::path log_dir_;
+    std::string section_;
+    CommandLog log_;
+};
+
+std::string with_slash(const fs::path& directory) {
+    auto text = directory.string();
+    if (!text.ends_with('/')) text += '/';
+    return text;
 }
 
 }  // namespace
 
-std::vector<CommandInfo> read_commands(const std::filesystem::path& log) {
-    std::vector<CommandInfo> commands;
+CommandLog read_commands(const fs::path& log, const fs::path& log_dir,
+                         const std::string& stopped_by) {
+    LogReader reader(log_dir);
     std::ifstream file(log, std::ios::binary);
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("> ")) {
-            commands.push_back(
-                {unescaped(line.substr(2)), 0, "it was running when the collection ended", true});
-        } else if (line.starts_with("! ")) {
-            set_unread(commands, line);
-        } else if (!commands.empty()) {
-            set_end(commands.back(), line);
+    for (std::string line; std::getline(file, line);) reader.take(line);
+    auto read = reader.finish();
+    if (!read.commands.empty()) {
+        auto& last = read.commands.back();
+        if (last.started && !last.seconds && last.stopped_by.empty()) last.stopped_by = stopped_by;
+    }
+    return read;
+}
+
+std::string short_text(const CommandInfo& command) {
+    const auto text = runner::without_redirections(command.text);
+    return command.tool + std::string(runner::behind_first_word(text));
+}
+
+std::string running_command(const fs::path& log) {
+    const auto commands = read_commands(log, log.parent_path()).commands;
+    if (commands.empty() || !commands.back().started || commands.back().seconds) return "";
+    return short_text(commands.back());
+}
+
+std::vector<std::string> captures_of(const std::string& command, const fs::path& log_dir) {
+    const auto directory = with_slash(log_dir);
+    std::vector<std::string> captures;
+    for (const auto& written : runner::redirections(command)) {
+        const auto file = fs::path(written).lexically_normal().string();
+        if (file.starts_with(directory) && file.size() > directory.size()) {
+            captures.push_back(file.substr(directory.size()));
+        } else if (file.find('/') == std::string::npos) {
+            captures.push_back(file);  // tools run in the log directory
         }
     }
-    return commands;
+    return captures;
 }
 
 }  // namespace qvhost

@@ -1,14 +1,41 @@
-// The commands of a collection, as the plug-in's command log (QV_COMMAND_LOG) tells them.
+// The commands of a collection, as the log that the runner keeps (QV_COMMAND_LOG) tells them.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <string>
+#include <string_view>
 #include <vector>
 
-#include "store/store.h"
+#include "store/command_info.h"
 
 namespace qvhost {
 
-// In the order in which they were started; none if there is no log.
-std::vector<CommandInfo> read_commands(const std::filesystem::path& log);
+// Marks in the command log: what the commands behind them belong to.
+inline constexpr std::string_view kModuleMark = "module ";  // and its name
+inline constexpr std::string_view kAlsoMark = "also ";      // and the operation's name
+inline constexpr std::string_view kHostMark = "host";       // the host's own questions
+
+struct CommandLog {
+    // In the order in which they were started; none if there is no log.
+    std::vector<CommandInfo> commands;
+    // Of each: the module, "also NAME", or empty if nobody told.
+    std::vector<std::string> sections;
+};
+
+// `stopped_by` is what ended the collection ("user", "run"; empty: neither): it ended the command that
+// was running then as well.
+CommandLog read_commands(const std::filesystem::path& log, const std::filesystem::path& log_dir,
+                         const std::string& stopped_by = {});
+
+// The command for people: the tool without its directory, no redirections. "storcli_x64 /c0 show"
+std::string short_text(const CommandInfo& command);
+
+// The short text of the command that is running now or was when the collection ended; empty: none.
+std::string running_command(const std::filesystem::path& log);
+
+// The files in the log directory that the shell writes for the command, by their names there.
+std::vector<std::string> captures_of(const std::string& command,
+                                     const std::filesystem::path& log_dir);
 
 }  // namespace qvhost

@@ -2,6 +2,7 @@
 
 #include "page/write_page.h"
 #include "qvhost/finish/commands.h"
+#include "qvhost/finish/completeness.h"
 #include "qvhost/finish/facts.h"
 #include "qvhost/finish/judge_report.h"
 #include "qvhost/finish/reasons.h"
@@ -15,8 +16,8 @@ void explain(Store& store, const Evidence& evidence) {
     for (const auto& module : store.modules()) {
         for (const auto& table : module.tables) {
             if (!table.reason.empty()) continue;
-            const auto reason =
-                table.records == 0 ? evidence.why_empty(table.id) : evidence.why_partial(table.id);
+            const auto reason = table.records == 0 ? evidence.why_empty(module.name, table.id)
+                                                   : evidence.why_partial(module.name, table.id);
             if (!reason.empty()) store.set_reason(table.id, reason);
         }
     }
@@ -24,13 +25,15 @@ void explain(Store& store, const Evidence& evidence) {
 
 }  // namespace
 
-void finish_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
-                   std::filesystem::file_time_type started) {
-    const auto commands = read_commands(dir.commands());
-    store.set_commands(commands);
-    explain(store, Evidence(dir, tools, started, store));
+void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, const Ending& ending) {
+    const auto log = read_commands(dir.commands(), dir.path(), ending.stopped_by);
+    store.set_commands(log.commands);
+    const Evidence evidence(dir, tools, log, store, !ending.problem.empty());
+    explain(store, evidence);
+    store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence)
+                                            : ending.problem);
     store.commit();
-    store.set_facts(machine_facts(judge_report(store, dir, commands)));
+    store.set_facts(machine_facts(judge_report(store, dir, log.commands)));
     store.commit();
     write_report_json(store, dir.json());
     write_page(store, dir.report(), dir.path());

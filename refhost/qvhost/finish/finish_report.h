@@ -1,18 +1,23 @@
 // Finishes a report once its store has all records.
 #pragma once
 
-#include <filesystem>
+#include <string>
 
 #include "qvhost/base/log_dir.h"
+#include "qvhost/finish/reasons.h"
 #include "store/store.h"
 
 namespace qvhost {
 
+// How a collection came to its end.
+struct Ending {
+    std::string problem = {};     // for people; empty: by itself
+    std::string stopped_by = {};  // "user" or "run"; empty: neither
+};
+
 // Completes the store, which has the declarations of the tables, with what the captures and the command log
-// tell (the machine, the commands, why tables are empty or partial), and writes the views that people and programs read: report.json and
-// the page. `tools` is the directory of the vendors' tools; captures that are older than `started` are
-// those of an earlier collection.
-void finish_report(Store& store, const LogDir& dir, const std::filesystem::path& tools,
-                   std::filesystem::file_time_type started);
+// tell (the machine, the commands, why tables are empty or partial, whether the collection is complete), and
+// writes the views that people and programs read: report.json and the page.
+void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, const Ending& ending);
 
 }  // namespace qvhost

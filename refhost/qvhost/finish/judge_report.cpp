@@ -6,12 +6,12 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "findings/judge.h"
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
+#include "qvhost/finish/commands.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -21,75 +21,28 @@ namespace {
 
 using inventory::CaptureOrigin;
 
-// The word of a shell command that begins there, its quotes and escapes removed.
-std::string shell_word(std::string_view command, std::size_t begin) {
-    std::string word;
-    bool quoted = false;
-    for (std::size_t i = begin; i < command.size(); ++i) {
-        const char c = command[i];
-        if (c == '\'') {
-            quoted = !quoted;
-        } else if (!quoted && c == '\\' && i + 1 < command.size()) {
-            word += command[++i];
-        } else if (!quoted && std::string_view(" \t;&|)").find(c) != std::string_view::npos) {
-            break;
-        } else {
-            word += c;
-        }
-    }
-    return word;
-}
-
-// "'/opt/qvhost/bin/qv_tools/TOOL_x64' ..." or "TOOL ...": the name alone.
-std::string tool_of(const std::string& command) {
-    const auto path = shell_word(command, 0);
-    return path.substr(path.find_last_of('/') + 1);
-}
-
-// The files in the log directory that the shell writes for the command, behind ">" or "1>".
-std::vector<std::string> captures_of(const std::string& command, const std::string& log_dir) {
-    std::vector<std::string> captures;
-    for (auto at = command.find('>'); at != std::string::npos; at = command.find('>', at + 1)) {
-        const auto begin = command.find_first_not_of("> \t", at);
-        if (begin == std::string::npos) break;
-        const auto path = shell_word(command, begin);
-        if (path.starts_with(log_dir)) captures.push_back(path.substr(log_dir.size()));
-    }
-    return captures;
-}
-
 bool is_harmless(const CommandInfo& command) {
-    return !command.cut_off && inventory::ran_to_its_end(command.text, command.outcome);
-}
-
-// The log directory as it stands in commands.
-std::string text_of(const LogDir& dir) {
-    auto path = dir.path().string();
-    if (!path.ends_with('/')) path += '/';
-    return path;
+    return !was_cut_off(command) && inventory::ran_to_its_end(command.text, outcome(command));
 }
 
 std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands, const LogDir& dir) {
     std::vector<CaptureOrigin> origins;
     for (const auto& command : commands) {
-        for (const auto& capture : captures_of(command.text, text_of(dir)))
-            origins.push_back(
-                {capture, tool_of(command.text), is_harmless(command) ? "" : command.outcome});
+        auto captures =
+            captures_of(command.text, dir.path());  // those that it did not make as well
+        captures.insert(captures.end(), command.captures.begin(), command.captures.end());
+        const auto ended_badly = is_harmless(command) ? "" : outcome(command);
+        for (auto& capture : captures)
+            origins.push_back({std::move(capture), command.tool, ended_badly});
     }
     return origins;
 }
 
-// The captures of the host's own questions, and no others, have this name.
-bool is_own_question(const CommandInfo& command, const LogDir& dir) {
-    const auto captures = captures_of(command.text, text_of(dir));
-    return !captures.empty() && captures.front().starts_with("host_");
-}
-
 // "sensorinfo.txt: ipmitool: killed by signal 9"
 std::string cut_off_words(const CommandInfo& command, const LogDir& dir) {
-    const auto captures = captures_of(command.text, text_of(dir));
-    return (captures.empty() ? "" : captures.front() + ": ") + tool_of(command.text) + ": " +
-           command.outcome;
+    const auto captures = captures_of(command.text, dir.path());
+    return (captures.empty() ? "" : captures.front() + ": ") + command.tool + ": " +
+           outcome(command);
 }
 
 // "2026-11-21T01:20:40Z" as this system's clock shows it: captures have local times.
@@ -140,7 +93,7 @@ findings::Circumstances circumstances_of(const Store& store,
     circumstances.lacks = lacks_in(store.meta("lacks"));
     for (const auto& command : commands) {
         // A question of the host's own is a further one: without its answer the collection is what it was.
-        if (command.cut_off && !is_own_question(command, dir))
+        if (was_cut_off(command) && command.origin != "host")
             circumstances.cut_off_commands.push_back(cut_off_words(command, dir));
     }
     return circumstances;

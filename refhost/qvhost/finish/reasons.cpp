@@ -1,16 +1,23 @@
 #include "qvhost/finish/reasons.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
-#include <charconv>
-#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "inventory/exit_codes.h"
+#include "inventory/ipmi/aside.h"
 #include "qvhost/base/plugin.h"
+#include "qvhost/finish/not_executable.h"
+#include "runner/shell_words.h"
+#include "show/visible.h"
 
 namespace qvhost {
 
@@ -18,60 +25,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What ends the collection of all BMC tables, as the log tells it; behind some a code follows.
-struct Stop {
-    const char* words;
-    const char* reason;
-};
-
-constexpr Stop kBmcStops[] = {
-    {"No BMC, return 4",                            "no BMC on this platform"                   },
-    {"Fail to get the Product Name",                "the product name could not be read"        },
-    {"Failed to get the Marlox path, exit",         "the program's directory could not be found"},
-    {"Fail to get the Linux OS structure",          "the word size could not be read"           },
-    {"Failed to start IPMI service,exit code:",     "the IPMI service did not start, exit code "},
-    {"Signal terminal while starting IPMI service", "starting the IPMI service was killed"      },
-    {"Failed to start IPMI service, could not",     "the IPMI service could not be started"     },
-};
-
-// Whether an IPMI tool speaks of an error in the first part of its answer.
-bool holds_error(const fs::path& capture) {
-    std::ifstream file(capture, std::ios::binary);
-    std::string text(65536, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(file.gcount()));
-    for (const char* sign : {"Error", "Bad response", "Cannot open an IPMI driver"}) {
-        if (text.find(sign) != std::string::npos) return true;
-    }
-    return false;
-}
-
-std::string tool_failed(const std::string& tool, const std::string& code) {
-    if (code == "127") return tool + " is not installed (exit code 127)";
-    if (code == "126") return tool + " cannot be run (exit code 126)";
-    // A shell tells of a signal by 128 and the signal's number.
-    int number = 0;
-    std::from_chars(code.data(), code.data() + code.size(), number);
-    if (number > 128 && number <= 128 + SIGTERM)
-        return tool + " was killed by signal " + std::to_string(number - 128);
-    return tool + " failed with code " + code;
-}
-
-// "exit code 127: not installed" -> "127"; empty if the tool ended in another way.
-std::string exit_code(const CommandInfo& command) {
-    const std::string words = "exit code ";
-    if (!command.outcome.starts_with(words)) return "";
-    const auto end = command.outcome.find_first_not_of("0123456789", words.size());
-    return command.outcome.substr(words.size(), end - words.size());
-}
-
-// Whether the shell could not start the tool of a command that ended with this code.
-bool did_not_run(const std::string& code) { return code == "127" || code == "126"; }
+constexpr int kCannotRun = 126;  // exit codes of a shell
+constexpr int kNotFound = 127;
+constexpr std::size_t kHeadBytes = 65536;     // read of a capture
+constexpr std::size_t kMostCharacters = 200;  // of what a tool said
 
 // Whether the text is the declared one, with any text for each of its places: "'{P}tool_{x}' show".
 bool is_command(std::string_view text, std::string_view declared) {
     const auto literal = declared.substr(0, declared.find('{'));
-    if (literal.empty() || !text.starts_with(literal)) return false;
+    if (literal.empty() ? declared.empty() : !text.starts_with(literal)) return false;
     text.remove_prefix(literal.size());
     declared.remove_prefix(literal.size());
     while (!declared.empty()) {
@@ -92,39 +54,132 @@ bool is_operation(const std::string& name) {
                        [&](const Operation& one) { return name == one.name; });
 }
 
+using Lines = std::vector<std::string>;
+
+Lines lines_of(const std::string& text) {
+    Lines lines;
+    boost::split(lines, text, [](char c) { return c == '\n'; });
+    return lines;
+}
+
+Lines first_lines(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string text(kHeadBytes, '\0');
+    in.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(in.gcount()));
+    return lines_of(text);
+}
+
+std::string cut(const std::string& text) {
+    return text.size() <= kMostCharacters ? text : text.substr(0, kMostCharacters) + "...";
+}
+
+// "Description = Controller 0 not found" -> "Controller 0 not found"; empty if it is another key's.
+std::string value_of(std::string_view key, const std::string& line) {
+    const auto equals = line.find('=');
+    if (equals == std::string::npos || trimmed(line.substr(0, equals)) != key) return "";
+    return trimmed(line.substr(equals + 1));
+}
+
+// storcli says first whether it could answer:
+//     Status = Failure
+//     Description = Controller 0 not found
+std::string storcli_error(const Lines& lines) {
+    bool failed = false;
+    for (const auto& line : lines) {
+        if (value_of("Status", line) == "Failure") failed = true;
+        const auto description = failed ? value_of("Description", line) : "";
+        if (!description.empty()) return description == "None" ? "Status = Failure" : description;
+    }
+    return failed ? "Status = Failure" : "";
+}
+
+std::string ipmi_error(const Lines& lines) {
+    for (const auto& line : lines) {
+        const std::string text(inventory::without_chatter(line));
+        if (inventory::is_tool_error(text)) return trimmed(text);
+    }
+    return "";
+}
+
+// Where tools put their errors, beside their exit code.
+struct ErrorForm {
+    std::string_view tool;
+    std::string (*find)(const Lines& lines);
+};
+
+constexpr auto kErrorForms = std::to_array<ErrorForm>({
+    {"storcli",  storcli_error},
+    {"ipmitool", ipmi_error   },
+    {"ipmiutil", ipmi_error   },
+});
+
+// "/bin/sh: 1: lspci: not found": the shell could not start a part of the command.
+bool is_shells_complaint(std::string_view line) {
+    return line.find(": not found") != std::string_view::npos ||
+           line.find("command not found") != std::string_view::npos ||
+           line.ends_with(": Permission denied") || line.ends_with(": No such file or directory");
+}
+
+// The last words of the shell's line: "Permission denied".
+std::string last_words(const std::string& line) {
+    const auto colon = line.rfind(": ");
+    return colon == std::string::npos ? line : line.substr(colon + 2);
+}
+
+// "... error while loading shared libraries: libx.so.1: cannot open shared object file: ..."
+std::string missing_library(const Lines& lines) {
+    constexpr std::string_view words = "error while loading shared libraries: ";
+    for (const auto& line : lines) {
+        const auto at = line.find(words);
+        if (at == std::string::npos) continue;
+        const auto name = line.substr(at + words.size());
+        return name.substr(0, name.find(':'));
+    }
+    return "";
+}
+
+bool printed_nothing(const fs::path& capture) {
+    std::error_code error;
+    return fs::file_size(capture, error) == 0 && !error;
+}
+
+// Whether the tool did what it should and found no controller: "Controller 0 not found"
+bool tells_absence(const std::string& error) {
+    return error.find("Controller") != std::string::npos &&
+           (error.find("not found") != std::string::npos || error.starts_with("No Controller"));
+}
+
+std::string end_of(const DeclaredTable& table, const CommandInfo& command) {
+    const bool not_asked = !command.started && !command.stopped_by.empty();
+    return (not_asked ? "" : table.tool + ": ") + outcome(command);
+}
+
+bool failed(const CommandInfo& command) {
+    return command.exit.value_or(1) != 0 &&
+           !inventory::ran_to_its_end(command.text, outcome(command));
+}
+
 }  // namespace
 
-Evidence::Evidence(const LogDir& dir, fs::path tools, fs::file_time_type started,
-                   const Store& store)
-    : captures_(dir.path()),
-      tools_(std::move(tools)),
-      started_(started),
-      commands_(store.commands()),
-      declared_(declared_tables(store)) {
+Evidence::Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
+                   bool broken_off)
+    : dir_(dir),
+      places_(std::move(places)),
+      log_(log),
+      declared_(declared_tables(store)),
+      broken_off_(broken_off) {
     boost::split(also_, store.meta("also"), [](char c) { return c == ','; });
-    std::ifstream log(dir.log());
-    const std::string mark = "[repo] ";
-    for (std::string line; std::getline(log, line);) {
-        const auto at = line.find(mark);
-        if (at != std::string::npos) messages_.push_back(line.substr(at + mark.size()));
+    std::ifstream messages(dir.log());
+    const std::string words = "[repo] Product name(20bytes):";
+    for (std::string line; !product_is_logged_ && std::getline(messages, line);) {
+        const auto at = line.find(words);
+        if (at == std::string::npos) continue;
+        product_is_logged_ = true;
+        product_ = line.substr(at + words.size());
+        // A line end within it is written \n.
+        product_ = trimmed(product_.substr(0, product_.find('\\')));
     }
-}
-
-const std::string* Evidence::behind(const std::string& words, std::string& text) const {
-    for (const auto& message : messages_) {
-        if (!message.starts_with(words)) continue;
-        text = message.substr(words.size());
-        return &text;
-    }
-    return nullptr;
-}
-
-bool Evidence::is_installed(const std::string& tool) const {
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(tools_, ignored)) {
-        if (entry.path().filename().string().starts_with(tool)) return true;
-    }
-    return false;
 }
 
 const DeclaredTable* Evidence::declared(const std::string& id) const {
@@ -133,68 +188,200 @@ const DeclaredTable* Evidence::declared(const std::string& id) const {
     return found == declared_.end() ? nullptr : &*found;
 }
 
-const CommandInfo* Evidence::last_command(const DeclaredTable& table) const {
-    const auto last = [&](auto is_meant) {
-        const auto found = std::find_if(commands_.rbegin(), commands_.rend(), is_meant);
-        return found == commands_.rend() ? nullptr : &*found;
-    };
+std::string Evidence::section_of(const std::string& module, const DeclaredTable& table) const {
+    if (is_operation(table.filled)) return std::string(kAlsoMark) + table.filled;
+    return std::string(kModuleMark) + module;
+}
+
+template <class Test>
+const CommandInfo* Evidence::last_in(const std::string& section, Test is_meant) const {
+    for (auto i = log_.commands.size(); i-- > 0;) {
+        const bool is_there = log_.sections[i] == section || log_.sections[i].empty();
+        if (is_there && is_meant(log_.commands[i])) return &log_.commands[i];
+    }
+    return nullptr;
+}
+
+const CommandInfo* Evidence::maker(const std::string& section, const DeclaredTable& table) const {
     if (table.capture.empty()) return nullptr;
-    const auto capture = (captures_ / table.capture).string();
-    if (const auto* writer = last([&](const CommandInfo& c) { return writes(c, capture); }))
-        return writer;
-    return last([&](const CommandInfo& c) { return is_command(c.text, table.command); });
+    const auto writes_it = [&](const CommandInfo& command) {
+        const auto files = captures_of(command.text, dir_.path());
+        return std::find(files.begin(), files.end(), table.capture) != files.end();
+    };
+    if (const auto* writer = last_in(section, writes_it)) return writer;
+    return last_in(section, [&](const CommandInfo& command) {
+        return is_command(command.text, table.command);
+    });
 }
 
-std::string Evidence::from_command(const DeclaredTable& table) const {
-    const auto* command = last_command(table);
-    if (!command || !command->cut_off) return "";
-    return table.tool + ": " + command->outcome;
+fs::path Evidence::file_of(const CommandInfo& command) const {
+    const auto path = runner::shell_word(command.text);
+    if (path.find('/') != std::string::npos) return path;
+    std::vector<std::string> directories;
+    boost::split(directories, places_.search_path, [](char c) { return c == ':'; });
+    std::error_code ignored;
+    for (const auto& directory : directories) {
+        const auto file = fs::path(directory) / path;
+        if (!directory.empty() && fs::exists(file, ignored)) return file;
+    }
+    return {};
 }
 
-std::string Evidence::from_log(const DeclaredTable& table) const {
-    const auto& label = table.log_label;
-    if (label.empty()) return "";
-    std::string rest;
-    if (behind("Failed to get " + label + " info,exit code:", rest))
-        return tool_failed(table.tool, rest);
-    if (behind("Signal terminal while getting " + label + " info", rest))
-        return table.tool + " was killed, or took too long";
-    if (behind("Failed to get " + label + " info", rest))
-        return table.tool + " could not be started";
-    for (const auto& stop : kBmcStops) {
-        if (!behind(stop.words, rest)) continue;
-        const std::string reason = stop.reason;
-        return reason.ends_with(' ') ? reason + rest : reason;
+// Whether the tool's file is known not to be there.
+bool Evidence::is_missing(const CommandInfo& command) const {
+    if (places_.vendor_tools.empty()) return false;
+    std::error_code ignored;
+    const auto file = file_of(command);
+    return file.empty() || !fs::exists(file, ignored);
+}
+
+// What the tool said first: on standard error, or where that goes into the capture, there.
+std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo& command) const {
+    for (const auto& lines :
+         {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
+        for (const auto& line : lines) {
+            const std::string text = trimmed(inventory::without_chatter(line));
+            if (!text.empty()) return cut(text);
+        }
     }
     return "";
 }
 
-std::string Evidence::from_capture(const DeclaredTable& table) const {
-    const auto& tool = table.tool;
-    const auto* command = last_command(table);
-    const auto code = command ? exit_code(*command) : "";
-    const bool missing = table.in_qv_tools && !is_installed(tool);
-
-    const auto capture = captures_ / table.capture;
-    std::error_code error;
-    const bool is_file = fs::is_regular_file(capture, error);
-    if (!is_file || fs::last_write_time(capture, error) < started_) {
-        if (!command)
-            return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
-        if (missing) return tool + " is not in qv_tools";
-        return code.empty() || code == "0" ? tool + " left no " + table.capture
-                                           : tool_failed(tool, code);
+// Why the shell could not start it, or its loader could not load it.
+std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo& command) const {
+    const auto& tool = command.tool;
+    for (const auto& lines :
+         {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
+        if (const auto library = missing_library(lines); !library.empty())
+            return tool + " cannot be run: it needs the library " + library +
+                   ", which is not installed";
     }
-    const bool is_empty = fs::file_size(capture, error) == 0;
-    if (missing && (is_empty || did_not_run(code))) return tool + " is not in qv_tools";
-    if (is_empty && table.in_qv_tools) return tool + " printed nothing";
-    if (did_not_run(code)) return tool_failed(tool, code);
-    if (is_empty) return tool + " printed nothing";
-    if (holds_error(capture)) return tool + " answered with an error, see " + table.capture;
-    return "nothing to report in " + table.capture;
+    const auto code = " (exit code " + std::to_string(*command.exit) + ")";
+    if (is_missing(command)) {
+        if (!table.in_qv_tools) return tool + " is not installed" + code;
+        std::vector<std::string> others;
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(places_.vendor_tools, ignored)) {
+            auto name = entry.path().filename().string();
+            if (name.starts_with(table.tool)) others.push_back(std::move(name));
+        }
+        std::sort(others.begin(), others.end());
+        return tool + " is not in qv_tools" +
+               (others.empty() ? "" : "; " + boost::join(others, " and ") + " is there");
+    }
+    if (!places_.vendor_tools.empty()) {
+        if (const auto why = why_not_executable(file_of(command)); !why.empty())
+            return tool + " cannot be run: " + why;
+    }
+    if (*command.exit == kNotFound) return tool + " is not installed" + code;
+    const auto said = first_words(table, command);
+    return tool + " cannot be run: " + (said.empty() ? "exit code 126" : last_words(said));
 }
 
-std::string Evidence::why_empty(const std::string& id) const {
+// The error that the tool itself tells of where it tells of errors; empty: none.
+std::string Evidence::answered_error(const DeclaredTable& table, const CommandInfo& command) const {
+    for (const auto& form : kErrorForms) {
+        if (form.tool != table.tool) continue;
+        for (const auto& lines :
+             {first_lines(dir_.path() / table.capture), lines_of(command.standard_error)}) {
+            if (const auto error = form.find(lines); !error.empty()) return cut(error);
+        }
+    }
+    return "";
+}
+
+// What went wrong with the command; empty: it ran and told of no error.
+std::string Evidence::trouble(const DeclaredTable& table, const CommandInfo& command) const {
+    if (was_cut_off(command)) return end_of(table, command);
+    if (*command.exit == kCannotRun || *command.exit == kNotFound)
+        return why_not_run(table, command);
+    const bool is_empty = printed_nothing(dir_.path() / table.capture);
+    if ((*command.exit != 0 || is_empty) && !places_.vendor_tools.empty()) {
+        const auto file = file_of(command);
+        std::error_code ignored;
+        const auto why = !file.empty() && fs::exists(file, ignored) ? why_not_executable(file) : "";
+        if (!why.empty()) return command.tool + " cannot be run: " + why;
+    }
+    if (const auto error = answered_error(table, command); !error.empty())
+        return table.tool + " answered: " + error;
+    if (!failed(command)) return "";
+    const auto said = first_words(table, command);
+    return table.tool + " failed with code " + std::to_string(*command.exit) +
+           (said.empty() ? "" : ": " + said);
+}
+
+// The plug-in takes the product's name from dmidecode, whose errors its command hides; it also asks
+// dmidecode for everything.
+std::string Evidence::why_no_bmc() const {
+    const CommandInfo* dmidecode = nullptr;
+    DeclaredTable table;
+    table.tool = "dmidecode";
+    for (const auto& command : log_.commands) {
+        const auto captures = captures_of(command.text, dir_.path());
+        if (command.tool != table.tool || captures.empty()) continue;
+        dmidecode = &command;
+        table.capture = captures.front();
+    }
+    auto product = product_;
+    constexpr std::string_view key = "Product Name:";
+    for (const auto& line : dmidecode ? first_lines(dir_.path() / table.capture) : Lines()) {
+        const auto text = trimmed(line);
+        if (!text.starts_with(key)) continue;
+        const auto name = trimmed(text.substr(key.size()));
+        // The log has the beginning of it.
+        if ((product_is_logged_ && product_.empty()) || !name.starts_with(product_)) continue;
+        product = name;
+        break;
+    }
+    if (!product.empty())
+        return "not asked: the plug-in knows no BMC of the product \"" + cut(product) + "\"";
+    if (!dmidecode) return "not asked: the product's name could not be read";
+    if (const auto why = trouble(table, *dmidecode); !why.empty())
+        return "not asked: the product is not known, since " + why;
+    return "not asked: dmidecode tells no product name";
+}
+
+// Which of the commands that decide whether the table's is run said no, and why; empty: none of them.
+std::string Evidence::why_gate_closed(const std::string& section,
+                                      const DeclaredTable& table) const {
+    const CommandInfo* before = nullptr;
+    for (std::string gate : table.gates) {
+        const bool need_only_run = gate.ends_with(" >");
+        if (need_only_run) gate.resize(gate.size() - 2);
+        const auto* command = last_in(section, [&](const CommandInfo& one) {
+            return is_command(runner::without_redirections(one.text), gate) ||
+                   one.text.starts_with(gate + " ");
+        });
+        if (!command) {
+            if (!before) return "unknown";
+            return before->tool == "dmidecode" || before->tool == "uname" ? why_no_bmc()
+                                                                          : "unknown";
+        }
+        before = command;
+        const auto name = short_text(*command);
+        if (!command->started && !command->stopped_by.empty()) return outcome(*command);
+        if (need_only_run && command->started) continue;
+        if (was_cut_off(*command)) return "not asked: " + name + ": " + outcome(*command);
+        for (const auto& line : lines_of(command->standard_error)) {
+            if (is_shells_complaint(trimmed(line)))
+                return "not asked: " + name + " said: " + cut(trimmed(line));
+        }
+        if (command->exit == kNotFound)
+            return "not asked: " + command->tool + " is not installed (exit code 127)";
+        if (*command->exit != 0) return "not asked: " + name + ": " + outcome(*command);
+    }
+    return "";
+}
+
+std::string Evidence::why_not_asked(const std::string& section, const DeclaredTable& table) const {
+    const bool is_last =
+        log_.sections.empty() || log_.sections.back() == section || log_.sections.back().empty();
+    if (broken_off_ && is_last) return "not asked: the collection ended before";
+    if (const auto why = why_gate_closed(section, table); !why.empty()) return why;
+    return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
+}
+
+std::string Evidence::why_empty(const std::string& module, const std::string& id) const {
     const auto* table = declared(id);
     if (!table) return "unknown";
     const auto& filled = table->filled;
@@ -203,15 +390,36 @@ std::string Evidence::why_empty(const std::string& id) const {
     if (is_operation(filled) && std::find(also_.begin(), also_.end(), filled) == also_.end())
         return "collected only with --also " + filled;
     if (table->tool.empty()) return "nothing to report";
-    for (const auto& told : {from_command(*table), from_log(*table)}) {
-        if (!told.empty()) return told;
-    }
-    return from_capture(*table);
+    const auto section = section_of(module, *table);
+    const auto* command = maker(section, *table);
+    if (!command) return why_not_asked(section, *table);
+    if (auto why = trouble(*table, *command); !why.empty()) return why;
+    const auto capture = dir_.path() / table->capture;
+    std::error_code ignored;
+    if (!fs::is_regular_file(capture, ignored)) return table->tool + " left no " + table->capture;
+    if (printed_nothing(capture)) return table->tool + " printed nothing";
+    return "nothing to report in " + table->capture;
 }
 
-std::string Evidence::why_partial(const std::string& id) const {
+std::string Evidence::why_partial(const std::string& module, const std::string& id) const {
     const auto* table = declared(id);
-    return table ? from_command(*table) : "";
+    if (!table) return "";
+    const auto* command = maker(section_of(module, *table), *table);
+    return command && was_cut_off(*command) ? end_of(*table, *command) : "";
+}
+
+std::string Evidence::why_failed(const ModuleInfo& module) const {
+    std::string first;
+    for (const auto& [id, title, layout, records, reason] : module.tables) {
+        const auto* table = declared(id);
+        if (!table || table->tool.empty() || table->filled != "always") continue;
+        const auto* command = maker(section_of(module.name, *table), *table);
+        if (!command || command->exit == kNotFound || command->exit == kCannotRun) continue;
+        const auto why = trouble(*table, *command);
+        if (why.empty() || tells_absence(answered_error(*table, *command))) return "";
+        if (first.empty()) first = why;
+    }
+    return first;
 }
 
 }  // namespace qvhost

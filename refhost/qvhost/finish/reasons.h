@@ -1,49 +1,69 @@
-// Why a table is empty or partial, as far as its declaration, the log, the commands and the captures tell.
+// Why a table is empty or partial, as the commands that make its capture tell. Where nothing tells, the
+// reason is "unknown".
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "qvhost/base/log_dir.h"
+#include "qvhost/finish/commands.h"
 #include "store/declared_table.h"
 #include "store/store.h"
 
 namespace qvhost {
 
+// Where the tools of the collection are looked for. Empty: this is not known, and nothing is said of it.
+struct ToolPlaces {
+    std::filesystem::path vendor_tools;
+    std::string search_path;
+};
+
 class Evidence {
 public:
-    // Reads the log of the collection. `tools` is the directory of the vendors' tools; captures that
-    // are older than `started` are those of an earlier collection; the store has the declarations and
-    // the commands.
-    Evidence(const LogDir& dir, std::filesystem::path tools,
-             std::filesystem::file_time_type started, const Store& store);
+    // The store has the declarations of the tables. `broken_off`: the collection did not come to its end,
+    // so that what its last module did not ask is no answer.
+    Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
+             bool broken_off);
 
-    // Why the table has no records, for people. Never empty; "unknown" of one that is not declared.
-    std::string why_empty(const std::string& table) const;
+    // Why the table of the module has no records, for people. Never empty.
+    std::string why_empty(const std::string& module, const std::string& table) const;
 
     // Why a table that has records may lack some; empty: nothing tells that it does.
-    std::string why_partial(const std::string& table) const;
+    std::string why_partial(const std::string& module, const std::string& table) const;
+
+    // Why every tool of the module that could be run failed, by the first of its tables; empty: one did
+    // not, or none is installed.
+    std::string why_failed(const ModuleInfo& module) const;
 
 private:
     const DeclaredTable* declared(const std::string& id) const;  // null: it is not
-    // The last command that left the table's capture; null: there is none.
-    const CommandInfo* last_command(const DeclaredTable& table) const;
-    std::string from_command(const DeclaredTable& table) const;
-    std::string from_log(const DeclaredTable& table) const;
-    std::string from_capture(const DeclaredTable& table) const;
-    bool is_installed(const std::string& tool) const;
-    // Sets `text` to what follows the words in the log; null if they are not there.
-    const std::string* behind(const std::string& words, std::string& text) const;
+    std::string section_of(const std::string& module, const DeclaredTable& table) const;
+    // The last command of the section for which this holds; null: there is none.
+    template <class Test>
+    const CommandInfo* last_in(const std::string& section, Test is_meant) const;
+    // The last command of the module that left the table's capture; null: there is none.
+    const CommandInfo* maker(const std::string& section, const DeclaredTable& table) const;
 
-    std::filesystem::path captures_;
-    std::filesystem::path tools_;
-    std::filesystem::file_time_type started_;
-    std::vector<CommandInfo> commands_;
+    bool is_missing(const CommandInfo& command) const;
+    std::filesystem::path file_of(
+        const CommandInfo& command) const;  // of its tool; empty: not found
+    std::string why_not_run(const DeclaredTable& table, const CommandInfo& command) const;
+    std::string why_not_asked(const std::string& section, const DeclaredTable& table) const;
+    std::string why_gate_closed(const std::string& section, const DeclaredTable& table) const;
+    std::string why_no_bmc() const;
+    std::string trouble(const DeclaredTable& table, const CommandInfo& command) const;
+    std::string answered_error(const DeclaredTable& table, const CommandInfo& command) const;
+    std::string first_words(const DeclaredTable& table, const CommandInfo& command) const;
+
+    LogDir dir_;
+    ToolPlaces places_;
+    const CommandLog& log_;
     std::vector<DeclaredTable> declared_;
     std::vector<std::string> also_;  // what the user asked for beside the modules
-    std::vector<std::string> messages_;
+    std::string product_;            // as the plug-in's log tells it
+    bool product_is_logged_ = false;
+    bool broken_off_;
 };
 
 }  // namespace qvhost

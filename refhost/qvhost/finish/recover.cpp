@@ -69,9 +69,7 @@ std::string recover(const LogDir& dir) {
         damaged = !damage.empty();
         if (damaged) found += "; " + damage;
         importer.explain_unreached();
-        store.set_status(found);
-        finish_report(store, dir, program_file().parent_path() / "qv_tools",
-                      std::filesystem::file_time_type::min());
+        finish_report(store, dir, {}, {.problem = found});
     }
     // What belonged to the old store must not lie beside the new one: SQLite would take it for its own.
     for (const char* part : {"-wal", "-shm", "-journal"}) fs::remove(dir.store().string() + part);

@@ -13,6 +13,8 @@ namespace qvhost {
 
 void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
                    const TerminalStyle& style) {
+    if (const auto status = store.status_text(); status != "complete")
+        out << "The collection is " << one_line(status) << "\n\n";
     if (const auto verdict = read_verdict(store); !verdict.health.empty()) {
         show_verdict(out, verdict, style);
         out << '\n';
@@ -31,8 +33,6 @@ void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
         print_table(out, {"Module", "Table", "Records", "Note"}, rows, style);
         out << '\n';
     }
-    if (const auto status = store.status_text(); status != "complete")
-        out << "The collection is " << one_line(status) << '\n';
     out << "Report: " << one_line(dir.page().string()) << '\n';
 }
 
