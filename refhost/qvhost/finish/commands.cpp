@@ -139,10 +139,10 @@ private:
         command.signal.reset();
         if (status == -1) {
             command.started.reset();
-        } else if (WIFSIGNALED(status)) {
-            command.signal = WTERMSIG(status);
-        } else {
+        } else if (WIFEXITED(status) && (status == 0 || WEXITSTATUS(status) != 0)) {
             command.exit = WEXITSTATUS(status);
+        } else {
+            command.signal = WTERMSIG(status);
         }
         std::string reason;
         words >> reason;
