@@ -69,21 +69,23 @@ Json gates_of(const Table& table, const Module& module) {
 Json described(const Table& table, const Module& module) {
     Json columns = Json::array();
     for (const Column& column : table.columns) columns.push_back(described(column, table));
+    const Json gates = gates_of(table, module);
+    const char* layout = table.layout.kind == Layout::Kind::header_row ? "rows" : "columns";
     return {
-        {"id",         table.id              },
-        {"title",      table.title           },
-        {"row",        table.row             },
-        {"tool",       table.source.tool     },
-        {"tool_place", tool_place(table)     },
-        {"command",    table.source.command  },
-        {"capture",    table.source.capture  },
-        {"log_label",  table.source.log_label},
-        {"not_asked",  table.source.not_asked},
-        {"gates",      gates_of(table,         module)},
-        {"filled",            filled_word(table.filled)                          },
-        {"layout",            table.layout.kind == Layout::Kind::header_row ? "rows" : "columns"},
-        {"count",            table.layout.count                           },
-        {"columns",            columns},
+        {"id",         table.id                 },
+        {"title",      table.title              },
+        {"row",        table.row                },
+        {"tool",       table.source.tool        },
+        {"tool_place", tool_place(table)        },
+        {"command",    table.source.command     },
+        {"capture",    table.source.capture     },
+        {"log_label",  table.source.log_label   },
+        {"not_asked",  table.source.not_asked   },
+        {"gates",      gates                    },
+        {"filled",     filled_word(table.filled)},
+        {"layout",     layout                   },
+        {"count",      table.layout.count       },
+        {"columns",    columns                  },
     };
 }
 

@@ -112,8 +112,10 @@ std::vector<VendorFile> find_vendor_tools(const std::vector<WantedTool>& wanted,
     return files;
 }
 
-void write_vendor_scripts(const std::vector<VendorFile>& files, const Place& place,
-                          const fs::path& directory) {
+std::map<std::string, fs::path> write_vendor_scripts(const std::vector<VendorFile>& files,
+                                                     const Place& place,
+                                                     const fs::path& directory) {
+    std::map<std::string, fs::path> started;
     // The plug-in's chmod of all files there would complain if there were none.
     write_new_file(directory / "README",
                    "Scripts of a collection: each starts a vendor's tool where that lies.\n");
@@ -129,7 +131,9 @@ void write_vendor_scripts(const std::vector<VendorFile>& files, const Place& pla
         write_script(directory / file.build, beginning(place) + "[ -e " + quoted +
                                                  " ] || exec /bin/sh -c '\"$@\"' sh " + quoted +
                                                  " \"$@\"\nexec " + quoted + " \"$@\"\n");
+        started[file.build] = program;
     }
+    return started;
 }
 
 }  // namespace qvhost::compat

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,10 @@ std::vector<VendorFile> find_vendor_tools(const std::vector<WantedTool>& wanted,
                                           const WhyNotTrusted& why_not_trusted);
 
 // Writes a script for each file that answers into `directory`. It starts the file where that lies; one that
-// may not be executed, as tools are delivered, is started as a copy. Throws std::exception.
-void write_vendor_scripts(const std::vector<VendorFile>& files, const Place& place,
-                          const std::filesystem::path& directory);
+// may not be executed, as tools are delivered, is started as a copy. Returns which file is started, by build.
+// Throws std::exception.
+std::map<std::string, std::filesystem::path> write_vendor_scripts(
+    const std::vector<VendorFile>& files, const Place& place,
+    const std::filesystem::path& directory);
 
 }  // namespace qvhost::compat

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "report.h"
 #include "report_under_test.h"
 #include "store/store.h"
 #include "verdict/inventory_tables.h"
@@ -44,12 +45,17 @@ protected:
         return file;
     }
 
+    static std::string status_of(const fs::path& report) {
+        const auto file = fs::is_directory(report) ? store_in(report) : report;
+        return qvhost::Store(file, qvhost::Store::Mode::read).status_text();
+    }
+
     std::string metrics(const fs::path& report) {
         const auto outcome = run({"export", report, "--format", "prometheus"});
         EXPECT_EQ(outcome.exit, 0);
-        EXPECT_TRUE(outcome.err.empty() ||
-                    outcome.err.starts_with("qvhost: this collection is incomplete"))
-            << outcome.err;
+        const auto status = status_of(report);
+        const bool is_told = status.starts_with("incomplete");
+        EXPECT_EQ(outcome.err, is_told ? "qvhost: this collection is " + status + "\n" : "");
         return outcome.out;
     }
 
@@ -102,9 +108,13 @@ private:
 TEST_F(Prometheus, EveryRecordedServerGivesCleanMetrics) {
     for (const auto& name : recorded_servers()) {
         SCOPED_TRACE(name);
-        const auto text = metrics(replayed(name));
+        const auto report = replayed(name);
+        const auto text = metrics(report);
         expect_clean(text);
-        EXPECT_NE(text.find("\nqvhost_collection_complete 1\n"), std::string::npos);
+        const bool complete = !is_incomplete(name);
+        EXPECT_EQ(status_of(report) == "complete", complete) << status_of(report);
+        EXPECT_NE(text.find("\nqvhost_collection_complete "s + (complete ? "1\n" : "0\n")),
+                  std::string::npos);
         EXPECT_NE(text.find("\nqvhost_collection_end_timestamp_seconds "), std::string::npos);
         EXPECT_NE(text.find("\nqvhost_collection_duration_seconds "), std::string::npos);
     }

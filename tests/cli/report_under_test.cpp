@@ -28,8 +28,13 @@ fs::path ReportTest::replayed(const std::string& machine) {
     // Some recorded tools hang.
     const auto outcome = run({"replay", fs::path(QV_SAMPLES) / machine, "--log-dir", log,
                               "--tool-timeout", "5", "--quiet"});
-    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_EQ(outcome.exit, is_incomplete(machine) ? 3 : 0) << outcome.err;
     return log;
+}
+
+// Tools that hang, and a module of which every tool fails.
+bool is_incomplete(const std::string& machine) {
+    return machine == "x86_64-kp110-storage-faults" || machine == "x86_64-kp120-tools-killed";
 }
 
 qvhost::Record record(std::vector<qvhost::Property> properties) {

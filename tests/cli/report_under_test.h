@@ -25,4 +25,7 @@ qvhost::Record record(std::vector<qvhost::Property> properties);
 
 std::vector<std::string> recorded_servers();
 
+// Whether a collection from the recorded server is incomplete.
+bool is_incomplete(const std::string& machine);
+
 }  // namespace test

@@ -25,7 +25,8 @@ protected:
     void SetUp() override { ::setenv("QV_COMMAND_LOG", log().c_str(), 1); }
     void TearDown() override {
         for (const char* variable :
-             {"QV_COMMAND_LOG", "QV_TOOL_TIMEOUT", "QV_SILENCE_TIMEOUT", "QV_DEADLINE"})
+             {"QV_COMMAND_LOG", "QV_TOOL_TIMEOUT", "QV_TOOL_LIMITS", "QV_SILENCE_TIMEOUT",
+              "QV_DEADLINE", "QV_DEVICE_TOOLS", "QV_DEVICE_QUESTION", "QV_DEVICE_LEFT"})
             ::unsetenv(variable);
     }
 
@@ -194,6 +195,81 @@ TEST_F(Limits, ALogThatCannotBeWrittenIsNoReasonToCollectLess) {
     ::setenv("QV_COMMAND_LOG", "/nowhere/at/all", 1);
     EXPECT_EQ(sensor_info(fakehost::repository()), 0);
     EXPECT_EQ(log_file("sensorinfo.txt"), "x\n");
+}
+
+// The sensor list stands for what is asked; the question is asked after two stops in a row.
+class Device : public Limits {
+protected:
+    void SetUp() override {
+        Limits::SetUp();
+        ::setenv("QV_DEVICE_TOOLS", "ipmitool", 1);
+        ::setenv("QV_DEVICE_QUESTION", "question now", 1);
+        ::setenv("QV_TOOL_LIMITS", "ipmitool=1", 1);
+        tool("ipmitool", "exit 0");
+        ask();  // what went before in this process is over
+        std::filesystem::remove(log());
+    }
+    static void ask() { sensor_info(fakehost::repository()); }
+    void device_hangs() { tool("ipmitool", "sleep 60"); }
+
+    // The commands of the log, each with its end: "ipmitool: 9 time".
+    std::string asked() const {
+        std::string text;
+        std::string name;
+        std::ifstream file(log());
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("> ")) name = "ipmitool";
+            if (line.starts_with("? ")) name = line.substr(line.find(' ', 2) + 1);
+            if (line.starts_with("< "))
+                text += name + ": " + line.substr(line.find(' ', 2) + 1) + "\n";
+            if (line.starts_with("- ")) text += line.substr(0, line.find(' ', 2)) + "\n";
+        }
+        return text;
+    }
+};
+
+TEST_F(Device, IsLeftWhenTheQuestionIsNotAnsweredEither) {
+    device_hangs();
+    tool("question", "sleep 60");
+    ::setenv("QV_TOOL_LIMITS", "ipmitool=1,question=1", 1);
+    for (int i = 0; i < 4; ++i) ask();
+    EXPECT_EQ(asked(),
+              "ipmitool: 9 time\nipmitool: 9 time\nquestion now >/dev/null 2>&1: 9 time\n"
+              "- unanswered\n- unanswered\n");
+    std::filesystem::remove(log());
+    tool("dmesg", "exit 0");
+    dmesg();
+    EXPECT_EQ(ends(), "0\n") << "what does not ask it is run";
+}
+
+TEST_F(Device, IsLeftWhenTheQuestionCannotBeAsked) {
+    device_hangs();
+    for (int i = 0; i < 3; ++i) ask();
+    EXPECT_EQ(asked(),
+              "ipmitool: 9 time\nipmitool: 9 time\nquestion now >/dev/null 2>&1: 32512\n"
+              "- unanswered\n");
+}
+
+TEST_F(Device, IsAskedOnWhenItAnswersWithAnError) {
+    device_hangs();
+    tool("question", "exit 1");
+    for (int i = 0; i < 4; ++i) ask();
+    const std::string twice =
+        "ipmitool: 9 time\nipmitool: 9 time\nquestion now >/dev/null 2>&1: 256\n";
+    EXPECT_EQ(asked(), twice + twice);
+}
+
+TEST_F(Device, AnAnswerBetweenTwoStopsCounts) {
+    tool("question", "exit 0");
+    device_hangs();
+    ask();
+    ::unsetenv("QV_TOOL_LIMITS");
+    tool("ipmitool", "exit 1");
+    ask();
+    ::setenv("QV_TOOL_LIMITS", "ipmitool=1", 1);
+    device_hangs();
+    ask();
+    EXPECT_EQ(asked(), "ipmitool: 9 time\nipmitool: 256\nipmitool: 9 time\n");
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 import {spawnSync} from "node:child_process";
 import {mkdirSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
 import {tmpdir} from "node:os";
-import {join, resolve} from "node:path";
+import {basename, join, resolve} from "node:path";
 import {pathToFileURL} from "node:url";
 import {chromium} from "playwright-core";
 
@@ -15,6 +15,9 @@ export const pictures = process.env.QV_SCREENSHOTS ?? "";
 export const work = mkdtempSync(join(tmpdir(), "qv-page-"));
 process.on("exit", () => rmSync(work, {recursive: true, force: true}));
 
+// Recorded servers of which a collection is incomplete: tools that hang, a module of which every tool fails.
+const incomplete = new Set(["x86_64-kp110-storage-faults", "x86_64-kp120-tools-killed"]);
+
 // Collects from a recorded server; once for each.
 const reports = new Map();
 export function report(machine) {
@@ -23,7 +26,7 @@ export function report(machine) {
     const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {
       encoding: "utf8",
     });
-    if (ran.status !== 0) throw new Error(`${machine}: ${ran.stderr}`);
+    if (ran.status !== (incomplete.has(basename(machine)) ? 3 : 0)) throw new Error(`${machine}: ${ran.stderr}`);
     const json = JSON.parse(readFileSync(join(directory, "report/report.json"), "utf8"));
     reports.set(machine, {directory, json, summary: ran.stdout});
   }

@@ -299,6 +299,21 @@ TEST_F(Collect, APluginIsFoundFromWhereTheUserStands) {
     EXPECT_TRUE(fs::exists(log_dir() / "report" / "report.json"));
 }
 
+// A shell or a service manager may start it so. Otherwise the system would keep no process's end.
+TEST_F(Collect, WithSigchldIgnoredItLearnsHowToolsEnd) {
+    std::vector<std::string> arguments = {"--ignore-signal=CHLD", QV_PROGRAM};
+    const auto collecting = collect("asks");
+    arguments.insert(arguments.end(), collecting.begin(), collecting.end());
+    const auto outcome = run(Invocation{.arguments = arguments,
+                                        .environment = {{"QV_TEST_COMMANDS", "exit 3\nexit 0\n"}},
+                                        .program = {"/usr/bin/env"}});
+    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    std::vector<int> ends;
+    const auto report = report_json(log_dir());
+    for (const auto& record : report["records"]) ends.push_back(record["properties"][1]["value"]);
+    EXPECT_EQ(ends, (std::vector<int>{3, 0}));
+}
+
 }  // namespace
 
 }  // namespace test

@@ -172,6 +172,83 @@ TEST_F(MissingTools, ADirectoryIsNoTool) {
               "storcli cannot be run: it is a directory");
 }
 
+TEST_F(MissingTools, AFileThatOthersMayWriteIsNoTool) {
+    const auto elsewhere = dir() / "elsewhere";
+    fs::create_directory(elsewhere);
+    for (const auto& tool : builds()) fs::remove(tool);
+    write_file(elsewhere / "storcli", "#!/bin/sh\necho ran >'" + (dir() / "ran").string() + "'\n");
+    fs::permissions(elsewhere / "storcli", fs::perms::all);
+    auto collecting = this->collecting();
+    collecting.environment["PATH"] = elsewhere.string() + ":/usr/bin:/bin";
+    const auto outcome = run(collecting);
+    ASSERT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_FALSE(fs::exists(dir() / "ran"));
+    const auto why = reason(log_dir(), "EVENTLOG1");
+    EXPECT_TRUE(why.starts_with((elsewhere / "storcli is not run: ").string())) << why;
+    EXPECT_NE(outcome.err.find("qvhost: " + why), std::string::npos) << outcome.err;
+}
+
+struct Unrunnable {
+    const char* name;
+    std::string content;
+    const char* why;
+};
+
+// Programs that the system cannot start, each as the layer's script starts it and as the plug-in does.
+class UnrunnableTools : public ServerTest, public testing::WithParamInterface<Unrunnable> {};
+
+TEST_P(UnrunnableTools, AreToldFor) {
+    for (const auto& tool : builds()) write_file(tool, GetParam().content);
+    for (const std::vector<std::string>& options : {{}, std::vector<std::string>{"--no-compat"}}) {
+        fs::remove_all(log_dir());
+        const auto outcome = collect_storage(options);
+        EXPECT_EQ(outcome.exit, 0) << outcome.err;
+        EXPECT_EQ(without_build(reason(log_dir(), "EVENTLOG1")),
+                  std::string("storcli cannot be run: ") + GetParam().why);
+    }
+}
+
+// A program of this machine, changed.
+std::string changed_program(std::size_t at, const std::string& bytes) {
+    auto program = read_file("/bin/true");
+    program.replace(at, bytes.size(), bytes);
+    return program;
+}
+
+std::string program_without_loader() {
+    auto program = read_file("/bin/true");
+    const auto at = program.find("/lib");
+    program.replace(at, 4, "/LIB");
+    return program;
+}
+
+constexpr std::size_t kMachineAt = 18;  // in the header of a program
+
+const Unrunnable kUnrunnable[] = {
+    {"NoInterpreter", "#!/no/such/shell -e\n", "its interpreter /no/such/shell is not installed"},
+    {"FromWindows", "#!/bin/sh\r\necho\r\n", "its first line ends with a carriage return"},
+    {"ForAnotherMachine", changed_program(kMachineAt, "\x15"),
+     "it is a program for another kind of machine"},
+    {"CutOff", read_file("/bin/true").substr(0, 30), "it is cut off"},
+    {"Empty", "", "it is an empty file"},
+    {"LacksALibrary",
+     "#!/bin/sh\necho \"$0: error while loading shared libraries: libx.so.1: cannot open shared object "
+     "file: No such file or directory\" >&2\nexit 127\n",
+     "it needs the library libx.so.1, which is not installed"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, UnrunnableTools, testing::ValuesIn(kUnrunnable),
+                         [](const auto& one) { return std::string(one.param.name); });
+
+TEST_F(MissingTools, AProgramWithoutItsLoaderIsToldFor) {
+    const auto program = program_without_loader();
+    for (const auto& tool : builds()) write_file(tool, program);
+    ASSERT_EQ(collect_storage().exit, 0);
+    const auto why = without_build(reason(log_dir(), "EVENTLOG1"));
+    EXPECT_TRUE(why.starts_with("storcli cannot be run: it needs /LIB")) << why;
+    EXPECT_TRUE(why.ends_with(", which is not installed")) << why;
+}
+
 }  // namespace
 
 }  // namespace test

@@ -25,9 +25,10 @@ protected:
     // Why a table is empty or partial.
     static std::string reason(const std::filesystem::path& log_dir, const std::string& table);
 
-    // Why commands with these words did not end well, of the last one.
     // The text without the build of a tool, which is the system's: "storcli" of "storcli_x64".
     static std::string without_build(const std::string& text);
+
+    // Why commands with these words did not end well, of the last one.
     static std::string outcome(const std::filesystem::path& log_dir, const std::string& words);
 
     std::filesystem::path tools() const { return dir() / "server" / "bin" / "qv_tools"; }

@@ -205,22 +205,17 @@ bool asks_own_questions(const CollectOptions& options) {
 void ask_own_questions(const CollectOptions& options, const LogDir& dir,
                        std::filesystem::file_time_type started, JournalWriter& journal) {
     const char* search_path = std::getenv("PATH");
-    ask::Settings settings{
-        .log_dir = dir.path(),
-        .started = started,
-        .places = {.vendor_tools = program_file().parent_path() / "qv_tools",
-                   .search_path = search_path ? search_path : "",
-                   .why_not_trusted = why_not_trusted},
-        .for_verdicts_alone = options.profile == kHealthProfile,
-        .run = [](const std::string& command) { return runner::run(command);                                 },
-        .begin =
-            [&](const std::string& tool) {
-                journal.append(QuestionEntry{tool, "", ""});
-                   },
-        .lacks =
-            [&](const ask::Lack& lack) {
-                journal.append(QuestionEntry{"", lack.subsystem, lack.words});
-                   },
+    ask::Settings settings;
+    settings.log_dir = dir.path();
+    settings.started = started;
+    settings.places.vendor_tools = program_file().parent_path() / "qv_tools";
+    settings.places.search_path = search_path ? search_path : "";
+    settings.places.why_not_trusted = why_not_trusted;
+    settings.for_verdicts_alone = options.profile == kHealthProfile;
+    settings.run = [](const std::string& command) { return runner::run(command); };
+    settings.begin = [&](const std::string& tool) { journal.append(QuestionEntry{tool, "", ""}); };
+    settings.lacks = [&](const ask::Lack& lack) {
+        journal.append(QuestionEntry{"", lack.subsystem, lack.words});
     };
     if (options.replayed) {
         settings.recorded.emplace();

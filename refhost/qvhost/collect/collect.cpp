@@ -103,6 +103,16 @@ std::string lines_of(const std::vector<std::pair<std::string, std::string>>& pai
     return lines;
 }
 
+ToolPlaces places_of_tools(const CollectOptions& options, const Stage& stage) {
+    ToolPlaces places{.vendor_tools = stage.vendor_tools(),
+                      .search_path = stage.search_path,
+                      .started = stage.started_files,
+                      .refused = stage.refused_files};
+    if (places.search_path.empty()) places.search_path = options.search_path;
+    if (places.search_path.empty()) places.search_path = usual_search_path();
+    return places;
+}
+
 void remove_if_empty(const fs::path& file) {
     std::error_code ignored;
     if (fs::file_size(file, ignored) == 0) fs::remove(file, ignored);
@@ -168,10 +178,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("finished", utc_now());
         store.set_meta("seconds", text_of_seconds_since(begun));
         remove_if_empty(dir.console());
-        finish_report(store, dir,
-                      {stage.vendor_tools(),
-                       options.search_path.empty() ? usual_search_path() : options.search_path},
-                      ending);
+        finish_report(store, dir, places_of_tools(options, stage), ending);
     }
     sync_log_dir(dir);  // the journal is there until the disk has what was made of it
     fs::remove(dir.journal());

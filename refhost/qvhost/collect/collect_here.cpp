@@ -78,11 +78,15 @@ int collect_here(CollectOptions options, bool summary) {
     compat::write_layer(place, stand_ins);
     options.search_path = place.directory.string() + ":" + place.search_path;
     if (wanted) {
-        compat::write_vendor_scripts(files, place, programs->vendor_tools());
+        stage.started_files = compat::write_vendor_scripts(files, place, programs->vendor_tools());
+        stage.search_path = place.search_path;
         stage.program = programs->program();
         for (const auto& file : files) {
-            for (const auto& [refused, why_not] : file.refused)
-                warn(refused.string() + " is not run: " + why_not);
+            for (const auto& [refused, why_not] : file.refused) {
+                const auto words = refused.string() + " is not run: " + why_not;
+                warn(words);
+                stage.refused_files.emplace(file.build, words);
+            }
         }
     }
     note_layer(stage, stand_ins, files);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,10 @@ struct Stage {
     // and the files that answer.
     std::vector<std::pair<std::string, std::string>> stand_ins = {};
     std::vector<std::pair<std::string, std::string>> vendor_files = {};
+    // Builds again: the file that the layer's script starts, and why none is started though there is one.
+    std::map<std::string, std::filesystem::path> started_files = {};
+    std::map<std::string, std::string> refused_files = {};
+    std::string search_path = {};  // behind the layer; empty: there is none
     std::string recorded;  // when what is replayed was recorded, by the server's clock; empty: now
 
     std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }

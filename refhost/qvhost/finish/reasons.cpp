@@ -216,7 +216,9 @@ const CommandInfo* Evidence::maker(const std::string& section, const DeclaredTab
 
 fs::path Evidence::file_of(const CommandInfo& command) const {
     const auto path = runner::shell_word(command.text);
-    if (path.find('/') != std::string::npos) return path;
+    const auto started = places_.started.find(command.tool);
+    if (path.find('/') != std::string::npos)
+        return started == places_.started.end() ? fs::path(path) : started->second;
     std::vector<std::string> directories;
     boost::split(directories, places_.search_path, [](char c) { return c == ':'; });
     std::error_code ignored;
@@ -248,7 +250,8 @@ std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo&
 }
 
 // Why the shell could not start it, or its loader could not load it.
-std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Evidence::why_not_started(const DeclaredTable& table,
+                                      const CommandInfo& command) const {
     const auto& tool = command.tool;
     for (const auto& lines :
          {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
@@ -259,6 +262,8 @@ std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo&
     const auto code = " (exit code " + std::to_string(*command.exit) + ")";
     if (is_missing(command)) {
         if (!table.in_qv_tools) return tool + " is not installed" + code;
+        if (const auto why = places_.refused.find(tool); why != places_.refused.end())
+            return why->second;
         std::vector<std::string> others;
         std::error_code ignored;
         for (const auto& entry : fs::directory_iterator(places_.vendor_tools, ignored)) {
@@ -290,18 +295,23 @@ std::string Evidence::answered_error(const DeclaredTable& table, const CommandIn
     return "";
 }
 
+// Why the command's tool could not be run; empty: it was.
+std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo& command) const {
+    if (was_cut_off(command)) return "";
+    if (*command.exit == kCannotRun || *command.exit == kNotFound)
+        return why_not_started(table, command);
+    // A shell may make something of a file that is no program.
+    const bool is_empty = printed_nothing(dir_.path() / table.capture);
+    if ((*command.exit == 0 && !is_empty) || is_missing(command) || places_.vendor_tools.empty())
+        return "";
+    const auto why = why_not_executable(file_of(command));
+    return why.empty() ? "" : command.tool + " cannot be run: " + why;
+}
+
 // What went wrong with the command; empty: it ran and told of no error.
 std::string Evidence::trouble(const DeclaredTable& table, const CommandInfo& command) const {
     if (was_cut_off(command)) return end_of(table, command);
-    if (*command.exit == kCannotRun || *command.exit == kNotFound)
-        return why_not_run(table, command);
-    const bool is_empty = printed_nothing(dir_.path() / table.capture);
-    if ((*command.exit != 0 || is_empty) && !places_.vendor_tools.empty()) {
-        const auto file = file_of(command);
-        std::error_code ignored;
-        const auto why = !file.empty() && fs::exists(file, ignored) ? why_not_executable(file) : "";
-        if (!why.empty()) return command.tool + " cannot be run: " + why;
-    }
+    if (auto why = why_not_run(table, command); !why.empty()) return why;
     if (const auto error = answered_error(table, command); !error.empty())
         return table.tool + " answered: " + error;
     if (!failed(command)) return "";
@@ -414,7 +424,7 @@ std::string Evidence::why_failed(const ModuleInfo& module) const {
         const auto* table = declared(id);
         if (!table || table->tool.empty() || table->filled != "always") continue;
         const auto* command = maker(section_of(module.name, *table), *table);
-        if (!command || command->exit == kNotFound || command->exit == kCannotRun) continue;
+        if (!command || !why_not_run(*table, *command).empty()) continue;
         const auto why = trouble(*table, *command);
         if (why.empty() || tells_absence(answered_error(*table, *command))) return "";
         if (first.empty()) first = why;

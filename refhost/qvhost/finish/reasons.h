@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ namespace qvhost {
 struct ToolPlaces {
     std::filesystem::path vendor_tools;
     std::string search_path;
+    // By build, where scripts stand in for vendors' tools: the file that the script starts, and why none is
+    // started though there is one.
+    std::map<std::string, std::filesystem::path> started = {};
+    std::map<std::string, std::string> refused = {};
 };
 
 class Evidence {
@@ -48,6 +53,7 @@ private:
     bool is_missing(const CommandInfo& command) const;
     std::filesystem::path file_of(
         const CommandInfo& command) const;  // of its tool; empty: not found
+    std::string why_not_started(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_run(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_asked(const std::string& section, const DeclaredTable& table) const;
     std::string why_gate_closed(const std::string& section, const DeclaredTable& table) const;
