@@ -1,5 +1,5 @@
-// Why a table is empty, told from a log and a capture of any text.
-//     input: log, NUL, capture
+// Why a table is empty or partial and a module failed, told from a log, captures and commands of any text.
+//     input: log, NUL, capture, NUL, command log
 #include "qvhost/finish/reasons.h"
 
 #include "check.h"
@@ -20,7 +20,8 @@ const qvhost::Store& store() {
              .command = "ipmitool mc selftest",
              .capture = "selfinfo.txt",
              .log_label = "selftest",
-             .not_asked = ""},
+             .not_asked = "",
+             .gates = {}                                                         },
             {.id = "FRUINFO",
              .title = "",
              .filled = "always",
@@ -28,7 +29,8 @@ const qvhost::Store& store() {
              .command = "ipmitool fru",
              .capture = "fruinfo.txt",
              .log_label = "FRU",
-             .not_asked = ""},
+             .not_asked = "",
+             .gates = {"dmidecode -t system", "uname -i", "service ipmi start >"}},
             {.id = "RAIDINFO",
              .title = "",
              .filled = "always",
@@ -37,7 +39,8 @@ const qvhost::Store& store() {
              .command = "'{P}storcli' >'{L}c0_showall.txt'",
              .capture = "c0_showall.txt",
              .log_label = "",
-             .not_asked = ""},
+             .not_asked = "",
+             .gates = {}},
             {.id = "PMCINFO",
              .title = "",
              .filled = "pmc",
@@ -45,7 +48,8 @@ const qvhost::Store& store() {
              .command = "",
              .capture = "",
              .log_label = "",
-             .not_asked = ""},
+             .not_asked = "",
+             .gates = {}                                                     },
         };
         qvhost::write_declared_tables(made, tables);
         made.commit();
@@ -61,11 +65,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const qvhost::LogDir dir(scratch.path());
     fuzz::Pieces input(fuzz::text_of(data, size));
     fuzz::write_file(dir.log(), input.until('\0'));
-    fuzz::write_file(dir.path() / "selfinfo.txt", input.rest());
-    fuzz::write_file(dir.path() / "c0_showall.txt", input.rest());
+    const auto capture = input.until('\0');
+    for (const char* name : {"selfinfo.txt", "c0_showall.txt"})
+        fuzz::write_file(dir.path() / name, capture);
+    const auto commands = dir.path() / "commands";
+    fuzz::write_file(commands, input.rest());
 
-    const qvhost::Evidence evidence(dir, dir.path() / "qv_tools", {}, store());
-    for (const char* table : {"SELFINFO", "FRUINFO", "RAIDINFO", "PMCINFO", "SAS2IRLOG", "unknown"})
-        fuzz::expect(!evidence.why_empty(table).empty(), "there is always a reason");
+    const auto log = qvhost::read_commands(commands, dir.path(), "user");
+    for (const bool broken_off : {false, true}) {
+        const qvhost::Evidence evidence(dir, {dir.path() / "qv_tools", "/usr/bin"}, log, store(),
+                                        broken_off);
+        qvhost::ModuleInfo module{.name = "M", .display = "", .tables = {}};
+        for (const char* table :
+             {"SELFINFO", "FRUINFO", "RAIDINFO", "PMCINFO", "SAS2IRLOG", "unknown"}) {
+            fuzz::expect(!evidence.why_empty("M", table).empty(), "there is always a reason");
+            evidence.why_partial("M", table);
+            module.tables.push_back({table, "", {}, 0, ""});
+        }
+        evidence.why_failed(module);
+    }
     return 0;
 }
