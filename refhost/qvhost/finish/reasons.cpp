@@ -418,6 +418,21 @@ std::string Evidence::why_partial(const std::string& module, const std::string& 
     return command && was_cut_off(*command) ? end_of(*table, *command) : "";
 }
 
+// Whether one of the module's commands with this tool did what it should, be it to count controllers.
+bool Evidence::has_answered(const std::string& module, const std::string& tool) const {
+    const auto section = std::string(kModuleMark) + module;
+    for (std::size_t i = 0; i < log_.commands.size(); ++i) {
+        const auto& command = log_.commands[i];
+        if (log_.sections[i] != section || !command.tool.starts_with(tool)) continue;
+        const auto captures = captures_of(command.text, dir_.path());
+        DeclaredTable asked;
+        asked.tool = tool;
+        asked.capture = captures.empty() ? "" : captures.front();
+        if (!asked.capture.empty() && trouble(asked, command).empty()) return true;
+    }
+    return false;
+}
+
 std::string Evidence::why_failed(const ModuleInfo& module) const {
     std::string first;
     for (const auto& [id, title, layout, records, reason] : module.tables) {
@@ -426,7 +441,9 @@ std::string Evidence::why_failed(const ModuleInfo& module) const {
         const auto* command = maker(section_of(module.name, *table), *table);
         if (!command || !why_not_run(*table, *command).empty()) continue;
         const auto why = trouble(*table, *command);
-        if (why.empty() || tells_absence(answered_error(*table, *command))) return "";
+        if (why.empty() || tells_absence(answered_error(*table, *command)) ||
+            has_answered(module.name, table->tool))
+            return "";
         if (first.empty()) first = why;
     }
     return first;

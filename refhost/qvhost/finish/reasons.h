@@ -58,6 +58,7 @@ private:
     std::string why_not_asked(const std::string& section, const DeclaredTable& table) const;
     std::string why_gate_closed(const std::string& section, const DeclaredTable& table) const;
     std::string why_no_bmc() const;
+    bool has_answered(const std::string& module, const std::string& tool) const;
     std::string trouble(const DeclaredTable& table, const CommandInfo& command) const;
     std::string answered_error(const DeclaredTable& table, const CommandInfo& command) const;
     std::string first_words(const DeclaredTable& table, const CommandInfo& command) const;
