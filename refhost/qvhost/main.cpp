@@ -26,6 +26,7 @@
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
+#include "qvhost/present/list_runs.h"
 #include "qvhost/present/open_page.h"
 #include "qvhost/present/query.h"
 #include "qvhost/present/show.h"
@@ -72,6 +73,7 @@ constexpr struct {
     {"config", [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
     {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
+    {"list",   [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},
     {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},

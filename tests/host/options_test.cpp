@@ -90,6 +90,7 @@ TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
     const auto limits = limits_for(none);
     EXPECT_EQ(limits, kUsualLimits);
     const std::map<std::string, std::string> used = {
+        {"keep", none.keep ? std::to_string(*none.keep) : "all"},
         {"log-level", std::to_string(none.log_level)},
         {"tool-timeout", std::to_string(limits.tool_seconds)},
         {"silence-timeout", std::to_string(limits.silence_seconds)},

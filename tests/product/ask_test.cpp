@@ -157,16 +157,16 @@ TEST_F(OwnQuestions, AreAllThatACheckOfThisMachineAsks) {
     // Every five minutes: the directory does not grow.
     EXPECT_EQ(check({"--log-dir", log_dir()}).exit, 3);
     EXPECT_EQ(commands(), first);
-    for (const auto& entry : fs::directory_iterator(log_dir()))
-        EXPECT_FALSE(entry.path().filename().string().starts_with("report-")) << entry.path();
+    EXPECT_FALSE(fs::exists(log_dir() / "runs"));
 }
 
 TEST_F(OwnQuestions, ACheckNeverReplacesAFullReport) {
     ASSERT_EQ(replay(machine("")).exit, 0);
     EXPECT_EQ(check({"--log-dir", log_dir()}).exit, 3);
+    ASSERT_TRUE(fs::exists(log_dir() / "runs"));
     int aside = 0;
-    for (const auto& entry : fs::directory_iterator(log_dir()))
-        aside += entry.path().filename().string().starts_with("report-") ? 1 : 0;
+    for (const auto& entry : fs::directory_iterator(log_dir() / "runs"))
+        aside += fs::exists(store_in(entry.path())) ? 1 : 0;
     EXPECT_EQ(aside, 1);
 }
 

@@ -146,13 +146,16 @@ TEST_F(Crash, AKilledProgramLeavesNoProcessAndTheNextRunFindsItsRecords) {
     const auto next = run(collect("calm", {"--table", "VALUES"}));
     EXPECT_EQ(next.exit, 0) << next.err;
     EXPECT_NE(next.err.find("M_FAULT"), std::string::npos) << "what was found: " << next.err;
-    for (const auto& entry : fs::directory_iterator(log_dir())) {
-        if (!entry.path().filename().string().starts_with("report-")) continue;
-        expect_all_filed(entry.path() / "report.sqlite");
-        EXPECT_TRUE(fs::exists(entry.path() / "report.json"));
-        EXPECT_TRUE(fs::exists(entry.path() / "index.html"));
-        EXPECT_FALSE(fs::exists(entry.path() / "collection.journal"));
+    int earlier = 0;
+    for (const auto& entry : fs::directory_iterator(log_dir() / "runs")) {
+        ++earlier;
+        const auto report = entry.path() / "report";
+        expect_all_filed(report / "report.sqlite");
+        EXPECT_TRUE(fs::exists(report / "report.json"));
+        EXPECT_TRUE(fs::exists(report / "index.html"));
+        EXPECT_FALSE(fs::exists(report / "collection.journal"));
     }
+    EXPECT_EQ(earlier, 1);
     EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{{"VALUES", 3}}));
 }
 

@@ -1,7 +1,9 @@
 // Log directories: odd names, earlier collections, two runs at once.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
+#include <set>
 
 #include "program.h"
 #include "report.h"
@@ -58,29 +60,139 @@ TEST_F(LogDirectory, AnOpenDirectoryIsUsedWithAWarningAndLeftAsItIs) {
     EXPECT_EQ(info.st_mode & 07777, 0755u);
 }
 
-std::vector<fs::path> earlier_reports(const fs::path& log_dir) {
+// The directories below runs/, the oldest first.
+std::vector<fs::path> runs_in(const fs::path& log_dir) {
     std::vector<fs::path> found;
-    for (const auto& entry : fs::directory_iterator(log_dir)) {
-        if (entry.path().filename().string().starts_with("report-")) found.push_back(entry.path());
-    }
+    if (!fs::exists(log_dir / "runs")) return found;
+    for (const auto& entry : fs::directory_iterator(log_dir / "runs"))
+        found.push_back(entry.path());
+    std::sort(found.begin(), found.end());
     return found;
 }
 
-TEST_F(LogDirectory, AnEarlierReportMovesAside) {
+std::set<std::string> names_in(const fs::path& directory) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+TEST_F(LogDirectory, AnEarlierRunMovesAsAWhole) {
     ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto files = names_in(log_dir());
+    ASSERT_TRUE(files.contains("capture.txt"));
+    const auto store = read_file(store_in(log_dir()));
     const auto second = run(collect("calm", {"--table", "VALUES"}));
     EXPECT_EQ(second.exit, 0);
 
-    const auto earlier = earlier_reports(log_dir());
+    const auto earlier = runs_in(log_dir());
     ASSERT_EQ(earlier.size(), 1u);
     EXPECT_NE(second.err.find(earlier[0].string()), std::string::npos) << second.err;
-    EXPECT_EQ(counts(earlier[0] / "report.sqlite").at("ANOTHER"), 1);
+    EXPECT_EQ(names_in(earlier[0]), files);
+    EXPECT_EQ(read_file(store_in(earlier[0])), store);
     EXPECT_EQ(counts(store_in(log_dir())), (std::map<std::string, int>{{"VALUES", 3}}));
     EXPECT_EQ(log_texts(log_dir()).size(), 4u) << "the log is of the second run alone";
 
+    const auto shown = run({"show", earlier[0], "ANOTHER"});
+    EXPECT_EQ(shown.exit, 0) << shown.err;
+    EXPECT_NE(shown.out.find("ANOTHER"), std::string::npos) << shown.out;
+
     ASSERT_EQ(run(collect("calm")).exit, 0);
     ASSERT_EQ(run(collect("calm")).exit, 0);
-    EXPECT_EQ(earlier_reports(log_dir()).size(), 3u) << "none replaces another";
+    EXPECT_EQ(runs_in(log_dir()).size(), 3u) << "none replaces another";
+}
+
+TEST_F(LogDirectory, WhatNoRunHasLeftStaysAndIsNamed) {
+    fs::create_directory(log_dir());
+    write_file(log_dir() / "before.txt", "mine");
+    const auto first = run(collect("calm"));
+    EXPECT_NE(first.err.find("holds what no collection has left there, and it stays: before.txt\n"),
+              std::string::npos)
+        << first.err;
+    write_file(log_dir() / "notes.txt", "mine");
+    fs::create_directory(log_dir() / "own");
+    const auto second = run(collect("calm"));
+    EXPECT_NE(second.err.find("and it stays: before.txt, notes.txt, own\n"), std::string::npos)
+        << second.err;
+    EXPECT_EQ(read_file(log_dir() / "before.txt") + read_file(log_dir() / "notes.txt"), "minemine");
+    const auto earlier = runs_in(log_dir());
+    ASSERT_EQ(earlier.size(), 1u);
+    EXPECT_EQ(names_in(earlier[0]),
+              (std::set<std::string>{"capture.txt", "console.txt", "qvhost.log", "report"}));
+}
+
+TEST_F(LogDirectory, AMoveThatWasBrokenOffGoesOn) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto files = names_in(log_dir());
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto place = runs_in(log_dir()).at(0);
+    // As if the first move had come no further than its captures.
+    fs::remove_all(log_dir() / "report");
+    fs::remove(log_dir() / "qvhost.log");
+    for (const char* name : {"report", "qvhost.log"}) fs::rename(place / name, log_dir() / name);
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    ASSERT_EQ(runs_in(log_dir()), std::vector<fs::path>{place});
+    EXPECT_EQ(names_in(place), files);
+}
+
+TEST_F(LogDirectory, OnlySoManyEarlierRunsAreKept) {
+    for (int i = 0; i < 4; ++i) ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto runs = runs_in(log_dir());
+    ASSERT_EQ(runs.size(), 3u);
+    fs::create_directory(log_dir() / "runs" / "mine");
+    ASSERT_EQ(run(collect("calm", {"--keep", "2"})).exit, 0);
+    auto kept = runs_in(log_dir());
+    ASSERT_EQ(kept.size(), 3u);
+    EXPECT_FALSE(fs::exists(runs[0])) << "the oldest goes";
+    EXPECT_TRUE(fs::exists(log_dir() / "runs" / "mine"));
+    ASSERT_EQ(run(collect("calm", {"--keep", "0"})).exit, 0);
+    EXPECT_EQ(runs_in(log_dir()), std::vector<fs::path>{log_dir() / "runs" / "mine"});
+}
+
+TEST_F(LogDirectory, ItsRunsAreListed) {
+    EXPECT_EQ(run({"list", dir() / "nothing"}).exit, 1);
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    ASSERT_EQ(
+        run(Invocation{.arguments = collect("faults"), .environment = {{"QV_TEST_FAULT", "exit"}}})
+            .exit,
+        3);
+    const auto listed = run({"list", log_dir()});
+    EXPECT_EQ(listed.exit, 0) << listed.err;
+    const auto lines = lines_of(listed.out);
+    ASSERT_EQ(lines.size(), 4u) << listed.out;
+    const std::vector<std::string> rows(lines.begin() + 2, lines.end());
+    EXPECT_NE(rows[0].find("incomplete"), std::string::npos) << listed.out;
+    EXPECT_NE(rows[0].find("1002"), std::string::npos) << listed.out;
+    EXPECT_NE(rows[1].find(" complete"), std::string::npos) << listed.out;
+    EXPECT_NE(rows[1].find("runs/" + runs_in(log_dir()).at(0).filename().string()),
+              std::string::npos)
+        << listed.out;
+}
+
+TEST_F(LogDirectory, RunsThatAreALinkAreRefused) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto elsewhere = dir() / "elsewhere";
+    fs::create_directory(elsewhere);
+    fs::create_directory_symlink(elsewhere, log_dir() / "runs");
+    const auto outcome = run(collect("calm"));
+    EXPECT_TRUE(fs::is_empty(elsewhere)) << outcome.err;
+}
+
+// The verdict rests on the captures, wherever the run lies.
+TEST_F(LogDirectory, AnEarlierRunIsJudgedAsItWas) {
+    const fs::path machine = fs::path(QV_SAMPLES) / "x86_64-kp420-two-megaraid";
+    const auto rules = dir() / "rules";
+    write_file(rules, "");
+    const std::vector<std::string> replay{"replay", machine, "--log-dir", log_dir(), "--quiet"};
+    const auto judged = [&](const fs::path& report) {
+        return nlohmann::json::parse(
+            run({"check", report, "--format", "json", "--rules", rules}).out);
+    };
+    ASSERT_EQ(run(replay).exit, 0);
+    const auto before = judged(log_dir());
+    ASSERT_GT(before["findings"].size(), 1u);
+    ASSERT_EQ(run(replay).exit, 0);
+    EXPECT_EQ(judged(runs_in(log_dir()).at(0)), before);
 }
 
 TEST_F(LogDirectory, TwoRunsAtOnceAreRefused) {

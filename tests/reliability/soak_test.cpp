@@ -52,16 +52,16 @@ TEST_F(Soak, NothingGrows) {
         << peak << " KiB at first, then " << peak_so_far();
 }
 
-// In one directory: each earlier report moves aside, and stays as it was.
+// In one directory: each earlier run moves aside, and stays as it was.
 TEST_F(Soak, OneDirectoryKeepsEveryReport) {
     const long runs = setting("QV_TEST_SOAK", 8, 500);
     for (int i = 0; i < runs; ++i) ASSERT_EQ(run(collecting({"--quiet"})).exit, 0);
     int earlier = 0;
-    for (const auto& entry : fs::directory_iterator(log_dir())) {
-        if (!entry.path().filename().string().starts_with("report-")) continue;
+    for (const auto& entry : fs::directory_iterator(log_dir() / "runs")) {
         ++earlier;
-        EXPECT_EQ(counts(entry.path() / "report.sqlite").at("PDLIST"), 12);
-        EXPECT_TRUE(fs::exists(entry.path() / "index.html"));
+        EXPECT_EQ(counts(store_in(entry.path())).at("PDLIST"), 12);
+        EXPECT_TRUE(fs::exists(entry.path() / "report" / "index.html"));
+        EXPECT_TRUE(fs::exists(entry.path() / "pdlist.txt"));
     }
     EXPECT_EQ(earlier, runs - 1);
 }

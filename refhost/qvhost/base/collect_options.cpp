@@ -42,6 +42,7 @@ constexpr CollectOption::Range limit(unsigned usual_seconds) {
 
 constexpr CollectOption::Range kNoRange{};
 constexpr CollectOption::Range kLogLevels{kUsualLogLevel, 0, 4};
+constexpr CollectOption::Range kKept{100'001, 0, 100'000};
 constexpr auto kTool = limit(kUsualLimits.tool_seconds);
 constexpr auto kSilence = limit(kUsualLimits.silence_seconds);
 constexpr auto kModule = limit(kUsualLimits.module_seconds);
@@ -53,6 +54,7 @@ std::vector<CollectOption> all_rows() {
     // clang-format off
     return {
         {"log-dir",         &Options::log_dir,         required, "DIR",             kNoRange,   "Where captures, log and report go"},
+        {"keep",            &Options::keep,            optional, "N",               kKept,      "How many earlier collections of the log directory stay, the newest ones, below DIR/runs; without it all"},
         {"log-level",       &Options::log_level,       optional, "N",               kLogLevels, "How much is logged, " + range_text(kLogLevels) + ": 2 silences the modules, 4 tells details"},
         {"module",          &Options::modules,         optional, "NAME",            kNoRange,   "Only this module (more than one: repeat)"},
         {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table (more than one: repeat)"},
@@ -77,10 +79,10 @@ std::vector<CollectOption> all_rows() {
 
 // Does not compile when CollectOptions has got a member: give it a row above, and a name here.
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
-    [[maybe_unused]] const auto& [log_dir, log_level, modules, tables, tool_seconds, tool_limits,
-                                  silence_seconds, module_seconds, run_seconds, also, plugin,
-                                  profile, plug_in_only, dry_run, quiet, no_compat, search_path,
-                                  replayed, recorded] = options;
+    [[maybe_unused]] const auto& [log_dir, keep, log_level, modules, tables, tool_seconds,
+                                  tool_limits, silence_seconds, module_seconds, run_seconds, also,
+                                  plugin, profile, plug_in_only, dry_run, quiet, no_compat,
+                                  search_path, replayed, recorded] = options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.
@@ -115,6 +117,10 @@ void set(std::vector<std::string>& value, std::string_view text) { value.emplace
 const std::vector<CollectOption>& collect_options() {
     static const auto rows = all_rows();
     return rows;
+}
+
+std::string usual_text(const CollectOption::Range& range) {
+    return range.usual > range.most ? "all" : std::to_string(range.usual);
 }
 
 std::string settings_of(const CollectOptions& options) {

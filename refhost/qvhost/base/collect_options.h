@@ -28,7 +28,7 @@ struct CollectOption {
     };
     // For numbers. The unit is the option's `value`.
     struct Range {
-        unsigned usual = 0;  // what it is unless the user says otherwise
+        unsigned usual = 0;  // what it is unless the user says otherwise; more than `most`: all
         unsigned least = 0;
         unsigned most = 0;
     };
@@ -42,6 +42,9 @@ struct CollectOption {
 };
 
 const std::vector<CollectOption>& collect_options();
+
+// "300", "all"
+std::string usual_text(const CollectOption::Range& range);
 
 // The options as "NAME=VALUE" texts, each ended by a NUL, for the collecting child. A value has no NUL in
 // it, since it came from a command line.

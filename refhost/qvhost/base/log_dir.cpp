@@ -65,14 +65,23 @@ bool DirLock::is_held(const fs::path& directory) {
     return opened && ::flock(opened.get(), LOCK_SH | LOCK_NB) != 0;
 }
 
+bool LogDir::is_own(const std::string& name) {
+    return name == "report" || name == "runs" || name == "qvhost.log" || name == "console.txt" ||
+           name.starts_with("report-");
+}
+
 void sync_log_dir(const LogDir& dir) {
-    sync_tree(dir.path(),
-              [](const fs::path& name) { return name.string().starts_with("report-"); });
+    sync_tree(dir.path(), [](const fs::path& name) {
+        return name == "runs" || name.string().starts_with("report-");
+    });
 }
 
 JudgedPlace judge_log_dir(const fs::path& path) {
     auto place = judge_private(fs::absolute(path));
-    if (place.refusal.empty()) place.refusal = judge_private(LogDir(place.path).report()).refusal;
+    const LogDir dir(place.path);
+    for (const auto& own : {dir.report(), dir.runs()}) {
+        if (place.refusal.empty()) place.refusal = judge_private(own).refusal;
+    }
     return place;
 }
 

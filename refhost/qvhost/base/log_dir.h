@@ -23,6 +23,10 @@ public:
     std::filesystem::path commands() const { return report() / "commands.log"; }
     std::filesystem::path log() const { return path_ / "qvhost.log"; }
     std::filesystem::path console() const { return path_ / "console.txt"; }
+    std::filesystem::path runs() const { return path_ / "runs"; }  // earlier collections
+
+    // Whether a name in a log directory is one of these, or a report that an older program moved aside.
+    static bool is_own(const std::string& name);
 
 private:
     std::filesystem::path path_;

@@ -18,6 +18,7 @@ inline constexpr const char* kHealthProfile = "health";
 // What `collect` and `replay` are asked to do. Each member has its row in collect_options.cpp.
 struct CollectOptions {
     std::filesystem::path log_dir;
+    std::optional<unsigned> keep;  // how many earlier runs of the log directory stay; not set: all
     unsigned log_level = kUsualLogLevel;
     std::vector<std::string> modules;  // none: all
     std::vector<std::string> tables;   // none: all

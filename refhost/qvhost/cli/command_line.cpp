@@ -32,7 +32,7 @@ const std::vector<CommandText> kTexts = {
       {"qvhost show /var/tmp/collection SENSORINFO",     "Read a table of it."}}},
 
     {"collect", "Collect from this machine",
-     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. A report that is there already moves aside."},
+     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. What an earlier collection has left there moves as a whole to DIR/runs/TIME, where it is a report to every command; other files stay. With --keep only so many of these stay."},
      {{"qvhost collect --log-dir /var/tmp/collection",                      "Everything."},
       {"qvhost collect --log-dir bmc --module BMC_Info --quiet",            "One module, without progress. \"qvhost tables\" lists them."},
       {"qvhost collect --log-dir adaptec --also pmc --tool-timeout 60",     "With the Adaptec controller; no tool may take more than a minute."}}},
@@ -54,6 +54,11 @@ const std::vector<CommandText> kTexts = {
       {"qvhost show DIR events | grep -i temperature",                      "A line for each event."},
       {"qvhost show DIR drives --format jsonl | jq -r 'select(.media_errors > 0).serial'", "For a program, a row at a time."},
       {"qvhost show report.sqlite --all",                                   "Every table, then the empty ones with their reasons. The store alone is a report as well."}}},
+
+    {"list", "List the collections of a log directory",
+     {"The latest lies in the directory itself, the earlier ones below DIR/runs, each with its captures, log and report: DIR and what stands in the last column is a report to every command. A collection never touches the files of another."},
+     {{"qvhost list /var/tmp/collection",                                   "When each was, how it ended, and how many findings it has."},
+      {"qvhost show DIR/runs/20261121T012040Z SENSORINFO",                  "A table of an earlier one."}}},
 
     {"open", "Make the page of a report and show it",
      {"The page is made from the report's store, in a directory of its own, and its place is printed. If the variable BROWSER is set, the page is shown with that command.",
@@ -137,7 +142,7 @@ template <class Number>
 CLI::Option& add_number(CLI::App& command, const CollectOption& row, Number& number) {
     return *command.add_option("--" + std::string(row.name), number, row.meaning)
                 ->check(range(row.range.least, row.range.most))
-                ->default_str(std::to_string(row.range.usual));
+                ->default_str(usual_text(row.range));
 }
 CLI::Option& add_option(CLI::App& command, const CollectOption& row, unsigned& number) {
     return add_number(command, row, number);
@@ -396,6 +401,8 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     add_plugin_option(add_command(*app, "tables"), parsed.collect);
 
     add_show(add_command(*app, "show"), parsed.show);
+
+    add_command(*app, "list").add_option("DIR", parsed.list, "A log directory")->required();
 
     auto& open = add_command(*app, "open");
     add_report_argument(open, parsed.open.report);

@@ -18,6 +18,7 @@ struct ParsedArguments {
     CollectOptions collect;
     std::filesystem::path machine;
     ShowOptions show;
+    std::filesystem::path list;  // the log directory
     OpenOptions open;
     QueryOptions query;
     ExportOptions exporting;

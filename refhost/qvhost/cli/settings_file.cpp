@@ -150,7 +150,7 @@ void print_settings() {
                 {row.name, setting.value, file.string() + ":" + std::to_string(setting.line)});
         }
         if (is_set) continue;
-        std::string value = row.range.most > 0 ? std::to_string(row.range.usual) : "";
+        std::string value = row.range.most > 0 ? usual_text(row.range) : "";
         std::string from = "default";
         for (const auto& [name, seconds] : derived) {
             if (name != row.name) continue;

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <boost/algorithm/string/join.hpp>
 #include <chrono>
 #include <cstdio>
@@ -21,9 +22,9 @@
 #include "qvhost/collect/program_path.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/supervise.h"
-#include "qvhost/finish/earlier_report.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
+#include "qvhost/finish/runs.h"
 #include "qvhost/finish/summary.h"
 #include "show/visible.h"
 
@@ -64,6 +65,16 @@ void warn_if_others_can_read(const fs::path& directory) {
     warn(directory.string() +
          " is open to others; what is collected holds serial numbers, "
          "addresses and logs");
+}
+
+void warn_of_foreign_files(const LogDir& dir, std::vector<std::string> names) {
+    if (names.empty()) return;
+    constexpr std::size_t kMostNamed = 5;
+    const auto others = names.size() - std::min(names.size(), kMostNamed);
+    names.resize(names.size() - others);
+    warn(dir.path().string() +
+         " holds what no collection has left there, and it stays: " + boost::join(names, ", ") +
+         (others == 0 ? "" : " and " + std::to_string(others) + " more"));
 }
 
 // Refuses programs that another user could have put there: they would run as this user, maybe root.
@@ -139,14 +150,17 @@ int collect(CollectOptions options, const Stage& stage) {
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
     const DirLock lock(dir.path());
-    if (const auto found = make_room_for_report(dir, !has_modules); !found.empty())
-        warn("found " + found);
+    const auto room = make_room_for_run(dir, !has_modules);
+    if (!room.found.empty()) warn("found " + room.found);
+    warn_of_foreign_files(dir, room.foreign);
 
     const auto begun = std::chrono::steady_clock::now();
     {
         Store store(dir.store(), Store::Mode::create);
         store.set_meta("started", utc_now());
         store.set_meta("status", "running");
+        store.set_meta("log_dir", dir.path().string());
+        note_foreign_files(store, room.foreign);
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
         store.set_meta("profile", options.profile);
@@ -183,6 +197,7 @@ int collect(CollectOptions options, const Stage& stage) {
     sync_log_dir(dir);  // the journal is there until the disk has what was made of it
     fs::remove(dir.journal());
     fs::remove(dir.commands());
+    if (options.keep) remove_earlier_runs(dir, *options.keep);
 
     const Store store(dir.store(), Store::Mode::read);
     if (stage.summary) print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));

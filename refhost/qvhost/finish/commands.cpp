@@ -9,6 +9,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "qvhost/base/log_dir.h"
 #include "runner/shell_words.h"
 
 namespace qvhost {
@@ -54,11 +55,6 @@ bool is_time(std::string_view text) {
     return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(), [](char c, char form) {
         return form == '0' ? c >= '0' && c <= '9' : c == form;
     });
-}
-
-// What the program itself writes into the log directory.
-bool is_ours(const std::string& name) {
-    return name == "report" || name == "runs" || name == "qvhost.log" || name == "console.txt";
 }
 
 class LogReader {
@@ -119,7 +115,7 @@ private:
     void take_of_command(char mark, std::string_view rest) {
         auto& command = log_.commands.back();
         if (mark == '+') {
-            if (auto name = unescaped(rest); !is_ours(name))
+            if (auto name = unescaped(rest); !LogDir::is_own(name))
                 command.captures.push_back(std::move(name));
         } else if (mark == '2') {
             command.standard_error = unescaped(rest);

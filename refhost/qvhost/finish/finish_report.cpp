@@ -6,6 +6,7 @@
 #include "qvhost/finish/facts.h"
 #include "qvhost/finish/judge_report.h"
 #include "qvhost/finish/reasons.h"
+#include "qvhost/finish/runs.h"
 #include "report/report_json.h"
 
 namespace qvhost {
@@ -28,6 +29,7 @@ void explain(Store& store, const Evidence& evidence) {
 void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, const Ending& ending) {
     const auto log = read_commands(dir.commands(), dir.path(), ending.stopped_by);
     store.set_commands(log.commands);
+    note_files_of_run(store, dir);
     const Evidence evidence(dir, tools, log, store, !ending.problem.empty());
     explain(store, evidence);
     store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence)

@@ -25,11 +25,17 @@ bool is_harmless(const CommandInfo& command) {
     return !was_cut_off(command) && inventory::ran_to_its_end(command.text, outcome(command));
 }
 
-std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands, const LogDir& dir) {
+// The directory as the commands name it: the log directory may have been moved since.
+std::filesystem::path named_in_commands(const Store& store, const LogDir& dir) {
+    const auto then = store.meta("log_dir");
+    return then.empty() ? dir.path() : std::filesystem::path(then);
+}
+
+std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands,
+                                      const std::filesystem::path& log_dir) {
     std::vector<CaptureOrigin> origins;
     for (const auto& command : commands) {
-        auto captures =
-            captures_of(command.text, dir.path());  // those that it did not make as well
+        auto captures = captures_of(command.text, log_dir);  // those that it did not make as well
         captures.insert(captures.end(), command.captures.begin(), command.captures.end());
         const auto ended_badly = is_harmless(command) ? "" : outcome(command);
         for (auto& capture : captures)
@@ -39,8 +45,8 @@ std::vector<CaptureOrigin> origins_of(const std::vector<CommandInfo>& commands, 
 }
 
 // "sensorinfo.txt: ipmitool: killed by signal 9"
-std::string cut_off_words(const CommandInfo& command, const LogDir& dir) {
-    const auto captures = captures_of(command.text, dir.path());
+std::string cut_off_words(const CommandInfo& command, const std::filesystem::path& log_dir) {
+    const auto captures = captures_of(command.text, log_dir);
     return (captures.empty() ? "" : captures.front() + ": ") + command.tool + ": " +
            outcome(command);
 }
@@ -94,7 +100,8 @@ findings::Circumstances circumstances_of(const Store& store,
     for (const auto& command : commands) {
         // A question of the host's own is a further one: without its answer the collection is what it was.
         if (was_cut_off(command) && command.origin != "host")
-            circumstances.cut_off_commands.push_back(cut_off_words(command, dir));
+            circumstances.cut_off_commands.push_back(
+                cut_off_words(command, named_in_commands(store, dir)));
     }
     return circumstances;
 }
@@ -106,7 +113,7 @@ inventory::Inventory judge_report(Store& store, const LogDir& dir,
     EventWriter events(store);
     findings::EventJudge judge_events;
     auto survey = inventory::survey(
-        dir.path(), origins_of(commands, dir),
+        dir.path(), origins_of(commands, named_in_commands(store, dir)),
         [&](inventory::Event&& event) {
             judge_events.take(event);
             events.add(event);
@@ -123,7 +130,7 @@ findings::Verdict judge_again(const Store& store, const LogDir& dir, const findi
     const auto commands = store.commands();
     findings::EventJudge events;
     const auto survey = inventory::survey(
-        dir.path(), origins_of(commands, dir),
+        dir.path(), origins_of(commands, named_in_commands(store, dir)),
         [&](inventory::Event&& event) { events.take(event); }, start_of(store));
     return findings::judge(survey, events, circumstances_of(store, commands, dir), rules);
 }

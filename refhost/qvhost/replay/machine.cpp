@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "qvhost/base/log_dir.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -134,8 +135,7 @@ private:
     // Files that a collection makes by itself: no tool writes them.
     static bool is_ours(const fs::path& name) {
         const auto first = name.lexically_normal().begin()->string();
-        return first == "." || first == "report" || first.starts_with("report-") ||
-               first == "qvhost.log" || first == "console.txt";
+        return first == "." || LogDir::is_own(first);
     }
 
     RecordedCommand command(const json& entry) const {
