@@ -223,7 +223,7 @@ fs::path Evidence::file_of(const CommandInfo& command) const {
     boost::split(directories, places_.search_path, [](char c) { return c == ':'; });
     std::error_code ignored;
     for (const auto& directory : directories) {
-        const auto file = fs::path(directory) / path;
+        auto file = fs::path(directory) / path;
         if (!directory.empty() && fs::exists(file, ignored)) return file;
     }
     return {};
@@ -387,7 +387,7 @@ std::string Evidence::why_not_asked(const std::string& section, const DeclaredTa
     const bool is_last =
         log_.sections.empty() || log_.sections.back() == section || log_.sections.back().empty();
     if (broken_off_ && is_last) return "not asked: the collection ended before";
-    if (const auto why = why_gate_closed(section, table); !why.empty()) return why;
+    if (auto why = why_gate_closed(section, table); !why.empty()) return why;
     return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
 }
 
