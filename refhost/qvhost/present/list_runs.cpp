@@ -37,17 +37,11 @@ std::int64_t records_in(const Store& store) {
     return records;
 }
 
-// "12.5" -> "12 s"
-std::string took(const Store& store) {
-    const auto seconds = store.meta("seconds");
-    return seconds.empty() ? "" : seconds.substr(0, seconds.find('.')) + " s";
-}
-
 // `name` is the place, seen from the log directory.
 std::vector<std::string> row_of(const fs::path& place, const std::string& name) {
     const LogDir dir(place);
     const auto told = [&](std::string status) {
-        return std::vector<std::string>{"", "", std::move(status), "", "", "", name};
+        return std::vector<std::string>{"", std::move(status), "", "", "", name};
     };
     try {
         const Store store(dir.store(), Store::Mode::read);
@@ -58,7 +52,6 @@ std::vector<std::string> row_of(const fs::path& place, const std::string& name) 
         }
         const auto found = read_verdict(store).findings;
         return {store.meta("started"),
-                took(store),
                 store.meta("status"),
                 std::to_string(records_in(store)),
                 count_of(found, Severity::critical),
@@ -77,8 +70,7 @@ void list_runs(const fs::path& log_dir) {
     for (const auto& run : earlier_runs(log_dir))
         rows.push_back(row_of(run, run.lexically_relative(log_dir).string()));
     if (rows.empty()) throw std::runtime_error(log_dir.string() + ": there is no collection");
-    print_table(std::cout,
-                {"Started", "Took", "Status", "Records", "Critical", "Warning", "Report"}, rows,
+    print_table(std::cout, {"Started", "Status", "Records", "Critical", "Warning", "Report"}, rows,
                 terminal_style(STDOUT_FILENO));
 }
 
