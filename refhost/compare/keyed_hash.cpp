@@ -1,6 +1,7 @@
 #include "compare/keyed_hash.h"
 
 #include <bit>
+#include <cstring>
 #include <random>
 
 namespace qvhost::compare {
@@ -31,11 +32,14 @@ struct State {
     }
 };
 
-// Up to eight bytes, the first one the lowest.
-std::uint64_t word_of(std::string_view bytes) {
+// Eight bytes, the first one the lowest.
+std::uint64_t word_at(const char* bytes) {
     std::uint64_t word = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&word, bytes, sizeof word);
+    } else {
+        for (int i = 7; i >= 0; --i) word = (word << 8) | static_cast<unsigned char>(bytes[i]);
+    }
     return word;
 }
 
@@ -50,8 +54,10 @@ std::uint64_t KeyedHash::operator()(std::string_view text) const {
     State state{key_[0] ^ 0x736f6d6570736575, key_[1] ^ 0x646f72616e646f6d,
                 key_[0] ^ 0x6c7967656e657261, key_[1] ^ 0x7465646279746573};
     const auto size = std::uint64_t{text.size()};
-    for (; text.size() >= 8; text.remove_prefix(8)) state.mix(word_of(text.substr(0, 8)));
-    state.mix(word_of(text) | (size << 56));
+    for (; text.size() >= 8; text.remove_prefix(8)) state.mix(word_at(text.data()));
+    char rest[8] = {};
+    text.copy(rest, text.size());
+    state.mix(word_at(rest) | (size << 56));
     state.c ^= 0xff;
     for (int i = 0; i < 4; ++i) state.round();
     return state.a ^ state.b ^ state.c ^ state.d;

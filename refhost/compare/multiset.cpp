@@ -45,24 +45,28 @@ void MultisetDifference::each(Sorted& extra, const Walk& walk) {
         if (loaded_ != part) load(part, false);
         if (extra.empty()) continue;
         // Equal hashes stand beside each other; each is told as often as it stands there.
-        std::vector<std::uint32_t> told;
-        Sorted kinds;
+        Told::Left left;
+        left.all = extra.size();
         for (const auto hash : extra) {
-            if (kinds.empty() || kinds.back() != hash) {
-                kinds.push_back(hash);
-                told.push_back(0);
+            if (left.hashes.empty() || left.hashes.back() != hash) {
+                left.hashes.push_back(hash);
+                left.counts.push_back(0);
             }
-            ++told.back();
+            ++left.counts.back();
         }
-        walk([&](std::uint64_t hash) {
-            const auto found = std::lower_bound(kinds.begin(), kinds.end(), hash);
-            if (found == kinds.end() || *found != hash) return false;
-            auto& left = told[static_cast<std::size_t>(found - kinds.begin())];
-            if (left == 0) return false;
-            --left;
-            return true;
-        });
+        walk(Told(left));
     }
+}
+
+bool MultisetDifference::Told::operator()(std::uint64_t hash) const {
+    const auto& hashes = left_->hashes;
+    const auto found = std::lower_bound(hashes.begin(), hashes.end(), hash);
+    if (found == hashes.end() || *found != hash) return false;
+    auto& count = left_->counts[static_cast<std::size_t>(found - hashes.begin())];
+    if (count == 0) return false;
+    --count;
+    --left_->all;
+    return true;
 }
 
 }  // namespace qvhost::compare

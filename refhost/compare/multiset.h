@@ -19,9 +19,25 @@ public:
     // About so many hashes of each list are held at a time, unless most of a list is equal.
     MultisetDifference(Hashes from, Hashes to, std::size_t most_held = kUsualMost);
 
-    // Goes through a list: `walk` hands each item's hash on, and is told of each whether it is one that
-    // the other list lacks. A list that is too long is walked more than once, each item being told of once.
-    using Told = std::function<bool(std::uint64_t)>;
+    // Says of each item of a list, by its hash, whether it is one that the other list lacks.
+    class Told {
+    public:
+        bool operator()(std::uint64_t hash) const;
+        bool is_done() const { return left_->all == 0; }  // it would say so of none that follows
+
+    private:
+        friend class MultisetDifference;
+        struct Left {
+            std::vector<std::uint64_t> hashes;  // in order
+            std::vector<std::size_t> counts;    // of each, how often it is still to be said
+            std::size_t all = 0;
+        };
+        explicit Told(Left& left) : left_(&left) {}
+        Left* left_;
+    };
+
+    // Goes through a list, handing each item's hash on. A list that is too long is walked more than once, each
+    // item being told of once.
     using Walk = std::function<void(const Told&)>;
     void each_new(const Walk& walk) { each(new_, walk); }
     void each_gone(const Walk& walk) { each(gone_, walk); }

@@ -109,8 +109,8 @@ public:
 
 private:
     friend class TypedTableWriter;
-    friend void each_typed_row(const Store&, const char*, std::span<const TypedColumn>,
-                               const std::function<void(const std::vector<TypedValue>&)>&);
+    friend void each_typed_row_while(const Store&, const char*, std::span<const TypedColumn>,
+                                     const std::function<bool(const std::vector<TypedValue>&)>&);
     friend std::vector<StoredColumn> stored_columns(const Store&, const std::string&);
     friend void each_stored_row(const Store&, const std::string&,
                                 const std::function<void(const std::vector<TypedValue>&)>&);

@@ -122,6 +122,15 @@ void TypedTableWriter::add(const std::vector<TypedValue>& row) {
 
 void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
                     const std::function<void(const std::vector<TypedValue>&)>& take) {
+    each_typed_row_while(store, table, columns, [&](const std::vector<TypedValue>& row) {
+        take(row);
+        return true;
+    });
+}
+
+void each_typed_row_while(const Store& store, const char* table,
+                          std::span<const TypedColumn> columns,
+                          const std::function<bool(const std::vector<TypedValue>&)>& take) {
     with_file_name(store.impl_->path, [&] {
         auto& db = store.impl_->db;
         if (!db.tableExists(table)) return;
@@ -131,7 +140,7 @@ void each_typed_row(const Store& store, const char* table, std::span<const Typed
              q.executeStep();) {
             for (std::size_t i = 0; i < columns.size(); ++i)
                 set_value(row[i], q.getColumn(static_cast<int>(i)), columns[i].type);
-            take(row);
+            if (!take(row)) return;
         }
     });
 }

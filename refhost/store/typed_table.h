@@ -51,6 +51,11 @@ private:
 void each_typed_row(const Store& store, const char* table, std::span<const TypedColumn> columns,
                     const std::function<void(const std::vector<TypedValue>&)>& take);
 
+// The same until `take` has enough and returns false.
+void each_typed_row_while(const Store& store, const char* table,
+                          std::span<const TypedColumn> columns,
+                          const std::function<bool(const std::vector<TypedValue>&)>& take);
+
 // The table as it is in the file, for views that show whatever it has. None: there is no such table.
 struct StoredColumn {
     std::string name;

@@ -148,17 +148,17 @@ void each_event_identity(const Store& store, const TakeEvent& take) {
         {"text",   ColumnType::text},
     });
     inventory::Event event;
-    each_typed_row(store, "events", kColumns, [&](const std::vector<TypedValue>& row) {
+    each_typed_row_while(store, "events", kColumns, [&](const std::vector<TypedValue>& row) {
         set(event.source, row[0]);
         set(event.time, row[1]);
         set(event.text, row[2]);
-        take(event);
+        return take(event);
     });
 }
 
 void each_event(const Store& store, const TakeEvent& take) {
     inventory::Event event;
-    each_typed_row(store, "events", kEventColumns, [&](const std::vector<TypedValue>& row) {
+    each_typed_row_while(store, "events", kEventColumns, [&](const std::vector<TypedValue>& row) {
         set(event.source, row[0]);
         set(event.time, row[1]);
         set(event.time_utc, row[2]);
@@ -168,7 +168,7 @@ void each_event(const Store& store, const TakeEvent& take) {
         set(event.place.capture, row[6]);
         const auto* line = std::get_if<std::int64_t>(&row[7]);
         event.place.line = line ? *line : 0;
-        take(event);
+        return take(event);
     });
 }
 

@@ -17,8 +17,9 @@ inventory::Inventory read_inventory(const Store& store);
 
 const char* word(inventory::Severity severity);
 
-// Hands on each event of a store, in their order. One that has no severity of ours is "info".
-using TakeEvent = std::function<void(const inventory::Event&)>;
+// Hands on each event of a store, in their order, until `take` has enough and returns false. One that has no
+// severity of ours is "info".
+using TakeEvent = std::function<bool(const inventory::Event&)>;
 void each_event(const Store& store, const TakeEvent& take);
 
 // The same, with nothing but source, time and text, by which events are told apart.

@@ -54,6 +54,18 @@ TEST(Multiset, CountsWhatOneListAloneHas) {
     }
 }
 
+TEST(Multiset, SaysWhenNothingMoreIsToBeTold) {
+    const List from = {1, 2}, to = {3, 3, 1};
+    MultisetDifference difference(of(from), of(to));
+    difference.each_new([&](const MultisetDifference::Told& is_told) {
+        EXPECT_FALSE(is_told.is_done());
+        EXPECT_TRUE(is_told(3));
+        EXPECT_FALSE(is_told.is_done());
+        EXPECT_TRUE(is_told(3));
+        EXPECT_TRUE(is_told.is_done());
+    });
+}
+
 // However little may be held at a time, each item is told once.
 TEST(Multiset, ComparesLongListsInParts) {
     std::mt19937_64 random(7);

@@ -11,8 +11,8 @@ namespace {
 
 // A text with its length before it, so that no two rows give the same bytes.
 void put(std::string_view text, std::string& bytes) {
-    bytes += std::to_string(text.size());
-    bytes += ':';
+    const auto size = text.size();
+    bytes.append(reinterpret_cast<const char*>(&size), sizeof size);
     bytes += text;
 }
 
@@ -39,14 +39,15 @@ void identify_record(const Record& record, std::string& bytes) {
 
 EventDifference::Source events_of(const Store& store) {
     return {
-        [&store](const EventDifference::Take& take) { each_event(store, take); },
-        [&store](const EventDifference::Take& take) { each_event_identity(store, take); },
+        [&store](const EventDifference::TakeWhile& take) { each_event(store, take); },
+        [&store](const EventDifference::TakeWhile& take) { each_event_identity(store, take); },
     };
 }
 
 RecordDifference::Source records_of(const Store& store, const std::string& table) {
-    const auto rows = [&store, table](const RecordDifference::Take& take) {
-        store.each_record(table, take);
+    const auto rows = [&store, table](const RecordDifference::TakeWhile& take) {
+        bool goes_on = true;
+        store.each_record(table, [&](const Record& record) { goes_on = goes_on && take(record); });
     };
     return {rows, rows};
 }

@@ -18,8 +18,9 @@ template <class Row>
 class RowDifference {
 public:
     using Take = std::function<void(const Row&)>;
-    // Hands on each row of a store, in order.
-    using Rows = std::function<void(const Take&)>;
+    // Hands on each row of a store, in order, at least until the function returns false.
+    using TakeWhile = std::function<bool(const Row&)>;
+    using Rows = std::function<void(const TakeWhile&)>;
     // What makes two rows the same, as bytes.
     using Identity = std::function<void(const Row&, std::string&)>;
 
@@ -51,13 +52,17 @@ private:
     }
     compare::Hashes hashes_of(const Rows& rows) {
         return [this, &rows](const std::function<void(std::uint64_t)>& take) {
-            rows([&](const Row& row) { take(hash_of(row)); });
+            rows([&](const Row& row) {
+                take(hash_of(row));
+                return true;
+            });
         };
     }
     void tell(const Rows& rows, const compare::MultisetDifference::Told& is_told,
               const Take& take) {
         rows([&](const Row& row) {
             if (is_told(hash_of(row))) take(row);
+            return !is_told.is_done();
         });
     }
 
