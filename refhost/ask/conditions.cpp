@@ -7,6 +7,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "text/case.h"
+
 namespace qvhost::ask {
 
 namespace fs = std::filesystem;
@@ -41,11 +43,6 @@ constexpr auto kPci = std::to_array<PciRow>({
     {When::smart_array, {"smart array", "", "", ""}                 },
 });
 
-std::string lower(std::string text) {
-    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
 bool has_drives(const inventory::PciDevice& device) {
     const auto& kind = device.device_class;
     return kind && (kind->starts_with("RAID bus controller") ||
@@ -65,7 +62,7 @@ Call by_pci(const PciRow& row, const Facts& facts) {
     auto called = facts.was_read_whole(kPciList) ? Called::no : Called::maybe;
     for (const auto& device : pci_devices(facts)) {
         if (!has_drives(device)) continue;
-        const auto name = lower(device.name.value_or(""));
+        const auto name = lowered(device.name.value_or(""));
         if (name.find(kSoldByMany) != std::string::npos) {
             called = Called::maybe;
             continue;

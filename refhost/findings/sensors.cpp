@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "findings/states.h"
+#include "text/case.h"
 
 namespace qvhost::findings {
 
@@ -268,12 +269,6 @@ constexpr auto kSupplyStates = std::to_array<StateRow>({
 });
 // clang-format on
 
-std::string lower(std::string_view text) {
-    std::string all(text);
-    for (char& c : all) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return all;
-}
-
 const StatusRow* status_row(const Sensor& sensor) {
     if (!sensor.status) return nullptr;
     const auto* const found =
@@ -338,7 +333,7 @@ Subsystem subsystem_of(const Sensor& sensor) {
     for (const auto& row : kKindSubsystems) {
         if (sensor.kind && row.in_name == *sensor.kind) return row.subsystem;
     }
-    const auto name = lower(name_of(sensor));
+    const auto name = lowered(name_of(sensor));
     for (const auto& row : kNameSubsystems) {
         if (name.find(row.in_name) != std::string::npos) return row.subsystem;
     }
@@ -379,7 +374,7 @@ std::string reading_text(const Sensor& sensor) {
 }
 
 bool measures_clock_battery(const Sensor& sensor) {
-    const auto name = lower(name_of(sensor));
+    const auto name = lowered(name_of(sensor));
     return std::any_of(kClockBatteries.begin(), kClockBatteries.end(),
                        [&](std::string_view part) { return name.find(part) != std::string::npos; });
 }
@@ -392,7 +387,7 @@ const RedundancyRow* redundancy_of(std::string_view word) {
 }
 
 const RedundantRow& redundant_in(const Sensor& sensor) {
-    const auto name = lower(name_of(sensor));
+    const auto name = lowered(name_of(sensor));
     return *std::find_if(kRedundant.begin(), kRedundant.end(), [&](const RedundantRow& row) {
         return name.find(row.in_name) != std::string::npos;
     });
@@ -479,7 +474,7 @@ bool is_input_voltage(std::string_view state) {
 
 // "0 Errors since power on", "no faults"
 bool counts_none(std::string_view state) {
-    const auto words = lower(state);
+    const auto words = lowered(state);
     if (!words.starts_with("0 ") && !words.starts_with("no ")) return false;
     const auto counted = std::string_view(words).substr(words.find(' ') + 1);
     return counted.starts_with("error") || counted.starts_with("fault") ||

@@ -6,20 +6,14 @@
 #include <optional>
 #include <string_view>
 
+#include "text/case.h"
+
 namespace qvhost::findings {
 
 struct StateRow {
     std::string_view state;  // as printed, in any case
     const char* rule;        // "" if the state is healthy
 };
-
-inline bool same_word(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [&](char x, char y) { return lower(x) == lower(y); });
-}
 
 // The rule that a state calls for; nothing if no row knows the state.
 template <class Rows>

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "findings/health.h"
+#include "text/case.h"
 
 namespace qvhost::findings {
 
@@ -56,14 +57,8 @@ bool is_one_of(const PciDevice& device, const Classes& classes) {
                        [&](std::string_view one) { return device.device_class->starts_with(one); });
 }
 
-std::string lower(const inventory::Text& text) {
-    std::string all = text.value_or("");
-    for (char& c : all) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return all;
-}
-
 const ToolRow* tool_for(const PciDevice& device) {
-    const auto name = lower(device.name);
+    const auto name = lowered(device.name.value_or(""));
     for (const auto& row : kTools) {
         if (name.find(row.words) != std::string::npos) return &row;
     }

@@ -153,6 +153,16 @@ struct Drive {
 
 enum class Severity { info, warning, critical };
 
+// "info", "warning", "critical"
+constexpr const char* word(Severity severity) {
+    switch (severity) {
+        case Severity::info: return "info";
+        case Severity::warning: return "warning";
+        case Severity::critical: return "critical";
+    }
+    return "";
+}
+
 // An entry of a log: the SEL's, a controller's, the kernel's. Events are handed on one by one, since
 // there may be a million.
 struct Event {

@@ -5,11 +5,11 @@
 #include <stdexcept>
 #include <string>
 
+#include "text/case.h"
+
 namespace qvhost::inventory {
 
 namespace {
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // The literal text at the form's beginning.
 std::string_view literal(std::string_view form) {
@@ -93,11 +93,6 @@ bool is_like(std::string_view text, std::string_view form) {
         text.remove_prefix(at + part.size());
     }
     return text.empty();
-}
-
-bool is_same_word(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
 }
 
 Forms::Forms(std::span<const std::string_view> forms) : forms_(forms) {

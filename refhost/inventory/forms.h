@@ -24,9 +24,6 @@ std::optional<FormMatch> match(std::string_view text, std::string_view form);
 // Whether the whole text is of the form, where only '*' stands for something else.
 bool is_like(std::string_view text, std::string_view form);
 
-// Whether both are the same but for upper and lower case.
-bool is_same_word(std::string_view a, std::string_view b);
-
 // A table of forms. Each needs four characters in a row that do not vary.
 class Forms {
 public:

@@ -6,22 +6,17 @@
 #include <cmath>
 #include <system_error>
 
+#include "text/case.h"
+
 namespace qvhost::inventory {
 
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool equal_ignoring_case(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
-}
-
 bool is_one_of(std::string_view text, std::span<const std::string_view> words) {
     return std::any_of(words.begin(), words.end(),
-                       [&](std::string_view word) { return equal_ignoring_case(text, word); });
+                       [&](std::string_view word) { return same_word(text, word); });
 }
 
 // With these words tools say that there is nothing.
@@ -170,7 +165,7 @@ Integer binary_bytes(std::string_view text) {
     const auto unit = trimmed(text.substr(digits));
     if (!number) return std::nullopt;
     for (const auto& [name, shift] : kUnits) {
-        if (!equal_ignoring_case(unit, name)) continue;
+        if (!same_word(unit, name)) continue;
         const double bytes = std::ldexp(*number, shift);
         if (bytes >= 9.2e18) return std::nullopt;
         return std::llround(bytes);

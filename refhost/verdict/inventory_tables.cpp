@@ -132,15 +132,6 @@ void set(inventory::Text& text, const TypedValue& value) {
 
 }  // namespace
 
-const char* word(inventory::Severity severity) {
-    switch (severity) {
-        case inventory::Severity::info: return "info";
-        case inventory::Severity::warning: return "warning";
-        case inventory::Severity::critical: return "critical";
-    }
-    return "";
-}
-
 void each_event_identity(const Store& store, const TakeEvent& take) {
     constexpr auto kColumns = std::to_array<TypedColumn>({
         {"source", ColumnType::text},

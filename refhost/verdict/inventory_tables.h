@@ -15,8 +15,6 @@ void write_inventory(Store& store, const inventory::Inventory& inventory);
 // what that says, field by field.
 inventory::Inventory read_inventory(const Store& store);
 
-const char* word(inventory::Severity severity);
-
 // Hands on each event of a store, in their order, until `take` has enough and returns false. One that has no
 // severity of ours is "info".
 using TakeEvent = std::function<bool(const inventory::Event&)>;

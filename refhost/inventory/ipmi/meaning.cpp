@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "inventory/text.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -451,14 +452,6 @@ constexpr auto kSensorTypes = std::to_array<std::string_view>({
     "Reserved",
     "reserved",
 });
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lower);
-    return result;
-}
 
 struct Row {
     std::string words;  // in lower case

@@ -26,6 +26,7 @@
 #include "inventory/ipmi/power_supply_name.h"
 #include "inventory/ipmi/readers.h"
 #include "inventory/text.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -60,18 +61,17 @@ constexpr auto kKeys = std::to_array<Key>({
 });
 
 bool is_presence(std::string_view text) {
-    return is_same_word(text, "present") || is_same_word(text, "yes");
+    return same_word(text, "present") || same_word(text, "yes");
 }
 
 bool is_absence(std::string_view text) {
-    return is_same_word(text, "not present") || is_same_word(text, "absent") ||
-           is_same_word(text, "no");
+    return same_word(text, "not present") || same_word(text, "absent") || same_word(text, "no");
 }
 
 // "AC ok", "AC LOST", "input lost"
 bool is_of_input(std::string_view text) {
     const auto first = text.substr(0, text.find(' '));
-    return is_same_word(first, "AC") || is_same_word(first, "DC") || is_same_word(first, "input");
+    return same_word(first, "AC") || same_word(first, "DC") || same_word(first, "input");
 }
 
 // "231.0 V 1.12 A 246 W"
@@ -98,13 +98,13 @@ void add_state(PowerSupply& supply, std::string_view text) {
 
 // Whether the key is one that these forms have.
 bool take(PowerSupply& supply, std::string_view key, std::string_view value) {
-    if (is_same_word(key, "present")) {
+    if (same_word(key, "present")) {
         add_state(supply, value);
         return true;
     }
     for (const auto& row : kKeys) {
-        if (!is_same_word(row.key, key)) continue;
-        if (is_same_word(key, "input"))
+        if (!same_word(row.key, key)) continue;
+        if (same_word(key, "input"))
             if (const auto watts = watts_of(value)) {
                 supply.input_watts = watts;
                 return true;

@@ -4,6 +4,7 @@
 
 #include "inventory/forms.h"
 #include "inventory/text.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -17,8 +18,7 @@ constexpr auto kNames = std::to_array<std::string_view>(
 
 std::string_view power_supply_name(std::string_view text) {
     for (const auto name : kNames) {
-        if (text.size() <= name.size() || !is_same_word(text.substr(0, name.size()), name))
-            continue;
+        if (text.size() <= name.size() || !same_word(text.substr(0, name.size()), name)) continue;
         std::size_t begin = name.size();
         while (begin < text.size() &&
                (text[begin] == ' ' || text[begin] == '_' || text[begin] == '#'))

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "inventory/forms.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -69,7 +70,7 @@ constexpr auto kTypes = std::to_array<SensorType>({
 std::string kind_of_sensor(std::string_view unit, std::string_view name) {
     for (const auto& row : kUnits) {
         if (row.name != unit) continue;
-        if (row.kind == "percent" && name.size() >= 3 && is_same_word(name.substr(0, 3), "fan"))
+        if (row.kind == "percent" && name.size() >= 3 && same_word(name.substr(0, 3), "fan"))
             return "fan";
         return std::string(row.kind);
     }

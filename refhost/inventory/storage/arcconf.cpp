@@ -10,22 +10,13 @@
 #include "inventory/columns.h"
 #include "inventory/storage/keys.h"
 #include "inventory/storage/tool.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-
-// Versions differ in capitals ("Status of logical device", "Status of Logical Device"), so all keys and
-// titles are compared in lower case.
-std::string lower(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return result;
-}
 
 // Controllers found: 1
 // ----------------------------------------------------------------------
@@ -137,7 +128,7 @@ constexpr auto kVolume = std::to_array<Key<Volume>>({
 bool read_state(Drive& drive, std::string_view value) {
     drive.state = told(value);
     if (!drive.state) return true;
-    const auto state = lower(value);
+    const auto state = lowered(value);
     if (state.find("spare") != std::string::npos)
         drive.spare = state.find("dedicated") != std::string::npos ? "dedicated" : "global";
     return true;
@@ -246,7 +237,7 @@ constexpr auto kEnclosure = std::to_array<Key<Enclosure>>({
 
 // Words with which a part of an enclosure says that it is not well.
 bool is_bad(std::string_view state) {
-    const auto word = lower(state);
+    const auto word = lowered(state);
     constexpr auto kBad = std::to_array<std::string_view>(
         {"fail", "degraded", "critical", "warning", "error", "fault"});
     return std::any_of(kBad.begin(), kBad.end(),
@@ -337,9 +328,10 @@ private:
             reading_.how.errors.push_back({line_, before_.empty() ? std::string(line) : before_});
             return;
         }
-        const auto words = lower(line);
+        // Versions differ in capitals ("Status of logical device", "Status of Logical Device").
+        const auto words = lowered(line);
         if (heading(words)) return;
-        if (const auto pair = key_and_value(line)) return key(lower(pair->key), pair->value);
+        if (const auto pair = key_and_value(line)) return key(lowered(pair->key), pair->value);
         if (after_ruler_ && part(words)) return;
         if (after_ruler_ || is_known(words)) return;
         reading_.how.unknown_line(line_);
@@ -520,7 +512,7 @@ private:
     }
 
     void battery_key(const std::string& key, std::string_view value) {
-        const auto text = lower(value);
+        const auto text = lowered(value);
         const bool is_state = key == "status" || key.ends_with(" status");
         if (is_state && (text.ends_with("not installed") || text.ends_with("not present"))) return;
         if (!set(std::span<const Key<Battery>>(kBattery), key, value, *battery_)) return;

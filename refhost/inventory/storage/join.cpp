@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "inventory/fields.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -133,11 +134,7 @@ void merge_drive(Drive& drive, const Drive& other) {
 // "0x5000C500A0000000" and "5000c500a0000000" are one.
 std::string folded(std::string_view text) {
     if (text.starts_with("0x")) text.remove_prefix(2);
-    std::string result(text);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return result;
+    return lowered(text);
 }
 
 // Known drives by what the operating system calls them.

@@ -26,6 +26,7 @@
 #include "inventory/ipmi/power_supply_name.h"
 #include "inventory/system/readers.h"
 #include "inventory/text.h"
+#include "text/case.h"
 
 namespace qvhost::inventory {
 
@@ -128,7 +129,7 @@ void read_processor(const Structure& from, Reading& reading) {
     const auto type = told(from["Type"]);
     if (type && *type != "Central Processor") return;
     const auto status = from["Status"];
-    if (is_same_word(status, "Unpopulated")) return;
+    if (same_word(status, "Unpopulated")) return;
     Processor processor;
     processor.place = reading.at(from.line);
     processor.socket = told(from["Socket Designation"]);

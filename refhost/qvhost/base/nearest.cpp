@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <limits>
 
+#include "text/case.h"
+
 namespace qvhost {
 
 namespace {
 
 constexpr std::size_t kLongest = 64;  // longer words are no names
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-std::string lowered(std::string_view text) {
-    std::string small(text);
-    std::transform(small.begin(), small.end(), small.begin(), lower);
-    return small;
-}
 
 // How many letters are wrong, missing, too many or swapped with their neighbour.
 std::size_t mistakes(const std::string& a, const std::string& b) {
@@ -38,12 +32,6 @@ std::size_t mistakes(const std::string& a, const std::string& b) {
 }
 
 }  // namespace
-
-bool same_word(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(),
-                      [](char one, char other) { return lower(one) == lower(other); });
-}
 
 std::string nearest(std::string_view word, const std::vector<std::string>& names) {
     if (word.empty() || word.size() > kLongest) return "";

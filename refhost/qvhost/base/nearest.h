@@ -7,9 +7,6 @@
 
 namespace qvhost {
 
-// Whether both are the same but for capital letters.
-bool same_word(std::string_view a, std::string_view b);
-
 // The name that a mistyped word is nearest to; empty: none is near.
 std::string nearest(std::string_view word, const std::vector<std::string>& names);
 

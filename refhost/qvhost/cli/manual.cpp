@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "qvhost/cli/command_line.h"
+#include "text/case.h"
 
 namespace qvhost {
 
@@ -121,8 +122,7 @@ void write_section(std::ostream& out, const char* title, const Entries& entries)
 void write_manual(std::ostream& out, const CLI::App& app) {
     const auto& text = text_of(app);
     out << ".TH QVHOST 1 \"\" \"qvhost " QV_VERSION "\" \"User Commands\"\n"
-        << ".SH NAME\nqvhost \\- " << static_cast<char>(std::tolower(text.summary[0]))
-        << roff(text.summary + 1) << '\n'
+        << ".SH NAME\nqvhost \\- " << lower(text.summary[0]) << roff(text.summary + 1) << '\n'
         << ".SH SYNOPSIS\n";
     for (const auto* command : commands_of(app))
         out << bold("qvhost " + command->get_name())

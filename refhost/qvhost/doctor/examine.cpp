@@ -16,6 +16,7 @@
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/doctor/doctor.h"
 #include "runner/process.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -274,11 +275,6 @@ Lines support_archive(const Machine& machine) {
     return {
         {"support archive", ok, "there will be none: supportconfig is not installed"}
     };
-}
-
-std::string size_text(std::uintmax_t bytes) {
-    constexpr std::uintmax_t kMebibyte = 1 << 20;
-    return std::to_string(bytes / kMebibyte) + " MiB";
 }
 
 Lines directory(const Machine& machine) {

@@ -25,7 +25,8 @@ Text labelled(const char* label, const Text& value) {
     return value ? Text(label + *value) : std::nullopt;
 }
 
-std::string size_text(std::int64_t bytes) {
+// Memory modules are sold by 2^30 bytes as "GB".
+std::string memory_size(std::int64_t bytes) {
     constexpr std::int64_t kMega = 1 << 20;
     constexpr std::int64_t kGiga = 1 << 30;
     return bytes % kGiga == 0 ? std::to_string(bytes / kGiga) + " GB"
@@ -46,10 +47,10 @@ std::string memory_text(const Inventory& inventory) {
         total += *module.capacity_bytes;
     }
     if (total == 0) return "";
-    std::string text = size_text(total) + ":";
+    std::string text = memory_size(total) + ":";
     const char* separator = " ";
     for (const auto& [size, count] : sizes) {
-        text += separator + std::to_string(count) + " x " + size_text(size);
+        text += separator + std::to_string(count) + " x " + memory_size(size);
         separator = " + ";
     }
     const auto empty = static_cast<std::int64_t>(inventory.empty_memory_slots.size());

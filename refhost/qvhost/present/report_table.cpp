@@ -10,6 +10,7 @@
 #include "report/json_text.h"
 #include "show/headers.h"
 #include "store/typed_table.h"
+#include "text/case.h"
 
 namespace qvhost {
 
@@ -17,23 +18,12 @@ namespace {
 
 // "Memory-Modules", "memory_module" and "memory_modules" are one.
 std::string singular(std::string_view name) {
-    std::string word;
-    for (const char c : name) {
-        const char small = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        word += small == '-' || small == ' ' ? '_' : small;
-    }
+    auto word = lowered(name);
+    std::replace_if(
+        word.begin(), word.end(), [](char c) { return c == '-' || c == ' '; }, '_');
     if (word.ends_with("ies")) return word.replace(word.size() - 3, 3, "y");
     if (word.ends_with('s')) word.pop_back();
     return word;
-}
-
-const TableInfo* find_filed(const std::vector<ModuleInfo>& modules, const std::string& id) {
-    for (const auto& module : modules) {
-        for (const auto& table : module.tables) {
-            if (table.id == id) return &table;
-        }
-    }
-    return nullptr;
 }
 
 // Cells of what a row has; the texts of numbers are kept for as long as the row is shown.
@@ -68,7 +58,7 @@ using TakeRow = std::function<void(const std::vector<Cell>&)>;
 
 void each_filed_row(const Store& store, const std::string& id, const TakeRow& take) {
     const auto modules = store.modules();
-    const auto headers = headers_of(store, *find_filed(modules, id));
+    const auto headers = headers_of(store, *find_filed(modules, id).table);
     CellMaker row;
     store.each_record(id, [&](const Record& record) {
         row.begin(headers.size());
@@ -113,7 +103,7 @@ void each_read_row(const Store& store, const std::string& id, const TakeRow& tak
 std::int64_t ReportTable::rows(const Store& store) const {
     if (kind_ == Kind::read) return count_stored_rows(store, id_);
     const auto modules = store.modules();
-    const auto* table = find_filed(modules, id_);
+    const auto* table = find_filed(modules, id_).table;
     return table ? table->records : 0;
 }
 
@@ -124,7 +114,7 @@ std::vector<std::string> ReportTable::columns(const Store& store) const {
         return names;
     }
     const auto modules = store.modules();
-    for (const auto& header : headers_of(store, *find_filed(modules, id_)))
+    for (const auto& header : headers_of(store, *find_filed(modules, id_).table))
         names.push_back(header.id);
     return names;
 }
@@ -145,6 +135,15 @@ std::vector<ReportTable> tables_of(const Store& store) {
             tables.emplace_back(ReportTable::Kind::filed, table.id);
     }
     return tables;
+}
+
+FiledTable find_filed(const std::vector<ModuleInfo>& modules, const std::string& id) {
+    for (const auto& module : modules) {
+        for (const auto& table : module.tables) {
+            if (table.id == id) return {&module, &table};
+        }
+    }
+    return {};
 }
 
 std::vector<ReportTable> tables_named(const Store& store, const std::string& name,

@@ -37,8 +37,15 @@ private:
 // All tables: those that the host read first.
 std::vector<ReportTable> tables_of(const Store& store);
 
-// What a name stands for: an id, in capitals or not; of the host's own tables in the singular as well. "volume" may stand
-// for two: volumes and VOLUME. Throws std::runtime_error with the nearest name if there is none.
+// A table of the plug-in's and its module; null pointers: there is none of this id.
+struct FiledTable {
+    const ModuleInfo* module = nullptr;
+    const TableInfo* table = nullptr;
+};
+FiledTable find_filed(const std::vector<ModuleInfo>& modules, const std::string& id);
+
+// What a name stands for: an id, in capitals or not; of the host's own tables in the singular as well. "volume"
+// may stand for two: volumes and VOLUME. Throws std::runtime_error with the nearest name if there is none.
 std::vector<ReportTable> tables_named(const Store& store, const std::string& name,
                                       const std::string& report);
 

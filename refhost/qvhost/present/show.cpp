@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <numeric>
@@ -20,24 +19,11 @@
 #include "show/show_table.h"
 #include "show/terminal.h"
 #include "show/visible.h"
+#include "text/size.h"
 
 namespace qvhost {
 
 namespace {
-
-struct Shown {
-    const ModuleInfo* module;
-    const TableInfo* table;
-};
-
-Shown find_table(const std::vector<ModuleInfo>& modules, const std::string& id) {
-    for (const auto& module : modules) {
-        for (const auto& table : module.tables) {
-            if (table.id == id) return {&module, &table};
-        }
-    }
-    return {};
-}
 
 // The plug-in's tables, those with records first.
 void show_all(std::ostream& out, const Store& store, const std::vector<ModuleInfo>& modules,
@@ -95,17 +81,6 @@ std::vector<std::size_t> shown_places(const std::string& table,
     return places;
 }
 
-// "446.1 GiB"
-std::string size_text(std::int64_t bytes) {
-    constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-    auto size = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; size >= 1024 && unit + 1 < std::size(kUnits); ++unit) size /= 1024;
-    char text[32];
-    std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", size, kUnits[unit]);
-    return text;
-}
-
 void show_read_table(std::ostream& out, const Store& store, const ReportTable& table,
                      const RowStyle& style) {
     const auto rows = table.rows(store);
@@ -132,7 +107,7 @@ void show_read_table(std::ostream& out, const Store& store, const ReportTable& t
         for (const auto place : places) {
             auto cell = cells[place];
             if (brief && columns[place] == kCapacity && cell.kind == Cell::Kind::integer) {
-                size = size_text(std::strtoll(std::string(cell.text).c_str(), nullptr, 10));
+                size = size_text(std::strtoull(std::string(cell.text).c_str(), nullptr, 10));
                 cell = {Cell::Kind::text, size};
             }
             shown.push_back(cell);
@@ -168,7 +143,7 @@ void show_report(const ShowOptions& options) {
             if (table.kind() == ReportTable::Kind::read) {
                 show_read_table(out, store, table, style);
             } else {
-                const auto [module, info] = find_table(modules, table.id());
+                const auto [module, info] = find_filed(modules, table.id());
                 show_table(out, store, *module, *info, style.terminal, form);
             }
         }
