@@ -102,15 +102,16 @@ const Health* health_of(const Verdict& verdict, findings::Subsystem subsystem) {
     return found == verdict.health.end() ? nullptr : &*found;
 }
 
-// What one report lacks and the other one does not; what several subsystems lack is told once.
-std::vector<Lack> lacks_of(const Verdict& one, const Verdict& other) {
-    std::set<std::string> known;
+// What one report lacks and the other one does not, or lacks as well; what several subsystems lack is told once.
+std::vector<Lack> lacks_of(const Verdict& one, const Verdict& other, bool by_both) {
+    std::set<std::string> others, told;
     for (const auto& health : other.health)
-        known.insert(health.missing.begin(), health.missing.end());
+        others.insert(health.missing.begin(), health.missing.end());
     std::vector<Lack> lacks;
     for (const auto& health : one.health) {
         for (const auto& words : health.missing) {
-            if (known.insert(words).second) lacks.push_back({health.subsystem, words});
+            if (others.contains(words) == by_both && told.insert(words).second)
+                lacks.push_back({health.subsystem, words});
         }
     }
     return lacks;
@@ -123,8 +124,9 @@ void compare_health(const Verdict& from, const Verdict& to, Difference& differen
         if (before && after && before->health != after->health)
             difference.health.push_back({subsystem, before->health, after->health});
     }
-    difference.lacking_now = lacks_of(to, from);
-    difference.lacking_then = lacks_of(from, to);
+    difference.lacking_now = lacks_of(to, from, false);
+    difference.lacking_then = lacks_of(from, to, false);
+    difference.lacking_both = lacks_of(to, from, true);
 }
 
 void compare_findings(const Verdict& from, const Verdict& to, Difference& difference) {

@@ -31,7 +31,7 @@ struct HealthChange {
     findings::HealthWord to = findings::HealthWord::unknown;
 };
 
-// What a health lacked in one report alone, in its words.
+// What a health lacked, in its words.
 struct Lack {
     findings::Subsystem subsystem = findings::Subsystem::system;
     std::string words;
@@ -50,7 +50,8 @@ struct Difference {
     std::vector<findings::Finding> new_findings, gone_findings;
     std::vector<SeverityChange> other_severity;
     std::vector<Unread> not_now, not_then;
-    std::vector<Lack> lacking_now, lacking_then;
+    std::vector<Lack> lacking_now, lacking_then;  // in one report alone
+    std::vector<Lack> lacking_both;               // no difference, but what may hide one
 
     bool is_empty() const;
 };

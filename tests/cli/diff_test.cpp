@@ -128,6 +128,48 @@ TEST_F(Diff, SaysNothingOfAReportAndItself) {
     EXPECT_NE(raw.out.find("Nothing changed."), std::string::npos);
 }
 
+TEST_F(Diff, SaysWhatNeitherReportCouldRead) {
+    auto contents = server();
+    contents.verdict.health[static_cast<std::size_t>(Subsystem::storage)] = {
+        Subsystem::storage, HealthWord::unknown, {}, {"storcli is not installed"}};
+    const auto outcome = diff(contents, contents);
+    EXPECT_EQ(outcome.exit, 0);
+    const auto said =
+        "\nRead in neither report\n  storage: storcli is not installed\n"
+        "\nNothing changed in what both reports could read.\n"s;
+    EXPECT_TRUE(outcome.out.ends_with(said)) << outcome.out;
+    const auto page = diff(contents, contents, {"--format", "html"}).out;
+    EXPECT_NE(page.find("<p>Nothing changed in what both reports could read.</p>"),
+              std::string::npos);
+    const auto all = json::parse(diff(contents, contents, {"--format", "json"}).out);
+    EXPECT_EQ(all["not_read_in_either"], json::parse(R"({"missing": [{"subsystem": "storage",
+                                           "missing": "storcli is not installed"}]})"));
+    EXPECT_EQ(all["same"], true);
+}
+
+TEST_F(Diff, OfOneDirectoryComparesItsLatestRunWithTheOneBefore) {
+    const auto put = [&](const Contents& contents, const fs::path& run) {
+        fs::create_directories(run / "report");
+        fs::rename(store_of(contents), run / "report" / "report.sqlite");
+    };
+    const auto log_dir = dir() / "runs of web1";
+    put(changed(), log_dir);
+    const auto alone = run({"diff", log_dir});
+    EXPECT_EQ(alone.exit, 2);
+    EXPECT_EQ(alone.err,
+              "qvhost: " + log_dir.string() + ": there is no earlier run; name two reports\n");
+    auto earliest = server();
+    earliest.host = "another";
+    put(earliest, log_dir / "runs" / "20261101T060000Z");
+    put(server(), log_dir / "runs" / "20261114T060000Z");
+    const auto outcome = run({"diff", log_dir});
+    EXPECT_EQ(outcome.exit, 1) << outcome.err;
+    EXPECT_TRUE(outcome.out.starts_with(
+        "old: web1, 2026-11-14T06:00:00Z (" + (log_dir / "runs" / "20261114T060000Z").string() +
+        ")\nnew: web1, 2026-11-21T06:00:00Z (" + log_dir.string() + ")\n"))
+        << outcome.out;
+}
+
 TEST_F(Diff, TellsWhatChanged) {
     const auto outcome = diff(server(), changed());
     EXPECT_EQ(outcome.exit, 1);

@@ -317,7 +317,7 @@ const std::vector<Case> kCases = {
              health(*side, Subsystem::storage) = {Subsystem::storage, HealthWord::unknown, {}, {"smartctl is not installed"}};
          to.inventory.drives.pop_back();
      },
-     {"Drive 8:3 of controller 0, serial D3: removed"}},
+     {"Drive 8:3 of controller 0, serial D3: removed", "lacking both storage: smartctl is not installed"}},
     {"no machine is without memory",
      [](Side&, Side& to) {
          to.inventory.memory_modules.clear();

@@ -30,6 +30,8 @@ inline Lines told(const Difference& difference) {
         lines.push_back("lacking now " + std::string(word(one.subsystem)) + ": " + one.words);
     for (const auto& one : difference.lacking_then)
         lines.push_back("lacking then " + std::string(word(one.subsystem)) + ": " + one.words);
+    for (const auto& one : difference.lacking_both)
+        lines.push_back("lacking both " + std::string(word(one.subsystem)) + ": " + one.words);
     for (const auto& one : difference.not_now) lines.push_back("not now " + words_of(one));
     for (const auto& one : difference.not_then) lines.push_back("not then " + words_of(one));
     return lines;

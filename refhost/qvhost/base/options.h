@@ -81,7 +81,7 @@ struct CheckOptions {
 // What the user asked of `diff`.
 struct DiffOptions {
     std::filesystem::path from;
-    std::filesystem::path to;  // empty: the newest run in `from` against the one before
+    std::filesystem::path to;  // empty: the latest run in `from` against the one before
     std::string format = "text";
     bool raw = false;  // rows of the plug-in's tables as well
 };

@@ -89,6 +89,7 @@ const std::vector<CommandText> kTexts = {
      {"Things are matched by what they are and not by their place: a drive by its serial number, else by its slot; so are volumes, sensors, memory modules and the rest. It says what was replaced, failed, recovered, moved, added and removed, which firmware and counters changed and by how much, which sensors crossed a threshold, which findings and events are new or gone, and what one of the reports could not read. Readings that move all the time are left out. Reports of two machines are told to be so first.",
       "The exit status is that of diff: 0 nothing changed, 1 something did, 2 it could not be told."},
      {{"qvhost diff monday friday",                                         "What happened in between."},
+      {"qvhost diff DIR",                                                   "What changed in a log directory since the run before its latest."},
       {"qvhost diff monday friday --format html > week.html",               "The same as a page to send or print; it needs no script and no network."},
       {"qvhost diff monday friday --format json | jq '.changes[]'",         "For a program; all new events are in it."},
       {"qvhost diff monday friday --raw",                                   "The rows of the plug-in's tables as well."}}},
@@ -351,7 +352,8 @@ void add_diff(CLI::App& app, DiffOptions& options) {
     auto& diff = add_command(app, "diff");
     diff.add_option("OLD", options.from, "The earlier report: a log directory or a store file")
         ->required();
-    diff.add_option("NEW", options.to, "The later one")->required();
+    diff.add_option("NEW", options.to,
+                    "The later one; without it, the latest run in OLD against the one before");
     diff.add_option("--format", options.format, "How it is printed")
         ->check(one_of(diff_formats()))
         ->type_name(boost::join(diff_formats(), "|"))

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "compare/compare.h"
+#include "qvhost/finish/runs.h"
 #include "qvhost/present/diff_view.h"
 #include "qvhost/present/open_report.h"
 #include "verdict/inventory_tables.h"
@@ -69,13 +70,24 @@ std::vector<std::string> tables_of(const Store& from, const Store& to) {
     return tables;
 }
 
+// The two reports that are meant. One log directory alone means its latest run and the one before.
+std::pair<std::filesystem::path, std::filesystem::path> reports_of(const DiffOptions& options) {
+    if (!options.to.empty()) return {options.from, options.to};
+    const auto earlier = earlier_runs(options.from);
+    if (earlier.empty())
+        throw std::runtime_error(options.from.string() +
+                                 ": there is no earlier run; name two reports");
+    return {earlier.front(), options.from};
+}
+
 }  // namespace
 
 int diff_reports(const DiffOptions& options) {
-    const auto opened_from = open_report(options.from);
-    const auto opened_to = open_report(options.to);
-    const auto from = report_of(options.from, opened_from.store);
-    const auto to = report_of(options.to, opened_to.store);
+    const auto [from_path, to_path] = reports_of(options);
+    const auto opened_from = open_report(from_path);
+    const auto opened_to = open_report(to_path);
+    const auto from = report_of(from_path, opened_from.store);
+    const auto to = report_of(to_path, opened_to.store);
     const auto difference = compare::compare(from.side, to.side);
     EventDifference events(from.store, to.store);
     DiffView view{from, to, difference, events, {}, {}, {}};

@@ -3,15 +3,12 @@
 #include <string_view>
 
 #include "compare/words.h"
-#include "qvhost/present/diff_view.h"
+#include "qvhost/present/diff_sections.h"
 #include "show/visible.h"
-#include "verdict/inventory_tables.h"
 
 namespace qvhost {
 
 namespace {
-
-using compare::Trend;
 
 constexpr const char* kHead = R"(<!DOCTYPE html>
 <html lang="en">
@@ -53,102 +50,6 @@ std::string escaped(std::string_view text) {
     return html;
 }
 
-// Sections of rows with three cells; one without rows is left out.
-class HtmlPrinter {
-public:
-    explicit HtmlPrinter(std::ostream& out) : out_(out) {}
-
-    void section(const std::string& title) {
-        end();
-        title_ = title;
-    }
-
-    void row(const std::string& first, const std::string& second, const std::string& third = "",
-             Trend trend = Trend::none) {
-        if (!title_.empty()) out_ << "<section><h2>" << escaped(title_) << "</h2>\n<table>\n";
-        is_open_ = is_open_ || !title_.empty();
-        title_.clear();
-        out_ << "<tr class=\"" << word(trend) << "\"><td>" << escaped(first) << "</td><td>"
-             << escaped(second) << "</td><td>" << escaped(third) << "</td></tr>\n";
-    }
-
-    void end() {
-        if (is_open_) out_ << "</table></section>\n";
-        is_open_ = false;
-    }
-
-private:
-    std::ostream& out_;
-    std::string title_;
-    bool is_open_ = false;
-};
-
-std::string fields_of(const compare::Change& change) {
-    std::string text;
-    for (const auto& field : change.fields) text += (text.empty() ? "" : "; ") + words_of(field);
-    return text;
-}
-
-void put_findings(HtmlPrinter& page, const compare::Difference& difference) {
-    const auto put = [&](const std::string& what, const findings::Finding& finding, Trend trend) {
-        page.row(what + " " + word(finding.severity), finding.subject, finding.says, trend);
-    };
-    const auto is_bad = [](const findings::Finding& one) {
-        return one.severity <= findings::Severity::warning;
-    };
-    page.section("Findings");
-    for (const auto& one : difference.new_findings)
-        put("new", one, is_bad(one) ? Trend::worse : Trend::none);
-    for (const auto& [finding, from] : difference.other_severity)
-        put(std::string(word(from)) + ", now", finding,
-            finding.severity < from ? Trend::worse : Trend::better);
-    for (const auto& one : difference.gone_findings)
-        put("gone", one, is_bad(one) ? Trend::better : Trend::none);
-}
-
-void put_unread(HtmlPrinter& page, const char* title, const std::vector<compare::Unread>& list,
-                const std::vector<compare::Lack>& lacks) {
-    page.section(title);
-    for (const auto& lack : lacks) page.row(word(lack.subsystem), lack.words);
-    for (const auto& unread : list) page.row(compare::title_of(unread.kind), words_of(unread));
-}
-
-void put_events(HtmlPrinter& page, const char* title, const EventTally& tally) {
-    page.section(title);
-    for (const auto severity :
-         {inventory::Severity::critical, inventory::Severity::warning, inventory::Severity::info}) {
-        const auto at = static_cast<std::size_t>(severity);
-        if (tally.counts[at] == 0) continue;
-        const auto trend = severity == inventory::Severity::info ? Trend::none : Trend::worse;
-        page.row(word(severity), std::to_string(tally.counts[at]) + " events", "", trend);
-        for (const auto& [event, count] : tally.first[at])
-            page.row(event.time.value_or("no clock"),
-                     event.source + (event.subject ? ": " + *event.subject : ""),
-                     event.text + (count > 1 ? " (x " + std::to_string(count) + ")" : ""));
-        if (const auto more = tally.counts[at] - tally.folded[at])
-            page.row("", "and " + std::to_string(more) + " more");
-    }
-}
-
-void put_raw(HtmlPrinter& page, DiffView& view) {
-    for (const auto& table : view.raw_tables) {
-        page.section("Rows of " + table);
-        const auto put = [&](const char* what, const Record& record) {
-            view.has_raw_rows = true;
-            std::string values;
-            for (const auto& [id, display, value] : record.properties) {
-                const auto* text = std::get_if<std::string>(&value);
-                values += (values.empty() ? "" : ", ") + id + "=" +
-                          (text ? trimmed(*text) : std::to_string(std::get<int>(value)));
-            }
-            page.row(what, record.name, values);
-        };
-        each_raw_row(
-            view, table, [&](const Record& record) { put("gone", record); },
-            [&](const Record& record) { put("new", record); });
-    }
-}
-
 }  // namespace
 
 void print_diff_html(std::ostream& out, DiffView& view) {
@@ -159,25 +60,21 @@ void print_diff_html(std::ostream& out, DiffView& view) {
     out << "<p>old: " << escaped(words_of(view.from)) << "<br>new: " << escaped(words_of(view.to))
         << "</p>\n";
     if (difference.is_backwards) out << "<p>The old one is the later one.</p>\n";
-    HtmlPrinter page(out);
-    page.section("Health");
-    for (const auto& one : difference.health)
-        page.row(word(one.subsystem), std::string(word(one.from)) + " -> " + word(one.to), "",
-                 one.to < one.from ? Trend::worse : Trend::better);
-    std::string kind;
-    for (const auto& change : difference.changes) {
-        if (change.kind != kind) page.section(compare::title_of(change.kind));
-        kind = change.kind;
-        page.row(change.what, change.subject, fields_of(change), change.trend);
-    }
-    put_findings(page, difference);
-    put_unread(page, "Read then and not now", difference.not_now, difference.lacking_now);
-    put_unread(page, "Read now and not then", difference.not_then, difference.lacking_then);
-    put_events(page, "New events", view.new_events);
-    put_events(page, "Events that are gone", view.gone_events);
-    put_raw(page, view);
-    page.end();
-    if (view.is_same()) out << "<p>Nothing changed.</p>\n";
+    std::string section;
+    const auto end = [&] { out << (section.empty() ? "" : "</table></section>\n"); };
+    each_line(view, [&](const std::string& title, const DiffLine& line) {
+        if (title != section) {
+            end();
+            out << "<section><h2>" << escaped(title) << "</h2>\n<table>\n";
+        }
+        section = title;
+        out << "<tr class=\"" << word(line.trend) << "\">";
+        for (const auto& cell : line.cells) out << "<td>" << escaped(cell) << "</td>";
+        out << "</tr>\n";
+    });
+    end();
+    if (const auto outcome = outcome_of(view); !outcome.empty())
+        out << "<p>" << escaped(outcome) << "</p>\n";
     out << "</body>\n</html>\n";
 }
 

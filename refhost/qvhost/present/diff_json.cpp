@@ -245,7 +245,10 @@ void print_diff_json(std::ostream& out, DiffView& view) {
     put_unread(out, "not_read_now", difference.not_now, difference.lacking_now);
     out << ",\n";
     put_unread(out, "not_read_then", difference.not_then, difference.lacking_then);
-    out << ",\n";
+    out << R"(,
+"not_read_in_either":{"missing":)";
+    put_list(out, difference.lacking_both);
+    out << "},\n";
     put_events(out, view);
     out << ",\n";
     if (!view.raw_tables.empty()) put_raw(out, view);

@@ -49,7 +49,7 @@ struct DiffView {
     }
 };
 
-// "web1, PowerEdge, serial A1, 2026-11-21T06:00:00Z (monday)"
+// "web1, KP220 Rack Server, serial A1, 2026-11-21T06:00:00Z (monday)"
 std::string words_of(const DiffView::Report& report);
 
 // How many different events of a severity are shown to people.
