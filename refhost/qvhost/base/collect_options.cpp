@@ -65,7 +65,7 @@ std::vector<CollectOption> all_rows() {
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
         {"plugin",          &Options::plugin,          optional, "FILE",            kNoRange,   "Another plug-in than the installed one"},
-        {"profile",         &Options::profile,         optional, profile_names(), kNoRange,   "What is collected: full is everything; health is what verdicts need, in a few seconds, without the plug-in"},
+        {"profile",         &Options::profile,         optional, profile_names(), kNoRange,   "What is collected: full is everything; health is what verdicts need, without the plug-in"},
         {"plug-in-only",    &Options::plug_in_only,    optional, "",                kNoRange,   "No questions of the program's own: the plug-in's commands alone"},
         {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
         {"no-compat",       &Options::no_compat,       optional, "",                kNoRange,   "The bare system: no stand-ins for tools that have other names or answers here (a replay has none)"},

@@ -9,8 +9,8 @@
 
 namespace qvhost {
 
-// Prints health and findings, then all tables with their numbers of records, why tables are empty or partial, and where the report
-// is.
+// Prints health and findings, then all tables with their numbers of records, why tables are empty or partial,
+// and where the report is.
 void print_summary(std::ostream& out, const Store& store, const LogDir& dir,
                    const TerminalStyle& style);
 

@@ -16,13 +16,13 @@ std::string formula_free(std::string_view text);
 
 class CsvWriter {
 public:
-    // Spreadsheets take some texts for formulas; they get an apostrophe (formula_free), unless `raw`. On a
-    // terminal hidden characters are shown and not sent.
+    // Values are made fit for a spreadsheet: line ends at their end go, and a text that would be taken for a formula
+    // gets an apostrophe (formula_free). `raw` leaves them as they were filed. On a terminal hidden characters are
+    // shown and not sent.
     CsvWriter(std::ostream& out, bool raw, bool terminal)
         : out_(out), raw_(raw), terminal_(terminal) {}
 
-    // Fields of a row, from the left. Whatever bytes a text has are written to a file, but for line ends at its end, so
-    // that a record is one line where its values are. An empty text is "", which tells it from nothing.
+    // Fields of a row, from the left. An empty text is "", which tells it from nothing.
     void text(std::string_view text);
     void number(std::string_view digits);
     void nothing();

@@ -283,20 +283,21 @@ struct Told {
 };
 
 // The tables of which there are metrics, in the order in which they are written.
+using Write = void (*)(const Told& told, std::ostream& out);
+
+// clang-format off
 constexpr struct {
     const char* table;
-    void (*write)(const Told& told, std::ostream& out);
+    Write write;
 } kMetricTables[] = {
-    {"health",   [](const Told& told, std::ostream& out) { write_health(told.verdict, out); }           },
-    {"findings", [](const Told& told, std::ostream& out) { write_findings(told.verdict, out); }         },
-    {"health",   [](const Told& told, std::ostream& out) { write_not_read(told.verdict, out); }         },
-    {"sensors",
-     [](const Told& told,             std::ostream& out) { write_sensors(told.inventory.sensors, out); }},
-    {"drives",
-     [](const Told& told,             std::ostream& out) { write_drives(told.inventory.drives, out); }  },
-    {"volumes",
-     [](const Told& told,             std::ostream& out) { write_volumes(told.inventory.volumes, out); }},
+    {"health",   [](const Told& told, std::ostream& out) { write_health(told.verdict, out); }},
+    {"findings", [](const Told& told, std::ostream& out) { write_findings(told.verdict, out); }},
+    {"health",   [](const Told& told, std::ostream& out) { write_not_read(told.verdict, out); }},
+    {"sensors",  [](const Told& told, std::ostream& out) { write_sensors(told.inventory.sensors, out); }},
+    {"drives",   [](const Told& told, std::ostream& out) { write_drives(told.inventory.drives, out); }},
+    {"volumes",  [](const Told& told, std::ostream& out) { write_volumes(told.inventory.volumes, out); }},
 };
+// clang-format on
 
 }  // namespace
 

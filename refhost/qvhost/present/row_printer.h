@@ -35,7 +35,7 @@ bool is_json(const std::string& format);
 
 struct RowStyle {
     std::string format;
-    bool raw = false;  // in csv texts that look like formulas stay as they are
+    bool raw = false;  // in csv: values as they were filed, with their line ends
     TerminalStyle terminal;
 };
 
