@@ -39,7 +39,7 @@ TEST_F(Moments, LoseNothingThatWasFiledAndLeaveNothingBehind) {
     ASSERT_GT(whole.size(), 3000u);
 
     std::mt19937 random(static_cast<unsigned>(setting("QV_TEST_SEED", 1, 1)));
-    const long moments = setting("QV_TEST_MOMENTS", 16, 100);
+    const long moments = repetitions("QV_TEST_MOMENTS", 16, 100);
     for (int i = 0; i < moments; ++i) {
         fs::remove_all(log_dir());
         constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGKILL};

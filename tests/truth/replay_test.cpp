@@ -22,7 +22,7 @@ class Replay : public test::ProductTest {};
 
 TEST_F(Replay, TellsTheTruthOfRandomServers) {
     const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = test::setting("QV_TRUTH_SEEDS", 10, 1000);
+    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 10, 1000);
     for (long seed = first; seed < first + seeds; ++seed) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);

@@ -92,7 +92,7 @@ protected:
 
 TEST_F(Survey, TellsTheTruthOfRandomServers) {
     const long first = setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = setting("QV_TRUTH_SEEDS", 150, 10000);
+    const long seeds = repetitions("QV_TRUTH_SEEDS", 150, 10000);
     for (long seed = first; seed < first + seeds; ++seed) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);
@@ -103,7 +103,7 @@ TEST_F(Survey, TellsTheTruthOfRandomServers) {
 }
 
 TEST_F(Survey, FindsEachFault) {
-    const long seeds = setting("QV_TRUTH_SEEDS", 3, 60);
+    const long seeds = repetitions("QV_TRUTH_SEEDS", 3, 60);
     for (const auto& name : fault_names()) {
         for (const auto seed : seeds_with(name, static_cast<std::size_t>(seeds))) {
             Options options;
@@ -118,7 +118,7 @@ TEST_F(Survey, FindsEachFault) {
 }
 
 TEST_F(Survey, IsNotMisledByDamagedCaptures) {
-    const long seeds = setting("QV_TRUTH_SEEDS", 2, 30);
+    const long seeds = repetitions("QV_TRUTH_SEEDS", 2, 30);
     std::map<std::string, long> tried;
     for (std::uint64_t seed = 1; seed < 60; ++seed) {
         Options options;
@@ -143,8 +143,8 @@ TEST_F(Survey, IsNotMisledByDamagedCaptures) {
 // evidence is cut off is well.
 TEST_F(Survey, IsNotMisledByCutsAnywhere) {
     const long first = setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = setting("QV_TRUTH_SEEDS", 2, 30);
-    const long most_cuts = setting("QV_TRUTH_CUTS", 6, 60);  // of one capture
+    const long seeds = repetitions("QV_TRUTH_SEEDS", 2, 30);
+    const long most_cuts = repetitions("QV_TRUTH_CUTS", 6, 60);  // of one capture
     for (long seed = first; seed < first + seeds; ++seed) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);
