@@ -7,7 +7,6 @@
 #include <csignal>
 #include <map>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include "ask/conditions.h"
@@ -68,7 +67,7 @@ bool runs(const std::string& command, std::string_view tool) {
 class Asking {
 public:
     explicit Asking(const Settings& settings)
-        : settings_(settings), facts_(settings.log_dir, settings.started) {
+        : settings_(settings), facts_(settings.log_dir, settings.foreign) {
         for (const char* capture : kPlugInsLists) facts_.read(capture);
     }
 
@@ -136,6 +135,7 @@ private:
         if (!is_recorded(tool.name, arguments)) return;
         const auto capture = with(question.capture, n);
         settings_.begin(tool.name);
+        facts_.is_written(capture);
         const int status =
             settings_.run(tool.command + (arguments.empty() ? "" : " " + arguments) + " >" +
                           shell_quoted((settings_.log_dir / capture).string()));
@@ -181,29 +181,8 @@ private:
     std::set<std::string> lacks_;
 };
 
-// "host_storcli_c{n}_show.txt" is the name of all that begin and end so.
-bool is_answer(const std::string& name) {
-    return std::any_of(questions().begin(), questions().end(), [&](const Question& question) {
-        const auto at = question.capture.find("{n}");
-        if (at == std::string_view::npos) return name == question.capture;
-        return name.size() >= question.capture.size() - 2 &&
-               name.starts_with(question.capture.substr(0, at)) &&
-               name.ends_with(question.capture.substr(at + 3));
-    });
-}
-
 }  // namespace
 
 void ask(const Settings& settings) { Asking(settings).ask_all(); }
-
-void remove_answers(const fs::path& log_dir) {
-    std::error_code error;
-    std::vector<fs::path> answers;
-    for (fs::directory_iterator entry(log_dir, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (is_answer(entry->path().filename().string())) answers.push_back(entry->path());
-    }
-    for (const auto& answer : answers) fs::remove(answer, error);
-}
 
 }  // namespace qvhost::ask

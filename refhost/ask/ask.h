@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ struct Earlier {
 
 struct Settings {
     std::filesystem::path log_dir;
-    std::filesystem::file_time_type started;  // of the collection
+    std::set<std::string> foreign = {};  // files in it that this collection has not written
     ToolPlaces places;
     bool for_verdicts_alone = false;  // --profile health
     // In a replay what the server has recorded: nothing else is asked, and nothing of this machine is
@@ -50,8 +51,5 @@ struct Settings {
 };
 
 void ask(const Settings& settings);
-
-// Removes what questions of an earlier collection have left.
-void remove_answers(const std::filesystem::path& log_dir);
 
 }  // namespace qvhost::ask

@@ -37,14 +37,14 @@ std::string text_at(const nlohmann::json& object, const char* key) {
 
 }  // namespace
 
-Facts::Facts(fs::path log_dir, fs::file_time_type started)
-    : log_dir_(std::move(log_dir)), started_(started) {}
+Facts::Facts(fs::path log_dir, std::set<std::string> foreign)
+    : log_dir_(std::move(log_dir)), foreign_(std::move(foreign)) {}
 
 bool Facts::has(const std::string& capture) const {
     std::error_code error;
     const auto file = log_dir_ / capture;
-    return fs::is_regular_file(fs::symlink_status(file, error)) && fs::file_size(file, error) > 0 &&
-           fs::last_write_time(file, error) >= started_;
+    return !foreign_.contains(capture) && fs::is_regular_file(fs::symlink_status(file, error)) &&
+           fs::file_size(file, error) > 0;
 }
 
 std::string Facts::text_of(const std::string& capture) const {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,12 +14,15 @@ namespace qvhost::ask {
 
 class Facts {
 public:
-    // Captures that are older than `started` are an earlier collection's.
-    Facts(std::filesystem::path log_dir, std::filesystem::file_time_type started);
+    // `foreign`: files in the directory that this collection has not written, by name.
+    Facts(std::filesystem::path log_dir, std::set<std::string> foreign);
 
     // Whether a command of this collection has printed something into the capture.
     bool has(const std::string& capture) const;
     bool has_text(const std::string& capture, std::string_view text) const;
+
+    // The collection writes the capture now.
+    void is_written(const std::string& capture) { foreign_.erase(capture); }
 
     // Takes what the capture tells; once more if it was written once more.
     void read(const std::string& capture);
@@ -34,7 +38,7 @@ private:
     std::string text_of(const std::string& capture) const;
 
     std::filesystem::path log_dir_;
-    std::filesystem::file_time_type started_;
+    std::set<std::string> foreign_;
     std::map<std::string, inventory::Inventory> captures_;
     std::map<std::string, bool> whole_;
 };

@@ -30,16 +30,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The names of the files in the directory that are no older, and of those in its subdirectories, sorted.
-std::set<std::string> files_in(const fs::path& log_dir, fs::file_time_type not_before) {
+// The names of the files in the directory, and of those in its subdirectories, sorted.
+std::set<std::string> files_in(const fs::path& log_dir, const std::set<std::string>& foreign) {
     std::set<std::string> names;
     std::error_code error;
     for (fs::recursive_directory_iterator entry(log_dir, error), end; !error && entry != end;
          entry.increment(error)) {
         if (entry.depth() > 0) entry.disable_recursion_pending();
         if (entry->is_symlink(error) || !entry->is_regular_file(error)) continue;
-        if (entry->last_write_time(error) < not_before) continue;
-        names.insert(entry->path().lexically_relative(log_dir).string());
+        const auto name = entry->path().lexically_relative(log_dir);
+        if (!foreign.contains(*name.begin())) names.insert(name.string());
     }
     return names;
 }
@@ -59,9 +59,9 @@ int open_capture(const fs::path& path) {
 class Surveyor {
 public:
     Surveyor(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
-             const EventSink& events, fs::file_time_type not_before, Survey& survey)
+             const EventSink& events, const std::set<std::string>& foreign, Survey& survey)
         : log_dir_(log_dir), origins_(origins), events_(events), survey_(survey) {
-        names_ = files_in(log_dir, not_before);
+        names_ = files_in(log_dir, foreign);
         for (const auto& origin : origins) names_.insert(origin.capture);
     }
 
@@ -199,9 +199,9 @@ const SurveyedCapture* Survey::find(const std::string& capture) const {
 }
 
 Survey survey(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
-              const EventSink& events, fs::file_time_type not_before) {
+              const EventSink& events, const std::set<std::string>& foreign) {
     Survey result;
-    Surveyor surveyor(log_dir, origins, events, not_before, result);
+    Surveyor surveyor(log_dir, origins, events, foreign, result);
     surveyor.read_all(storage_captures());
     surveyor.read_all(ipmi_captures());
     surveyor.read_all(system_captures());

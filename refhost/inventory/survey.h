@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,11 +37,10 @@ struct Survey {
 };
 
 // Hands events on while it reads. Captures that cannot be read are in the survey with a gap that says
-// why. Links are not followed. Files that are older than `not_before` are an earlier collection's and
-// are not read.
+// why. Links are not followed. What is in `foreign` (names in the directory) is not the collection's and is not
+// read.
 Survey survey(const std::filesystem::path& log_dir, const std::vector<CaptureOrigin>& origins,
-              const EventSink& events,
-              std::filesystem::file_time_type not_before = std::filesystem::file_time_type::min());
+              const EventSink& events, const std::set<std::string>& foreign = {});
 
 // Reads one capture with its reader, adds what it tells to `found`, and returns whether it was read whole.
 bool read_capture(const std::filesystem::path& log_dir, const std::string& name, Inventory& found);

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -79,6 +80,35 @@ int wait_for_process(pid_t process) {
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
     return status;
+}
+
+Answer answer_of_process(const std::function<std::string()>& call, unsigned seconds) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    const Descriptor reading(ends[0]);
+    Descriptor writing(ends[1]);
+    const pid_t process = ::fork();
+    if (process < 0) throw std::system_error(errno, std::generic_category(), "fork");
+    if (process == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::signal(SIGALRM, SIG_DFL);
+        ::alarm(seconds);
+        const Descriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            ::dup2(nothing.get(), stream);
+        ::_exit(write_bytes(writing.get(), call()) ? 0 : 1);
+    }
+    writing = Descriptor();
+    Answer answer;
+    char block[4096];
+    for (;;) {
+        const auto size = ::read(reading.get(), block, sizeof block);
+        if (size > 0) answer.text.append(block, static_cast<std::size_t>(size));
+        if (size == 0 || (size < 0 && errno != EINTR)) break;
+    }
+    answer.status = wait_for_process(process);
+    return answer;
 }
 
 std::vector<pid_t> descendants() {

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +31,16 @@ pid_t start_process(const Start& start);
 
 // Waits for its end. Returns the wait status.
 int wait_for_process(pid_t process);
+
+struct Answer {
+    std::string text;
+    int status = 0;  // the wait status
+};
+
+// What a call gives that is made in a copy of this process, without standard streams. The copy ends with the
+// call, with this process, and by SIGALRM after so many seconds. This process must have one thread. Throws
+// std::system_error if there is no copy.
+Answer answer_of_process(const std::function<std::string()>& call, unsigned seconds);
 
 // The processes that descend from this one now, children of children included.
 std::vector<pid_t> descendants();

@@ -16,6 +16,7 @@
 
 #include "compat/layer.h"
 #include "files/failure.h"
+#include "qvhost/base/misuse.h"
 #include "qvhost/check_here.h"
 #include "qvhost/cli/command_line.h"
 #include "qvhost/cli/settings_file.h"
@@ -154,6 +155,9 @@ int main(int argc, char** argv) {
     } catch (const std::ios_base::failure&) {
         std::cout.exceptions(std::ios::goodbit);  // std::cerr flushes it
         std::cerr << "qvhost: cannot write to standard output\n";
+    } catch (const qvhost::Misuse& error) {
+        std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
+        return kUsage;
     } catch (const std::exception& error) {
         std::cout.exceptions(std::ios::goodbit);
         std::cerr << "qvhost: " << qvhost::one_line(qvhost::words_of(error)) << '\n';

@@ -189,14 +189,14 @@ TEST_F(Ask, AToolThatHangsIsAskedOnce) {
     EXPECT_EQ(asked(quick).size(), 3u);
     quick.earlier = {{"ipmitool fru >'/log/fruinfo.txt'", false, false}};
     statuses.clear();
-    qvhost::ask::remove_answers(log_dir);
+    forget_answers();
     EXPECT_EQ(asked(quick).size(), 9u);
 }
 
 TEST_F(Ask, FailuresOfOneQuestionKeepNoOtherFromBeingAsked) {
     is_full();
     const auto all = asked();
-    qvhost::ask::remove_answers(log_dir);
+    forget_answers();
     for (const auto& question : {"dmidecode", "ipmitool sensor", "storcli /c0/vall show all",
                                  "smartctl -x -j /dev/sdc", "mdadm --detail /dev/md0"})
         statuses[question] = 1 << 8;
@@ -292,26 +292,23 @@ TEST_F(Ask, AReplayAsksWhatIsRecordedAndLooksAtNoMachine) {
     EXPECT_EQ(lacks, std::vector<Lack>{}) << "what was not recorded changes no verdict";
 
     std::filesystem::remove_all(root);
-    qvhost::ask::remove_answers(log_dir);
+    forget_answers();
     EXPECT_EQ(asked(replay), expected) << "the machine itself plays no part";
     replay.recorded = std::vector<Recorded>{};
     EXPECT_EQ(asked(replay), Texts{});
 }
 
-TEST_F(Ask, RemovesAnswersOfAnEarlierCollectionAndNothingElse) {
-    for (const char* name :
-         {"host_lspci.txt", "host_storcli_c0_show.txt", "host_storcli_c12_events.txt",
-          "host_smartctl_sda.json", "host_mdadm_md0.txt"})
-        has_capture(name, "old\n");
-    for (const char* name :
-         {"sensorinfo.txt", "host_notes.txt", "qvhost.log", "host_storcli_c0_show.txt.bak"})
-        has_capture(name, "kept\n");
-    qvhost::ask::remove_answers(log_dir);
-    std::set<std::string> left;
-    for (const auto& entry : std::filesystem::directory_iterator(log_dir))
-        left.insert(entry.path().filename());
-    EXPECT_EQ(left, (std::set<std::string>{"sensorinfo.txt", "host_notes.txt", "qvhost.log",
-                                           "host_storcli_c0_show.txt.bak"}));
+// Files that somebody else has put there keep nothing from being asked, and say nothing.
+TEST_F(Ask, ForeignFilesAreNoAnswers) {
+    has_file("proc/mdstat");
+    for (const char* tool : {"lspci", "cat"}) has_tool(tool);
+    for (const char* name : {"host_lspci.txt", "host_mdstat.txt"}) has_capture(name, "words\n");
+    auto given = settings();
+    given.for_verdicts_alone = true;
+    EXPECT_EQ(asked(given), Texts{});
+    given.foreign = {"host_lspci.txt", "host_mdstat.txt"};
+    EXPECT_EQ(asked(given),
+              (Texts{"lspci > host_lspci.txt", "cat /proc/mdstat > host_mdstat.txt"}));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // What calls for which question, on machines made of a few files and captures.
 #include "ask/conditions.h"
 
-#include <chrono>
+#include <set>
 
 #include "server.h"
 
@@ -14,12 +14,12 @@ using namespace qvhost::ask;
 class Conditions : public AskedServer {
 protected:
     Facts facts() {
-        Facts facts(log_dir,
-                    std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1));
+        Facts facts(log_dir, foreign);
         for (const auto& entry : std::filesystem::directory_iterator(log_dir))
             facts.read(entry.path().filename());
         return facts;
     }
+    std::set<std::string> foreign;
     // "no", "maybe" or "yes", and what there is to ask about.
     std::string call(When when, bool is_replay = false) {
         const auto made = called_for(when, facts(), is_replay ? std::filesystem::path() : root);
@@ -191,12 +191,14 @@ TEST_F(Conditions, AReplayTakesWhatItHasForNeeded) {
     EXPECT_EQ(call(When::sas3_adapter, true), "yes 0");
 }
 
-TEST_F(Conditions, CapturesOfAnEarlierCollectionTellNothing) {
+TEST_F(Conditions, ForeignFilesTellNothing) {
     has_capture("ctrlcount.txt", "Controller Count = 3\n\n");
-    std::filesystem::last_write_time(
-        log_dir / "ctrlcount.txt",
-        std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    EXPECT_EQ(call(When::controller), "yes 0 1 2");
+    foreign = {"ctrlcount.txt"};
     EXPECT_EQ(call(When::controller), "yes");
+    auto known = facts();
+    known.is_written("ctrlcount.txt");
+    EXPECT_TRUE(known.has("ctrlcount.txt"));
 }
 
 }  // namespace

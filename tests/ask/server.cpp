@@ -1,7 +1,5 @@
 #include "server.h"
 
-#include <chrono>
-
 namespace test {
 
 namespace fs = std::filesystem;
@@ -63,10 +61,17 @@ void AskedServer::has_capture(const std::string& name, const std::string& text) 
     write(log_dir / name, text);
 }
 
+void AskedServer::forget_answers() const {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(log_dir)) {
+        if (entry.path().filename().string().starts_with("host_")) found.push_back(entry.path());
+    }
+    for (const auto& file : found) fs::remove(file);
+}
+
 qvhost::ask::Settings AskedServer::settings() {
     return {
         .log_dir = log_dir,
-        .started = fs::file_time_type::clock::now() - std::chrono::minutes(1),
         .places = {.vendor_tools = vendor_tools,
                    .search_path = path.string(),
                    .why_not_trusted = [](const fs::path&) { return std::string(); }},

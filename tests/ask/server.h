@@ -27,6 +27,9 @@ protected:
     // A capture that a plug-in has left.
     void has_capture(const std::string& name, const std::string& text);
 
+    // Removes what questions have left.
+    void forget_answers() const;
+
     // What the commands of the tools print: by "storcli show", without directory, build and redirection.
     std::map<std::string, std::string> answers;
     std::map<std::string, int> statuses;  // wait statuses other than 0

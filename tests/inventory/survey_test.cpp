@@ -35,6 +35,16 @@ protected:
     std::vector<std::string> events_;
 };
 
+TEST_F(SurveyOfCaptures, ForeignFilesAreNotRead) {
+    fs::create_directory(dir_ / "Firmware");
+    for (const char* name : {"cpuinfo.log", "sensorinfo.txt", "Firmware/fwtermlog.txt"})
+        write(name, "Fan1 | 5000.000 | RPM | ok | na | na | na | na | na | na\n");
+    EXPECT_EQ(survey_all().inventory.sensors.size(), 1U);
+    const auto found = survey(dir_, {}, [](Event&&) {}, {"sensorinfo.txt", "Firmware"});
+    EXPECT_EQ(found.inventory.sensors.size(), 0U);
+    EXPECT_EQ(found.find("sensorinfo.txt"), nullptr);
+}
+
 const char* const kOfIpmiutil =
     "ipmiutil sel version 3.18\n"
     "SEL Ver 51 Support 0f, Size = 0 records (Used=2, Free=100)\n"

@@ -102,18 +102,51 @@ TEST_F(Collect, FiltersChooseWhatIsAsked) {
     }
 }
 
-TEST_F(Collect, NamesThatNoModuleHasAreRefusedWithThoseThatThereAre) {
-    const auto module = run(collect("calm", {"--module", "gamma"}));
-    EXPECT_EQ(module.exit, 1);
-    EXPECT_NE(module.err.find("there is no module \"gamma\"; there are: zeta alpha"),
-              std::string::npos)
-        << module.err;
-    const auto table = run(collect("calm", {"--table", "VALUES", "--table", "values"}));
-    EXPECT_EQ(table.exit, 1);
-    EXPECT_NE(table.err.find("there is no table \"values\"; there are: SURROUNDINGS VALUES "
-                             "ANOTHER EMPTY"),
-              std::string::npos)
-        << table.err;
+TEST_F(Collect, WrongNamesAreRefusedAndTheRunBeforeStaysWhereItIs) {
+    ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto before = read_file(log_dir() / "report" / "report.json");
+    const struct {
+        std::vector<std::string> options;
+        int exit;
+        const char* says;
+    } cases[] = {
+        {{"--module", "gamma"}, 2, "there is no module \"gamma\"; there are: zeta alpha"},
+        {{"--module", "zita"}, 2, "there is no module \"zita\"; did you mean zeta?"},
+        {{"--table", "VALUES", "--table", "valeus"},
+         2,
+         "there is no table \"valeus\"; did you mean VALUES?"},
+        {{"--table", "sensors", "--dry-run"},
+         2,
+         "there is no table \"sensors\"; there are: SURROUNDINGS VALUES ANOTHER EMPTY"},
+        {{"--module", "zeta", "--table", "EMPTY"}, 2, "no table EMPTY is in the module zeta"},
+        {{"--plugin", plugin("none")}, 1, "AddModules"},
+        {{"--plugin", plugin("missing")}, 1, "missing.so"},
+    };
+    for (const auto& [options, exit, says] : cases) {
+        SCOPED_TRACE(says);
+        auto arguments = collect("calm", options);
+        if (options[0] == "--plugin") {
+            arguments = {"collect", "--log-dir", log_dir(), "--plug-in-only"};
+            arguments.insert(arguments.end(), options.begin(), options.end());
+        }
+        const auto outcome = run(arguments);
+        EXPECT_EQ(outcome.exit, exit);
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_FALSE(fs::exists(log_dir() / "runs"));
+        EXPECT_EQ(read_file(log_dir() / "report" / "report.json"), before);
+    }
+}
+
+TEST_F(Collect, NamesAreTakenAsAnyOutputShowsThem) {
+    for (const auto& options : std::vector<std::vector<std::string>>{
+             {"--module", "Module ALPHA"}, {"--table", "another", "--table", "Empty"}}) {
+        fs::remove_all(log_dir());
+        const auto outcome = run(collect("calm", options));
+        ASSERT_EQ(outcome.exit, 0) << outcome.err;
+        EXPECT_EQ(counts(store_in(log_dir())),
+                  (std::map<std::string, int>{{"ANOTHER", 1}, {"EMPTY", 0}}));
+    }
 }
 
 TEST_F(Collect, ToolsFindAKnownEnvironment) {

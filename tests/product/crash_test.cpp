@@ -80,6 +80,7 @@ TEST_F(Crash, APluginThatCrashesWhenItIsLoadedEndsWith1) {
     const auto outcome = run(with_fault("load"));
     EXPECT_EQ(outcome.exit, 1);
     EXPECT_NE(outcome.err.find("Segmentation fault"), std::string::npos) << outcome.err;
+    EXPECT_FALSE(fs::exists(log_dir())) << "nothing was begun";
 }
 
 TEST_F(Crash, AnExceptionEndsItsTableOnly) {

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <set>
 
@@ -121,6 +122,30 @@ TEST_F(LogDirectory, WhatNoRunHasLeftStaysAndIsNamed) {
     ASSERT_EQ(earlier.size(), 1u);
     EXPECT_EQ(names_in(earlier[0]),
               (std::set<std::string>{"capture.txt", "console.txt", "qvhost.log", "report"}));
+}
+
+// Which files are the run's is recorded; their dates, which copies and clocks change, tell nothing.
+TEST_F(LogDirectory, VerdictsRestOnTheRunsOwnFilesAlone) {
+    const std::string critical =
+        "Temp | 99.000 | degrees C | cr | na | na | na | na | 90.000 | na\n";
+    fs::create_directory(log_dir());
+    write_file(log_dir() / "sensorinfo.txt", critical);
+    const auto tomorrow = fs::file_time_type::clock::now() + std::chrono::hours(24);
+    fs::last_write_time(log_dir() / "sensorinfo.txt", tomorrow);
+    EXPECT_EQ(run(collect("calm")).exit, 0);
+    EXPECT_EQ(report_json(log_dir())["findings"].size(), 0u);
+
+    fs::remove_all(log_dir());
+    const auto sample = fs::path(QV_SAMPLES) / "x86_64-kp220-megaraid";
+    ASSERT_EQ(run({"replay", sample, "--log-dir", log_dir(), "--quiet"}).exit, 0);
+    const auto as_collected = run({"check", log_dir()}).out;
+    EXPECT_TRUE(as_collected.starts_with("CRITICAL")) << as_collected;
+    const fs::file_time_type long_ago{};
+    for (const auto& entry : fs::directory_iterator(log_dir())) {
+        if (entry.is_regular_file()) fs::last_write_time(entry.path(), long_ago);
+    }
+    write_file(dir() / "rules", "");
+    EXPECT_EQ(run({"check", log_dir(), "--rules", dir() / "rules"}).out, as_collected);
 }
 
 TEST_F(LogDirectory, AMoveThatWasBrokenOffGoesOn) {

@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <filesystem>
+#include <set>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -165,18 +167,19 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
                         JournalWriter& journal) {
     const auto limits = limits_for(options);
     const Plugin plugin(options.plugin);
-    const auto selected = select_modules(plugin, options);
+    const auto offer = offer_of(plugin);
+    const auto selected = select_modules(offer, options);
     JournalSink sink(journal);
     RRepository repository(sink);
     // All modules first, so that a collection that is cut off can say what it did not reach.
-    for (const auto& [module, tables] : selected)
-        journal.append(ModuleEntry{module->GetName(), module->GetDisplay(), tables});
-    for (const auto& [module, tables] : selected) {
+    for (const auto& [place, tables] : selected)
+        journal.append(ModuleEntry{offer[place].name, offer[place].display, tables});
+    for (const auto& [place, tables] : selected) {
         set_tool_deadline(
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
-        runner::log_mark(std::string(kModuleMark) + module->GetName());
+        runner::log_mark(std::string(kModuleMark) + offer[place].name);
         for (const auto& table : tables) {
-            collect_table(*module, table, repository, journal);
+            collect_table(*plugin.modules()[place], table, repository, journal);
             // The disk is full: what the tools would say from here on could not be kept.
             if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
         }
@@ -197,17 +200,23 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     return text;
 }
 
+std::set<std::string> names_in(const std::filesystem::path& directory) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
 // Who asks for single modules or tables wants these.
 bool asks_own_questions(const CollectOptions& options) {
     return !options.plug_in_only && options.modules.empty() && options.tables.empty();
 }
 
 void ask_own_questions(const CollectOptions& options, const LogDir& dir,
-                       std::filesystem::file_time_type started, JournalWriter& journal) {
+                       std::set<std::string> foreign, JournalWriter& journal) {
     const char* search_path = std::getenv("PATH");
     ask::Settings settings;
     settings.log_dir = dir.path();
-    settings.started = started;
     settings.places.vendor_tools = program_file().parent_path() / "qv_tools";
     settings.places.search_path = search_path ? search_path : "";
     settings.places.why_not_trusted = why_not_trusted;
@@ -230,7 +239,9 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
         const auto end = outcome(command);
         const bool ended_well = end.empty() || inventory::ran_to_its_end(command.text, end);
         settings.earlier.push_back({command.text, ended_well, !command.stopped_by.empty()});
+        for (const auto& capture : command.captures) foreign.erase(capture);
     }
+    settings.foreign = std::move(foreign);
     runner::log_mark(std::string(kHostMark));
     ask::ask(settings);
 }
@@ -239,15 +250,13 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
 std::string collect(const CollectOptions& options, const LogDir& dir, JournalWriter& journal) {
     const auto limits = limits_for(options);
     const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
-    // One second earlier, since file systems keep times more coarsely than clocks.
-    const auto started = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(1);
-    ask::remove_answers(dir.path());
+    auto foreign = names_in(dir.path());
     std::string error;
     if (options.profile != kHealthProfile) error = ask_modules(options, end, journal);
     if (asks_own_questions(options)) {
         set_tool_deadline(
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
-        ask_own_questions(options, dir, started, journal);
+        ask_own_questions(options, dir, std::move(foreign), journal);
     }
     return error;
 }

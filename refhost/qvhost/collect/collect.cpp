@@ -19,8 +19,10 @@
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
+#include "qvhost/collect/offer.h"
 #include "qvhost/collect/program_path.h"
 #include "qvhost/collect/progress.h"
+#include "qvhost/collect/selection.h"
 #include "qvhost/collect/supervise.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
@@ -140,13 +142,18 @@ int collect(CollectOptions options, const Stage& stage) {
     expect_program_trusted(program_file());
     expect_program_trusted(stage.program);
     expect_trusted(why_not_trusted(stage.vendor_tools()));
-    options.log_dir = make_log_dir(options.log_dir);
     const bool has_modules = options.profile != kHealthProfile;
+    DeclaredTables declared;
     if (has_modules) {
         options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
         expect_trusted(why_not_trusted_itself(options.plugin.parent_path()));
         expect_trusted(why_not_trusted_itself(options.plugin));
+        declared = tables_declared_by(options.plugin);
+        if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
+        settle_names(options, offer_of(options.plugin, limits_for(options).module_seconds),
+                     declared.tables);
     }
+    options.log_dir = make_log_dir(options.log_dir);
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
     const DirLock lock(dir.path());
@@ -169,11 +176,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));
         note_machine(store, stage.machine);
         if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
-        if (has_modules) {
-            const auto declared = tables_declared_by(options.plugin);
-            if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
-            write_declared_tables(store, declared.tables);
-        }
+        if (has_modules) write_declared_tables(store, declared.tables);
         store.commit();
 
         JournalReader journal(dir.journal());

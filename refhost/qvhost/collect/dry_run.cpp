@@ -6,9 +6,10 @@
 #include <iostream>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
-#include "qvhost/base/plugin.h"
+#include "qvhost/collect/offer.h"
 #include "qvhost/collect/selection.h"
 #include "show/terminal.h"
 #include "show/text_table.h"
@@ -31,13 +32,14 @@ void print_pairs(const std::vector<std::string>& headers,
 
 }  // namespace
 
-void print_plan(const CollectOptions& options, const Stage& stage) {
+void print_plan(CollectOptions options, const Stage& stage) {
     const auto limits = limits_for(options);
-    const Plugin plugin(options.plugin.empty() ? installed_plugin() : options.plugin);
+    const auto file = options.plugin.empty() ? installed_plugin() : options.plugin;
+    const auto offer = offer_of(file, limits.module_seconds);
+    settle_names(options, offer, tables_declared_by(file).tables);
     std::vector<std::vector<std::string>> rows;
-    for (const auto& [module, tables] : select_modules(plugin, options)) {
-        rows.push_back({module->GetDisplay(), boost::join(tables, " ")});
-    }
+    for (const auto& [place, tables] : select_modules(offer, options))
+        rows.push_back({offer[place].display, boost::join(tables, " ")});
     const auto at_most = [](unsigned seconds) {
         return "at most " + std::to_string(seconds) + " s";
     };

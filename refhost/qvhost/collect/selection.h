@@ -1,21 +1,30 @@
 // Which modules and tables are collected.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "qvhost/base/options.h"
-#include "qvhost/base/plugin.h"
+#include "qvhost/collect/offer.h"
+#include "store/declared_table.h"
 
 namespace qvhost {
 
+// Puts names in place of what people call modules and tables: a module's name or display, a table's id or
+// title, in any case. A title that several tables have means all of them. Throws Misuse for what is none
+// of them, with the name that is nearest to it or all that there are, and if no module that was asked for has
+// one of the tables.
+void settle_names(CollectOptions& options, const Offer& offer,
+                  const std::vector<DeclaredTable>& declared);
+
 struct SelectedModule {
-    marlox::repository::RModule* module;
+    std::size_t place;  // in the offer
     std::vector<std::string> tables;
+    bool operator==(const SelectedModule&) const = default;
 };
 
-// Those that the user asked for, in the order in which they are collected. Throws std::runtime_error
-// for a name that no module knows, with those that there are.
-std::vector<SelectedModule> select_modules(const Plugin& plugin, const CollectOptions& options);
+// Those that the user asked for by the names of the offer, in the order in which they are collected.
+std::vector<SelectedModule> select_modules(const Offer& offer, const CollectOptions& options);
 
 }  // namespace qvhost

@@ -1,6 +1,5 @@
 #include "qvhost/finish/judge_report.h"
 
-#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <optional>
@@ -12,6 +11,7 @@
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
 #include "qvhost/finish/commands.h"
+#include "qvhost/finish/runs.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -74,16 +74,6 @@ std::vector<findings::Lack> lacks_in(const std::string& text) {
     return lacks;
 }
 
-// Files that are older are an earlier collection's. One second earlier, since file systems keep times more
-// coarsely than clocks.
-std::filesystem::file_time_type start_of(const Store& store) {
-    std::tm parts{};
-    if (!::strptime(store.meta("started").c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts))
-        return std::filesystem::file_time_type::min();
-    const auto start = std::chrono::system_clock::from_time_t(::timegm(&parts));
-    return std::chrono::file_clock::from_sys(start) - std::chrono::seconds(1);
-}
-
 findings::Circumstances circumstances_of(const Store& store,
                                          const std::vector<CommandInfo>& commands,
                                          const LogDir& dir) {
@@ -118,7 +108,7 @@ inventory::Inventory judge_report(Store& store, const LogDir& dir,
             judge_events.take(event);
             events.add(event);
         },
-        start_of(store));
+        foreign_files(store));
     write_inventory(store, survey.inventory);
     write_verdict(store,
                   findings::judge(survey, judge_events, circumstances_of(store, commands, dir)));
@@ -131,7 +121,7 @@ findings::Verdict judge_again(const Store& store, const LogDir& dir, const findi
     findings::EventJudge events;
     const auto survey = inventory::survey(
         dir.path(), origins_of(commands, named_in_commands(store, dir)),
-        [&](inventory::Event&& event) { events.take(event); }, start_of(store));
+        [&](inventory::Event&& event) { events.take(event); }, foreign_files(store));
     return findings::judge(survey, events, circumstances_of(store, commands, dir), rules);
 }
 

@@ -184,11 +184,16 @@ void note_foreign_files(Store& store, const std::vector<std::string>& names) {
     store.set_meta(kForeignKey, joined(names));
 }
 
-void note_files_of_run(Store& store, const LogDir& dir) {
+std::set<std::string> foreign_files(const Store& store) {
     auto foreign = names_in(store.meta(kForeignKey));
     for (const auto& command : store.commands()) {
         for (const auto& capture : command.captures) foreign.erase(first_part(capture));
     }
+    return foreign;
+}
+
+void note_files_of_run(Store& store, const LogDir& dir) {
+    const auto foreign = foreign_files(store);
     std::set<std::string> files;
     for (const auto& name : others_in(dir)) {
         if (!foreign.contains(name)) files.insert(name);

@@ -28,7 +28,7 @@ std::vector<std::string> recorded_commands(const Machine& machine, const std::st
 
 int replay(const std::filesystem::path& machine_dir, CollectOptions options) {
     const auto machine = read_machine(machine_dir);
-    options.log_dir = make_log_dir(options.log_dir);
+    options.log_dir = checked_log_dir(options.log_dir);
 
     const ProgramPlace place("replay");
     const auto log_dir = (options.log_dir / "").string();
