@@ -6,6 +6,7 @@ import {join} from "node:path";
 import {after, before, describe, test} from "node:test";
 import {parse} from "./csv.mjs";
 import {go, loaded, open, report, samples, screenshot, start, stop} from "./browser.mjs";
+import {checkSensors} from "./sensors.mjs";
 
 before(start);
 after(stop);
@@ -179,14 +180,7 @@ for (const machine of machines) {
       }
 
       await go(page, "#/sensors");
-      const readings = (await texts(".sensor")).toSorted();
-      const known = sensor => sensor.reading ?? sensor.states.join(", ");
-      assert.equal(readings.length, inventory.sensors.length);
-      for (const sensor of inventory.sensors)
-        assert.ok(
-          readings.some(text => text.startsWith(sensor.name) && text.includes(String(known(sensor)))),
-          `${sensor.name} ${known(sensor)}`,
-        );
+      await checkSensors(page, inventory.sensors);
 
       await go(page, "#/power");
       holds(

@@ -22,6 +22,7 @@ before(async () => {
         "data",
         "subjects",
         "pictures/slots",
+        "pictures/sensor_words",
         "events/event",
         "events/list",
         "events/memory",
@@ -291,6 +292,22 @@ test("slots stand where the enclosure has them, empty ones between", () => {
   assert.deepEqual(numbers([1, 1], undefined), ["1", "1"]);
   assert.deepEqual(numbers([], 4), []);
   assert.ok(numbers([0, 1_000_000_000], 3).length < 2000);
+});
+
+test("a discrete sensor is told in words, or by the numbers of its states", () => {
+  const table = [
+    [["Presence detected", "Throttled"], "ok", "Presence detected, Throttled"],
+    [[], "ok", "no state told"],
+    [[], undefined, "no state told"],
+    [[], "na", "no reading"],
+    [[], "0x0080", "no state is set (0x0080)"],
+    [[], "0x0180", "state 0, not named (0x0180)"],
+    [[], "0x8280", "states 1, 7, not named (0x8280)"],
+    [[], "0x0081", "state 8, not named (0x0081)"],
+    [["Fully Redundant"], "0x0180", "Fully Redundant"],
+    [[], "0x1", "0x1"],
+  ];
+  for (const [states, status, words] of table) assert.equal(part.stateWords({states, status}), words);
 });
 
 test("a subject is as its worst subsystem, and never ok by silence", () => {

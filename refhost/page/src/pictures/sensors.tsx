@@ -4,6 +4,7 @@ import type {Overview, Sensor, Severity} from "../data";
 import {Standing} from "../evidence";
 import {SeverityMark} from "../severity_mark";
 import {count, visible} from "../text";
+import {isUnread, stateWords} from "./sensor_words";
 import {sensorFindings, worst} from "../verdict";
 import {levelOf, type Level} from "./level";
 import {Nothing} from "./nothing";
@@ -24,6 +25,7 @@ const STATES = "discrete";
 const LOWER = ["lnr", "lc", "lnc"] as const;
 const UPPER = ["unc", "uc", "unr"] as const;
 const THRESHOLDS = [...LOWER, ...UPPER];
+type ThresholdId = (typeof THRESHOLDS)[number];
 
 // Between the outermost thresholds, or from zero where there are none below.
 function scaleOf(sensor: Sensor) {
@@ -37,22 +39,25 @@ function scaleOf(sensor: Sensor) {
     .range([0, WIDTH]);
 }
 
+// What lies beyond each threshold, the worse the later: it covers what is less bad.
+const ZONES: [level: string, lower: (typeof LOWER)[number], upper: (typeof UPPER)[number]][] = [
+  ["warning", "lnc", "unc"],
+  ["critical", "lc", "uc"],
+  ["beyond", "lnr", "unr"],
+];
+
 function Bar({sensor, reading, level}: {sensor: Sensor; reading: number; level: Level}) {
   const x = scaleOf(sensor);
-  // From a threshold outwards to the next one, or to the end of the scale.
-  const zone = (kind: string, from: number | undefined, to: number | undefined) => {
-    const [begin, end] = [from === undefined ? 0 : x(from), to === undefined ? WIDTH : x(to)];
-    return <rect class={kind} x={Math.min(begin, end)} y={8} width={Math.abs(end - begin)} height={10} />;
-  };
-  const lowest = sensor.lc ?? sensor.lnr;
-  const highest = sensor.uc ?? sensor.unr;
+  const zone = (kind: string, id: ThresholdId, from: number, to: number) => (
+    <rect key={id} class={`zone ${kind}`} data-from={id} x={from} y={8} width={Math.max(0, to - from)} height={10} />
+  );
   return (
     <svg class="bar" viewBox={`0 0 ${WIDTH} ${HEIGHT}`} preserveAspectRatio="none" aria-hidden="true">
       <rect class="zone within" x={0} y={8} width={WIDTH} height={10} />
-      {sensor.lnc !== undefined && zone("zone warning", undefined, sensor.lnc)}
-      {sensor.unc !== undefined && zone("zone warning", sensor.unc, undefined)}
-      {lowest !== undefined && zone("zone critical", undefined, lowest)}
-      {highest !== undefined && zone("zone critical", highest, undefined)}
+      {ZONES.map(([kind, lower, upper]) => [
+        sensor[lower] !== undefined && zone(kind, lower, 0, x(sensor[lower])),
+        sensor[upper] !== undefined && zone(kind, upper, x(sensor[upper]), WIDTH),
+      ])}
       {THRESHOLDS.map(id => {
         const threshold = sensor[id];
         return (
@@ -73,31 +78,59 @@ function spoken(sensor: Sensor): string {
 
 type Judge = (sensor: Sensor) => Severity | undefined;
 
+function Mark({severity}: {severity: Severity | undefined}) {
+  if (severity === undefined || severity === "notice") return null;
+  return (
+    <>
+      <SeverityMark of={severity} />
+      <span class="unseen">{severity}: </span>
+    </>
+  );
+}
+
+function Threshold({sensor, severity}: {sensor: Sensor; severity: Severity | undefined}) {
+  const level = levelOf(severity);
+  const {reading} = sensor;
+  return (
+    <>
+      {reading === undefined ? (
+        <span class="bar none">no reading</span>
+      ) : (
+        <Bar sensor={sensor} reading={reading} level={level} />
+      )}
+      <span class="reading">
+        <bdi>{reading ?? ""}</bdi>
+      </span>
+      <span class="status">
+        <Mark severity={severity} />
+        <bdi>{visible(sensor.status ?? "")}</bdi>
+      </span>
+      <span class={level === "plain" ? "unseen" : "limits"}>{spoken(sensor)}</span>
+    </>
+  );
+}
+
+function Discrete({sensor, severity}: {sensor: Sensor; severity: Severity | undefined}) {
+  return (
+    <span class="reading">
+      <Mark severity={severity} />
+      <bdi>{visible(stateWords(sensor))}</bdi>
+    </span>
+  );
+}
+
 function Line({sensor, overview, severityOf}: {sensor: Sensor; overview: Overview; severityOf: Judge}) {
   const severity = severityOf(sensor);
-  const level = levelOf(severity);
-  const {reading, states} = sensor;
-  const thresholds = sensor.kind === STATES ? "" : spoken(sensor);
+  const isDiscrete = sensor.kind === STATES;
+  const Told = isDiscrete ? Discrete : Threshold;
+  const title = isDiscrete ? `status ${visible(sensor.status ?? "not told")}` : spoken(sensor);
   return (
-    <li class={`sensor ${level}`}>
-      <Standing overview={overview} place={sensor} title={thresholds}>
+    <li class={`sensor ${levelOf(severity)}`}>
+      <Standing overview={overview} place={sensor} title={title}>
         <span class="name">
           <bdi>{visible(sensor.name ?? "")}</bdi>
         </span>
-        {reading === undefined ? <span class="bar" /> : <Bar sensor={sensor} reading={reading} level={level} />}
-        <span class="reading">
-          <bdi>{reading ?? (states.length > 0 ? visible(states.join(", ")) : "")}</bdi>
-        </span>
-        <span class="status">
-          {severity !== undefined && severity !== "notice" && (
-            <>
-              <SeverityMark of={severity} />
-              <span class="unseen">{severity}: </span>
-            </>
-          )}
-          <bdi>{visible(sensor.status ?? "")}</bdi>
-        </span>
-        {thresholds !== "" && <span class="unseen">, {thresholds}</span>}
+        <Told sensor={sensor} severity={severity} />
       </Standing>
     </li>
   );
@@ -109,25 +142,34 @@ function titleOf(kind: string, sensors: Sensor[]): string {
   return [TITLES[kind] ?? (visible(kind) || "Others"), ...units].join(", ");
 }
 
+// "19 sensors, 2 with a finding, 1 without a reading"
+function tally(sensors: Sensor[], severityOf: Judge): string {
+  const marked = sensors.filter(sensor => levelOf(severityOf(sensor)) !== "plain").length;
+  const unread = sensors.filter(isUnread).length;
+  return [
+    count(sensors.length, "sensor"),
+    `${marked === 0 ? "none" : marked} with a finding`,
+    unread > 0 && `${unread} without a reading`,
+  ]
+    .filter(text => text !== false)
+    .join(", ");
+}
+
 export function SensorsPicture({overview}: PictureProps) {
   const sensors = overview.inventory?.sensors ?? [];
   if (sensors.length === 0) return <Nothing overview={overview} of="sensors" />;
   const found = sensorFindings(overview);
   const severityOf: Judge = sensor => worst(found(sensor));
-  const kinds = new Map<string, Sensor[]>(Object.keys(TITLES).map(kind => [kind, []]));
-  for (const sensor of sensors) {
-    const kind = sensor.kind ?? "";
-    if (!kinds.has(kind)) kinds.set(kind, []);
-    kinds.get(kind)!.push(sensor);
-  }
-  const marked = sensors.filter(sensor => levelOf(severityOf(sensor)) !== "plain").length;
+  const kinds = new Set([...Object.keys(TITLES), ...sensors.map(({kind}) => kind ?? "")]);
+  kinds.delete(STATES); // they come last
+  const groups = [...kinds, STATES].map((kind): [string, Sensor[]] => [
+    kind,
+    sensors.filter(sensor => (sensor.kind ?? "") === kind),
+  ]);
 
   return (
     <>
-      <p class="lead">
-        {count(sensors.length, "sensor")}, {marked === 0 ? "none" : marked} with a finding. Each leads to its line in
-        the capture.
-      </p>
+      <p class="lead">{tally(sensors, severityOf)}. Each leads to its line in the capture.</p>
       <ul class="legend">
         <li>
           <i class="within" /> within
@@ -136,15 +178,20 @@ export function SensorsPicture({overview}: PictureProps) {
           <i class="warning" /> non-critical
         </li>
         <li>
-          <i class="critical" /> critical and beyond
+          <i class="critical" /> critical
+        </li>
+        <li>
+          <i class="beyond" /> non-recoverable
         </li>
         <li>lines: thresholds; each scale is the sensor's own</li>
       </ul>
-      {[...kinds]
+      {groups
         .filter(([, all]) => all.length > 0)
         .map(([kind, all]) => (
           <section key={kind} class={kind === STATES ? "sensors states" : "sensors"}>
-            <h2>{titleOf(kind, all)}</h2>
+            <h2>
+              {titleOf(kind, all)} <small>{tally(all, severityOf)}</small>
+            </h2>
             <ul>
               {all.map((sensor, at) => (
                 <Line key={at} sensor={sensor} overview={overview} severityOf={severityOf} />
