@@ -12,6 +12,7 @@
 
 #include "store/names.h"
 #include "store/readable_file.h"
+#include "store/sqlite_words.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -46,13 +47,13 @@ struct Run {
     Shape* shape = nullptr;
 };
 
-// Runs `work`. SQLite's errors get the file's name.
+// Runs `work`. SQLite's errors get the file's name and our words.
 template <class Work>
 auto with_file_name(const std::string& path, Work work) {
     try {
         return work();
     } catch (const SQLite::Exception& error) {
-        throw std::runtime_error(path + ": " + error.what());
+        throw std::runtime_error(path + ": " + sqlite_words(error.getErrorCode(), error.what()));
     }
 }
 

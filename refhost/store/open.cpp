@@ -49,7 +49,7 @@ Store::Impl::Impl(const std::string& file, Mode open_mode)
         return;
     }
     if (db.execAndGet("PRAGMA application_id").getInt() != store::kApplicationId)
-        throw std::runtime_error(path + ": not a store of qvhost");
+        throw std::runtime_error(path + ": " + store::sqlite_words(SQLITE_NOTADB, ""));
     if (db.execAndGet("PRAGMA user_version").getInt() != store::kVersion)
         throw std::runtime_error(path + ": a store of another version of qvhost");
     expect_plain_tables();

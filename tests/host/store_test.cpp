@@ -16,6 +16,9 @@ using namespace qvhost;
 
 namespace {
 
+constexpr const char* kNoStore =
+    ": not a store of qvhost; a report is a log directory or its report/report.sqlite";
+
 class StoreTest : public test::Place {
 protected:
     std::string path() const { return dir / "report.sqlite"; }
@@ -330,8 +333,8 @@ TEST_F(StoreTest, WhatIsNoStoreIsToldByName) {
     };
     EXPECT_TRUE(told(Store::Mode::read).starts_with(path())) << told(Store::Mode::read);
     std::ofstream(path()) << "no database at all, but long enough to have a header of its own ....";
-    EXPECT_TRUE(told(Store::Mode::read).starts_with(path()));
-    EXPECT_TRUE(told(Store::Mode::update).starts_with(path()));
+    EXPECT_EQ(told(Store::Mode::read), path() + kNoStore);
+    EXPECT_EQ(told(Store::Mode::update), path() + kNoStore);
     EXPECT_TRUE(told(Store::Mode::create).starts_with(path()))
         << "an existing file is not replaced";
     std::filesystem::remove(path());
@@ -339,14 +342,34 @@ TEST_F(StoreTest, WhatIsNoStoreIsToldByName) {
         SQLite::Database other(path(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         other.exec("create table x(y)");
     }
-    EXPECT_EQ(told(Store::Mode::read), path() + ": not a store of qvhost");
+    EXPECT_EQ(told(Store::Mode::read), path() + kNoStore);
 }
 
 TEST_F(StoreTest, ATruncatedStoreIsAnError) {
     std::vector<Record> many(3000, {"T", "n", -1, {{"a", "A", std::string(100, 'x')}}});
     fill(many);
     std::filesystem::resize_file(path(), std::filesystem::file_size(path()) / 2);
-    EXPECT_THROW(records(), std::runtime_error);
+    try {
+        records();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(
+            error.what(),
+            path() + ": the store is damaged or cut short; copy it again from where it was made");
+    }
+}
+
+TEST_F(StoreTest, AStoreThatAnotherProgramUsesIsToldSo) {
+    fill({{"T", "n", -1, {{"a", "A", "1"}}}});
+    SQLite::Database other(path(), SQLite::OPEN_READWRITE);
+    other.exec("begin exclusive");
+    try {
+        const Store store(path(), Store::Mode::update);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(error.what(),
+                  path() + ": another program is using the store; try again when it has ended");
+    }
 }
 
 }  // namespace
