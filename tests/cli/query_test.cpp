@@ -155,16 +155,24 @@ TEST_F(Query, WhatWouldChangeAnythingIsRefused) {
 }
 
 TEST_F(Query, BadSqlIsNamed) {
-    const std::string tables = "; there are: T EMPTY";
-    const std::string hint = "; \"PRAGMA table_info(TABLE)\" lists the columns";
     const Refused statements[] = {
         {"", "the statement is empty"},
         {"  ; -- nothing\n", "the statement is empty"},
         {"SELECT 1; SELECT 2", "more than one statement; one at a time, please"},
         {"SELECT 1; DROP TABLE T", "more than one statement; one at a time, please"},
         {"SELECT 1; nonsense", "more than one statement; one at a time, please"},
-        {"SELEC 1", "near \"SELEC\": syntax error, at: SELEC 1"},
-        {"SELECT 'x", "unrecognized token: \"'x\", at: 'x"},
+        {"SELEC 1", "not understood from here on: SELEC 1"},
+        {"SELECT 'x", "not understood from here on: 'x"},
+        {"SELECT 1 FROM T WHERE", "the statement ends too early"},
+        {"SELECT nope(1)", "there is no function nope"},
+        {"SELECT abs(1, 2)", "wrong number of arguments to function abs(), at: abs(1, 2)"},
+        {"SELECT 1 FROM main.emptyy", "there is no table main.emptyy; did you mean EMPTY?"},
+        {"SELECT qv_sqe FROM t", "there is no column qv_sqe; did you mean qv_seq?"},
+        {"SELECT x.QVSEQ FROM T x", "there is no column x.QVSEQ; did you mean qv_seq?"},
+        {"SELECT t.b FROM T AS x", "there is no column t.b; is t a table of the statement?"},
+        {"SELECT nope", "there is no column nope"},
+        {"SELECT b, nope FROM T", "there is no column nope; T has qv_seq, a, b"},
+        {"SELECT \"nope\" FROM T", "there is no column nope; T has qv_seq, a, b"},
         {"SELECT abs(-9223372036854775807 - 1)", "integer overflow"},
         {"UPDATE sqlite_master SET name='x'", "table sqlite_master may not be modified"},
     };
@@ -175,13 +183,13 @@ TEST_F(Query, BadSqlIsNamed) {
         EXPECT_EQ(outcome.out, "");
         EXPECT_EQ(outcome.err, "qvhost: SQL: "s + what + "\n");
     }
-    EXPECT_EQ(query("SELECT b, nope FROM T").err,
-              "qvhost: SQL: no such column: nope, at: nope FROM T" + hint + "\n");
-    EXPECT_EQ(query("SELECT \"nope\" FROM T").err,
-              "qvhost: SQL: no such column: nope, at: \"nope\" FROM T" + hint + "\n");
-    EXPECT_EQ(query("SELECT 1 FROM nope").err, "qvhost: SQL: no such table: nope" + tables + "\n");
+    const auto others = query("SELECT 1 FROM zzzzzzzzzzzz").err;
+    EXPECT_TRUE(
+        others.starts_with("qvhost: SQL: there is no table zzzzzzzzzzzz; there are EMPTY, T"))
+        << others;
+    EXPECT_EQ(others.find("qv_"), std::string::npos) << others;
     EXPECT_EQ(query("SELECT \033[31m").err,
-              "qvhost: SQL: unrecognized token: \"\\x1b\", at: \\x1b[31m\n");
+              "qvhost: SQL: not understood from here on: \\x1b[31m\n");
 }
 
 TEST_F(Query, OneStatementMayHaveAnEndAndComments) {

@@ -22,8 +22,8 @@ TEST_F(Machine, MistakesAreNamed) {
     const auto long_name =
         R"({"commands": [{"tool": "t", "stdout": ")" + std::string(300, 'n') + "\"}]}";
     const std::vector<Wrong> mistakes = {
-        {"", "parse error"},
-        {"{\"uname\":", "parse error"},
+        {"", "no JSON: unexpected end of input"},
+        {"{\"uname\":", "no JSON: unexpected end of input"},
         {"[]", "object"},
         {R"({"n": 1e999, "commands": []})", "number overflow"},
         {R"({"uname": 64, "commands": []})", "\"uname\""},

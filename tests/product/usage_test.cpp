@@ -61,6 +61,13 @@ TEST_F(Usage, WhatIsWrongIsSaid) {
         {"collect --log-dir", "--log-dir needs a value: DIR"},
         {"show", "show needs REPORT"},
         {"show DIR --formt csv", "show has no option --formt; did you mean --format?"},
+        {"export DIR --format jsno", "--format: there is no jsno; did you mean json?"},
+        {"show DIR --format x",
+         "--format: there is no x; it is one of table, blocks, csv, json, jsonl"},
+        {"collect --log-dir DIR --profile helth",
+         "--profile: there is no helth; did you mean health?"},
+        {"collect --log-dir DIR --log-level 5", "--log-level: 5 is no whole number from 0 to 4"},
+        {"collect --log-dir DIR --log-level 1x", "--log-level: 1x is no whole number from 0 to 4"},
     };
     for (const auto& [line, says] : cases) {
         const auto outcome = run(arguments_of(line, log_dir()));

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/json_words.h"
 
 namespace qvhost {
 
@@ -121,6 +122,8 @@ DeclaredTables read_declared_tables(const fs::path& file) {
             for (const auto& tool : list(root, "tools")) read.tools.push_back(vendor_tool(tool));
         }
         return read;
+    } catch (const json::exception& error) {
+        throw std::runtime_error(file.string() + ": " + json_words(error));
     } catch (const std::exception& error) {
         throw std::runtime_error(file.string() + ": " + error.what());
     }

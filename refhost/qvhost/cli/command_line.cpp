@@ -13,6 +13,7 @@
 #include "qvhost/base/collect_options.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/cli/help.h"
+#include "qvhost/cli/values.h"
 #include "qvhost/collect/child.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
@@ -117,16 +118,6 @@ const std::vector<CommandText> kTexts = {
       {"qvhost export DIR --format prometheus --output qvhost.prom",        "Metrics of sensors, drives, health and findings."}}},
 };
 // clang-format on
-
-std::string not_empty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
-
-// Checks that add no words to the help: the descriptions already say what is allowed.
-CLI::Validator one_of(const std::vector<std::string>& values) {
-    return CLI::IsMember(values).description("");
-}
-CLI::Validator range(unsigned least, unsigned most) {
-    return CLI::Range(least, most).description("");
-}
 
 CLI::App& add_command(CLI::App& app, const char* name) {
     auto& command = *app.add_subcommand(name);
@@ -324,14 +315,7 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
     check
         .add_option("--max-age", options.max_age_seconds,
                     "An older report is UNKNOWN: 90s, 30m, 2h, 1d")
-        ->transform(CLI::AsNumberWithUnit(
-            std::map<std::string, unsigned>{
-                {"s", 1    },
-                {"m", 60   },
-                {"h", 3600 },
-                {"d", 86400}
-    },
-            CLI::AsNumberWithUnit::CASE_SENSITIVE, ""))
+        ->transform(seconds_of_time())
         ->type_name("TIME");
     check
         .add_option("--rules", options.rules,

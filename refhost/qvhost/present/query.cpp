@@ -12,7 +12,9 @@
 
 #include "qvhost/present/open_report.h"
 #include "qvhost/present/row_printer.h"
+#include "qvhost/present/sql_words.h"
 #include "show/terminal.h"
+#include "store/sqlite_words.h"
 
 namespace qvhost {
 
@@ -82,7 +84,8 @@ Database open_database(const Report& report) {
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
     Database db(opened, sqlite3_close);
     if (status != SQLITE_OK)
-        throw std::runtime_error(report.file.string() + ": " + sqlite3_errmsg(opened));
+        throw std::runtime_error(report.file.string() + ": " +
+                                 store::sqlite_words(status, sqlite3_errmsg(opened)));
     // The file may come from anywhere: views in it get no more rights than the statement has.
     sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -91,28 +94,6 @@ Database open_database(const Report& report) {
     sqlite3_db_config(opened, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_exec(opened, "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
     return db;
-}
-
-std::string table_names(sqlite3* db) {
-    std::string names;
-    sqlite3_stmt* prepared = nullptr;
-    sqlite3_prepare_v2(db, "SELECT sql_name FROM qv_table ORDER BY tab", -1, &prepared, nullptr);
-    const Statement statement(prepared, sqlite3_finalize);
-    while (sqlite3_step(prepared) == SQLITE_ROW)
-        names += std::string(" ") + reinterpret_cast<const char*>(sqlite3_column_text(prepared, 0));
-    return names;
-}
-
-// What SQLite says of the statement, and where in it.
-std::string complaint(sqlite3* db, const char* sql) {
-    constexpr std::size_t kMaxShownBytes = 40;
-    std::string text = std::string("SQL: ") + sqlite3_errmsg(db);
-    if (const int offset = sqlite3_error_offset(db); offset >= 0)
-        text += ", at: " + std::string(sql + offset).substr(0, kMaxShownBytes);
-    if (text.starts_with("SQL: no such column"))
-        text += "; \"PRAGMA table_info(TABLE)\" lists the columns";
-    if (text.starts_with("SQL: no such table")) text += "; there are:" + table_names(db);
-    return text;
 }
 
 // The first word: what the statement does, for people.
@@ -151,7 +132,7 @@ Statement prepare(sqlite3* db, const std::string& sql, const Refusal& refusal) {
         const int status = sqlite3_prepare_v2(db, text, -1, &prepared, &rest);
         statement.reset(prepared);
         if (refusal.happened) refuse(refusal.what.empty() ? verb(text) : refusal.what);
-        if (status != SQLITE_OK) throw std::runtime_error(complaint(db, text));
+        if (status != SQLITE_OK) throw std::runtime_error(sql_words(db, text));
         if (prepared && !sqlite3_stmt_readonly(prepared)) refuse(verb(text));
         text = rest;
     }
@@ -205,7 +186,7 @@ void query_report(const QueryOptions& options) {
     // Functions such as pragma_table_info() prepare statements of their own while they run.
     if (refusal.happened) refuse(refusal.what);
     if (status != SQLITE_DONE)
-        throw std::runtime_error(std::string("SQL: ") + sqlite3_errmsg(db.get()));
+        throw std::runtime_error("SQL: " + store::sqlite_words(status, sqlite3_errmsg(db.get())));
     printer->end();
 }
 

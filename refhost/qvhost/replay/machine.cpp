@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "qvhost/base/json_words.h"
 #include "qvhost/base/log_dir.h"
 #include "show/visible.h"
 
@@ -40,6 +41,8 @@ public:
                 if (depth > kMostLevels) throw std::runtime_error("is nested too deep");
                 return true;
             });
+        } catch (const json::exception& error) {
+            fail(json_words(error));
         } catch (const std::exception& error) {
             fail(error.what());
         }
