@@ -136,7 +136,8 @@ private:
 }  // namespace
 
 ordered_json write_table(const Store& store, const ModuleInfo& module, const TableInfo& table,
-                         const std::filesystem::path& data, const std::string& stem) {
+                         const std::string& capture, const std::filesystem::path& data,
+                         const std::string& stem) {
     const auto columns = columns_of(store, table);
     auto files = ordered_json::array();
     Chunk chunk(columns);
@@ -165,6 +166,7 @@ ordered_json write_table(const Store& store, const ModuleInfo& module, const Tab
                             : ""},
             {"columns", std::move(heads)},
             {"records", table.records},
+            {"capture", capture},
             {"reason", table.reason},
             {"chunk_rows", kRowsAFile},
             {"chunks", std::move(files)}};

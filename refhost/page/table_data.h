@@ -10,9 +10,9 @@
 namespace qvhost::page {
 
 // Writes the rows into `data`, in files whose names begin with `stem`, and returns what the overview
-// tells of the table.
+// tells of the table. `capture` is the file that the table is read from; empty: nobody declares one.
 nlohmann::ordered_json write_table(const Store& store, const ModuleInfo& module,
-                                   const TableInfo& table, const std::filesystem::path& data,
-                                   const std::string& stem);
+                                   const TableInfo& table, const std::string& capture,
+                                   const std::filesystem::path& data, const std::string& stem);
 
 }  // namespace qvhost::page

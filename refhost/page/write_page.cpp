@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <stdexcept>
@@ -22,6 +23,7 @@
 #include "page/table_data.h"
 #include "report/json_text.h"
 #include "report/verdict_json.h"
+#include "store/declared_table.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -136,6 +138,8 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
     write_new_file(assets / "page.js", script());
     write_new_file(assets / "page.css", style());
 
+    std::map<std::string, std::string> captures_of;  // table id -> file
+    for (const auto& table : declared_tables(store)) captures_of[table.id] = table.capture;
     auto modules = ordered_json::array();
     std::size_t number = 0;
     for (const auto& module : store.modules()) {
@@ -143,7 +147,8 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
         for (const auto& table : module.tables) {
             ++number;
             if (!only.empty() && !only.contains(table.id)) continue;
-            tables.push_back(write_table(store, module, table, data, file_stem(number, table.id)));
+            tables.push_back(write_table(store, module, table, captures_of[table.id], data,
+                                         file_stem(number, table.id)));
         }
         if (!only.empty() && tables.empty()) continue;
         modules.push_back(

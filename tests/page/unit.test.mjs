@@ -18,6 +18,7 @@ before(async () => {
         "route",
         "slices",
         "view_rows",
+        "row_lines",
         "verdict",
         "data",
         "subjects",
@@ -292,6 +293,91 @@ test("slots stand where the enclosure has them, empty ones between", () => {
   assert.deepEqual(numbers([1, 1], undefined), ["1", "1"]);
   assert.deepEqual(numbers([], 4), []);
   assert.ok(numbers([0, 1_000_000_000], 3).length < 2000);
+});
+
+test("a row leads to its line where that is certain, else nowhere", async () => {
+  const lines = (columns, records, text) => {
+    const table = {columns: columns.map(id => ({id, label: id, width: 0})), chunk_rows: 100, records: records.length};
+    const rows = new part.Rows(table);
+    rows.chunks.push(columns.map((_, column) => records.map(record => record[column])));
+    rows.count = records.length;
+    return part.linesOf(rows, text, new part.Slicer(new AbortController().signal)).then(found => [...found]);
+  };
+  // A line a row, in whatever order and with whatever blanks; what is no row's is left out.
+  const sensors = "heading\nCPU1 Temp | 48.000 | ok\nFAN1      | na     | na\n\n";
+  assert.deepEqual(
+    await lines(
+      ["a", "b", "c"],
+      [
+        ["FAN1 ", "na", "na"],
+        ["CPU1 Temp", "48.000", "ok"],
+      ],
+      sensors,
+    ),
+    [3, 2],
+  );
+  // Rows that say the same: as many lines, in the same order; else nobody knows.
+  const twice = "x 1\ny\nx 1\nz 2\n";
+  assert.deepEqual(
+    await lines(
+      ["a", "b"],
+      [
+        ["x", 1],
+        ["x", 1],
+        ["z", 2],
+      ],
+      twice,
+    ),
+    [1, 3, 4],
+  );
+  assert.deepEqual(
+    await lines(
+      ["a", "b"],
+      [
+        ["x", 1],
+        ["z", 2],
+      ],
+      twice,
+    ),
+    [0, 4],
+  );
+  // A part of a line, a value more or another order is another thing.
+  assert.deepEqual(
+    await lines(
+      ["a", "b"],
+      [
+        ["x", 1],
+        ["2", "z"],
+        ["z", 2],
+      ],
+      "x 1 2\nz 2\n",
+    ),
+    [0, 0, 2],
+  );
+  assert.deepEqual(await lines(["a"], [[null], [""]], "\n\n"), [0, 0]);
+  // Rows of several lines stand where the one key says the column's values in their order.
+  const drives = "seqNum: 0x000101\nClass: 0\nText: fan\n\nseqNum: 0x000102\nClass: 0\nText: fan\n";
+  const events = [
+    ["0x000101", "0", "fan"],
+    ["0x000102", "0", "fan"],
+  ];
+  assert.deepEqual(await lines(["seq", "class", "text"], events, drives), [1, 5]);
+  assert.deepEqual(await lines(["seq", "class", "text"], events.toReversed(), drives), [0, 0]);
+  assert.deepEqual(await lines(["seq", "class", "text"], events.slice(1), drives), [5]);
+  // Two keys say it: nobody knows which. Short or repeated values tell nothing.
+  const both = drives.replaceAll("Class: 0\n", "Class: 0\nagain: 0x000101\n");
+  assert.deepEqual(await lines(["seq", "class"], [["0x000101", "0"]], both), [0]);
+  assert.deepEqual(
+    await lines(
+      ["class", "text"],
+      [
+        ["0", "fan"],
+        ["0", "fan"],
+      ],
+      drives,
+    ),
+    [0, 0],
+  );
 });
 
 test("a discrete sensor is told in words, or by the numbers of its states", () => {

@@ -293,6 +293,42 @@ test("one list has the events of all sources, sorted by time, the repeated ones 
   await page.context().close();
 });
 
+test("a table's row leads to its line, and a line to its row, its event and its part", async () => {
+  const page = await open(made, "#SENSORINFO@4");
+  const told = page.getByRole("region", {name: "Record 4"}).getByRole("link", {name: "sensorinfo.txt, line 4"});
+  await told.click();
+  await page.locator("mark[data-line='4']").waitFor();
+  const name = value(records("SENSORINFO")[3], "item1").trim();
+  assert.ok((await page.locator("mark").innerText()).startsWith(name));
+  await page.getByRole("link", {name: "Its sensor"}).waitFor();
+  await page.getByRole("link", {name: "Row 4 of SENSORINFO"}).click();
+  await page.getByRole("region", {name: "Record 4"}).getByText(name, {exact: true}).waitFor();
+  // Each row of these tables is a line that has all its values.
+  for (const [id, capture] of [
+    ["SENSORINFO", "sensorinfo.txt"],
+    ["SDRINFO", "sdrinfo.txt"],
+    ["SELINFO", "selinfo.txt"],
+  ]) {
+    const lines = readFileSync(join(made.directory, capture), "utf8").split("\n");
+    const all = records(id);
+    for (const at of [0, 7, all.length - 1]) {
+      await go(page, `#${id}@${at + 1}`);
+      const link = page.getByRole("region", {name: `Record ${at + 1}`}).locator("a.evidence");
+      await link.waitFor();
+      const line = Number(/line (\d+)$/.exec(await link.innerText())[1]);
+      for (const {value} of all[at].properties)
+        assert.ok(lines[line - 1].includes(String(value).trim()), `${id} ${at}`);
+    }
+  }
+  // A drive's line leads to all that is known of it.
+  const drive = made.json.inventory.drives.find(({slot}) => slot === 4);
+  await go(page, `#/capture/${drive.capture}@${drive.line}`);
+  await page.getByRole("link", {name: "Its drive"}).click();
+  await page.getByRole("region", {name: /^Drive 10:4/}).waitFor();
+  assert.deepEqual(page.trouble, []);
+  await page.context().close();
+});
+
 test("a span of events ends at the time of the collection", async () => {
   const page = await open(made, "#/events?fold=no");
   await page.locator(".slick-row").first().waitFor();

@@ -2,8 +2,9 @@
 import {useEffect, useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
 import {loadCapture, type Capture, type Command, type Overview} from "./data";
 import {captureAddress} from "./link";
-import {captureHash, viewHash, type Route} from "./route";
+import {captureHash, type Route} from "./route";
 import {SeverityMark} from "./severity_mark";
+import {StandingHere} from "./standing_here";
 import {bytes, count, cutAtLine, seconds, visible} from "./text";
 import {useAddress} from "./use_address";
 import {findingsAt} from "./verdict";
@@ -177,10 +178,7 @@ function CaptureText({
         <span class="count">
           {marked !== null && (
             <>
-              Line {line} is marked.{" "}
-              {overview.events?.captures?.includes(capture.name) && (
-                <a href={viewHash("events", "", {line: `${capture.name}@${line}`})}>Its event</a>
-              )}
+              Line {line} is marked. <StandingHere overview={overview} capture={capture.name} line={line} />
             </>
           )}
         </span>

@@ -17,6 +17,7 @@ export interface Table {
   kind: "columns" | "rows" | "";
   columns: Column[];
   records: number;
+  capture?: string; // the file that its tool leaves; empty: nobody declares one
   reason: string; // why it is empty; with records, why these are not all
   chunk_rows: number;
   chunks: string[];

@@ -6,7 +6,8 @@ import {copy, csv, save, tabSeparated, type Shown} from "./export";
 import {GridHost} from "./grid_host";
 import {Panel} from "./panel";
 import {plainTable} from "./plain_table";
-import {tableHash, type Route, type State} from "./route";
+import {captureHash, tableHash, type Route, type State} from "./route";
+import {rowLines} from "./row_lines";
 import {SearchBox} from "./search_box";
 import {Sheet, Text} from "./sheet";
 import {tableName} from "./table_name";
@@ -158,6 +159,16 @@ export function TableView({
     );
   }
 
+  const capture = captures.get(table.capture ?? "");
+  const told = capture !== undefined && (
+    <p class="lead">
+      Told by{" "}
+      <a href={captureHash(capture.name)}>
+        <bdi>{visible(capture.name)}</bdi>
+      </a>
+      .
+    </p>
+  );
   const partial = table.reason !== "" && <p class="problem">Partial: {visible(table.reason)}.</p>;
   const ready = loaded === table.records && answered === question;
   const filtered = wanted.search !== "" || [...wanted.filters.values()].some(text => text !== "");
@@ -171,6 +182,7 @@ export function TableView({
   return (
     <>
       {heading}
+      {told}
       {partial}
       <div class="tools" role="toolbar" aria-label="Table">
         <SearchBox what="Search this table" text={wanted.search} onText={search => setWanted({...wanted, search})} />
@@ -271,6 +283,22 @@ export function TableView({
   );
 }
 
+// The row's line in the capture; 0: not certain, or not found yet.
+function useLine(rows: Rows, row: number, capture: Capture | undefined): number {
+  const [lines, setLines] = useState<Int32Array | null>(null);
+  const whole = rows.count === rows.table.records;
+  useEffect(() => {
+    let alive = true;
+    rowLines(rows, capture)
+      .then(found => alive && setLines(found))
+      .catch(() => {}); // the view of the capture says what is wrong with it
+    return () => {
+      alive = false;
+    };
+  }, [rows, capture, whole]);
+  return lines?.[row] ?? 0;
+}
+
 function Chosen({
   rows,
   row,
@@ -284,6 +312,8 @@ function Chosen({
   close: () => void;
   take: () => void;
 }) {
+  const capture = captures.get(rows.table.capture ?? "");
+  const line = useLine(rows, row, capture);
   return (
     <Panel
       title={`Record ${row + 1}`}
@@ -305,6 +335,18 @@ function Chosen({
             </dd>
           </div>
         ))}
+        {capture !== undefined && line > 0 && (
+          <div>
+            <dt>Told by</dt>
+            <dd>
+              <a class="evidence" href={captureHash(capture.name, line)}>
+                <bdi>
+                  {visible(capture.name)}, line {line}
+                </bdi>
+              </a>
+            </dd>
+          </div>
+        )}
       </dl>
     </Panel>
   );
