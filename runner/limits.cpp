@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -14,6 +15,8 @@
 namespace runner {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -41,16 +44,18 @@ std::optional<std::uint64_t> written_by(pid_t pid) {
     return std::nullopt;
 }
 
-// The bytes that the processes have written; nothing if the system does not say. A
-// process that starts or ends changes the sum too, which counts as a sign of life.
-std::optional<std::uint64_t> written_by_all(const CommandProcesses& processes) {
+// proc(5), task/TID/schedstat: "N ..." is the time that a thread has spent on a processor, in nanoseconds.
+// A kernel that does not keep it says nothing, and only what is written counts.
+std::uint64_t processor_ns_of(pid_t pid) {
     std::uint64_t sum = 0;
-    for (const pid_t pid : processes.members()) {
-        const auto bytes = written_by(pid);
-        if (!bytes) return std::nullopt;
-        sum += *bytes + 1;
+    std::error_code error;
+    const auto tasks = "/proc/" + std::to_string(pid) + "/task";
+    for (fs::directory_iterator task(tasks, error), end; !error && task != end;
+         task.increment(error)) {
+        std::uint64_t time = 0;
+        std::ifstream(task->path() / "schedstat") >> time;
+        sum += time;
     }
-    if (sum == 0) return std::nullopt;
     return sum;
 }
 
@@ -99,14 +104,35 @@ const char* Limits::exceeded(const CommandProcesses* processes) {
     return nullptr;
 }
 
+// Nothing if there are no processes or the system does not say what they have written.
+std::optional<Limits::Activity> Limits::activity_of(const CommandProcesses& processes) {
+    Activity sum;
+    for (const pid_t pid : processes.members()) {
+        const auto bytes = written_by(pid);
+        if (!bytes) return std::nullopt;
+        ++sum.processes;
+        sum.bytes_written += *bytes;
+        sum.processor_ns += processor_ns_of(pid);
+    }
+    return sum.processes > 0 ? std::optional(sum) : std::nullopt;
+}
+
+// A tool that asks a slow device needs little time, and one that hangs in a loop of waiting needs some: less
+// than this within any silence that people set.
+constexpr std::uint64_t kWorkNs = 1'000'000;
+
 bool Limits::is_silent(const CommandProcesses& processes) {
     const auto now = Clock::now();
-    const auto written = written_by_all(processes);
-    if (!written || *written != bytes_written_) {
-        bytes_written_ = written.value_or(0);
-        last_write_ = now;
+    const auto found = activity_of(processes);
+    const bool lives = !found || found->processes != last_activity_.processes ||
+                       found->bytes_written != last_activity_.bytes_written ||
+                       found->processor_ns < last_activity_.processor_ns ||
+                       found->processor_ns - last_activity_.processor_ns >= kWorkNs;
+    if (lives) {
+        last_activity_ = found.value_or(Activity{});
+        last_sign_ = now;
     }
-    return now - last_write_ >= *silence_;
+    return now - last_sign_ >= *silence_;
 }
 
 int Limits::interval() const {

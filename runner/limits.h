@@ -3,7 +3,8 @@
 //     QV_ARCHIVE_TIMEOUT  the same, where set, for tools that pack a whole system's logs
 //     QV_TOOL_LIMITS      "ipmitool=900,storcli=60": instead of these two, for commands of these tools; a
 //                         tool is meant with its builds (storcli_x64)
-//     QV_SILENCE_TIMEOUT  how long a command may go without writing a byte anywhere
+//     QV_SILENCE_TIMEOUT  how long a command may go without a sign of life: a byte that it writes anywhere, a
+//                         millisecond of processor time, a process that begins or ends
 //     QV_DEADLINE         when every command ends and none begins, on the clock CLOCK_MONOTONIC
 #pragma once
 
@@ -50,8 +51,16 @@ private:
     std::optional<Clock::time_point> time_;
     std::optional<Clock::time_point> deadline_;
     std::optional<std::chrono::seconds> silence_;
-    Clock::time_point last_write_ = Clock::now();
-    std::uint64_t bytes_written_ = 0;
+    // What the processes had done at their last sign of life.
+    struct Activity {
+        std::uint64_t processes = 0;
+        std::uint64_t bytes_written = 0;
+        std::uint64_t processor_ns = 0;
+    };
+    static std::optional<Activity> activity_of(const CommandProcesses& processes);
+
+    Clock::time_point last_sign_ = Clock::now();
+    Activity last_activity_;
 };
 
 }  // namespace runner

@@ -83,6 +83,17 @@ TEST_F(Limits, OneThatWritesElsewhereIsNot) {
     EXPECT_EQ(ends(), "0\n");
 }
 
+// It starts nothing and keeps its answer in memory until the end. /proc/uptime begins with seconds: "4711.08".
+TEST_F(Limits, OneThatWorksWithoutAWordIsNot) {
+    tool("ipmitool",
+         "now() { read -r up rest </proc/uptime; up=${up%.*}; }\n"
+         "now; end=$((up + 5)); while [ $up -lt $end ]; do now; done; echo done");
+    ::setenv("QV_SILENCE_TIMEOUT", "2", 1);
+    sensor_info(fakehost::repository());
+    EXPECT_EQ(log_file("sensorinfo.txt"), "done\n");
+    EXPECT_EQ(ends(), "0\n");
+}
+
 TEST_F(Limits, APipeIsSilentToo) {
     tool("uname", "printf x86_64; sleep 60");
     ::setenv("QV_SILENCE_TIMEOUT", "1", 1);

@@ -60,7 +60,7 @@ std::vector<CollectOption> all_rows() {
         {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table, by its id or title, in any case (more than one: repeat). A module collects all its tables at once: it takes as long as --module with the table's module, and what the other tables got stays in the report"},
         {"tool-timeout",    &Options::tool_seconds,    optional, "SECONDS",         kTool,      "Stop a tool after so many seconds, " + range_text(kTool) + "; " + times + " times as many if it packs the logs of the whole system"},
         {"limit",           &Options::tool_limits,     optional, "TOOL=SECONDS",    kNoRange,   "The limit of one tool (ipmitool=900) instead of the general one; more than one: repeat"},
-        {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written for so many seconds"},
+        {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written nor worked (used a processor) for so many seconds"},
         {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},

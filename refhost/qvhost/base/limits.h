@@ -12,7 +12,7 @@ struct Limits {
     unsigned module_seconds = 0;
     unsigned archive_seconds = 0;  // a tool that packs the logs of a whole system
     unsigned tool_seconds = 0;
-    unsigned silence_seconds = 0;  // of a tool that neither prints nor writes
+    unsigned silence_seconds = 0;  // of a tool that neither prints nor writes nor works
     bool operator==(const Limits&) const = default;
 };
 
