@@ -13,7 +13,7 @@ namespace runner {
 
 namespace {
 
-// Each line is one write(), so that lines of several processes do not mix. If the log cannot be
+// What belongs together is one write(), so that lines of several processes do not mix. If the log cannot be
 // written, the collection goes on.
 void append(const std::string& line) {
     const char* path = std::getenv("QV_COMMAND_LOG");
@@ -54,8 +54,10 @@ std::string utc_now() {
 
 bool is_logging() { return std::getenv("QV_COMMAND_LOG") != nullptr; }
 
-LoggedCommand::LoggedCommand(const std::string& command, bool asked_by_runner) {
-    append((asked_by_runner ? "? " : "> ") + utc_now() + ' ' + one_line(command) + '\n');
+LoggedCommand::LoggedCommand(const std::string& command, std::optional<std::chrono::seconds> limit,
+                             bool asked_by_runner) {
+    append((asked_by_runner ? "? " : "> ") + utc_now() + ' ' + one_line(command) + '\n' +
+           (limit ? "~ " + std::to_string(limit->count()) + '\n' : ""));
 }
 
 void LoggedCommand::wrote(const std::vector<std::string>& files) const {

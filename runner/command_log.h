@@ -8,6 +8,7 @@
 //     - REASON COMMAND    the command is not started: its time is over before it began ("deadline"), or
 //                         what it would ask has not answered ("unanswered")
 // and of a command that was started:
+//     ~ SECONDS           it may take so long; missing: as long as it wants
 //     + FILE              it has written this file of the current directory
 //     2 TEXT              how its standard error begins
 //     < SECONDS STATUS [REASON [PID...]]
@@ -20,6 +21,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,7 +36,9 @@ bool is_logging();
 // One command: the constructor logs its start, ended() its end.
 class LoggedCommand {
 public:
-    explicit LoggedCommand(const std::string& command, bool asked_by_runner = false);
+    // `limit` is how long it may take; nothing: as long as it wants.
+    LoggedCommand(const std::string& command, std::optional<std::chrono::seconds> limit,
+                  bool asked_by_runner);
     void wrote(const std::vector<std::string>& files) const;
     void said(std::string_view standard_error) const;
     void ended(int status, const char* reason = nullptr, const std::vector<pid_t>& left = {}) const;

@@ -86,13 +86,13 @@ std::optional<seconds> own_limit(std::string_view tool) {
 
 Limits::Limits(TimeoutKind kind, const std::string& command)
     : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
-    auto limit = seconds_from("QV_TOOL_TIMEOUT");
+    limit_ = seconds_from("QV_TOOL_TIMEOUT");
     if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
-        limit = seconds_from("QV_ARCHIVE_TIMEOUT");
-    if (const auto own = own_limit(tool_of(command))) limit = own;
+        limit_ = seconds_from("QV_ARCHIVE_TIMEOUT");
+    if (const auto own = own_limit(tool_of(command))) limit_ = own;
     constexpr seconds kQuestion(15);
-    if (kind == TimeoutKind::question) limit = std::min(limit.value_or(kQuestion), kQuestion);
-    if (limit) time_ = Clock::now() + *limit;
+    if (kind == TimeoutKind::question) limit_ = std::min(limit_.value_or(kQuestion), kQuestion);
+    if (limit_) time_ = Clock::now() + *limit_;
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
 }
 
@@ -133,6 +133,12 @@ bool Limits::is_silent(const CommandProcesses& processes) {
         last_sign_ = now;
     }
     return now - last_sign_ >= *silence_;
+}
+
+std::optional<seconds> Limits::longest() const {
+    if (!deadline_) return limit_;
+    const auto left = std::max(seconds(0), std::chrono::round<seconds>(*deadline_ - Clock::now()));
+    return limit_ ? std::min(*limit_, left) : left;
 }
 
 int Limits::interval() const {

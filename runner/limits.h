@@ -40,6 +40,9 @@ public:
     // command, null before the start.
     const char* exceeded(const CommandProcesses* processes);
 
+    // How long a command may take that starts now; nothing: as long as it wants.
+    std::optional<std::chrono::seconds> longest() const;
+
     // How long poll() may wait until exceeded() must be asked again: in milliseconds, -1 without end.
     int interval() const;
 
@@ -48,6 +51,7 @@ private:
 
     bool is_silent(const CommandProcesses& processes);
 
+    std::optional<std::chrono::seconds> limit_;
     std::optional<Clock::time_point> time_;
     std::optional<Clock::time_point> deadline_;
     std::optional<std::chrono::seconds> silence_;

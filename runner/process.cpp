@@ -218,8 +218,8 @@ const char* why_not_to_start(const std::string& command, Limits& limits) {
 // What the log keeps of a command beside its times and its end.
 class Observed {
 public:
-    Observed(const std::string& command, bool asked_by_runner)
-        : command_(command), log_(command, asked_by_runner) {
+    Observed(const std::string& command, const Limits& limits, bool asked_by_runner = false)
+        : command_(command), log_(command, limits.longest(), asked_by_runner) {
         note_started(command);
     }
 
@@ -242,7 +242,7 @@ private:
 };
 
 Outcome run_within(const std::string& command, Limits& limits, bool asked_by_runner) {
-    const Observed observed(command, asked_by_runner);
+    const Observed observed(command, limits, asked_by_runner);
     const ScopedSignalBlock block;
     SpawnSettings settings;
     settings.standard_error(observed.standard_error());
@@ -276,7 +276,7 @@ int run(const std::string& command, TimeoutKind kind) {
 std::optional<std::string> output_of(const std::string& command, std::size_t most) {
     Limits limits(TimeoutKind::tool, command);
     if (why_not_to_start(command, limits)) return std::nullopt;
-    const Observed observed(command, false);
+    const Observed observed(command, limits);
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         observed.ended({-1});

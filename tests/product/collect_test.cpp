@@ -259,16 +259,27 @@ TEST_F(Collect, TheLogLevelChangesTheLogAndNothingElse) {
 }
 
 // Which capture belongs to which module is told only as exactly as the program looks.
-TEST_F(Collect, ProgressInAPipeIsALineForEachModuleAndCapture) {
-    const auto outcome = run(collect("calm"));
-    std::vector<std::string> modules;
-    std::vector<std::string> captures;
-    for (const auto& line : lines_of(outcome.err)) {
-        const auto text = line.substr(line.find("  ") + 2);  // behind the time
-        (text.starts_with("  ") ? captures : modules).push_back(text);
-    }
-    EXPECT_EQ(modules, (std::vector<std::string>{"Module zeta", "Module alpha"}));
-    EXPECT_EQ(captures, (std::vector<std::string>{"  capture.txt"}));
+// The lines of progress in a pipe, without their times.
+std::vector<std::string> told(const Outcome& outcome) {
+    std::vector<std::string> texts;
+    for (const auto& line : lines_of(outcome.err))
+        texts.push_back(line.substr(line.find("  ") + 2));
+    return texts;
+}
+
+TEST_F(Collect, ProgressInAPipeIsALineForEachModuleAndCommand) {
+    EXPECT_EQ(told(run(collect("calm"))),
+              (std::vector<std::string>{"1 of 2  Module zeta", "2 of 2  Module alpha"}));
+    const auto machine = fs::path(QV_SAMPLES) / "x86_64-kp220-megaraid";
+    fs::remove_all(log_dir());
+    const auto texts =
+        told(run({"replay", machine, "--log-dir", log_dir(), "--tool-timeout", "70", "--limit",
+                  "ipmitool=100", "--module", "sampleModule2", "--module", "BMC_Info"}));
+    ASSERT_GT(texts.size(), 7u);
+    EXPECT_EQ(texts[0], "1 of 2  Sample Module 2");
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "  uname -i  (at most 1:10)"), 2);
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "2 of 2  BMC information"), 1);
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "  ipmitool sensor  (at most 1:40)"), 1);
 }
 
 TEST_F(Collect, ProgressOnATerminalFitsAndIsCleared) {

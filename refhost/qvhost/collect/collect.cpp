@@ -181,7 +181,7 @@ int collect(CollectOptions options, const Stage& stage) {
 
         JournalReader journal(dir.journal());
         JournalImporter importer(journal, store);
-        Progress progress(dir.path(), options.quiet);
+        Progress progress(dir, options.quiet);
         Ending ending;
         try {
             ending = supervise(options, stage, importer, progress);

@@ -1,11 +1,10 @@
 #include "qvhost/collect/progress.h"
 
-#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 
+#include "qvhost/finish/commands.h"
 #include "show/terminal.h"
 #include "show/visible.h"
 
@@ -13,7 +12,8 @@ namespace qvhost {
 
 namespace {
 
-std::string elapsed(std::chrono::steady_clock::duration duration) {
+// "1:05"
+std::string minutes(std::chrono::steady_clock::duration duration) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration).count();
     char text[32];
     std::snprintf(text, sizeof text, "%lld:%02lld", static_cast<long long>(seconds / 60),
@@ -21,69 +21,48 @@ std::string elapsed(std::chrono::steady_clock::duration duration) {
     return text;
 }
 
-bool is_ours(const std::string& name) {
-    return name == "qvhost.log" || name == "console.txt" || name == "report";
-}
-
 }  // namespace
 
-Progress::Progress(const std::filesystem::path& log_dir, bool quiet)
-    : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1) {
-    if (quiet_) return;
-    watch_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    // If there is no watch (the user has too many), the line shows the table alone.
-    if (watch_) ::inotify_add_watch(watch_.get(), log_dir.c_str(), IN_CREATE | IN_MODIFY);
-}
+Progress::Progress(const LogDir& dir, bool quiet)
+    : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1), commands_(dir.commands()) {}
 
 Progress::~Progress() { clear(); }
 
-// In the order in which they were written to. A capture that is written to several times in a row is
-// there once.
-std::vector<std::string> Progress::new_captures() {
-    std::vector<std::string> captures{capture_};
-    alignas(inotify_event) char buffer[4096];
-    ssize_t size = 0;
-    while (watch_ && (size = ::read(watch_.get(), buffer, sizeof buffer)) > 0) {
-        for (ssize_t at = 0; at < size;) {
-            inotify_event event{};
-            std::memcpy(&event, buffer + at, sizeof event);
-            const std::string name = event.len > 0 ? buffer + at + sizeof event : "";
-            if (!name.empty() && !is_ours(name) && name != captures.back())
-                captures.push_back(name);
-            at += static_cast<ssize_t>(sizeof event + event.len);
-        }
-    }
-    captures.erase(captures.begin());
-    return captures;
+// "2 of 3  BMC information"; how many commands and questions there will be, nobody knows before.
+std::string Progress::words_of(const std::string& mark, const CollectionState& state) {
+    if (mark == kHostMark) return "the program's own questions";
+    if (!mark.starts_with(kModuleMark)) return one_line(mark);
+    const auto& all = state.all_modules;
+    if (++modules_ > all.size()) return one_line(mark.substr(kModuleMark.size()));
+    return std::to_string(modules_) + " of " + std::to_string(all.size()) + "  " +
+           one_line(all[modules_ - 1]);
 }
 
 void Progress::update(const CollectionState& state) {
     if (quiet_) return;
-    const auto captures = new_captures();
-    const auto& modules = state.modules;
-    if (!terminal_) {
-        const auto time = elapsed(Clock::now() - start_);
-        for (auto i = modules_; i < modules.size(); ++i)
-            std::fprintf(stderr, "%s  %s\n", time.c_str(), one_line(modules[i]).c_str());
-        for (const auto& capture : captures)
-            std::fprintf(stderr, "%s    %s\n", time.c_str(), one_line(capture).c_str());
+    const auto time = minutes(Clock::now() - start_);
+    for (const auto& begun : commands_.read()) {
+        if (!begun.is_command) part_ = words_of(begun.text, state);
+        if (terminal_) continue;
+        const auto limit = begun.limit ? "  (at most " + minutes(*begun.limit) + ")" : "";
+        const auto line = begun.is_command ? "  " + one_line(begun.text) + limit : part_;
+        std::fprintf(stderr, "%s  %s\n", time.c_str(), line.c_str());
     }
-
-    const bool module_changed = modules.size() != modules_;
-    if (module_changed) module_ = modules.back();
-    modules_ = modules.size();
-    table_ = state.table;
-    if (module_changed) capture_.clear();
-    if (!captures.empty()) capture_ = captures.back();
-    if (module_changed || !captures.empty()) capture_start_ = Clock::now();
-    if (terminal_) show_line();
+    if (terminal_) show_line(state.table);
 }
 
-void Progress::show_line() {
+// What changes comes first: a narrow terminal cuts the end. "1:23  2 of 3  BMC information  0:12 of 5:00
+// ipmitool sdr elist"
+void Progress::show_line(const std::string& table) {
     const auto now = Clock::now();
-    auto line = elapsed(now - start_) + "  " + one_line(module_);
-    const auto& doing = capture_.empty() ? table_ : capture_;
-    if (!doing.empty()) line += "  " + one_line(doing) + "  " + elapsed(now - capture_start_);
+    auto line = minutes(now - start_) + "  " + part_;
+    if (const auto& command = commands_.running()) {
+        line += "  " + minutes(now - command->seen);
+        if (command->limit) line += " of " + minutes(*command->limit);
+        line += "  " + one_line(command->text);
+    } else if (!table.empty()) {
+        line += "  " + one_line(table);
+    }
     const auto style = terminal_style(STDERR_FILENO);
     const auto width = style.width > 1 ? style.width - 1 : 1;
     std::fprintf(stderr, "\r%s\033[K", shortened(line, width).c_str());

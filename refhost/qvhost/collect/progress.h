@@ -1,27 +1,23 @@
 // What a user sees while a collection runs, on standard error: on a terminal one line that changes,
-// elsewhere a line for each module and each capture.
+// elsewhere a line for each module and each command.
 #pragma once
 
 #include <chrono>
-#include <filesystem>
+#include <cstddef>
 #include <string>
-#include <vector>
 
-#include "files/descriptor.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/collect/command_watch.h"
 #include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 
 class Progress {
 public:
-    // Watches the log directory for captures as they appear.
-    Progress(const std::filesystem::path& log_dir, bool quiet);
+    Progress(const LogDir& dir, bool quiet);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-
-    // A descriptor that becomes readable when a capture appears; -1 if there is none.
-    int watch() const { return watch_.get(); }
 
     void update(const CollectionState& state);
 
@@ -31,18 +27,15 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::vector<std::string> new_captures();
-    void show_line();
+    std::string words_of(const std::string& mark, const CollectionState& state);
+    void show_line(const std::string& table);
 
     bool quiet_;
     bool terminal_;
-    Descriptor watch_;
+    CommandWatch commands_;
     std::size_t modules_ = 0;  // how many have begun
-    std::string module_;
-    std::string table_;
-    std::string capture_;
+    std::string part_;         // of the collection, the one that runs, in words
     Clock::time_point start_ = Clock::now();
-    Clock::time_point capture_start_ = start_;
     bool shown_ = false;
 };
 

@@ -181,11 +181,10 @@ Ending supervise(const CollectOptions& options, const Stage& stage, JournalImpor
     bool more = false;
     while (!status && signal == 0 && overrun.empty()) {
         pollfd waiting[] = {
-            {handle.get(),     POLLIN, 0},
-            {signals.fd(),     POLLIN, 0},
-            {progress.watch(), POLLIN, 0}
+            {handle.get(), POLLIN, 0},
+            {signals.fd(), POLLIN, 0}
         };
-        ::poll(waiting, 3, more ? 0 : 100);
+        ::poll(waiting, 2, more ? 0 : 100);
         signal = signals.arrived();
         status = ended(child.pid);
         more = importer.take_new();

@@ -57,6 +57,11 @@ bool is_time(std::string_view text) {
     });
 }
 
+std::string tool_of(const std::string& command) {
+    const auto path = runner::shell_word(command);
+    return path.substr(path.find_last_of('/') + 1);
+}
+
 class LogReader {
 public:
     explicit LogReader(const fs::path& log_dir) : log_dir_(log_dir) {}
@@ -66,8 +71,8 @@ public:
         const auto rest = std::string_view(line).substr(2);
         switch (line.front()) {
             case '=': section_ = unescaped(rest); break;
-            case '>': begin(rest, section_ == kHostMark ? "host" : "plug-in"); break;
-            case '?': begin(rest, "host"); break;
+            case '>':
+            case '?': begin(line); break;
             case '-': refuse(rest); break;
             case '!': set_unread(line); break;
             default:
@@ -81,17 +86,9 @@ public:
     }
 
 private:
-    void begin(std::string_view rest, const char* origin) {
-        CommandInfo command;
-        command.started = "";
-        constexpr std::size_t kTimeSize = 24;
-        if (rest.size() > kTimeSize && is_time(rest.substr(0, kTimeSize)) &&
-            rest[kTimeSize] == ' ') {
-            command.started = rest.substr(0, kTimeSize);
-            rest.remove_prefix(kTimeSize + 1);
-        }
-        command.text = unescaped(rest);
-        command.origin = origin;
+    void begin(const std::string& line) {
+        auto command = *command_that_begins(line);
+        command.origin = line.front() == '?' || section_ == kHostMark ? "host" : "plug-in";
         add(std::move(command));
     }
 
@@ -106,8 +103,7 @@ private:
     }
 
     void add(CommandInfo command) {
-        const auto path = runner::shell_word(command.text);
-        command.tool = path.substr(path.find_last_of('/') + 1);
+        command.tool = tool_of(command.text);
         log_.commands.push_back(std::move(command));
         log_.sections.push_back(section_);
     }
@@ -203,6 +199,22 @@ CommandLog read_commands(const fs::path& log, const fs::path& log_dir,
         if (last.started && !last.seconds && last.stopped_by.empty()) last.stopped_by = stopped_by;
     }
     return read;
+}
+
+// "> 2026-11-21T01:20:40.123Z ipmitool sensor"
+std::optional<CommandInfo> command_that_begins(const std::string& line) {
+    if (!line.starts_with("> ") && !line.starts_with("? ")) return std::nullopt;
+    auto rest = std::string_view(line).substr(2);
+    CommandInfo command;
+    command.started = "";
+    constexpr std::size_t kTimeSize = 24;
+    if (rest.size() > kTimeSize && is_time(rest.substr(0, kTimeSize)) && rest[kTimeSize] == ' ') {
+        command.started = rest.substr(0, kTimeSize);
+        rest.remove_prefix(kTimeSize + 1);
+    }
+    command.text = unescaped(rest);
+    command.tool = tool_of(command.text);
+    return command;
 }
 
 std::string short_text(const CommandInfo& command) {

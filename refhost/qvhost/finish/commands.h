@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,9 @@ struct CommandLog {
 // was running then as well.
 CommandLog read_commands(const std::filesystem::path& log, const std::filesystem::path& log_dir,
                          const std::string& stopped_by = {});
+
+// The command that a line of the log tells to begin; nothing: the line tells something else.
+std::optional<CommandInfo> command_that_begins(const std::string& line);
 
 // The command for people: the tool without its directory, no redirections. "storcli_x64 /c0 show"
 std::string short_text(const CommandInfo& command);

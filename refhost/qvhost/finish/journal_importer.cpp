@@ -41,6 +41,7 @@ void JournalImporter::explain_unreached() {
 
 void JournalImporter::take(const JournalEntry& entry) {
     std::visit(Overloaded{[&](const ModuleEntry& module) {
+                              state_.all_modules.push_back(module.display);
                               titles_[module.name] = module.display;
                               store_.add_module(module.name, module.display);
                               for (const auto& table : module.tables)

@@ -15,11 +15,12 @@ namespace qvhost {
 
 // How far a collection has come, as its journal tells.
 struct CollectionState {
-    std::vector<std::string> modules;  // those that were asked so far, as people know them
-    std::set<std::string> reached;     // tables
-    std::string table;                 // the one being collected; empty: none
-    std::string question;              // the tool that the host itself asks now; empty: none yet
-    std::vector<std::string> errors;   // what callbacks threw
+    std::vector<std::string> all_modules;  // that are going to be asked, as people know them
+    std::vector<std::string> modules;      // those that were asked so far
+    std::set<std::string> reached;         // tables
+    std::string table;                     // the one being collected; empty: none
+    std::string question;             // the tool that the host itself asks now; empty: none yet
+    std::vector<std::string> errors;  // what callbacks threw
     std::optional<EndEntry> end;
     std::size_t records = 0;
 };
