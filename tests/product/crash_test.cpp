@@ -1,8 +1,12 @@
 // Collections that end early. What was filed is in the report, the store is whole, no process is
 // left, and the exit status is 1.
+#include <unistd.h>
+
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <set>
 
 #include "program.h"
 #include "report.h"
@@ -110,6 +114,77 @@ TEST_F(Crash, ASignalToEndStopsEverythingAndKeepsWhatThereIs) {
         expect_all_filed(store_in(log_dir()));
         EXPECT_EQ(report_json(log_dir())["records"].size(), 1002u);
     }
+}
+
+void make_old(const fs::path& directory) {
+    fs::last_write_time(directory, fs::file_time_type::clock::now() - std::chrono::hours(1));
+}
+
+TEST_F(Crash, ThrowAwayDirectoriesThatNobodyUsesAreRemovedByTheNextRun) {
+    const auto temporary = dir() / "tmp";
+    fs::create_directory(temporary);
+    const auto with_place = [&](const fs::path& log, const char* fault) {
+        return Invocation{
+            .arguments = {"collect", "--log-dir", log, "--plugin", plugin("faults"),
+                          "--plug-in-only"},
+            .environment = {{"QV_TEST_FAULT", fault}, {"TMPDIR", temporary.string()}}};
+    };
+    const auto places = [&] {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(temporary))
+            names.insert(entry.path().filename());
+        return names;
+    };
+    // One was left.
+    const pid_t killed = start(with_place(dir() / "killed", "hang"));
+    wait_until("the tools hang", [&] { return family().size() >= 6; });
+    for (const pid_t pid : {child_of(killed), killed}) ::kill(pid, SIGKILL);
+    finish(killed);
+    for (const pid_t pid : family()) ::kill(pid, SIGKILL);
+    wait_until("its tools are gone", [&] { return family().empty(); });
+    const auto left = places();
+    ASSERT_EQ(left.size(), 1u);
+
+    // One is in use.
+    const pid_t running = start(with_place(dir() / "running", "hang"));
+    wait_until("the tools hang", [&] { return family().size() >= 6; });
+    auto used = places();
+    ASSERT_EQ(used.size(), 2u);
+    for (const auto& name : used) make_old(temporary / name);
+    used.erase(*left.begin());
+
+    // These are not certainly ours, or not certainly left.
+    std::set<std::string> kept = used;
+    const auto make = [&](const std::string& name, const char* inside) {
+        fs::create_directories(temporary / name / inside);
+        fs::permissions(temporary / name, fs::perms{0700});
+        make_old(temporary / name);
+        kept.insert(name);
+    };
+    make("qvhost-run-notes1", "notes.txt");
+    make("qvhost-run-long-name", "bin");
+    make("qvhost-check-abcdef", "bin");
+    make("qvhost-run-open12", "bin");
+    fs::permissions(temporary / "qvhost-run-open12", fs::perms{0755});
+    make("qvhost-run-young1", "bin");
+    fs::last_write_time(temporary / "qvhost-run-young1", fs::file_time_type::clock::now());
+    fs::create_directories(dir() / "elsewhere" / "bin");
+    fs::permissions(dir() / "elsewhere", fs::perms{0700});
+    make_old(dir() / "elsewhere");
+    fs::create_directory_symlink(dir() / "elsewhere", temporary / "qvhost-run-link12");
+    kept.insert("qvhost-run-link12");
+    if (::geteuid() == 0) {
+        make("qvhost-run-other1", "bin");
+        ASSERT_EQ(::chown((temporary / "qvhost-run-other1").c_str(), 65534, 65534), 0);
+    }
+
+    EXPECT_EQ(run(with_place(log_dir(), "throw")).exit, 3);
+    EXPECT_EQ(places(), kept);
+    EXPECT_TRUE(fs::exists(dir() / "elsewhere" / "bin"));
+    ::kill(running, SIGTERM);
+    EXPECT_EQ(finish(running).exit, 3);
+    kept.erase(*used.begin());
+    EXPECT_EQ(places(), kept);
 }
 
 TEST_F(Crash, AModuleThatNeverStopsFilingCanBeStopped) {

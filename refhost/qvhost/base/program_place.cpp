@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "qvhost/base/ambient.h"
+#include "qvhost/base/leftovers.h"
 #include "qvhost/base/trust.h"
 
 namespace qvhost {
@@ -60,7 +61,12 @@ ProgramPlace::ProgramPlace(const std::string& name, const fs::path& also_in) {
         if (directory.empty()) continue;
         std::string why;
         path_ = made_in(directory, name, why);
-        if (!path_.empty()) break;
+        if (!path_.empty()) {
+            held_ = hold_directory(path_);
+            remove_leftovers(directory, {"qvhost-run", "qvhost-replay"},
+                             {"bin", "lib", "notes", "path"});
+            break;
+        }
         reasons += (reasons.empty() ? "" : "; ") + why;
     }
     if (path_.empty()) throw std::runtime_error("no place to run from: " + reasons);

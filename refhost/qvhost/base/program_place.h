@@ -5,9 +5,11 @@
 #include <filesystem>
 #include <string>
 
+#include "files/descriptor.h"
+
 namespace qvhost {
 
-// Mode 0700; removed with the object.
+// Mode 0700; removed with the object. What earlier ones have left in the same place is removed before.
 class ProgramPlace {
 public:
     // Made in the first of $TMPDIR or /tmp, `also_in` and /var/tmp where programs may run and where no
@@ -24,6 +26,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    Descriptor held_;  // while somebody uses the directory
 };
 
 }  // namespace qvhost
