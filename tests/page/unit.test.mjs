@@ -454,6 +454,23 @@ test("a drive's severity comes from where it stands or from findings that begin 
   assert.equal(of({capture: "b.txt", line: 91}), undefined);
 });
 
+test("a volume is named as findings name it, whichever line is their evidence", () => {
+  const finding = (severity, subject) => ({severity, subject, evidence: [{capture: "a.txt", line: 91}]});
+  const found = part.volumeFindings({
+    findings: [
+      finding("critical", 'Volume 2 "data, pool" of controller 0 (RAID5)'),
+      finding("warning", "Volume 1 of controller 1 (6 Reed-Solomon)"),
+      finding("notice", 'Volume "root" /dev/md0 (raid1)'),
+    ],
+  });
+  const volume = fields => part.worst(found({capture: "a.txt", line: 86, ...fields}));
+  assert.equal(volume({controller: 0, number: 2, name: "data, pool", raid: "RAID5", device: "/dev/sdb"}), "critical");
+  assert.equal(volume({controller: 1, number: 2, name: "data, pool", raid: "RAID5"}), undefined);
+  assert.equal(volume({controller: 1, number: 1, raid: "6 Reed-Solomon"}), "warning");
+  assert.equal(volume({name: "root", device: "/dev/md0", raid: "raid1"}), "notice");
+  assert.equal(volume({controller: 1, number: 1, line: 91}), "critical");
+});
+
 test("filters of a column", () => {
   const passes = (filter, value) => part.cellTest(filter)(value);
   assert.ok(passes("AB", "xaby"));

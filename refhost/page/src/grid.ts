@@ -80,8 +80,18 @@ export function createGrid(
     formatter: (_row: number, _cell: number, _value: unknown, _column: unknown, item: {row: number}) =>
       (look?.cell(item.row, at) as HTMLElement | undefined) ?? cell(source.cell(item.row, at)),
   }));
-  // A table of lines is one column; it takes all the room there is.
-  if (single) all[0]!.width = Math.max(all[0]!.width!, host.clientWidth - 20);
+  // The last column that is shown takes the room that is left; when another is the last, it is as wide as before.
+  let stretched: {column: GridColumn; before: number; now: number} | undefined;
+  function filling(shown: GridColumn[]): GridColumn[] {
+    if (stretched && stretched.column.width === stretched.now) stretched.column.width = stretched.before;
+    const column = shown.at(-1);
+    const left = host.clientWidth - 20 - shown.reduce((sum, one) => sum + one.width!, 0);
+    if (column && left > 0) {
+      stretched = {column, before: column.width!, now: column.width! + left};
+      column.width = stretched.now;
+    }
+    return shown;
+  }
 
   function cell(value: Value): HTMLElement {
     const element = document.createElement("bdi");
@@ -107,7 +117,7 @@ export function createGrid(
     showHeaderRow: !single && look?.filters !== false,
     tristateMultiColumnSort: false,
   };
-  const grid = new SlickGrid(host, data as never, all, options);
+  const grid = new SlickGrid(host, data as never, filling([...all]), options);
   const filterTexts = new Map<number, string>();
 
   grid.onHeaderRowCellRendered.subscribe((_event, {node, column}) => {
@@ -164,7 +174,7 @@ export function createGrid(
       if (hadCursor) keys.restore();
     },
     columns(shown) {
-      grid.setColumns(all.filter((_, at) => shown[at]));
+      grid.setColumns(filling(all.filter((_, at) => shown[at])));
     },
     sorting(sort) {
       grid.setSortColumns(sort ? [{columnId: `c${sort.column}`, sortAsc: sort.ascending}] : []);

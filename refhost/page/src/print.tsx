@@ -6,6 +6,8 @@ import {FindingsView} from "./findings";
 import {Lacking} from "./lacking";
 import {MachineFacts} from "./machine";
 import {Collected, ServerHeading} from "./overview";
+import {isUnread, stateWords} from "./pictures/sensor_words";
+import {spoken} from "./pictures/sensors";
 import {hasStorage, StorageDrawing} from "./pictures/storage";
 import {SeverityMark} from "./severity_mark";
 import {count, oneLine, visible} from "./text";
@@ -44,6 +46,12 @@ function HealthTable({overview}: {overview: Overview}) {
   );
 }
 
+function readingOf(sensor: Sensor): string {
+  if (sensor.kind === "discrete") return stateWords(sensor);
+  if (sensor.reading === undefined) return "no reading";
+  return [sensor.reading, sensor.unit].filter(part => part !== undefined).join(" ");
+}
+
 function NotOk({overview}: {overview: Overview}) {
   const sensors = overview.inventory?.sensors ?? [];
   const found = sensorFindings(overview);
@@ -53,11 +61,14 @@ function NotOk({overview}: {overview: Overview}) {
     return sensor.kind !== "discrete" && sensor.status !== undefined && !SAID_ONCE.includes(sensor.status);
   };
   const odd = sensors.filter(isOdd);
+  const unread = sensors.filter(isUnread);
   if (sensors.length === 0) return <p>No sensor was read.</p>;
   return (
     <>
       <p>
         {odd.length === 0 ? "None" : odd.length} of {count(sensors.length, "sensor")}.
+        {unread.length > 0 &&
+          ` ${unread.length} gave no reading: ${unread.map(({name}) => visible(name ?? "without a name")).join(", ")}.`}
       </p>
       {odd.length > 0 && (
         <table class="printed">
@@ -66,16 +77,16 @@ function NotOk({overview}: {overview: Overview}) {
               <th scope="col">Sensor</th>
               <th scope="col">Reading</th>
               <th scope="col">Status</th>
-              <th scope="col">Lower and upper critical</th>
+              <th scope="col">Thresholds</th>
             </tr>
           </thead>
           <tbody>
             {odd.map((sensor, at) => (
               <tr key={at}>
                 <td>{visible(sensor.name ?? "")}</td>
-                <td>{visible([sensor.reading ?? sensor.states.join(", "), sensor.unit].join(" "))}</td>
-                <td>{visible(sensor.status ?? "")}</td>
-                <td>{[sensor.lc ?? "", sensor.uc ?? ""].join(" / ")}</td>
+                <td>{visible(readingOf(sensor))}</td>
+                <td>{sensor.kind === "discrete" ? "" : visible(sensor.status ?? "")}</td>
+                <td>{sensor.kind === "discrete" ? "" : spoken(sensor)}</td>
               </tr>
             ))}
           </tbody>
@@ -109,7 +120,7 @@ function Newest({overview}: {overview: Overview}) {
             <tr key={event.row}>
               <td class="time">{event.time === "" ? "no clock" : visible(event.time.replace("T", " "))}</td>
               <td>{visible(event.severity)}</td>
-              <td>{visible(event.source)}</td>
+              <td class="source">{visible(event.source)}</td>
               <td>{oneLine([event.subject, event.text].filter(text => text !== "").join(": "))}</td>
             </tr>
           ))}

@@ -1,5 +1,5 @@
 // What the collection's verdict says, as the page shows it. It comes with the report; nothing here judges.
-import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity} from "./data";
+import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity, Volume} from "./data";
 
 const SEVERITIES: Severity[] = ["critical", "warning", "unknown", "notice"];
 
@@ -82,6 +82,22 @@ export function driveFindings(overview: Overview): About<Drive> {
   return drive => {
     const of = drive.controller === undefined ? "" : ` of controller ${drive.controller}`;
     return named(drive, `Drive ${drivePlace(drive)}${of}`);
+  };
+}
+
+// As findings name a volume: "Volume 2 "data pool" of controller 0 (RAID5)".
+export function volumeFindings(overview: Overview): About<Volume> {
+  const named = findingsNamed(overview);
+  return volume => {
+    const {controller, number, name, device, raid} = volume;
+    const words = [
+      "Volume",
+      number,
+      name && `"${name}"`,
+      controller === undefined ? device : `of controller ${controller}`,
+      raid && `(${raid})`,
+    ];
+    return named(volume, words.filter(word => word !== undefined && word !== "").join(" "));
   };
 }
 

@@ -71,7 +71,7 @@ function Bar({sensor, reading, level}: {sensor: Sensor; reading: number; level: 
   );
 }
 
-function spoken(sensor: Sensor): string {
+export function spoken(sensor: Sensor): string {
   const limits = THRESHOLDS.filter(id => sensor[id] !== undefined).map(id => `${id.toUpperCase()} ${sensor[id]}`);
   return limits.length > 0 ? limits.join(", ") : "no thresholds";
 }

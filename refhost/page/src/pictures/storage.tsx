@@ -4,7 +4,7 @@ import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../d
 import {Standing} from "../evidence";
 import {viewHash, visit} from "../route";
 import {capacity, count, visible} from "../text";
-import {driveFindings, drivePlace, findingsHere, worst} from "../verdict";
+import {driveFindings, drivePlace, findingsHere, worst, volumeFindings} from "../verdict";
 import {DriveDetails, driveKey} from "./drive";
 import {levelOf} from "./level";
 import {Nothing} from "./nothing";
@@ -16,6 +16,7 @@ import {driveStates, volumeStates} from "./states";
 interface Drawing {
   overview: Overview;
   about: ReturnType<typeof driveFindings>;
+  aboutVolume: ReturnType<typeof volumeFindings>;
   here: ReturnType<typeof findingsHere>;
   open: string; // the key of the drive that is shown
 }
@@ -108,6 +109,9 @@ function Slots({drives, enclosure, drawing}: {drives: Drive[]; enclosure: Enclos
   );
 }
 
+// "RAID1" as storcli prints it; arcconf prints "1" and "6 Reed-Solomon".
+const level = (raid: string | undefined) => (/^\d/.test(raid ?? "") ? `RAID ${raid}` : raid);
+
 function VolumeLine({volume, drawing}: {volume: Volume; drawing: Drawing}) {
   const {number, name, device, operation, progress_percent: progress} = volume;
   return (
@@ -116,9 +120,13 @@ function VolumeLine({volume, drawing}: {volume: Volume; drawing: Drawing}) {
         <strong>
           <bdi>{joined("Volume", number, name && `"${name}"`, device)}</bdi>
         </strong>
-        <State printed={volume.state ?? "state not told"} words={volumeStates} severity={worst(drawing.here(volume))} />
+        <State
+          printed={volume.state ?? "state not told"}
+          words={volumeStates}
+          severity={worst(drawing.aboutVolume(volume))}
+        />
         <span class="what">
-          <bdi>{joined(volume.raid, size(volume.capacity_bytes), volume.cache && `cache ${volume.cache}`)}</bdi>
+          <bdi>{joined(level(volume.raid), size(volume.capacity_bytes), volume.cache && `cache ${volume.cache}`)}</bdi>
         </span>
         {(operation !== undefined || progress !== undefined) && (
           <span class="what">
@@ -144,7 +152,7 @@ function Arrays({volumes, drives, drawing}: {volumes: Volume[]; drives: Drive[];
           const members = group === undefined ? [] : drives.filter(drive => drive.drive_group === group);
           return (
             <article key={group} class={`array hue${group === undefined ? "" : group % HUES}`}>
-              <h4>{group === undefined ? "Of no drive group" : `Drive group ${group}`}</h4>
+              <h4>{group === undefined ? "Drive group not told" : `Drive group ${group}`}</h4>
               <ul class="volumes">
                 {volumes
                   .filter(volume => volume.drive_group === group)
@@ -276,7 +284,13 @@ function ControllerPart({number, drawing}: {number: number | undefined; drawing:
 // Everything that is drawn, for the screen and for paper.
 export function StorageDrawing({overview, open = ""}: {overview: Overview; open?: string}) {
   const {controllers, drives, volumes} = overview.inventory!;
-  const drawing = {overview, about: driveFindings(overview), here: findingsHere(overview), open};
+  const drawing = {
+    overview,
+    about: driveFindings(overview),
+    aboutVolume: volumeFindings(overview),
+    here: findingsHere(overview),
+    open,
+  };
   const numbers = [
     ...controllers.map(({number}) => number),
     ...[...drives, ...volumes].map(({controller}) => controller),
