@@ -24,6 +24,7 @@
 #include "qvhost/collect/child.h"
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/doctor/doctor.h"
+#include "qvhost/present/bundle.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
@@ -76,6 +77,8 @@ constexpr struct {
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
     {"list",   [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},
     {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
+    {"bundle", [](const ParsedArguments& parsed) { qvhost::make_bundle(parsed.bundle); return 0; }},
+    {"verify", [](const ParsedArguments& parsed) { qvhost::verify_file(parsed.verify); return 0; }},
     {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
     {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},

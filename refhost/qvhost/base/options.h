@@ -55,8 +55,16 @@ struct ShowOptions {
 
 // What the user asked of `open`.
 struct OpenOptions {
+    std::filesystem::path report;  // or a bundle
+    std::filesystem::path
+        output;  // empty: a temporary directory; of a bundle one with its name, here
+};
+
+// What the user asked of `bundle`.
+struct BundleOptions {
     std::filesystem::path report;
-    std::filesystem::path output;  // empty: a temporary directory
+    std::filesystem::path output;  // its ending says the format
+    std::uint64_t most_bytes = 0;  // 0: no limit
 };
 
 // What the user asked of `query`.

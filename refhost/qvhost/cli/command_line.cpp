@@ -15,6 +15,7 @@
 #include "qvhost/cli/help.h"
 #include "qvhost/cli/values.h"
 #include "qvhost/collect/child.h"
+#include "qvhost/present/bundle.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
@@ -61,12 +62,13 @@ const std::vector<CommandText> kTexts = {
      {{"qvhost list /var/tmp/collection",                                   "When each was, how it ended, and how many findings it has."},
       {"qvhost show DIR/runs/20261121T012040Z SENSORINFO",                  "A table of an earlier one."}}},
 
-    {"open", "Make the page of a report and show it",
+    {"open", "Make the page of a report, or the report of a bundle",
      {"The page is made from the report's store, in a directory of its own, and its place is printed. If the variable BROWSER is set, the page is shown with that command.",
-      "Use it for every report that somebody else made: the page in a log directory is a program, and runs whatever its sender put into it."},
+      "Use it for every report that somebody else made: the page in a log directory is a program, and runs whatever its sender put into it. Of a bundle the whole log directory is made, named as the bundle says or as --output does, with such a page of its own; every command takes that directory.", "A bundle is checked as verify does, and nothing of it stays if something in it is wrong."},
      {{"qvhost open DIR",                                                   "Make the page in a temporary directory and say where."},
       {"BROWSER=firefox qvhost open DIR",                                   "Show it as well."},
-      {"qvhost open report.sqlite --output page",                           "Make it in a directory of that name, from the store alone."}}},
+      {"qvhost open report.sqlite --output page",                           "Make it in a directory of that name, from the store alone."},
+      {"qvhost show \"$(qvhost open web1.tar.zst)\"",                         "Unpack a bundle and read it."}}},
 
     {"query", "Ask a report with SQL",
      {"The host's own reading of the captures is in the tables systems, processors, memory_modules, bmcs, sensors, power_supplies, frus, controllers, batteries, enclosures, volumes, drives, events, findings and health, with typed columns without padding (docs/inventory.md). Each table of the plug-in is an SQL table as well, with one column for each property, as its tool printed it, and qv_seq, the record's place in the collection; the tables qv_* hold modules, layouts and record names. The statement can read the report and do nothing else."},
@@ -85,6 +87,16 @@ const std::vector<CommandText> kTexts = {
       {"qvhost check DIR --subsystem storage --max-age 2h",                 "Storage alone, of a report that is not older than two hours."},
       {"qvhost check DIR --rules /etc/qvhost.rules",                        "By the severities and acknowledgements of this site."},
       {"qvhost check DIR --format json | jq -r '.findings[].id'",           "The ids of the findings, for a program."}}},
+
+    {"bundle", "Make one file of a report, to hand on",
+     {"Captures, log, report and page go into a .tar.zst, or into a .zip, which every desktop opens. SUMMARY.txt in it can be pasted into a mail: machine, health, findings, serial and part numbers, firmware, what is missing. manifest.json names each file with its size, its SHA-256 and the command that wrote it, and what was left out: always earlier runs and files of no run, and the largest captures where it may not be larger. The same report gives the same bytes.",
+      "A bundle holds what the report holds: serial numbers, addresses, logs. Its mode is 0600."},
+     {{"qvhost bundle DIR --output web1.tar.zst",                           "The whole report, for a colleague."},
+      {"qvhost bundle DIR --output web1.zip --max-size 20M",                "One that a mail takes."}}},
+
+    {"verify", "Check a bundle",
+     {"Reads all of it: each file is as the manifest says, and nothing else is in it. Links, devices, names that lead elsewhere, two files of one name and what unpacks to far more than a report are refused with words. It is not said who made it: a bundle has no signature."},
+     {{"qvhost verify web1.tar.zst",                                        "Is it whole?"}}},
 
     {"diff", "Say what changed between two reports",
      {"Things are matched by what they are and not by their place: a drive by its serial number, else by its slot; so are volumes, sensors, memory modules and the rest. It says what was replaced, failed, recovered, moved, added and removed, which firmware and counters changed and by how much, which sensors crossed a threshold, which findings and events are new or gone, and what one of the reports could not read. Readings that move all the time are left out. Reports of two machines are told to be so first.",
@@ -332,6 +344,24 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
         ->capture_default_str();
 }
 
+void add_bundle(CLI::App& app, BundleOptions& options) {
+    auto& bundle = add_command(app, "bundle");
+    bundle.add_option("REPORT", options.report, "A log directory")->required();
+    bundle.add_option("--output", options.output, "The new file: .tar.zst, or .zip")
+        ->required()
+        ->type_name("FILE")
+        ->check(not_empty);
+    bundle
+        .add_option("--max-size", options.most_bytes,
+                    "Leave out the largest captures until it has at most this size, such as 20M")
+        ->transform(bytes_of_size())
+        ->type_name("SIZE");
+    bundle.callback([&options] {
+        const auto misuse = bundle_misuse(options);
+        if (!misuse.empty()) throw CLI::ValidationError(misuse);
+    });
+}
+
 void add_diff(CLI::App& app, DiffOptions& options) {
     auto& diff = add_command(app, "diff");
     diff.add_option("OLD", options.from, "The earlier report: a log directory or a store file")
@@ -391,11 +421,15 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     add_command(*app, "list").add_option("DIR", parsed.list, "A log directory")->required();
 
     auto& open = add_command(*app, "open");
-    add_report_argument(open, parsed.open.report);
+    open.add_option("REPORT", parsed.open.report, "A log directory, a store file or a bundle")
+        ->required();
     open.add_option("--output", parsed.open.output,
-                    "A directory that is new or empty, for the page")
+                    "A directory that is new or empty, for the page or the report")
         ->type_name("DIR")
         ->check(not_empty);
+
+    add_bundle(*app, parsed.bundle);
+    add_command(*app, "verify").add_option("FILE", parsed.verify, "A bundle")->required();
 
     add_query(*app, parsed.query);
     add_check(*app, parsed.check, parsed.collect);

@@ -20,6 +20,8 @@ struct ParsedArguments {
     ShowOptions show;
     std::filesystem::path list;  // the log directory
     OpenOptions open;
+    BundleOptions bundle;
+    std::filesystem::path verify;  // the bundle
     QueryOptions query;
     ExportOptions exporting;
     CheckOptions check;

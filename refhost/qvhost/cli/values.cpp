@@ -15,8 +15,9 @@ namespace qvhost {
 namespace {
 
 // Nothing but digits, and no more than an option can hold.
-std::optional<unsigned> whole_number(std::string_view text) {
-    unsigned number = 0;
+template <class Number = unsigned>
+std::optional<Number> whole_number(std::string_view text) {
+    Number number = 0;
     const auto* const end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stopped != end) return std::nullopt;
@@ -43,6 +44,29 @@ std::optional<unsigned> seconds(std::string_view text) {
     const auto number = whole_number(text);
     if (!number || *number > std::numeric_limits<unsigned>::max() / each) return std::nullopt;
     return static_cast<unsigned>(*number * each);
+}
+
+std::optional<std::uint64_t> bytes(std::string_view text) {
+    constexpr struct {
+        char unit;
+        unsigned bits;
+    } kUnits[] = {
+        {'K', 10},
+        {'M', 20},
+        {'G', 30},
+        {'T', 40}
+    };
+    unsigned shift = 0;
+    for (const auto& [unit, bits] : kUnits) {
+        if (!text.ends_with(unit)) continue;
+        shift = bits;
+        text.remove_suffix(1);
+        break;
+    }
+    const auto number = whole_number<std::uint64_t>(text);
+    if (!number || *number == 0 || *number > (std::numeric_limits<std::uint64_t>::max() >> shift))
+        return std::nullopt;
+    return *number << shift;
 }
 
 }  // namespace
@@ -74,6 +98,16 @@ CLI::Validator seconds_of_time() {
     return {[](std::string& given) {
                 const auto number = seconds(given);
                 if (!number) return given + " is no time such as 90s, 30m, 2h or 1d";
+                given = std::to_string(*number);
+                return std::string();
+            },
+            ""};
+}
+
+CLI::Validator bytes_of_size() {
+    return {[](std::string& given) {
+                const auto number = bytes(given);
+                if (!number) return given + " is no size such as 500K, 20M or 1G";
                 given = std::to_string(*number);
                 return std::string();
             },

@@ -17,4 +17,7 @@ CLI::Validator range(unsigned least, unsigned most);
 // "90s", "30m", "2h", "1d" or "90" becomes that many seconds.
 CLI::Validator seconds_of_time();
 
+// "20M", "1G", "500K" or "4096" becomes that many bytes, by 1024; at least one.
+CLI::Validator bytes_of_size();
+
 }  // namespace qvhost

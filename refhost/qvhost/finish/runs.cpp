@@ -201,6 +201,13 @@ void note_files_of_run(Store& store, const LogDir& dir) {
     store.set_meta(kFilesKey, joined(files));
 }
 
+std::vector<std::string> files_of_latest_run(const LogDir& dir) {
+    const auto files = files_of_run(dir);
+    std::vector<std::string> names(files.begin(), files.end());
+    names.push_back(dir.report().filename().string());
+    return names;
+}
+
 std::vector<fs::path> earlier_runs(const fs::path& log_dir) {
     std::vector<std::pair<std::pair<std::string, unsigned>, fs::path>> found;
     std::error_code error;

@@ -33,6 +33,9 @@ std::set<std::string> foreign_files(const Store& store);
 // Notes in the store, which has the commands, what the run has left in the directory.
 void note_files_of_run(Store& store, const LogDir& dir);
 
+// The names of files and directories that the latest run has left: captures, the log, "report".
+std::vector<std::string> files_of_latest_run(const LogDir& dir);
+
 // The directories of the earlier runs, the newest first.
 std::vector<std::filesystem::path> earlier_runs(const std::filesystem::path& log_dir);
 

@@ -3,9 +3,11 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "bundle/archive_reader.h"
 #include "files/temporary_directory.h"
 #include "page/write_page.h"
 #include "processes/processes.h"
+#include "qvhost/present/bundle.h"
 #include "qvhost/present/new_files.h"
 #include "qvhost/present/open_report.h"
 #include "show/visible.h"
@@ -27,6 +29,7 @@ void show_in_browser(const fs::path& page) {
 }  // namespace
 
 void open_page(const OpenOptions& options) {
+    if (bundle::is_archive(options.report)) return open_bundle(options);
     const auto report = open_report(options.report);
     fs::path place;
     if (options.output.empty()) {
