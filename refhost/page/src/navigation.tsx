@@ -84,7 +84,9 @@ export function Navigation({overview, route, open}: {overview: Overview; route: 
                 </small>
               )}
               {subject.view === "events" && overview.events !== undefined && (
-                <small>{overview.events.records.toLocaleString("en")}</small>
+                <small>
+                  {overview.events.records === 0 ? "none told" : overview.events.records.toLocaleString("en")}
+                </small>
               )}
             </Entry>
           );

@@ -1,9 +1,9 @@
 // One list over the events of all sources, sorted by time.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
 import {loadRows, type Overview, type Rows, type Table} from "../data";
-import {captureAt, eventAt, SEVERITY, SOURCE, TEXT, TIME, timeOf} from "../events/event";
+import {captureAt, eventAt, SEVERITY, SOURCE, SUBJECT, TEXT, TIME, timeOf} from "../events/event";
 import {EventList, type Source} from "../events/list";
-import {SeverityDot} from "../events/severity_dot";
+import {levelOfEvent, SeverityDot} from "../events/severity_dot";
 import {shownEvents, type ShownEvents, type WantedEvents} from "../events/shown";
 import {Timeline} from "../events/timeline";
 import {Evidence} from "../evidence";
@@ -190,11 +190,21 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
           const text = document.createElement("span");
           text.className = "time";
           text.textContent = event.time === "" ? "no clock" : visible(event.time.replace("T", " "));
-          return text;
+          if (!narrow) return text;
+          // On a phone the severity stands before the time, which goes to the minute, so that there is room for words.
+          text.textContent = text.textContent.replace(/(\d\d:\d\d):\d\d.*$/, "$1");
+          const severity = document.createElement("span");
+          severity.className = "unseen";
+          severity.textContent = `${visible(event.severity)} `;
+          const dot = document.createElement("span");
+          dot.className = `dot ${levelOfEvent(event.severity)}`;
+          const both = document.createElement("span");
+          both.append(dot, severity, text);
+          return both;
         }
         if (column === SEVERITY) {
           const word = document.createElement("span");
-          word.className = `event-severity ${({critical: "bad", warning: "poor"})[event.severity] ?? "minor"}`;
+          word.className = `event-severity ${levelOfEvent(event.severity)}`;
           word.textContent = visible(event.severity);
           return word;
         }
@@ -212,9 +222,7 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
   );
   const columns = useMemo(
     () =>
-      table.columns.map(
-        (_, at) => [TIME, SEVERITY, TEXT].includes(at) || (!narrow && [SOURCE, SOURCE + 1].includes(at)),
-      ),
+      table.columns.map((_, at) => [TIME, TEXT].includes(at) || (!narrow && [SEVERITY, SOURCE, SUBJECT].includes(at))),
     [table],
   );
 
