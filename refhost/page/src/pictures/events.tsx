@@ -147,13 +147,15 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
   const question = JSON.stringify({...shown, open: 0, line: ""});
   const events = answer?.events;
 
+  // The first part is answered for before more of them begin anew.
+  const taken = answer ? loaded : Math.min(loaded, table.chunk_rows);
   useEffect(() => {
     if (!list) return;
     const abort = new AbortController();
     const timer = setTimeout(
       () => {
         shownEvents(list, wantedOf(shown, collected), abort.signal)
-          .then(events => setAnswer({to: question, loaded, events}))
+          .then(events => setAnswer({to: question, loaded: taken, events}))
           .catch(() => {});
       },
       loaded === table.records || !answer ? 0 : LOADING_MS,
@@ -162,7 +164,7 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
       clearTimeout(timer);
       abort.abort();
     };
-  }, [list, loaded, question]);
+  }, [list, taken, question]);
 
   const ready = loaded === table.records && answer?.to === question && answer.loaded === loaded;
   // A link to a line opens its event.
