@@ -84,6 +84,33 @@ TEST_F(Views, CommandsAreToldInOrderWithTheirEnds) {
     EXPECT_FALSE(fs::exists(log_dir() / "report" / "commands.log"));
 }
 
+// The plug-in counts SAS2308 controllers in a pipeline, whose end says nothing of lspci's.
+TEST_F(Views, ThatThereIsNoControllerIsSaidOnlyIfLspciWorked) {
+    const struct {
+        const char* lspci;
+        Texts options;
+        const char* why;
+    } cases[] = {
+        {R"({"tool": "lspci"})", {}, "no SAS2308 controller"},
+        {R"({"tool": "lspci", "stderr": "lspci: no access\n", "exit": 1})",
+         {},
+         "not asked: lspci failed with code 1: lspci: no access"},
+        {R"({"tool": "lspci", "stderr": "lspci: no access\n", "exit": 1})",
+         {"--plug-in-only"},
+         "not asked: lspci | grep SAS2308 | wc -l said: lspci: no access"},
+        {R"({"tool": "lspci", "stderr": "lspci: one device is odd\n"})",
+         {},
+         "no SAS2308 controller"},
+    };
+    for (const auto& [lspci, options, why] : cases) {
+        write_file(
+            dir() / "machine" / "machine.json",
+            std::string(R"({"description": "", "uname": "x86_64", "commands": [)") + lspci + "]}");
+        replay(dir() / "machine", options);
+        EXPECT_EQ(reasons(store_in(log_dir())).at("SAS2IRLOG"), why) << lspci;
+    }
+}
+
 TEST_F(Views, ACommandThatWasStoppedAtItsLimitIsCalledPartial) {
     write_file(dir() / "machine" / "machine.json", R"({"description": "", "uname": "x86_64",
         "commands": [{"tool": "dmesg", "args": "", "stdout": "half.txt", "seconds": 60}]})");

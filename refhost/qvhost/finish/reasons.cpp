@@ -121,10 +121,18 @@ bool is_shells_complaint(std::string_view line) {
            line.ends_with(": Permission denied") || line.ends_with(": No such file or directory");
 }
 
-// The last words of the shell's line: "Permission denied".
-std::string last_words(const std::string& line) {
-    const auto colon = line.rfind(": ");
-    return colon == std::string::npos ? line : line.substr(colon + 2);
+// "sh: 1: /opt/qv_tools/storcli_x64: Permission denied": the shell's words on the tool itself, "Permission
+// denied", and not those of a shell that the tool has started on something else.
+std::string shells_words_on(const std::string& tool, const Lines& lines) {
+    for (const auto& line : lines) {
+        const auto text = trimmed(line);
+        const auto colon = text.rfind(": ");
+        if (!is_shells_complaint(text) || colon == std::string::npos) continue;
+        const auto about = text.substr(0, colon);
+        if (about.ends_with("/" + tool) || about.ends_with(" " + tool) || about == tool)
+            return text.substr(colon + 2);
+    }
+    return "";
 }
 
 // "... error while loading shared libraries: libx.so.1: cannot open shared object file: ..."
@@ -249,7 +257,8 @@ std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo&
     return "";
 }
 
-// Why the shell could not start it, or its loader could not load it.
+// Why the shell could not start it, or its loader could not load it; empty: it ran, and something that it
+// started did not.
 std::string Evidence::why_not_started(const DeclaredTable& table,
                                       const CommandInfo& command) const {
     const auto& tool = command.tool;
@@ -274,13 +283,20 @@ std::string Evidence::why_not_started(const DeclaredTable& table,
         return tool + " is not in qv_tools" +
                (others.empty() ? "" : "; " + boost::join(others, " and ") + " is there");
     }
-    if (!places_.vendor_tools.empty()) {
+    const bool knows_places = !places_.vendor_tools.empty();
+    if (knows_places) {
         if (const auto why = why_not_executable(file_of(command)); !why.empty())
             return tool + " cannot be run: " + why;
     }
-    if (*command.exit == kNotFound) return tool + " is not installed" + code;
-    const auto said = first_words(table, command);
-    return tool + " cannot be run: " + (said.empty() ? "exit code 126" : last_words(said));
+    for (const auto& lines :
+         {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
+        const auto words = shells_words_on(tool, lines);
+        if (words.empty()) continue;
+        return *command.exit == kNotFound ? tool + " is not installed" + code
+                                          : tool + " cannot be run: " + words;
+    }
+    if (*command.exit == kNotFound) return knows_places ? "" : tool + " is not installed" + code;
+    return first_words(table, command).empty() ? tool + " cannot be run: exit code 126" : "";
 }
 
 // The error that the tool itself tells of where it tells of errors; empty: none.
@@ -351,6 +367,27 @@ std::string Evidence::why_no_bmc() const {
     return "not asked: dmidecode tells no product name";
 }
 
+// Of "lspci | grep SAS2308 | wc -l" the exit code is that of its last command. Whether the first one failed is
+// known if it was run alone as well; else what it said must do. Empty: nothing tells of a failure.
+std::string Evidence::why_pipeline_failed(const CommandInfo& pipeline) const {
+    if (pipeline.text.find('|') == std::string::npos) return "";
+    const CommandInfo* alone = nullptr;
+    for (const auto& command : log_.commands) {
+        if (command.tool == pipeline.tool && command.started &&
+            command.text.find('|') == std::string::npos)
+            alone = &command;
+    }
+    DeclaredTable table;
+    table.tool = pipeline.tool;
+    if (alone) {
+        const auto captures = captures_of(alone->text, dir_.path());
+        if (!captures.empty()) table.capture = captures.front();
+        return trouble(table, *alone);
+    }
+    const auto said = first_words(table, pipeline);
+    return said.empty() ? "" : short_text(pipeline) + " said: " + said;
+}
+
 // Which of the commands that decide whether the table's is run said no, and why; empty: none of them.
 std::string Evidence::why_gate_closed(const std::string& section,
                                       const DeclaredTable& table) const {
@@ -380,7 +417,8 @@ std::string Evidence::why_gate_closed(const std::string& section,
             return "not asked: " + command->tool + " is not installed (exit code 127)";
         if (*command->exit != 0) return "not asked: " + name + ": " + outcome(*command);
     }
-    return "";
+    const auto why = before ? why_pipeline_failed(*before) : "";
+    return why.empty() ? "" : "not asked: " + why;
 }
 
 std::string Evidence::why_not_asked(const std::string& section, const DeclaredTable& table) const {

@@ -56,6 +56,7 @@ private:
     std::string why_not_started(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_run(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_asked(const std::string& section, const DeclaredTable& table) const;
+    std::string why_pipeline_failed(const CommandInfo& pipeline) const;
     std::string why_gate_closed(const std::string& section, const DeclaredTable& table) const;
     std::string why_no_bmc() const;
     bool has_answered(const std::string& module, const std::string& tool) const;
