@@ -17,6 +17,7 @@ namespace truth {
 namespace {
 
 namespace fs = std::filesystem;
+using test::repetitions;
 using test::setting;
 
 Json event_json(const qvhost::inventory::Event& event) {
