@@ -1,5 +1,6 @@
 #include "store/command_info.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -38,6 +39,32 @@ std::optional<int> signal_told_by(int exit) {
     return std::nullopt;
 }
 
+// "sh: 1: /opt/qv_tools/storcli_x64: not found"
+bool is_shells_line_on(std::string_view line, const std::string& tool) {
+    for (const std::string_view words :
+         {": not found", ": command not found", ": No such file or directory"}) {
+        if (!line.ends_with(words)) continue;
+        const auto about = line.substr(0, line.size() - words.size());
+        if (about == tool || about.ends_with("/" + tool) || about.ends_with(" " + tool))
+            return true;
+    }
+    return false;
+}
+
+// Whether the shell did not find the tool. A tool that runs ends with the same code if something that it starts is
+// missing; the shell complains on standard error, where that is known and goes nowhere else.
+bool is_not_found(const CommandInfo& command) {
+    const bool is_known = command.started != "" && command.text.find("2>") == std::string::npos;
+    if (!is_known && command.standard_error.empty()) return true;
+    std::string_view rest = command.standard_error;
+    while (!rest.empty()) {
+        const auto line = rest.substr(0, rest.find('\n'));
+        if (is_shells_line_on(line, command.tool)) return true;
+        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+    }
+    return false;
+}
+
 std::string exit_text(const CommandInfo& command) {
     const int code = *command.exit;
     auto text = std::string(kExitCode) + std::to_string(code);
@@ -47,7 +74,8 @@ std::string exit_text(const CommandInfo& command) {
     // The loader of a program ends with this code as well.
     const bool lacks_library =
         command.standard_error.find("error while loading shared libraries") != std::string::npos;
-    return text + (lacks_library ? ": a library is missing" : ": not installed");
+    if (lacks_library) return text + ": a library is missing";
+    return is_not_found(command) ? text + ": not installed" : text;
 }
 
 std::string end_text(const CommandInfo& command) {

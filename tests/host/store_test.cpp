@@ -141,6 +141,35 @@ TEST_F(StoreTest, KeepsCommandsAndWhatBecameOfThem) {
                     }));
 }
 
+// Exit code 127 is the shell's, which says so, or that of a tool that lacked something itself.
+TEST(Outcome, SaysNotInstalledOnlyOfWhatTheShellDidNotFind) {
+    const std::string missing = "exit code 127: not installed", failed = "exit code 127";
+    const struct {
+        std::string text, standard_error, said;
+    } kRows[] = {
+        {"/x/qv_tools/storcli show", "sh: 1: /x/qv_tools/storcli: not found\n", missing},
+        {"storcli show", "sh: 1: storcli: not found\n", missing},
+        {"storcli show", "a word before\nbash: line 1: storcli: command not found", missing},
+        {"storcli show", "bash: line 1: /opt/storcli: No such file or directory\n", missing},
+        {"storcli show", "/opt/storcli: 4: lspci: not found\n", failed},
+        {"storcli show", "sh: 1: mystorcli: not found\n", failed},
+        {"storcli show", "storcli: controller 0: not found\n", failed},
+        {"storcli show", "", failed},
+        {"storcli show >c0.txt 2>&1", "", missing},
+        {"storcli show", "storcli: error while loading shared libraries: libx.so.1: cannot open\n",
+         failed + ": a library is missing"},
+    };
+    for (const auto& [text, standard_error, said] : kRows) {
+        const CommandInfo command{.text = text,
+                                  .tool = "storcli",
+                                  .started = "2026-11-21T01:20:40Z",
+                                  .seconds = 0.1,
+                                  .exit = 127,
+                                  .standard_error = standard_error};
+        EXPECT_EQ(outcome(command), said) << text << ": " << standard_error;
+    }
+}
+
 // As older programs kept them.
 TEST(CommandOfWords, TellsTheSameWords) {
     const struct {
