@@ -49,7 +49,9 @@ void read_written(const std::filesystem::path& log, fuzz::Pieces input) {
         const auto status = static_cast<int>(input.byte() << 8 | input.byte());
         const auto* reason = kReasons[input.byte() % 4];
         const std::vector<pid_t> left(reason ? input.byte() % 3 : 0, 4711);
-        runner::LoggedCommand(text).ended(status, reason, left);
+        const auto limit =
+            text.size() % 2 == 0 ? std::nullopt : std::optional(std::chrono::seconds(text.size()));
+        runner::LoggedCommand(text, limit, false).ended(status, reason, left);
         written.push_back({text, status, reason, left.size()});
     }
     const auto commands = qvhost::read_commands(log, log.parent_path()).commands;
