@@ -129,7 +129,7 @@ TEST_F(Bundle, NothingIsLeftOfOneThatCouldNotBeMadeOrOpened) {
     };
     const auto before = names();
     const auto limited = [&](const std::string& command) {
-        return run(Invocation{.arguments = {"-c", "ulimit -f 8; exec " QV_PROGRAM " " + command},
+        return run(Invocation{.arguments = {"-c", "ulimit -f 8; exec '" QV_PROGRAM "' " + command},
                               .program = {"/bin/bash"}});
     };
     const auto file = dir() / "bundle.zip";

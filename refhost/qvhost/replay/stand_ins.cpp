@@ -48,7 +48,7 @@ std::string script_for(const std::string& tool, const std::vector<RecordedComman
         }
         script += answer(command) + ";;\n";
     }
-    script += "esac\nprintf '%s: not found\\n' " + shell_quoted(tool) + " >&2\nexit 127\n";
+    script += "esac\nprintf 'sh: 1: %s: not found\\n' " + shell_quoted(tool) + " >&2\nexit 127\n";
     return script;
 }
 
