@@ -135,6 +135,12 @@ TEST_F(LogDirectory, VerdictsRestOnTheRunsOwnFilesAlone) {
     EXPECT_EQ(run(collect("calm")).exit, 0);
     EXPECT_EQ(report_json(log_dir())["findings"].size(), 0u);
 
+    // What somebody adds later is none of the run's either.
+    write_file(dir() / "rules", "");
+    write_file(log_dir() / "sdrinfo.txt", "Temp | 99.000 | degrees C | cr\n");
+    EXPECT_EQ(run({"check", log_dir(), "--rules", dir() / "rules"}).out,
+              run({"check", log_dir()}).out);
+
     fs::remove_all(log_dir());
     const auto sample = fs::path(QV_SAMPLES) / "x86_64-kp220-megaraid";
     ASSERT_EQ(run({"replay", sample, "--log-dir", log_dir(), "--quiet"}).exit, 0);
@@ -144,7 +150,7 @@ TEST_F(LogDirectory, VerdictsRestOnTheRunsOwnFilesAlone) {
     for (const auto& entry : fs::directory_iterator(log_dir())) {
         if (entry.is_regular_file()) fs::last_write_time(entry.path(), long_ago);
     }
-    write_file(dir() / "rules", "");
+    write_file(log_dir() / "host_zpool.txt", "  pool: tank\n state: FAULTED\n");
     EXPECT_EQ(run({"check", log_dir(), "--rules", dir() / "rules"}).out, as_collected);
 }
 

@@ -108,7 +108,7 @@ inventory::Inventory judge_report(Store& store, const LogDir& dir,
             judge_events.take(event);
             events.add(event);
         },
-        foreign_files(store));
+        foreign_files(store, dir));
     write_inventory(store, survey.inventory);
     write_verdict(store,
                   findings::judge(survey, judge_events, circumstances_of(store, commands, dir)));
@@ -121,7 +121,7 @@ findings::Verdict judge_again(const Store& store, const LogDir& dir, const findi
     findings::EventJudge events;
     const auto survey = inventory::survey(
         dir.path(), origins_of(commands, named_in_commands(store, dir)),
-        [&](inventory::Event&& event) { events.take(event); }, foreign_files(store));
+        [&](inventory::Event&& event) { events.take(event); }, foreign_files(store, dir));
     return findings::judge(survey, events, circumstances_of(store, commands, dir), rules);
 }
 

@@ -184,8 +184,15 @@ void note_foreign_files(Store& store, const std::vector<std::string>& names) {
     store.set_meta(kForeignKey, joined(names));
 }
 
-std::set<std::string> foreign_files(const Store& store) {
+std::set<std::string> foreign_files(const Store& store, const LogDir& dir) {
     auto foreign = names_in(store.meta(kForeignKey));
+    // What was added when all that the run has left was known.
+    if (const auto meta = store.all_meta(); meta.contains(kFilesKey)) {
+        const auto files = names_in(meta.at(kFilesKey));
+        for (auto& name : others_in(dir)) {
+            if (!files.contains(name)) foreign.insert(std::move(name));
+        }
+    }
     for (const auto& command : store.commands()) {
         for (const auto& capture : command.captures) foreign.erase(first_part(capture));
     }
@@ -193,7 +200,7 @@ std::set<std::string> foreign_files(const Store& store) {
 }
 
 void note_files_of_run(Store& store, const LogDir& dir) {
-    const auto foreign = foreign_files(store);
+    const auto foreign = foreign_files(store, dir);
     std::set<std::string> files;
     for (const auto& name : others_in(dir)) {
         if (!foreign.contains(name)) files.insert(name);

@@ -27,8 +27,9 @@ Room make_room_for_run(const LogDir& dir, bool is_quick);
 // Notes in the store what lay in the directory before the run began.
 void note_foreign_files(Store& store, const std::vector<std::string>& names);
 
-// Of these the ones that the run has not written since. The store has its commands.
-std::set<std::string> foreign_files(const Store& store);
+// What lies in the directory and is not the run's: of those the ones that it has not written since, and what was
+// added after it. The store has its commands.
+std::set<std::string> foreign_files(const Store& store, const LogDir& dir);
 
 // Notes in the store, which has the commands, what the run has left in the directory.
 void note_files_of_run(Store& store, const LogDir& dir);
