@@ -2,8 +2,10 @@
 //     input: the log's bytes, and again commands (text up to a NUL, status, reason, processes)
 #include "qvhost/finish/commands.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 #include "check.h"
 #include "outcome.h"

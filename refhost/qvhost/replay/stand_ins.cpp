@@ -35,8 +35,7 @@ std::string answer(const RecordedCommand& command) {
     return script + "exit " + std::to_string(command.exit_code) + "\n";
 }
 
-std::string script_for(const std::string& tool, const std::vector<RecordedCommand>& commands,
-                       const std::string& log_dir) {
+std::string script_for(const std::vector<RecordedCommand>& commands, const std::string& log_dir) {
     std::string script = "#!/bin/sh\ncase \"$*\" in\n";
     for (const auto& command : commands) {
         if (command.arguments) {
@@ -48,7 +47,8 @@ std::string script_for(const std::string& tool, const std::vector<RecordedComman
         }
         script += answer(command) + ";;\n";
     }
-    script += "esac\nprintf 'sh: 1: %s: not found\\n' " + shell_quoted(tool) + " >&2\nexit 127\n";
+    // As the shell says it of a tool by that name.
+    script += "esac\nprintf 'sh: 1: %s: not found\\n' \"${0##*/}\" >&2\nexit 127\n";
     return script;
 }
 
@@ -69,7 +69,7 @@ void write_stand_ins(const Machine& machine, const fs::path& vendor_tools,
     for (const auto& command : machine.commands) tools[command.tool].push_back(command);
     for (const auto& entry : tools) {
         const auto& tool = entry.first;
-        const auto script = script_for(tool, entry.second, log_dir);
+        const auto script = script_for(entry.second, log_dir);
         const auto vendor = std::find_if(vendors.begin(), vendors.end(),
                                          [&](const VendorTool& one) { return one.name == tool; });
         if (vendor == vendors.end()) {
