@@ -129,8 +129,8 @@ const Misbehaviour kMisbehaviours[] = {
      0},
     {"Fails", "exit 255", "exit code 255", "storcli failed with code 255", 0},
     // The tool is there and runs; what it starts is not.
-    {"LacksAProgramOfItsOwn", "echo 'helper: not found' >&2; exit 127",
-     "exit code 127: not installed", "storcli failed with code 127: helper: not found", 0},
+    {"LacksAProgramOfItsOwn", "echo 'helper: not found' >&2; exit 127", "exit code 127",
+     "storcli failed with code 127: helper: not found", 0},
     {"MayNotRunAProgramOfItsOwn", "echo 'sh: 1: /opt/helper: Permission denied' >&2; exit 126",
      "exit code 126", "storcli failed with code 126: sh: 1: /opt/helper: Permission denied", 0},
 };
