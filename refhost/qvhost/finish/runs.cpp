@@ -189,8 +189,8 @@ std::set<std::string> foreign_files(const Store& store, const LogDir& dir) {
     // What was added when all that the run has left was known.
     if (const auto meta = store.all_meta(); meta.contains(kFilesKey)) {
         const auto files = names_in(meta.at(kFilesKey));
-        for (auto& name : others_in(dir)) {
-            if (!files.contains(name)) foreign.insert(std::move(name));
+        for (const auto& name : others_in(dir)) {
+            if (!files.contains(name)) foreign.insert(name);
         }
     }
     for (const auto& command : store.commands()) {
