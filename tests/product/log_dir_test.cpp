@@ -138,20 +138,25 @@ TEST_F(LogDirectory, VerdictsRestOnTheRunsOwnFilesAlone) {
     // What somebody adds later is none of the run's either.
     write_file(dir() / "rules", "");
     write_file(log_dir() / "sdrinfo.txt", "Temp | 99.000 | degrees C | cr\n");
-    EXPECT_EQ(run({"check", log_dir(), "--rules", dir() / "rules"}).out,
-              run({"check", log_dir()}).out);
+    // The lines below the first, which tells the report's age.
+    const auto verdict = [&](std::vector<std::string> more = {}) {
+        more.insert(more.begin(), {"check", log_dir()});
+        const auto said = run(more).out;
+        return said.substr(said.find('\n'));
+    };
+    EXPECT_EQ(verdict({"--rules", dir() / "rules"}), verdict());
 
     fs::remove_all(log_dir());
     const auto sample = fs::path(QV_SAMPLES) / "x86_64-kp220-megaraid";
     ASSERT_EQ(run({"replay", sample, "--log-dir", log_dir(), "--quiet"}).exit, 0);
-    const auto as_collected = run({"check", log_dir()}).out;
-    EXPECT_TRUE(as_collected.starts_with("CRITICAL")) << as_collected;
+    const auto as_collected = verdict();
+    EXPECT_NE(as_collected.find("\n[critical] "), std::string::npos) << as_collected;
     const fs::file_time_type long_ago{};
     for (const auto& entry : fs::directory_iterator(log_dir())) {
         if (entry.is_regular_file()) fs::last_write_time(entry.path(), long_ago);
     }
     write_file(log_dir() / "host_zpool.txt", "  pool: tank\n state: FAULTED\n");
-    EXPECT_EQ(run({"check", log_dir(), "--rules", dir() / "rules"}).out, as_collected);
+    EXPECT_EQ(verdict({"--rules", dir() / "rules"}), as_collected);
 }
 
 TEST_F(LogDirectory, AMoveThatWasBrokenOffGoesOn) {
