@@ -5,6 +5,8 @@
 #include <charconv>
 #include <string_view>
 
+#include "text/shell_error.h"
+
 namespace qvhost {
 
 namespace {
@@ -39,18 +41,6 @@ std::optional<int> signal_told_by(int exit) {
     return std::nullopt;
 }
 
-// "sh: 1: /opt/qv_tools/storcli_x64: not found"
-bool is_shells_line_on(std::string_view line, const std::string& tool) {
-    for (const std::string_view words :
-         {": not found", ": command not found", ": No such file or directory"}) {
-        if (!line.ends_with(words)) continue;
-        const auto about = line.substr(0, line.size() - words.size());
-        if (about == tool || about.ends_with("/" + tool) || about.ends_with(" " + tool))
-            return true;
-    }
-    return false;
-}
-
 // Whether the shell did not find the tool. A tool that runs ends with the same code if something that it starts is
 // missing; the shell complains on standard error, where that is known and goes nowhere else.
 bool is_not_found(const CommandInfo& command) {
@@ -59,7 +49,8 @@ bool is_not_found(const CommandInfo& command) {
     std::string_view rest = command.standard_error;
     while (!rest.empty()) {
         const auto line = rest.substr(0, rest.find('\n'));
-        if (is_shells_line_on(line, command.tool)) return true;
+        const auto words = shells_words_on(command.tool, line);
+        if (!words.empty() && words != "Permission denied") return true;
         rest.remove_prefix(std::min(rest.size(), line.size() + 1));
     }
     return false;

@@ -18,6 +18,7 @@
 #include "qvhost/finish/not_executable.h"
 #include "runner/shell_words.h"
 #include "show/visible.h"
+#include "text/shell_error.h"
 
 namespace qvhost {
 
@@ -121,16 +122,12 @@ bool is_shells_complaint(std::string_view line) {
            line.ends_with(": Permission denied") || line.ends_with(": No such file or directory");
 }
 
-// "sh: 1: /opt/qv_tools/storcli_x64: Permission denied": the shell's words on the tool itself, "Permission
-// denied", and not those of a shell that the tool has started on something else.
+// What the shell says of the tool itself, "Permission denied", and not a shell that the tool has started of something
+// else.
 std::string shells_words_on(const std::string& tool, const Lines& lines) {
     for (const auto& line : lines) {
-        const auto text = trimmed(line);
-        const auto colon = text.rfind(": ");
-        if (!is_shells_complaint(text) || colon == std::string::npos) continue;
-        const auto about = text.substr(0, colon);
-        if (about.ends_with("/" + tool) || about.ends_with(" " + tool) || about == tool)
-            return text.substr(colon + 2);
+        if (const auto words = qvhost::shells_words_on(tool, trimmed(line)); !words.empty())
+            return std::string(words);
     }
     return "";
 }

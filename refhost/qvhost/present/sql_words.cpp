@@ -55,7 +55,7 @@ Names words_of(std::string_view sql) {
 
 bool names_it(const Names& words, const std::string& table) {
     return std::any_of(words.begin(), words.end(),
-                       [&](const std::string& word) { return lowered(word) == lowered(table); });
+                       [&](const std::string& word) { return same_word(word, table); });
 }
 
 struct Asked {
