@@ -287,7 +287,7 @@ test("one list has the events of all sources, sorted by time, the repeated ones 
   await page.getByRole("region", {name: "Event"}).getByRole("link", {name: "selinfo.txt, line 81"}).click();
   await page.locator("mark[data-line='81']").waitFor();
   assert.match(await page.locator("mark").innerText(), /Uncorrectable ECC/);
-  await page.getByRole("link", {name: "Its event"}).click();
+  await page.getByRole("link", {name: "Look among the events"}).click();
   await page.getByRole("region", {name: "Event"}).getByText("Memory: Uncorrectable ECC, DIMM(5)").waitFor();
   assert.deepEqual(page.trouble, []);
   await page.context().close();

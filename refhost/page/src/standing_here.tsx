@@ -1,4 +1,5 @@
-// What stands at a line of a capture: the event, the part of the machine, the row of a table that it tells of.
+// What stands at a line of a capture: the part of the machine, the row of a table that it tells of. Whether an event does,
+// the list of events knows.
 import {useEffect, useState} from "preact/hooks";
 import {loadRows, type Drive, type Inventory, type Overview, type Place, type Table} from "./data";
 import {driveKey} from "./pictures/drive";
@@ -65,7 +66,9 @@ export function StandingHere({overview, capture, line}: {overview: Overview; cap
   const rows = useRowsAt(tables, overview, capture, line);
   const isOfEvents = overview.events?.captures?.includes(capture) === true;
   const ways = [
-    ...(isOfEvents ? [{href: viewHash("events", "", {line: `${capture}@${line}`}), says: "Its event"}] : []),
+    ...(isOfEvents
+      ? [{href: viewHash("events", "", {line: `${capture}@${line}`}), says: "Look among the events"}]
+      : []),
     ...entitiesAt(overview, capture, line),
     ...rows,
   ];
