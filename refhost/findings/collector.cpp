@@ -90,9 +90,10 @@ std::vector<Finding> Collector::take() {
     places_.clear();
     ready_places_.clear();
     for (auto& finding : all) {
-        if (const auto* const words = rules_->acknowledged(finding.id)) {
+        if (const auto* const known = rules_->acknowledged(finding.id)) {
             finding.severity = Severity::notice;
-            finding.says += "; " + *words;
+            finding.says += "; " + words_of(*known);
+            finding.acknowledged = *known;
         }
     }
     std::stable_sort(all.begin(), all.end(),

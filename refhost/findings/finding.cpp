@@ -38,4 +38,10 @@ const char* word(HealthWord health) {
     return "";
 }
 
+std::string words_of(const Acknowledgement& acknowledgement) {
+    const auto& [until, by, why] = acknowledgement;
+    return "acknowledged" + (by.empty() ? "" : " by " + by) + " until " + until +
+           (why.empty() ? "" : ": " + why);
+}
+
 }  // namespace qvhost::findings

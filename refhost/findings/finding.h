@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,17 @@ struct EntityRef {
     bool operator==(const EntityRef&) const = default;
 };
 
+// That those who look after the server know of it.
+struct Acknowledgement {
+    std::string until;  // its last day, "2027-01-31"
+    std::string by;     // who; empty: not told
+    std::string why;    // empty: not told
+    bool operator==(const Acknowledgement&) const = default;
+};
+
+// "acknowledged by Jane Doe until 2027-01-31: a new drive is ordered"
+std::string words_of(const Acknowledgement& acknowledgement);
+
 struct Finding {
     std::string id;    // of rule and entity; stays the same from run to run
     std::string rule;  // its name in the table of rules
@@ -60,6 +72,8 @@ struct Finding {
     std::int64_t count = 1;
     std::vector<Place> evidence;
     std::vector<EntityRef> entities = {};  // what it is about, where that is in the inventory
+    // It is then a notice, and `says` tells why.
+    std::optional<Acknowledgement> acknowledged = {};
 };
 
 struct Health {

@@ -140,11 +140,11 @@ Rule* Rules::find(std::string_view name) {
     return found ? &rules_[static_cast<std::size_t>(found - rules_.data())] : nullptr;
 }
 
-void Rules::acknowledge(const std::string& finding_id, const std::string& words) {
-    acknowledged_[finding_id] = words;
+void Rules::acknowledge(const std::string& finding_id, const Acknowledgement& acknowledgement) {
+    acknowledged_[finding_id] = acknowledgement;
 }
 
-const std::string* Rules::acknowledged(const std::string& finding_id) const {
+const Acknowledgement* Rules::acknowledged(const std::string& finding_id) const {
     const auto found = acknowledged_.find(finding_id);
     return found == acknowledged_.end() ? nullptr : &found->second;
 }

@@ -38,16 +38,16 @@ public:
     const Rule& rule(std::string_view name) const;
     Rule* find(std::string_view name);  // null: there is none
 
-    // The finding of this id is known to those who look after the server: it is shown as a notice, and
-    // `words` say so.
-    void acknowledge(const std::string& finding_id, const std::string& words);
+    // The finding of this id is known to those who look after the server: it is shown as a notice that
+    // says so.
+    void acknowledge(const std::string& finding_id, const Acknowledgement& acknowledgement);
 
     // Null: nobody knows of it.
-    const std::string* acknowledged(const std::string& finding_id) const;
+    const Acknowledgement* acknowledged(const std::string& finding_id) const;
 
 private:
     std::vector<Rule> rules_;
-    std::map<std::string, std::string> acknowledged_;
+    std::map<std::string, Acknowledgement> acknowledged_;
 };
 
 const Rules& built_in_rules();

@@ -98,10 +98,17 @@ void acknowledge(Line& line, Rules& rules, std::string_view today) {
     if (line.word("\"until\"") != "until") line.refuse("\"until\" and a date are expected");
     const auto until = line.word("the date");
     if (!is_date(until)) line.refuse(quoted(until) + " is no date, YYYY-MM-DD");
-    const auto reason = trimmed(line.rest);
-    if (until < today) return;
-    rules.acknowledge(std::string(id), "acknowledged until " + std::string(until) +
-                                           (reason.empty() ? "" : ": " + std::string(reason)));
+    Acknowledgement known;
+    known.until = until;
+    auto rest = trimmed(line.rest);
+    if (auto behind = rest; next_word(behind) == "by") {
+        const auto end = std::min(behind.find(':'), behind.size());
+        known.by = trimmed(behind.substr(0, end));
+        if (known.by.empty()) line.refuse("who acknowledges it is missing behind \"by\"");
+        rest = trimmed(behind.substr(std::min(end + 1, behind.size())));
+    }
+    known.why = rest;
+    if (until >= today) rules.acknowledge(std::string(id), known);
 }
 
 struct Kind {

@@ -3,7 +3,7 @@
 //     # comment
 //     severity     fan_warning notice
 //     threshold    drive_wear 90
-//     acknowledge  drive_media_errors:ZA1B2C3D until 2027-01-31 a new drive is ordered
+//     acknowledge  drive_media_errors:ZA1B2C3D until 2027-01-31 by Jane Doe: a new drive is ordered
 // Names of rules and the units of their thresholds are in docs/findings.md; the ids are those of the findings.
 #pragma once
 

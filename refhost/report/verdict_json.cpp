@@ -17,6 +17,19 @@ ordered_json json_of_value(const std::optional<Value>& value) {
 
 ordered_json json_of_value(const inventory::Texts& texts) { return texts; }
 
+// Null: nobody has acknowledged it.
+ordered_json json_of(const std::optional<findings::Acknowledgement>& known) {
+    if (!known) return nullptr;
+    const auto told = [](const std::string& text) {
+        return text.empty() ? ordered_json(nullptr) : ordered_json(text);
+    };
+    return {
+        {"until", known->until    },
+        {"by",    told(known->by) },
+        {"why",   told(known->why)},
+    };
+}
+
 }  // namespace
 
 ordered_json json_of(const std::vector<findings::Health>& health) {
@@ -42,15 +55,16 @@ ordered_json json_of(const std::vector<findings::Finding>& findings) {
                 {"line",    place.line   }
             });
         all.push_back({
-            {"id",        one.id                 },
-            {"rule",      one.rule               },
-            {"severity",  word(one.severity)     },
-            {"subsystem", word(one.subsystem)    },
-            {"subject",   one.subject            },
-            {"says",      one.says               },
-            {"time",      json_of_value(one.time)},
-            {"count",     one.count              },
-            {"evidence",  std::move(evidence)    },
+            {"id",           one.id                   },
+            {"rule",         one.rule                 },
+            {"severity",     word(one.severity)       },
+            {"subsystem",    word(one.subsystem)      },
+            {"subject",      one.subject              },
+            {"says",         one.says                 },
+            {"time",         json_of_value(one.time)  },
+            {"count",        one.count                },
+            {"evidence",     std::move(evidence)      },
+            {"acknowledged", json_of(one.acknowledged)},
         });
     }
     return all;

@@ -18,14 +18,17 @@ using findings::Health;
 using findings::Verdict;
 
 constexpr auto kFindings = std::to_array<TypedColumn>({
-    {"id",        ColumnType::text   },
-    {"rule",      ColumnType::text   },
-    {"severity",  ColumnType::text   },
-    {"subsystem", ColumnType::text   },
-    {"subject",   ColumnType::text   },
-    {"says",      ColumnType::text   },
-    {"time",      ColumnType::text   },
-    {"count",     ColumnType::integer},
+    {"id",                 ColumnType::text   },
+    {"rule",               ColumnType::text   },
+    {"severity",           ColumnType::text   },
+    {"subsystem",          ColumnType::text   },
+    {"subject",            ColumnType::text   },
+    {"says",               ColumnType::text   },
+    {"time",               ColumnType::text   },
+    {"count",              ColumnType::integer},
+    {"acknowledged_until", ColumnType::text   },
+    {"acknowledged_by",    ColumnType::text   },
+    {"acknowledged_why",   ColumnType::text   },
 });
 constexpr auto kEvidence = std::to_array<TypedColumn>({
     {"finding_id", ColumnType::text   },
@@ -60,6 +63,9 @@ std::int64_t number(const TypedValue& value) {
     return told ? *told : 0;
 }
 
+TypedValue told(const findings::Text& text) { return text ? TypedValue(*text) : TypedValue(); }
+TypedValue told(const std::string& text) { return text.empty() ? TypedValue() : TypedValue(text); }
+
 // The one of `all` whose word it is.
 template <class Enum, std::size_t Count>
 std::optional<Enum> of_word(const Enum (&all)[Count], const TypedValue& value) {
@@ -76,10 +82,13 @@ void write_verdict(Store& store, const Verdict& verdict) {
     TypedTableWriter findings(store, "findings", kFindings);
     TypedTableWriter evidence(store, "finding_evidence", kEvidence);
     TypedTableWriter entities(store, "finding_entities", kEntities);
+    const TypedValue none;
     for (const auto& one : verdict.findings) {
+        const auto& known_to = one.acknowledged;
         findings.add({one.id, one.rule, std::string(word(one.severity)),
-                      std::string(word(one.subsystem)), one.subject, one.says,
-                      one.time ? TypedValue(*one.time) : TypedValue(), one.count});
+                      std::string(word(one.subsystem)), one.subject, one.says, told(one.time),
+                      one.count, known_to ? TypedValue(known_to->until) : none,
+                      known_to ? told(known_to->by) : none, known_to ? told(known_to->why) : none});
         for (const auto& place : one.evidence) evidence.add({one.id, place.capture, place.line});
         for (const auto& entity : one.entities) entities.add({one.id, entity.kind, entity.number});
     }
@@ -110,6 +119,8 @@ Verdict read_verdict(const Store& store) {
         finding.says = text(row[5]);
         if (const auto* time = std::get_if<std::string>(&row[6])) finding.time = *time;
         finding.count = number(row[7]);
+        if (auto until = text(row[8]); !until.empty())
+            finding.acknowledged = {std::move(until), text(row[9]), text(row[10])};
         by_id.emplace(finding.id, verdict.findings.size());
         verdict.findings.push_back(std::move(finding));
     });

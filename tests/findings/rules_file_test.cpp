@@ -53,6 +53,35 @@ TEST(RulesFile, AcknowledgesUntilADay) {
                "notice self_test:BMC3 | BMC | it failed; acknowledged until 2028-02-29"}));
 }
 
+TEST(RulesFile, TellsWhoAcknowledgesWhatAndWhy) {
+    const struct {
+        const char* rest;  // behind the date
+        Acknowledgement known;
+    } rows[] = {
+        {"", {"2027-01-31", "", ""}},
+        {"ticket 7", {"2027-01-31", "", "ticket 7"}},
+        {"by Jane Doe", {"2027-01-31", "Jane Doe", ""}},
+        {"by Jane Doe: a new drive is ordered",
+         {"2027-01-31", "Jane Doe", "a new drive is ordered"}},
+        {" by  ops :  ticket: 7 ", {"2027-01-31", "ops", "ticket: 7"}},
+        {"bypassed: by hand", {"2027-01-31", "", "bypassed: by hand"}},
+    };
+    for (const auto& row : rows) {
+        const auto rules = parse_rules(
+            std::string("acknowledge self_test:sel until 2027-01-31 ") + row.rest, kToday);
+        Collector findings(rules);
+        findings.add({"sel", "BMC"}, "self_test", "it failed", {"a.txt", 1});
+        EXPECT_EQ(findings.take().at(0).acknowledged, row.known) << row.rest;
+    }
+    EXPECT_EQ(words_of({"2027-01-31", "Jane Doe", "a new drive is ordered"}),
+              "acknowledged by Jane Doe until 2027-01-31: a new drive is ordered");
+    EXPECT_EQ(words_of({"2027-01-31", "Jane Doe", ""}),
+              "acknowledged by Jane Doe until 2027-01-31");
+    Collector findings;
+    findings.add({"sel", "BMC"}, "self_test", "it failed", {"a.txt", 1});
+    EXPECT_EQ(findings.take().at(0).acknowledged, std::nullopt);
+}
+
 TEST(RulesFile, AnEventCanBeAcknowledged) {
     const auto rules = parse_rules("acknowledge event_pci:slot until 2027-01-01", kToday);
     Collector findings(rules);
@@ -92,6 +121,10 @@ TEST(RulesFile, RefusesWhatItDoesNotKnow) {
         {"acknowledge fan:FAN1 until 2027-01-01", "1: there is no rule \"fan\""},
         {"acknowledge fan_warning:FAN1", "1: \"until\" is missing"},
         {"acknowledge fan_warning:FAN1 2027-01-01", "1: \"until\" and a date are expected"},
+        {"acknowledge fan_warning:FAN1 until 2027-01-01 by",
+         "1: who acknowledges it is missing behind \"by\""},
+        {"acknowledge fan_warning:FAN1 until 2027-01-01 by : it is known",
+         "1: who acknowledges it is missing behind \"by\""},
         {"acknowledge fan_warning:FAN1 until", "1: the date is missing"},
         {"acknowledge fan_warning:FAN1 until 2027-02-29",
          "1: \"2027-02-29\" is no date, YYYY-MM-DD"},

@@ -69,18 +69,20 @@ TEST(Options, EachArrivesInTheCollectingChild) {
 }
 
 TEST(Options, AllArriveTogether) {
-    auto options = parsed({"--log-level",      "0",         "--module",          "a",
-                           "--module",         "b",         "--table",           "c",
-                           "--tool-timeout",   "5",         "--silence-timeout", "4",
-                           "--module-timeout", "6",         "--run-timeout",     "7",
-                           "--also",           "pmc,bios",  "--plugin",          "/p",
-                           "--plug-in-only",   "--dry-run", "--quiet",           "--no-compat"});
+    auto options = parsed({"--log-level",      "0",          "--module",          "a",
+                           "--module",         "b",          "--table",           "c",
+                           "--tool-timeout",   "5",          "--silence-timeout", "4",
+                           "--module-timeout", "6",          "--run-timeout",     "7",
+                           "--also",           "pmc,bios",   "--plugin",          "/p",
+                           "--rules",          "/r",         "--plug-in-only",    "--dry-run",
+                           "--quiet",          "--no-compat"});
     options.search_path = "/a:/b c";
     options.replayed = true;
     options.recorded = {"storcli\t/c0 show", "cat"};
     EXPECT_EQ(options_from(settings_of(options)), options);
     EXPECT_EQ(options.modules, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(options.also, (std::vector<std::string>{"pmc", "bios"}));
+    EXPECT_EQ(options.rules, "/r");
     EXPECT_EQ(limits_for(options), (Limits{7, 6, 6, 5, 4}));
     EXPECT_EQ(options_from(settings_of({})), CollectOptions{});
 }

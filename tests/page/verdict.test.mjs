@@ -86,6 +86,21 @@ for (const name of ["x86_64-kp220-megaraid", "x86_64-kp420-two-megaraid", "x86_6
   });
 }
 
+test("an acknowledged finding is a notice that is not folded away", async () => {
+  const made = changed(sample("x86_64-kp420-two-megaraid"), overview => {
+    const [first] = overview.findings;
+    first.severity = "notice";
+    first.says = "acknowledged by Jane Doe until 2999-12-31: ticket 7";
+    first.acknowledged = {until: "2999-12-31", by: "Jane Doe", why: "ticket 7"};
+  });
+  const page = await open(made);
+  const line = page.locator("section:has(> h3:text-is('1 acknowledged finding')) > .findings > li");
+  assert.ok((await line.innerText()).includes("acknowledged by Jane Doe until 2999-12-31: ticket 7"));
+  assert.ok(await line.isVisible());
+  assert.deepEqual(page.trouble, []);
+  await page.context().close();
+});
+
 test("each subsystem has its word, and what the word rests on", async () => {
   for (const name of ["x86_64-kp220-megaraid", "x86_64-kp220-healthy", "x86_64-virtual-machine"]) {
     const made = sample(name);

@@ -79,6 +79,7 @@ export interface Finding {
   time: string | null; // of the latest event, by its source's clock
   count: number;
   evidence: Place[];
+  acknowledged?: {until: string; by: string | null; why: string | null} | null; // `says` tells it in words
 }
 
 // Entities of the inventory; a field that no capture tells is not there. docs/inventory.md has them all.

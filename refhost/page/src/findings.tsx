@@ -3,7 +3,7 @@ import type {Finding, Overview, Severity} from "./data";
 import {addressOf, Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";
 import {count, visible} from "./text";
-import {bySeverity} from "./verdict";
+import {bySeverity, isAcknowledged} from "./verdict";
 
 const TITLES: Record<Severity, [one: string, many: string]> = {
   critical: ["critical finding", "critical findings"],
@@ -38,31 +38,44 @@ function FindingLine({finding, overview}: {finding: Finding; overview: Overview}
 }
 
 export function FindingsView({overview, findings: all}: {overview: Overview; findings: Finding[]}) {
-  const groups = bySeverity(all);
-  if (groups.length === 0) return <p class="empty">No rule found anything in what was read.</p>;
+  if (all.length === 0) return <p class="empty">No rule found anything in what was read.</p>;
+  const known = all.filter(isAcknowledged);
+  const listOf = (findings: Finding[]) => (
+    <ul class="findings">
+      {findings.map(finding => (
+        <FindingLine key={finding.id} finding={finding} overview={overview} />
+      ))}
+    </ul>
+  );
+  const groups = bySeverity(all.filter(finding => !isAcknowledged(finding))).map(({severity, findings}) => ({
+    severity,
+    title: count(findings.length, ...TITLES[severity]),
+    list: listOf(findings),
+  }));
   return (
     <>
-      {groups.map(({severity, findings}) => {
-        const title = count(findings.length, ...TITLES[severity]);
-        const list = (
-          <ul class="findings">
-            {findings.map(finding => (
-              <FindingLine key={finding.id} finding={finding} overview={overview} />
-            ))}
-          </ul>
-        );
-        return severity === "notice" ? (
-          <details key={severity} class="notices">
-            <summary>{title}</summary>
-            {list}
-          </details>
-        ) : (
+      {groups
+        .filter(({severity}) => severity !== "notice")
+        .map(({severity, title, list}) => (
           <section key={severity}>
             <h3>{title}</h3>
             {list}
           </section>
-        );
-      })}
+        ))}
+      {known.length > 0 && (
+        <section>
+          <h3>{count(known.length, "acknowledged finding")}</h3>
+          {listOf(known)}
+        </section>
+      )}
+      {groups
+        .filter(({severity}) => severity === "notice")
+        .map(({severity, title, list}) => (
+          <details key={severity} class="notices">
+            <summary>{title}</summary>
+            {list}
+          </details>
+        ))}
     </>
   );
 }

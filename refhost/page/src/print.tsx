@@ -11,7 +11,7 @@ import {spoken} from "./pictures/sensors";
 import {hasStorage, StorageDrawing} from "./pictures/storage";
 import {SeverityMark} from "./severity_mark";
 import {count, oneLine, visible} from "./text";
-import {sensorFindings, worst} from "./verdict";
+import {isAcknowledged, sensorFindings, worst} from "./verdict";
 
 const NEWEST = 25;
 const SAID_ONCE = ["ok", "na", "ns"]; // states of which a sensor without a finding needs no line
@@ -152,7 +152,7 @@ export function PrintView({overview}: {overview: Overview}) {
           <h2>Findings</h2>
           <FindingsView
             overview={overview}
-            findings={overview.findings!.filter(({severity}) => severity !== "notice")}
+            findings={overview.findings!.filter(one => one.severity !== "notice" || isAcknowledged(one))}
           />
         </>
       )}

@@ -3,6 +3,11 @@ import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity, Vol
 
 const SEVERITIES: Severity[] = ["critical", "warning", "unknown", "notice"];
 
+// Whether those who look after the server know of it: such a notice is never folded away.
+export function isAcknowledged({acknowledged}: Finding): boolean {
+  return acknowledged !== undefined && acknowledged !== null;
+}
+
 // The findings of each severity, the worst first; none without findings.
 export function bySeverity(findings: Finding[]): {severity: Severity; findings: Finding[]}[] {
   return SEVERITIES.map(severity => ({

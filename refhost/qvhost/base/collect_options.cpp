@@ -64,6 +64,7 @@ std::vector<CollectOption> all_rows() {
         {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
+        {"rules",           &Options::rules,           optional, "FILE",            kNoRange,   "Severities, thresholds and acknowledged findings of this site (docs/findings.md)"},
         {"plugin",          &Options::plugin,          optional, "FILE",            kNoRange,   "Another plug-in than the installed one"},
         {"profile",         &Options::profile,         optional, profile_names(), kNoRange,   "What is collected: full is everything; health is what verdicts need, without the plug-in"},
         {"plug-in-only",    &Options::plug_in_only,    optional, "",                kNoRange,   "No questions of the program's own: the plug-in's commands alone"},
@@ -81,7 +82,7 @@ std::vector<CollectOption> all_rows() {
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
     [[maybe_unused]] const auto& [log_dir, keep, log_level, modules, tables, tool_seconds,
                                   tool_limits, silence_seconds, module_seconds, run_seconds, also,
-                                  plugin, profile, plug_in_only, dry_run, quiet, no_compat,
+                                  rules, plugin, profile, plug_in_only, dry_run, quiet, no_compat,
                                   search_path, replayed, recorded] = options;
 }
 

@@ -29,6 +29,7 @@ struct CollectOptions {
     std::optional<unsigned> run_seconds;
     std::vector<std::string> tool_limits;  // "ipmitool=900": limits of single tools, in seconds
     std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
+    std::filesystem::path rules;    // the site's own (findings/rules_file.h); empty: none
     std::filesystem::path plugin;   // empty: the one that was installed with the program
     std::string profile = kFullProfile;
     bool plug_in_only = false;  // no questions of the host's own

@@ -17,6 +17,7 @@
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/base/site_rules.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
 #include "qvhost/collect/offer.h"
@@ -135,6 +136,7 @@ void remove_if_empty(const fs::path& file) {
 
 int collect(CollectOptions options, const Stage& stage) {
     expect_path_fits_plugin(stage.program);
+    const auto rules = options.rules.empty() ? std::string() : read_rules_file(options.rules);
     if (options.dry_run) {
         print_plan(options, stage);
         return 0;
@@ -171,6 +173,7 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("qvhost", QV_VERSION);
         store.set_meta("limits", text_of(limits_for(options)));
         store.set_meta("profile", options.profile);
+        if (!rules.empty()) store.set_meta("rules", rules);
         store.set_meta("also", boost::join(options.also, ","));
         store.set_meta("stand_ins", lines_of(stage.stand_ins, ""));
         store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));

@@ -8,8 +8,10 @@
 #include <utility>
 
 #include "findings/judge.h"
+#include "findings/rules_file.h"
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
+#include "qvhost/base/site_rules.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/runs.h"
 #include "verdict/inventory_tables.h"
@@ -96,6 +98,15 @@ findings::Circumstances circumstances_of(const Store& store,
     return circumstances;
 }
 
+// Those of the collection. They were right when it began: if they are not, the store was damaged.
+findings::Rules rules_of(const Store& store) {
+    try {
+        return rules_in(store.meta("rules"));
+    } catch (const findings::RulesError&) {
+        return {};
+    }
+}
+
 }  // namespace
 
 inventory::Inventory judge_report(Store& store, const LogDir& dir,
@@ -110,8 +121,8 @@ inventory::Inventory judge_report(Store& store, const LogDir& dir,
         },
         foreign_files(store, dir));
     write_inventory(store, survey.inventory);
-    write_verdict(store,
-                  findings::judge(survey, judge_events, circumstances_of(store, commands, dir)));
+    write_verdict(store, findings::judge(survey, judge_events,
+                                         circumstances_of(store, commands, dir), rules_of(store)));
     store.commit();
     return std::move(survey.inventory);
 }

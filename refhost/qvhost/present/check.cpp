@@ -1,10 +1,7 @@
 #include "qvhost/present/check.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -12,14 +9,12 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
-#include "files/descriptor.h"
 #include "files/failure.h"
 #include "findings/finding.h"
-#include "findings/rules_file.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/base/site_rules.h"
 #include "qvhost/finish/judge_report.h"
 #include "qvhost/present/open_report.h"
 #include "report/json_text.h"
@@ -69,38 +64,9 @@ std::optional<std::time_t> utc_seconds(const std::string& text) {
     return ::timegm(&parts);
 }
 
-constexpr std::size_t kLargestRules = 1 << 20;  // bytes
-
-// "2026-11-21", where this system's clock is.
-std::string today() {
-    const auto now = std::time(nullptr);
-    std::tm parts{};
-    ::localtime_r(&now, &parts);
-    char text[16];
-    std::strftime(text, sizeof text, "%Y-%m-%d", &parts);
-    return text;
-}
-
-findings::Rules read_rules(const std::filesystem::path& file) {
-    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!opened)
-        throw std::runtime_error(file.string() + ": " + std::generic_category().message(errno));
-    if (!std::filesystem::is_regular_file(file))
-        throw std::runtime_error(file.string() + ": it is no file");
-    const auto text = read_bytes(opened.get(), kLargestRules + 1);
-    if (text.size() > kLargestRules)
-        throw std::runtime_error(file.string() + ": it is longer than 1 MiB");
-    try {
-        return findings::parse_rules(text, today());
-    } catch (const findings::RulesError& error) {
-        throw std::runtime_error(file.string() + ", line " + std::to_string(error.line) + ": " +
-                                 error.what());
-    }
-}
-
 // Other rules need what the verdict was made from.
 Verdict judged_by_rules(const CheckOptions& options, const Store& store) {
-    const auto rules = read_rules(options.rules);
+    const auto rules = rules_in(read_rules_file(options.rules));
     if (!std::filesystem::is_directory(options.report))
         throw std::runtime_error(options.report.string() +
                                  ": --rules needs the captures: name the directory of the report");
@@ -173,7 +139,7 @@ std::string place_text(const findings::Place& place) {
 }
 
 // What matters most, in a few words.
-std::string headline(const CheckOptions& options, const Verdict& verdict, HealthWord worst) {
+std::string worst_words(const CheckOptions& options, const Verdict& verdict, HealthWord worst) {
     const auto is_told = [&](const Finding& one) {
         return (worst == HealthWord::critical && one.severity == Severity::critical) ||
                (worst == HealthWord::warning && one.severity == Severity::warning);
@@ -210,6 +176,13 @@ std::string headline(const CheckOptions& options, const Verdict& verdict, Health
         return text.empty() ? "nothing is there to be judged" : text + " ok";
     }
     return more > 0 ? text + ", and " + std::to_string(more) + " more" : text;
+}
+
+std::string headline(const CheckOptions& options, const Verdict& verdict, HealthWord worst) {
+    const auto known = std::count_if(verdict.findings.begin(), verdict.findings.end(),
+                                     [](const Finding& one) { return one.acknowledged; });
+    return worst_words(options, verdict, worst) +
+           (known > 0 ? " (" + std::to_string(known) + " acknowledged)" : "");
 }
 
 std::string number(double value) {
@@ -295,9 +268,9 @@ void print_checkmk(const CheckOptions& options, const Checked& checked) {
         std::string text;
         std::size_t count = 0;
         for (const auto& finding : checked.verdict.findings) {
-            if (finding.subsystem != one.subsystem || finding.severity == Severity::notice)
-                continue;
-            ++count;
+            if (finding.subsystem != one.subsystem) continue;
+            if (finding.severity == Severity::notice && !finding.acknowledged) continue;
+            if (!finding.acknowledged) ++count;
             text += (text.empty() ? "" : ", ") + finding_text(finding);
         }
         for (const auto& words : one.missing) text += (text.empty() ? "" : ", ") + plain(words);

@@ -177,6 +177,21 @@ void write_findings(const findings::Verdict& verdict, std::ostream& out) {
     }
 }
 
+void write_acknowledged(const findings::Verdict& verdict, std::ostream& out) {
+    Metric count(out, "qvhost_findings_acknowledged", "gauge",
+                 "Number of findings that are acknowledged, which are notices, by subsystem.");
+    for (const auto subsystem : findings::kSubsystems) {
+        double sum = 0;
+        for (const auto& one : verdict.findings)
+            sum += one.subsystem == subsystem && one.acknowledged ? 1 : 0;
+        count.add(
+            {
+                {"subsystem", word(subsystem)}
+        },
+            sum);
+    }
+}
+
 void write_not_read(const findings::Verdict& verdict, std::ostream& out) {
     Metric missing(out, "qvhost_not_read", "gauge",
                    "How many things that a subsystem's health rests on could not be read.");
@@ -292,6 +307,7 @@ constexpr struct {
 } kMetricTables[] = {
     {"health",   [](const Told& told, std::ostream& out) { write_health(told.verdict, out); }},
     {"findings", [](const Told& told, std::ostream& out) { write_findings(told.verdict, out); }},
+    {"findings", [](const Told& told, std::ostream& out) { write_acknowledged(told.verdict, out); }},
     {"health",   [](const Told& told, std::ostream& out) { write_not_read(told.verdict, out); }},
     {"sensors",  [](const Told& told, std::ostream& out) { write_sensors(told.inventory.sensors, out); }},
     {"drives",   [](const Told& told, std::ostream& out) { write_drives(told.inventory.drives, out); }},
