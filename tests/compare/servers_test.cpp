@@ -249,7 +249,7 @@ const std::vector<Happening> kHappenings = {
 // clang-format on
 
 TEST_F(Servers, TellEachKnownChangeOnceAndNothingElse) {
-    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 14, 2000);
+    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 14, 300);
     const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
     std::map<std::string, int> happened;
     for (long seed = first; seed < first + seeds; ++seed) {
