@@ -27,6 +27,7 @@
 #include "qvhost/present/bundle.h"
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
+#include "qvhost/present/explain.h"
 #include "qvhost/present/export.h"
 #include "qvhost/present/list_runs.h"
 #include "qvhost/present/open_page.h"
@@ -83,6 +84,7 @@ constexpr struct {
     {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
     {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
     {"diff",   [](const ParsedArguments& parsed) { return qvhost::diff_reports(parsed.diff); }},
+    {"explain", [](const ParsedArguments& parsed) { qvhost::explain_finding(parsed.explain); return 0; }},
     {"doctor", [](const ParsedArguments& parsed) { return qvhost::doctor(parsed.doctor); }},
 };
 // clang-format on

@@ -4,6 +4,7 @@
 #include <string>
 #include <variant>
 
+#include "findings/advice.h"
 #include "findings/rules.h"
 #include "inventory/fields.h"
 
@@ -45,6 +46,17 @@ void write_inventory() {
     });
 }
 
+// As `qvhost explain` says it.
+void write_advice(findings::Subsystem subsystem) {
+    const char* heading = "\n| rule | what people do | source |\n|---|---|---|\n";
+    for (const auto& advice : findings::all_advice()) {
+        if (findings::rule(advice.rule).subsystem != subsystem) continue;
+        std::cout << heading << "| `" << advice.rule << "` | " << cell(advice.words) << " | "
+                  << cell(advice.source) << " |\n";
+        heading = "";
+    }
+}
+
 void write_findings() {
     std::cout
         << "# Findings\n\n"
@@ -82,6 +94,7 @@ void write_findings() {
             std::cout << " | " << cell(rule.why) << " | " << cell(rule.source) << " | "
                       << rule.redfish << " |\n";
         }
+        write_advice(subsystem);
     }
 }
 

@@ -95,6 +95,12 @@ struct DiffOptions {
     bool raw = false;  // rows of the plug-in's tables as well
 };
 
+// What the user asked of `explain`.
+struct ExplainOptions {
+    std::filesystem::path report;
+    std::string finding;  // its id; empty: which there are
+};
+
 // What the user asked of `doctor`.
 struct DoctorOptions {
     std::string format = "text";

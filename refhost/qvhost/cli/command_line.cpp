@@ -107,6 +107,11 @@ const std::vector<CommandText> kTexts = {
       {"qvhost diff monday friday --format json | jq '.changes[]'",         "For a program; all new events are in it."},
       {"qvhost diff monday friday --raw",                                   "The rows of the plug-in's tables as well."}}},
 
+    {"explain", "Say all that is known of a finding",
+     {"A finding is named by its id, which stays the same from run to run. Printed are its rule, the lines of the captures that it rests on with three more around each, since when it is there by the events and the earlier runs of the directory, and what people do about it. Each piece of advice names who gives it; where nobody does there is none. Without a FINDING the findings are listed with their ids."},
+     {{"qvhost explain DIR",                                                "The findings and their ids."},
+      {"qvhost explain DIR drive_media_errors:ZA1B2C3D",                    "Why it is said, and what to do."}}},
+
     {"doctor", "Say what a collection will find here",
      {"Rights, the vendors' tools and which file answers for which name, controllers without their tool, the IPMI driver, the product, the directory, the search path: a line each, and below it the command that mends it. Nothing is changed. The exit status is that of monitoring plug-ins: 0 ok, 1 warning, 2 critical, 3 unknown."},
      {{"qvhost doctor",                                                     "As root, before the first collection."},
@@ -375,6 +380,13 @@ void add_diff(CLI::App& app, DiffOptions& options) {
     diff.add_flag("--raw", options.raw, "Rows of the plug-in's tables as well");
 }
 
+void add_explain(CLI::App& app, ExplainOptions& options) {
+    auto& explain = add_command(app, "explain");
+    add_report_argument(explain, options.report);
+    explain.add_option("FINDING", options.finding,
+                       "The id of a finding; without it they are listed");
+}
+
 void add_doctor(CLI::App& app, DoctorOptions& options) {
     auto& doctor = add_command(app, "doctor");
     doctor.add_option("--log-dir", options.log_dir, "The directory that is meant to be used")
@@ -434,6 +446,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     add_query(*app, parsed.query);
     add_check(*app, parsed.check, parsed.collect);
     add_diff(*app, parsed.diff);
+    add_explain(*app, parsed.explain);
     add_doctor(*app, parsed.doctor);
     add_command(*app, "config");
     add_export(*app, parsed.exporting);

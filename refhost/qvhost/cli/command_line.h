@@ -26,6 +26,7 @@ struct ParsedArguments {
     ExportOptions exporting;
     CheckOptions check;
     DiffOptions diff;
+    ExplainOptions explain;
     DoctorOptions doctor;
     struct {
         int settings = -1;
