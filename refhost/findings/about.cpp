@@ -14,7 +14,6 @@ namespace {
 using inventory::Drive;
 using inventory::Event;
 using inventory::Integer;
-using inventory::Inventory;
 using inventory::Volume;
 
 bool is_of_controller(const Event& event, const Integer& controller) {

@@ -60,11 +60,9 @@ const Finding& finding_named(const std::vector<Finding>& all, const std::string&
                              did_you_mean(id, ids));
 }
 
-void print(const char* title, Labelled lines, const TerminalStyle& style) {
-    for (auto& [label, text] : lines) {
-        label = kIndent + label;
-        text = one_line(text);
-    }
+void print(const char* title, const Labelled& told, const TerminalStyle& style) {
+    Labelled lines;
+    for (const auto& [label, text] : told) lines.emplace_back(kIndent + label, one_line(text));
     std::cout << '\n' << bold(title, style) << '\n';
     print_labelled(std::cout, lines, style);
 }
@@ -102,7 +100,7 @@ void print_rule(const Finding& finding, const TerminalStyle& style) {
     lines.emplace_back("why", rule->why);
     lines.emplace_back("source", rule->source);
     if (*rule->redfish) lines.emplace_back("Redfish", rule->redfish);
-    print("Rule", std::move(lines), style);
+    print("Rule", lines, style);
 }
 
 void print_capture(const fs::path& log_dir, const std::string& capture,
@@ -222,7 +220,7 @@ void print_history(const Finding& finding, const Store& store, const fs::path& l
     Labelled lines;
     if (!log_dir.empty()) lines.emplace_back("earlier runs", told_by_runs(finding, log_dir));
     for (auto& line : told_by_events(finding, store)) lines.push_back(std::move(line));
-    print("Since when", std::move(lines), style);
+    print("Since when", lines, style);
 }
 
 void print_advice(const Finding& finding, const TerminalStyle& style) {
