@@ -1,0 +1,88 @@
+// Which directories of killed programs are removed.
+#include "qvhost/base/leftovers.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "place.h"
+
+namespace qvhost {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Leftovers : public test::Place {
+protected:
+    // A directory with one file in a folder of it, as old as that, in seconds.
+    fs::path left(const std::string& name, const std::string& folder, long age,
+                  mode_t mode = 0700) const {
+        const auto directory = dir / name;
+        fs::create_directories(directory / folder);
+        std::ofstream(directory / folder / "file") << "text";
+        ::chmod(directory.c_str(), mode);
+        const timespec time{.tv_sec = std::time(nullptr) - age, .tv_nsec = 0};
+        const timespec times[] = {time, time};
+        EXPECT_EQ(::utimensat(AT_FDCWD, directory.c_str(), times, 0), 0);
+        return directory;
+    }
+
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : fs::directory_iterator(dir))
+            found.insert(entry.path().filename().string());
+        return found;
+    }
+};
+
+TEST_F(Leftovers, OnlyWhatIsCertainlyLeftIsRemoved) {
+    left("tool-aaaaaa", "log", 700);
+    left("other-bbbbbb", "log", 1'000'000);
+    const std::set<std::string> stay{"tool-young1",  "tool-public", "tool-foreig",
+                                     "tool-held00",  "tool-link00", "tool-short",
+                                     "tool-longer1", "toolaaaaaaa", "another-aaaaaa"};
+    left("tool-young1", "log", 500);
+    left("tool-public", "log", 700, 0755);
+    left("tool-foreig", "mine", 700);
+    const auto held = hold_directory(left("tool-held00", "log", 700));
+    left("tool-short", "log", 700);
+    left("tool-longer1", "log", 700);
+    left("toolaaaaaaa", "log", 700);
+    fs::create_directory_symlink(left("another-aaaaaa", "log", 700), dir / "tool-link00");
+    remove_leftovers(dir, {"tool", "other"}, {"log", "bin"});
+    EXPECT_EQ(names(), stay);
+}
+
+TEST_F(Leftovers, ADirectoryWhoseProgramRunsStays) {
+    const auto directory = left("tool-aaaaaa", "bin", 700);
+    fs::copy_file("/bin/sleep", directory / "bin" / "sleep");
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::execl((directory / "bin" / "sleep").c_str(), "sleep", "600", nullptr);
+        ::_exit(127);
+    }
+    ASSERT_GT(pid, 0);
+    // Until it runs: this test program is another file.
+    const auto program = fs::path("/proc") / std::to_string(pid) / "exe";
+    const auto itself = fs::read_symlink("/proc/self/exe");
+    for (std::error_code error; fs::read_symlink(program, error) == itself && !error;)
+        ::usleep(1000);
+    remove_leftovers(dir, {"tool"}, {"bin"});
+    EXPECT_EQ(names(), std::set<std::string>{"tool-aaaaaa"});
+    ::kill(pid, SIGKILL);
+    ::waitpid(pid, nullptr, 0);
+    remove_leftovers(dir, {"tool"}, {"bin"});
+    EXPECT_EQ(names(), std::set<std::string>());
+}
+
+}  // namespace
+
+}  // namespace qvhost
