@@ -7,6 +7,40 @@ namespace qvhost::ask {
 namespace {
 
 using enum When;
+struct Words {
+    When when;
+    std::string_view words;
+};
+
+// clang-format off
+constexpr auto kWords = std::to_array<Words>({
+    {always,             "always"},
+    {bmc,                "the kernel's IPMI device is there"},
+    {md,                 "the kernel has software arrays (/proc/mdstat)"},
+    {md_array,           "each array in /proc/mdstat"},
+    {zfs,                "the kernel has ZFS"},
+    {multipath,          "multipath is configured"},
+    {plain_drives,       "there are drives behind no RAID controller"},
+    {plain_drive,        "each drive behind no RAID controller"},
+    {megaraid,           "lspci names a MegaRAID controller, or could not be read"},
+    {controller,         "each controller that storcli counts"},
+    {first_controller,   "controller 0"},
+    {further_controller, "each controller beyond 0"},
+    {rebuilding,         "each controller with a drive that rebuilds"},
+    {bare_slots,         "each controller with drives in no enclosure"},
+    {battery,            "each controller that says it has a BBU"},
+    {capacitor,          "each controller that says it has a CacheVault"},
+    {adaptec,            "lspci names an Adaptec controller, or could not be read"},
+    {adaptec_controller, "each controller that arcconf lists"},
+    {sas2,               "lspci names a SAS2 host adapter, or could not be read"},
+    {sas2_adapter,       "each adapter that sas2ircu lists"},
+    {sas3,               "lspci names a SAS3 host adapter, or could not be read"},
+    {sas3_adapter,       "each adapter that sas3ircu lists"},
+    {smart_array,        "lspci names a Smart Array controller, or could not be read"},
+});
+// clang-format on
+static_assert(kWords.size() == static_cast<std::size_t>(smart_array) + 1);
+
 constexpr auto by_verdicts = Needed::by_verdicts;
 constexpr auto for_details = Needed::for_details;
 
@@ -78,6 +112,13 @@ consteval bool well_formed(std::span<const Question> rows) {
 static_assert(well_formed(kQuestions));
 
 }  // namespace
+
+std::string_view words(When when) {
+    for (const auto& row : kWords) {
+        if (row.when == when) return row.words;
+    }
+    return {};
+}
 
 std::span<const Question> questions() { return kQuestions; }
 

@@ -36,6 +36,9 @@ enum class When {
     smart_array,  // a controller for ssacli
 };
 
+// The condition in words: "the kernel's IPMI device is there".
+std::string_view words(When when);
+
 enum class Needed {
     by_verdicts,  // asked for each profile
     for_details,  // not asked for --profile health

@@ -113,6 +113,15 @@ Search find_tool(std::string_view tool, const ToolPlaces& places) {
     return search;
 }
 
+std::vector<std::string> tool_names() {
+    std::vector<std::string> all;
+    for (const auto& row : kTools) {
+        std::istringstream names{std::string(row.names)};
+        for (std::string name; names >> name;) all.push_back(name);
+    }
+    return all;
+}
+
 std::string not_installed(std::string_view tool) {
     const auto* row = row_of(tool);
     const auto from = !row || row->package.empty()

@@ -29,6 +29,9 @@ struct Search {
 
 Search find_tool(std::string_view tool, const ToolPlaces& places);
 
+// The tools that questions are asked of, by all names they go under.
+std::vector<std::string> tool_names();
+
 // "smartctl is not installed (Debian package smartmontools)"
 std::string not_installed(std::string_view tool);
 

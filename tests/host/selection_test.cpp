@@ -48,6 +48,38 @@ std::string selected(const Texts& modules, const Texts& tables) {
     return boost::join(parts, " | ");
 }
 
+TEST(Selection, ALimitIsForAToolThatIsNamedOrForNoneThatIsNear) {
+    DeclaredTables declared;
+    declared.tables.resize(1);
+    declared.tables[0].tool = "ipmiutil";
+    declared.tools = {{"cliraid", {}}};
+    const struct {
+        const char* limit;
+        std::string says;
+    } cases[] = {
+        {"ipmitool=900", ""},
+        {"storcli_x64=5", ""},
+        {"perccli64=5", ""},
+        {"ipmiutil=5", ""},
+        {"cliraid_x32=5", ""},
+        {"packs-logs=5", ""},
+        {"ipmitol=900",
+         "--limit ipmitol=900: there is no tool \"ipmitol\"; did you mean ipmitool?"},
+        {"clirad=5", "--limit clirad=5: there is no tool \"clirad\"; did you mean cliraid?"},
+    };
+    for (const auto& [limit, says] : cases) {
+        CollectOptions options;
+        options.tool_limits = {limit};
+        std::string said;
+        try {
+            expect_known_tools(options, declared);
+        } catch (const Misuse& wrong) {
+            said = wrong.what();
+        }
+        EXPECT_EQ(said, says);
+    }
+}
+
 TEST(Selection, TakesNamesAndTitlesInAnyCase) {
     const std::string all = "BMC_Info: FRUINFO SENSORINFO bmc information | sample: PDLIST PDLIST1";
     const struct {

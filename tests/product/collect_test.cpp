@@ -138,6 +138,30 @@ TEST_F(Collect, WrongNamesAreRefusedAndTheRunBeforeStaysWhereItIs) {
     }
 }
 
+TEST_F(Collect, ThePlanNamesEachQuestionThatWouldBeAsked) {
+    const std::string verdict = "\nstorcli /c{n} show all ";
+    const std::string detail = "\nstorcli /c{n} show events ";
+    const struct {
+        std::vector<std::string> options;
+        bool has_verdict;
+        bool has_detail;
+    } cases[] = {
+        {{}, true, true},
+        {{"--profile", "health"}, true, false},
+        {{"--plug-in-only"}, false, false},
+        {{"--module", "zeta"}, false, false},
+    };
+    for (const auto& [options, has_verdict, has_detail] : cases) {
+        std::vector<std::string> arguments{"collect", "--dry-run", "--log-dir",
+                                           log_dir(), "--plugin",  plugin("calm")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const auto plan = run(arguments);
+        ASSERT_EQ(plan.exit, 0) << plan.err;
+        EXPECT_EQ(plan.out.find(verdict) != std::string::npos, has_verdict) << plan.out;
+        EXPECT_EQ(plan.out.find(detail) != std::string::npos, has_detail) << plan.out;
+    }
+}
+
 TEST_F(Collect, NamesAreTakenAsAnyOutputShowsThem) {
     for (const auto& options : std::vector<std::vector<std::string>>{
              {"--module", "Module ALPHA"}, {"--table", "another", "--table", "Empty"}}) {

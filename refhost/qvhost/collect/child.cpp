@@ -207,11 +207,6 @@ std::set<std::string> names_in(const std::filesystem::path& directory) {
     return names;
 }
 
-// Who asks for single modules or tables wants these.
-bool asks_own_questions(const CollectOptions& options) {
-    return !options.plug_in_only && options.modules.empty() && options.tables.empty();
-}
-
 void ask_own_questions(const CollectOptions& options, const LogDir& dir,
                        std::set<std::string> foreign, JournalWriter& journal) {
     const char* search_path = std::getenv("PATH");

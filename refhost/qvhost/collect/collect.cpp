@@ -152,6 +152,7 @@ int collect(CollectOptions options, const Stage& stage) {
         expect_trusted(why_not_trusted_itself(options.plugin));
         declared = tables_declared_by(options.plugin);
         if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
+        expect_known_tools(options, declared);
         settle_names(options, offer_of(options.plugin, limits_for(options).module_seconds),
                      declared.tables);
     }

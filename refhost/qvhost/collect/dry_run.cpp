@@ -5,6 +5,7 @@
 #include <boost/algorithm/string/join.hpp>
 #include <iostream>
 
+#include "ask/questions.h"
 #include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
@@ -30,16 +31,34 @@ void print_pairs(const std::vector<std::string>& headers,
     std::cout << '\n';
 }
 
+// The commands, and what calls for each.
+std::vector<std::pair<std::string, std::string>> questions_of(const CollectOptions& options) {
+    std::vector<std::pair<std::string, std::string>> rows;
+    if (!asks_own_questions(options)) return rows;
+    for (const auto& question : ask::questions()) {
+        if (options.profile == kHealthProfile && question.needed != ask::Needed::by_verdicts)
+            continue;
+        rows.emplace_back(std::string(question.tool) + (question.arguments.empty() ? "" : " ") +
+                              std::string(question.arguments),
+                          ask::words(question.when));
+    }
+    return rows;
+}
+
 }  // namespace
 
 void print_plan(CollectOptions options, const Stage& stage) {
     const auto limits = limits_for(options);
     const auto file = options.plugin.empty() ? installed_plugin() : options.plugin;
     const auto offer = offer_of(file, limits.module_seconds);
-    settle_names(options, offer, tables_declared_by(file).tables);
+    const auto declared = tables_declared_by(file);
+    expect_known_tools(options, declared);
+    settle_names(options, offer, declared.tables);
     std::vector<std::vector<std::string>> rows;
-    for (const auto& [place, tables] : select_modules(offer, options))
-        rows.push_back({offer[place].display, boost::join(tables, " ")});
+    if (options.profile != kHealthProfile) {
+        for (const auto& [place, tables] : select_modules(offer, options))
+            rows.push_back({offer[place].display, boost::join(tables, " ")});
+    }
     const auto at_most = [](unsigned seconds) {
         return "at most " + std::to_string(seconds) + " s";
     };
@@ -57,8 +76,11 @@ void print_plan(CollectOptions options, const Stage& stage) {
     const auto style = terminal_style(STDOUT_FILENO);
     print_table(std::cout, {"What", "Plan"}, facts, style);
     std::cout << '\n';
-    print_table(std::cout, {"Module", "Tables"}, rows, style);
-    std::cout << '\n';
+    if (!rows.empty()) {
+        print_table(std::cout, {"Module", "Tables"}, rows, style);
+        std::cout << '\n';
+    }
+    print_pairs({"Question of the program's own", "Asked where"}, questions_of(options), style);
     print_pairs({"Stand-in for", "What it does"}, stage.stand_ins, style);
     print_pairs({"Looked for", "Answers"}, stage.vendor_files, style);
     std::cout << "Nothing was run and nothing was written.\n";

@@ -5,6 +5,7 @@
 #include <boost/algorithm/string/trim.hpp>
 #include <utility>
 
+#include "ask/tools.h"
 #include "qvhost/base/misuse.h"
 #include "qvhost/base/nearest.h"
 #include "text/case.h"
@@ -97,6 +98,25 @@ void settle_names(CollectOptions& options, const Offer& offer,
     if (!options.tables.empty() && select_modules(offer, options).empty())
         throw Misuse("no table " + boost::join(options.tables, ", ") + " is in the module " +
                      boost::join(options.modules, ", "));
+}
+
+bool asks_own_questions(const CollectOptions& options) {
+    return !options.plug_in_only && options.modules.empty() && options.tables.empty();
+}
+
+void expect_known_tools(const CollectOptions& options, const DeclaredTables& declared) {
+    auto names = ask::tool_names();
+    for (const auto& table : declared.tables) names.push_back(table.tool);
+    for (const auto& tool : declared.tools) names.push_back(tool.name);
+    for (const auto& limit : options.tool_limits) {
+        const auto tool = limit.substr(0, limit.find('='));
+        const bool is_known = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return tool == name || tool.starts_with(name + "_") || tool == name + "64";
+        });
+        if (is_known) continue;
+        if (const auto meant = did_you_mean(tool, names); !meant.empty())
+            throw Misuse("--limit " + limit + ": there is no tool \"" + tool + "\"" + meant);
+    }
 }
 
 std::vector<SelectedModule> select_modules(const Offer& offer, const CollectOptions& options) {

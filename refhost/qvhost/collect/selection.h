@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "qvhost/base/declared_tables.h"
 #include "qvhost/base/options.h"
 #include "qvhost/collect/offer.h"
 #include "store/declared_table.h"
@@ -17,6 +18,13 @@ namespace qvhost {
 // one of the tables.
 void settle_names(CollectOptions& options, const Offer& offer,
                   const std::vector<DeclaredTable>& declared);
+
+// Who asks for single modules or tables wants these.
+bool asks_own_questions(const CollectOptions& options);
+
+// Throws Misuse if a limit of its own was given to a tool that nothing names, and that is nearly the name of one.
+// A plug-in may run tools that it does not declare, so that any other name is taken.
+void expect_known_tools(const CollectOptions& options, const DeclaredTables& declared);
 
 struct SelectedModule {
     std::size_t place;  // in the offer
