@@ -7,6 +7,7 @@
 #include "files/descriptor.h"
 #include "files/temporary_directory.h"
 #include "qvhost/base/leftovers.h"
+#include "qvhost/base/machine_lock.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/present/check.h"
@@ -33,6 +34,9 @@ int check_here(const CheckOptions& options, CollectOptions collecting) {
         return check_report(checking);
     } catch (const std::ios_base::failure&) {
         throw;
+    } catch (const MachineBusy& error) {
+        tell_unknown(error.what());
+        return kMachineBusy;
     } catch (const std::exception& error) {
         return tell_unknown(error.what());
     }

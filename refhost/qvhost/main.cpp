@@ -16,6 +16,7 @@
 
 #include "compat/layer.h"
 #include "files/failure.h"
+#include "qvhost/base/machine_lock.h"
 #include "qvhost/base/misuse.h"
 #include "qvhost/check_here.h"
 #include "qvhost/cli/command_line.h"
@@ -94,8 +95,9 @@ bool answers_hidden(const CLI::App& app, const std::vector<std::string>& argumen
     const std::string name = arguments.empty() ? "" : arguments[0];
     if (name == "manual") {
         qvhost::write_manual(std::cout, app);
-    } else if (name == "complete") {
-        qvhost::write_completions(std::cout, app, {arguments.begin() + 1, arguments.end()});
+    } else if (name == "complete" || name == "complete-explained") {
+        qvhost::write_completions(std::cout, app, {arguments.begin() + 1, arguments.end()},
+                                  name != "complete");
     } else {
         return false;
     }
@@ -163,6 +165,9 @@ int main(int argc, char** argv) {
     } catch (const qvhost::Misuse& error) {
         std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
         return kUsage;
+    } catch (const qvhost::MachineBusy& error) {
+        std::cerr << "qvhost: " << qvhost::one_line(error.what()) << '\n';
+        return qvhost::kMachineBusy;
     } catch (const std::exception& error) {
         std::cout.exceptions(std::ios::goodbit);
         std::cerr << "qvhost: " << qvhost::one_line(qvhost::words_of(error)) << '\n';

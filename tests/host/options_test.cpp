@@ -36,6 +36,7 @@ const std::map<std::string, std::string> kValues = {
     {"pmc|fru0|bios", "fru0,bios"},
     {"FILE", "a\nplug-in --table=x"},
     {"full|health", "health"},
+    {"SIZE", "20G"},
 };
 
 // The option as words of a command line.
@@ -85,6 +86,7 @@ TEST(Options, AllArriveTogether) {
     EXPECT_EQ(options.rules, "/r");
     EXPECT_EQ(limits_for(options), (Limits{7, 6, 6, 5, 4}));
     EXPECT_EQ(options_from(settings_of({})), CollectOptions{});
+    EXPECT_EQ(parsed({"--keep-size", "20G"}).keep_bytes, std::uint64_t{20} << 30);
 }
 
 TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {

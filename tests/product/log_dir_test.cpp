@@ -1,4 +1,6 @@
 // Log directories: odd names, earlier collections, two runs at once.
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -6,6 +8,7 @@
 #include <csignal>
 #include <set>
 
+#include "files/descriptor.h"
 #include "program.h"
 #include "report.h"
 
@@ -185,6 +188,56 @@ TEST_F(LogDirectory, OnlySoManyEarlierRunsAreKept) {
     EXPECT_TRUE(fs::exists(log_dir() / "runs" / "mine"));
     ASSERT_EQ(run(collect("calm", {"--keep", "0"})).exit, 0);
     EXPECT_EQ(runs_in(log_dir()), std::vector<fs::path>{log_dir() / "runs" / "mine"});
+}
+
+TEST_F(LogDirectory, EarlierRunsTakeOnlySoMuchRoom) {
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(run(collect("calm")).exit, 0);
+    const auto runs = runs_in(log_dir());
+    ASSERT_EQ(runs.size(), 2u);
+    write_file(runs[0] / "capture", std::string(8 << 20, 'x'));
+    ASSERT_EQ(run(collect("calm", {"--keep-size", "9G"})).exit, 0);
+    ASSERT_EQ(runs_in(log_dir()).size(), 3u);
+    ASSERT_EQ(run(collect("calm", {"--keep-size", "8M"})).exit, 0);
+    const auto kept = runs_in(log_dir());
+    EXPECT_EQ(kept.size(), 3u);
+    EXPECT_FALSE(fs::exists(runs[0])) << "the oldest goes";
+    EXPECT_TRUE(fs::exists(runs[1]));
+    ASSERT_EQ(run(collect("calm", {"--keep", "2", "--keep-size", "8M"})).exit, 0);
+    EXPECT_EQ(runs_in(log_dir()).size(), 2u);
+    ASSERT_EQ(run(collect("calm", {"--keep-size", "1"})).exit, 0);
+    EXPECT_EQ(runs_in(log_dir()), std::vector<fs::path>{});
+    EXPECT_EQ(run(collect("calm", {"--keep-size", "much"})).exit, 2);
+}
+
+// Services and people share a machine: whoever comes second is told who is there.
+TEST_F(LogDirectory, OneRunAtATimeOnTheMachine) {
+    const auto lock = dir() / "lock";
+    const auto locked = [&](std::vector<std::string> arguments) {
+        return run(Invocation{.arguments = std::move(arguments),
+                              .environment = {{"QVHOST_LOCK", lock.string()}}});
+    };
+    {
+        const qvhost::Descriptor held(::open(lock.c_str(), O_CREAT | O_RDWR, 0600));
+        ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
+        write_file(lock, "process 4711 since 2026-01-01T00:00:00Z, collecting into /elsewhere");
+        const auto second = locked(collect("calm", {"--machine-lock"}));
+        EXPECT_EQ(second.exit, 75);
+        EXPECT_EQ(second.err,
+                  "qvhost: another run asks this machine: process 4711 since 2026-01-01T00:00:00Z, "
+                  "collecting into /elsewhere\n");
+        EXPECT_FALSE(fs::exists(log_dir())) << "nothing was begun";
+        const auto check = locked({"check", "--machine-lock", "--log-dir", dir() / "check"});
+        EXPECT_EQ(check.exit, 75);
+        EXPECT_TRUE(check.out.starts_with("UNKNOWN: another run asks this machine: process "))
+            << check.out;
+        EXPECT_EQ(locked(collect("calm")).exit, 0) << "without the option nobody is asked";
+    }
+    EXPECT_EQ(locked(collect("calm", {"--machine-lock"})).exit, 0);
+    EXPECT_TRUE(read_file(lock).ends_with(", collecting into " + log_dir().string()));
+    fs::remove(lock);
+    fs::create_symlink(dir() / "victim", lock);
+    EXPECT_EQ(locked(collect("calm", {"--machine-lock"})).exit, 1) << "a link is not followed";
+    EXPECT_FALSE(fs::exists(dir() / "victim"));
 }
 
 TEST_F(LogDirectory, ItsRunsAreListed) {

@@ -55,6 +55,7 @@ std::vector<CollectOption> all_rows() {
     return {
         {"log-dir",         &Options::log_dir,         required, "DIR",             kNoRange,   "Where captures, log and report go"},
         {"keep",            &Options::keep,            optional, "N",               kKept,      "How many earlier collections of the log directory stay, the newest ones, below DIR/runs; without it all"},
+        {"keep-size",       &Options::keep_bytes,      optional, "SIZE",            kNoRange,   "How much room these may take together, such as 500M or 20G: the oldest go first"},
         {"log-level",       &Options::log_level,       optional, "N",               kLogLevels, "How much is logged, " + range_text(kLogLevels) + ": 2 silences the modules, 4 tells details"},
         {"module",          &Options::modules,         optional, "NAME",            kNoRange,   "Only this module, by its name or title, in any case (more than one: repeat). The program's own questions are left out, so that much of the health is unknown"},
         {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table, by its id or title, in any case (more than one: repeat). A module collects all its tables at once: it takes as long as --module with the table's module, and what the other tables got stays in the report"},
@@ -70,6 +71,7 @@ std::vector<CollectOption> all_rows() {
         {"plug-in-only",    &Options::plug_in_only,    optional, "",                kNoRange,   "No questions of the program's own: the plug-in's commands alone"},
         {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
         {"no-compat",       &Options::no_compat,       optional, "",                kNoRange,   "The bare system: no stand-ins for tools that have other names or answers here (a replay has none)"},
+        {"machine-lock",    &Options::machine_lock,    optional, "",                kNoRange,   "One run at a time on this machine: while another one that was given this option runs, say which and end with status 75"},
         {"quiet",           &Options::quiet,           optional, "",                kNoRange,   "No progress"},
         {"search-path",     &Options::search_path,     internal, "",                kNoRange,   ""},
         {"replayed",        &Options::replayed,        internal, "",                kNoRange,   ""},
@@ -80,10 +82,11 @@ std::vector<CollectOption> all_rows() {
 
 // Does not compile when CollectOptions has got a member: give it a row above, and a name here.
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
-    [[maybe_unused]] const auto& [log_dir, keep, log_level, modules, tables, tool_seconds,
-                                  tool_limits, silence_seconds, module_seconds, run_seconds, also,
-                                  rules, plugin, profile, plug_in_only, dry_run, quiet, no_compat,
-                                  search_path, replayed, recorded] = options;
+    [[maybe_unused]] const auto& [log_dir, keep, keep_bytes, log_level, modules, tables,
+                                  tool_seconds, tool_limits, silence_seconds, module_seconds,
+                                  run_seconds, also, rules, plugin, profile, plug_in_only, dry_run,
+                                  machine_lock, quiet, no_compat, search_path, replayed, recorded] =
+        options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.
@@ -94,12 +97,16 @@ std::vector<std::string> texts_of(unsigned value) { return {std::to_string(value
 std::vector<std::string> texts_of(const std::optional<unsigned>& value) {
     return value ? texts_of(*value) : std::vector<std::string>{};
 }
+std::vector<std::string> texts_of(const std::optional<std::uint64_t>& value) {
+    return value ? std::vector<std::string>{std::to_string(*value)} : std::vector<std::string>{};
+}
 std::vector<std::string> texts_of(const std::string& value) { return {value}; }
 std::vector<std::string> texts_of(const std::filesystem::path& value) { return {value.string()}; }
 std::vector<std::string> texts_of(const std::vector<std::string>& value) { return value; }
 
-unsigned number_in(std::string_view text) {
-    unsigned number = 0;
+template <class Number = unsigned>
+Number number_in(std::string_view text) {
+    Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size())
         throw std::runtime_error("\"" + std::string(text) + "\" is not a number");
@@ -109,6 +116,9 @@ unsigned number_in(std::string_view text) {
 void set(bool& value, std::string_view) { value = true; }
 void set(unsigned& value, std::string_view text) { value = number_in(text); }
 void set(std::optional<unsigned>& value, std::string_view text) { value = number_in(text); }
+void set(std::optional<std::uint64_t>& value, std::string_view text) {
+    value = number_in<std::uint64_t>(text);
+}
 void set(std::string& value, std::string_view text) { value = text; }
 void set(std::filesystem::path& value, std::string_view text) { value = text; }
 void set(std::vector<std::string>& value, std::string_view text) { value.emplace_back(text); }

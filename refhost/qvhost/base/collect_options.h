@@ -2,6 +2,7 @@
 // completion and the settings of the collecting child are made of these rows.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -15,10 +16,11 @@ namespace qvhost {
 
 struct CollectOption {
     // The member of CollectOptions that gets the value. Its type says what can be given: a flag (bool),
-    // a number, a text, or a list, for which the option is repeated.
+    // a number, a size in bytes, a text, or a list, for which the option is repeated.
     using Place =
         std::variant<bool CollectOptions::*, unsigned CollectOptions::*,
-                     std::optional<unsigned> CollectOptions::*, std::string CollectOptions::*,
+                     std::optional<unsigned> CollectOptions::*,
+                     std::optional<std::uint64_t> CollectOptions::*, std::string CollectOptions::*,
                      std::filesystem::path CollectOptions::*,
                      std::vector<std::string> CollectOptions::*>;
     enum class Use {

@@ -1,6 +1,7 @@
 // What the user asked for, command by command.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@ inline constexpr const char* kHealthProfile = "health";
 struct CollectOptions {
     std::filesystem::path log_dir;
     std::optional<unsigned> keep;  // how many earlier runs of the log directory stay; not set: all
+    std::optional<std::uint64_t> keep_bytes;  // how much room these may take; not set: any
     unsigned log_level = kUsualLogLevel;
     std::vector<std::string> modules;  // none: all
     std::vector<std::string> tables;   // none: all
@@ -34,6 +36,7 @@ struct CollectOptions {
     std::string profile = kFullProfile;
     bool plug_in_only = false;  // no questions of the host's own
     bool dry_run = false;       // tell what would be done, and do nothing
+    bool machine_lock = false;  // one run at a time on this machine
     bool quiet = false;
     bool no_compat = false;   // the bare system, without the compatibility layer
     std::string search_path;  // PATH of the tools; empty: the user's own and the system's

@@ -34,7 +34,7 @@ const std::vector<CommandText> kTexts = {
       {"qvhost show /var/tmp/collection SENSORINFO",     "Read a table of it."}}},
 
     {"collect", "Collect from this machine",
-     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. What an earlier collection has left there moves as a whole to DIR/runs/TIME, where it is a report to every command; other files stay. With --keep only so many of these stay."},
+     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. What an earlier collection has left there moves as a whole to DIR/runs/TIME, where it is a report to every command; other files stay. With --keep and --keep-size only so many of these stay, and no more than fit."},
      {{"qvhost collect --log-dir /var/tmp/collection",                      "Everything."},
       {"qvhost collect --log-dir bmc --module BMC_Info --quiet",            "One module, without progress. \"qvhost tables\" lists them."},
       {"qvhost collect --log-dir adaptec --also pmc --tool-timeout 60",     "With the Adaptec controller; no tool may take more than a minute."}}},
@@ -159,6 +159,11 @@ CLI::Option& add_option(CLI::App& command, const CollectOption& row, unsigned& n
 CLI::Option& add_option(CLI::App& command, const CollectOption& row,
                         std::optional<unsigned>& number) {
     return add_number(command, row, number);
+}
+CLI::Option& add_option(CLI::App& command, const CollectOption& row,
+                        std::optional<std::uint64_t>& bytes) {
+    return *command.add_option("--" + std::string(row.name), bytes, row.meaning)
+                ->transform(bytes_of_size());
 }
 
 template <class Text>
@@ -308,6 +313,7 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
         std::string usual;
     } quick[] = {
         {"log-dir",      "Where captures and report of this machine go",                ""},
+        {"machine-lock", "",                                                            ""},
         {"tool-timeout", "Stop a tool after so many seconds",
          std::to_string(kHealthLimits.tool_seconds)                                       },
         {"run-timeout",  "Stop what runs when all tools together took so many seconds",
@@ -317,7 +323,8 @@ void add_check(CLI::App& app, CheckOptions& options, CollectOptions& collecting)
         for (const auto& [name, meaning, usual] : quick) {
             if (name != row.name) continue;
             auto& option = add_row(check, row, collecting);
-            option.required(false)->excludes(&report)->description(meaning);
+            option.required(false)->excludes(&report);
+            if (*meaning) option.description(meaning);
             option.default_str(usual);
         }
     }

@@ -66,7 +66,9 @@ std::string usage_of(const CLI::App& command);
 void write_manual(std::ostream& out, const CLI::App& app);
 
 // Writes how the last word of a command line could be completed: "words" or "paths" in the first line,
-// then one candidate a line. `words` are as they were typed, without the program's name.
-void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words);
+// then one candidate a line; `with_meanings` what it means, where the help says so, behind a tabulator. `words`
+// are as they were typed, without the program's name.
+void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words,
+                       bool with_meanings);
 
 }  // namespace qvhost

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <ostream>
 #include <string_view>
 
@@ -25,7 +26,16 @@ using Words = std::vector<std::string>;
 struct Candidates {
     Words words;
     bool are_paths = false;
+    std::map<std::string, std::string> meanings = {};  // of words that the help explains
 };
+
+// The first clause of a description, for a shell's list.
+std::string in_short(std::string_view description) {
+    auto end = description.size();
+    for (const std::string_view mark : {". ", "; ", ": ", " ("})
+        end = std::min(end, description.find(mark));
+    return std::string(description.substr(0, end));
+}
 
 // The typed word without the shell's quotes. Variables and patterns in it stay as they are.
 std::string unquoted(std::string_view typed) {
@@ -149,18 +159,25 @@ const CLI::Option* find_option(const CLI::App& command, const std::string& word)
 
 bool takes_value(const CLI::Option* option) { return option && !option->get_type_name().empty(); }
 
-Words option_names(const CLI::App& command) {
-    Words names;
-    for (const auto* option : options_of(command)) {
-        for (const auto& name : option->get_lnames()) names.push_back("--" + name);
-    }
-    return names;
+void add(Candidates& found, const std::string& word, const std::string& description) {
+    found.words.push_back(word);
+    found.meanings[word] = in_short(description);
 }
 
-Words command_names(const CLI::App& app) {
-    Words names;
-    for (const auto* command : commands_of(app)) names.push_back(command->get_name());
-    return names;
+Candidates option_names(const CLI::App& command) {
+    Candidates found;
+    for (const auto* option : options_of(command)) {
+        for (const auto& name : option->get_lnames())
+            add(found, "--" + name, option->get_description());
+    }
+    return found;
+}
+
+Candidates command_names(const CLI::App& app) {
+    Candidates found;
+    for (const auto* command : commands_of(app))
+        add(found, command->get_name(), command->get_description());
+    return found;
 }
 
 // `before`: the words between the command and the one that is typed.
@@ -184,11 +201,11 @@ Candidates of_command(const CLI::App& command, const Words& before, const std::s
     const bool has_report = !arguments.empty() && arguments[0]->get_name(true) == "REPORT";
     const auto report = has_report && !given.empty() ? given[0] : "";
     if (waiting) return values(waiting->get_type_name(), word, report);
-    if (!only_arguments && word.starts_with("-")) return {option_names(command)};
-    if (arguments.empty()) return {option_names(command)};
+    if (!only_arguments && word.starts_with("-")) return option_names(command);
+    if (arguments.empty()) return option_names(command);
     const auto place = std::min(given.size(), arguments.size() - 1);
     // The last argument can be given more than once only if it need not be given.
-    if (given.size() > place && arguments[place]->get_required()) return {option_names(command)};
+    if (given.size() > place && arguments[place]->get_required()) return option_names(command);
     return values(arguments[place]->get_name(true), word, report);
 }
 
@@ -218,7 +235,7 @@ Candidates candidates(const CLI::App& app, Words& words) {
         const Words before(words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
         return of_command(**found, before, word);
     }
-    return {word.starts_with("-") ? option_names(app) : command_names(app)};
+    return word.starts_with("-") ? option_names(app) : command_names(app);
 }
 
 // The shell quotes paths but not words, and a word may come from an untrusted report: it must not
@@ -233,16 +250,20 @@ bool can_be_offered(const std::string& word, bool is_path) {
 
 }  // namespace
 
-void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words) {
+void write_completions(std::ostream& out, const CLI::App& app, std::vector<std::string> words,
+                       bool with_meanings) {
     if (words.empty()) words.emplace_back();
     for (auto& word : words) word = unquoted(word);
     words = without_equal_signs(words);
     const auto word = words.back();
-    auto [found, are_paths] = candidates(app, words);
-    std::sort(found.begin(), found.end());
-    out << (are_paths ? "paths" : "words") << '\n';
-    for (const auto& one : found) {
-        if (one.starts_with(word) && can_be_offered(one, are_paths)) out << one << '\n';
+    auto found = candidates(app, words);
+    std::sort(found.words.begin(), found.words.end());
+    out << (found.are_paths ? "paths" : "words") << '\n';
+    for (const auto& one : found.words) {
+        if (!one.starts_with(word) || !can_be_offered(one, found.are_paths)) continue;
+        out << one;
+        if (with_meanings && found.meanings.contains(one)) out << '\t' << found.meanings[one];
+        out << '\n';
     }
 }
 

@@ -90,11 +90,13 @@ constexpr Entry kExitStatus[] = {
     {"1", "It could not be done. A message on standard error says why."},
     {"2", "The command line was wrong."},
     {"3", "The collection is incomplete, but there is a report of it."},
+    {"75", "Another run asks this machine; see --machine-lock of collect and check."},
     {"0, 1, 2, 3", "Of check and doctor: ok, warning, critical, unknown; a wrong command line and a report that cannot be read are unknown."},
 };
 
 constexpr Entry kEnvironment[] = {
     {"QVHOST_CONF", "The file with settings, instead of /etc/qvhost.conf."},
+    {"QVHOST_LOCK", "The file of --machine-lock, instead of /run/qvhost.lock."},
     {"PAGER",    "The command through which show prints on a terminal; less if it is not set. Empty or cat: none."},
     {"LESS",     "Options of less; FRX if it is not set."},
     {"COLUMNS",  "The width of tables, instead of the terminal's."},

@@ -17,6 +17,7 @@
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/base/machine_lock.h"
 #include "qvhost/base/site_rules.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
@@ -156,6 +157,9 @@ int collect(CollectOptions options, const Stage& stage) {
         settle_names(options, offer_of(options.plugin, limits_for(options).module_seconds),
                      declared.tables);
     }
+    std::optional<MachineLock> machine;
+    if (options.machine_lock && !options.replayed)  // a replay asks no machine
+        machine.emplace(machine_lock_file(), "collecting into " + options.log_dir.string());
     options.log_dir = make_log_dir(options.log_dir);
     const LogDir dir(options.log_dir);
     warn_if_others_can_read(dir.path());
@@ -204,7 +208,10 @@ int collect(CollectOptions options, const Stage& stage) {
     sync_log_dir(dir);  // the journal is there until the disk has what was made of it
     fs::remove(dir.journal());
     fs::remove(dir.commands());
-    if (options.keep) remove_earlier_runs(dir, *options.keep);
+    RunsKept kept;
+    if (options.keep) kept.runs = *options.keep;
+    if (options.keep_bytes) kept.bytes = *options.keep_bytes;
+    remove_earlier_runs(dir, kept);
 
     const Store store(dir.store(), Store::Mode::read);
     if (stage.summary) print_summary(std::cout, store, dir, terminal_style(STDOUT_FILENO));

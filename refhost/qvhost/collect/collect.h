@@ -8,7 +8,7 @@ namespace qvhost {
 
 // Runs a collection and makes its report. Returns the exit status: 0 if it is complete, 3 if it is
 // incomplete, 1 if not even its first module could be asked.
-// Throws Misuse for names that the plug-in does not have, and std::exception if it could not begin; the run
+// Throws MachineBusy if another run holds the machine's lock, Misuse for names that the plug-in does not have, and std::exception if it could not begin; the run
 // before then lies where it lay.
 int collect(CollectOptions options, const Stage& stage);
 

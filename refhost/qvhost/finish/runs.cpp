@@ -1,5 +1,7 @@
 #include "qvhost/finish/runs.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/split.hpp>
@@ -155,6 +157,21 @@ std::optional<std::pair<std::string, unsigned>> age_of(const std::string& name) 
     return std::pair(has_time ? stamp : std::string(), number);
 }
 
+// What its files take on the disk, which is less than their sizes where they have holes. Links are not
+// followed.
+std::uint64_t room_of(const fs::path& directory) {
+    constexpr std::uint64_t kBlock = 512;  // bytes, of st_blocks
+    std::uint64_t bytes = 0;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        struct stat info {};
+        if (::lstat(entry->path().c_str(), &info) == 0)
+            bytes += static_cast<std::uint64_t>(info.st_blocks) * kBlock;
+    }
+    return bytes;
+}
+
 }  // namespace
 
 Room make_room_for_run(const LogDir& dir, bool is_quick) {
@@ -230,9 +247,15 @@ std::vector<fs::path> earlier_runs(const fs::path& log_dir) {
     return runs;
 }
 
-void remove_earlier_runs(const LogDir& dir, std::size_t keep) {
+void remove_earlier_runs(const LogDir& dir, const RunsKept& kept) {
     const auto runs = earlier_runs(dir.path());
-    for (auto i = keep; i < runs.size(); ++i) fs::remove_all(runs[i]);
+    std::size_t stays = 0;
+    std::uint64_t bytes = 0;
+    for (; stays < std::min(runs.size(), kept.runs); ++stays) {
+        bytes += room_of(runs[stays]);
+        if (bytes > kept.bytes) break;
+    }
+    for (auto i = stays; i < runs.size(); ++i) fs::remove_all(runs[i]);
 }
 
 }  // namespace qvhost

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -40,7 +42,14 @@ std::vector<std::string> files_of_latest_run(const LogDir& dir);
 // The directories of the earlier runs, the newest first.
 std::vector<std::filesystem::path> earlier_runs(const std::filesystem::path& log_dir);
 
-// Removes all earlier runs but the newest. The lock must be held. Throws std::system_error.
-void remove_earlier_runs(const LogDir& dir, std::size_t keep);
+// How many of the earlier runs stay, and how much room they may take together.
+struct RunsKept {
+    std::size_t runs = std::numeric_limits<std::size_t>::max();
+    std::uint64_t bytes = std::numeric_limits<std::uint64_t>::max();
+};
+
+// Removes earlier runs, the oldest first, until those that are left may stay. The lock must be held. Throws
+// std::system_error.
+void remove_earlier_runs(const LogDir& dir, const RunsKept& kept);
 
 }  // namespace qvhost
