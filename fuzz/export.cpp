@@ -13,7 +13,7 @@
 #include "odd_rows.h"
 #include "outcome.h"
 #include "page_data.h"
-#include "qvhost/present/export_csv.h"
+#include "rows/csv_writer.h"
 #include "scratch.h"
 #include "sound_store.h"
 #include "store/store.h"

@@ -19,8 +19,8 @@
 #include "qvhost/present/check.h"
 #include "qvhost/present/diff.h"
 #include "qvhost/present/export.h"
-#include "qvhost/present/row_printer.h"
 #include "qvhost/present/show.h"
+#include "rows/row_printer.h"
 
 namespace qvhost {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "qvhost/present/open_report.h"
-#include "qvhost/present/row_printer.h"
 #include "qvhost/present/sql_words.h"
+#include "rows/row_printer.h"
 #include "show/terminal.h"
 #include "store/sqlite_words.h"
 

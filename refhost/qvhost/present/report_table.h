@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "qvhost/present/row_printer.h"
+#include "rows/row_printer.h"
 #include "store/store.h"
 
 namespace qvhost {

@@ -1,4 +1,4 @@
-#include "qvhost/present/export_csv.h"
+#include "rows/csv_writer.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,11 +1,11 @@
-#include "qvhost/present/row_printer.h"
+#include "rows/row_printer.h"
 
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <set>
 
-#include "qvhost/present/export_csv.h"
 #include "report/json_text.h"
+#include "rows/csv_writer.h"
 #include "show/text_table.h"
 
 namespace qvhost {
