@@ -85,6 +85,7 @@ private:
         } catch (const std::runtime_error& error) {
             refuse(error.what());
         }
+        bundle_.manifest_sha256 = digest.substr(0, digest.find(' '));
         is_read_ = true;
         for (const auto& file : bundle_.manifest.files) {
             if (!listed_.emplace(file.name, &file).second)
@@ -125,6 +126,16 @@ void make_directories(const fs::path& directory, const fs::path& below) {
     }
 }
 
+// Writes a new file.
+TakeBytes writer_of(const fs::path& path) {
+    auto written = std::make_shared<Descriptor>(create_private(path));
+    return [written, path](std::string_view bytes) {
+        errno = 0;
+        if (!write_bytes(written->get(), bytes))
+            throw std::system_error(errno, std::generic_category(), path.string());
+    };
+}
+
 }  // namespace
 
 Bundle verify_bundle(const fs::path& file, const Limits& limits) {
@@ -134,13 +145,15 @@ Bundle verify_bundle(const fs::path& file, const Limits& limits) {
 Bundle unpack_bundle(const fs::path& file, const fs::path& directory, const Limits& limits) {
     return check(file, limits, [&](const std::string& name) {
         make_directories(directory, fs::path(name).parent_path());
-        const auto path = directory / name;
-        auto written = std::make_shared<Descriptor>(create_private(path));
-        return [written, path](std::string_view bytes) {
-            errno = 0;
-            if (!write_bytes(written->get(), bytes))
-                throw std::system_error(errno, std::generic_category(), path.string());
-        };
+        return writer_of(directory / name);
+    });
+}
+
+Bundle take_from_bundle(const fs::path& file, const std::string& name, const fs::path& to,
+                        const Limits& limits) {
+    return check(file, limits, [&](const std::string& one) -> TakeBytes {
+        if (one == name) return writer_of(to);
+        return [](std::string_view) {};
     });
 }
 

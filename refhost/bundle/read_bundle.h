@@ -12,6 +12,7 @@ namespace qvhost::bundle {
 struct Bundle {
     std::string directory;  // the one that its files are in
     Manifest manifest;
+    std::string manifest_sha256;  // in hexadecimal digits: tells a bundle from any other
 };
 
 // Reads all of it. Throws std::runtime_error naming the bundle unless it holds each file as its manifest says, once,
@@ -22,5 +23,9 @@ Bundle verify_bundle(const std::filesystem::path& file, const Limits& limits = {
 // written before something was found wrong stays there.
 Bundle unpack_bundle(const std::filesystem::path& file, const std::filesystem::path& directory,
                      const Limits& limits = {});
+
+// Verifies it, and writes its file `name` to the path `to`, where there is none yet; nothing if it has no such file.
+Bundle take_from_bundle(const std::filesystem::path& file, const std::string& name,
+                        const std::filesystem::path& to, const Limits& limits = {});
 
 }  // namespace qvhost::bundle

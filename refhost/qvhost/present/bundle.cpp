@@ -144,7 +144,7 @@ void make_bundle(const BundleOptions& options) {
 }
 
 void verify_file(const fs::path& file) {
-    const auto [directory, manifest] = bundle::verify_bundle(file);
+    const auto manifest = bundle::verify_bundle(file).manifest;
     std::cout << one_line(file.string()) << ": as its manifest says: " << size_of(manifest) << '\n';
     if (!manifest.host.empty()) std::cout << "host: " << one_line(manifest.host) << '\n';
     std::cout << "collected: "
