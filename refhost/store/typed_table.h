@@ -22,6 +22,12 @@ struct TypedColumn {
     ColumnType type;
 };
 
+// A table as whoever writes it declares it.
+struct DeclaredTypedTable {
+    const char* name;
+    std::vector<TypedColumn> columns;
+};
+
 // Their names. No table of records takes one of them.
 inline constexpr auto kTypedTables = std::to_array<std::string_view>({
     "systems",          "processors", "memory_modules",  "bmcs",           "sensors",

@@ -163,6 +163,17 @@ void each_event(const Store& store, const TakeEvent& take) {
     });
 }
 
+std::vector<DeclaredTypedTable> inventory_tables() {
+    std::vector<DeclaredTypedTable> tables;
+    inventory::each_kind([&](const auto& kind) {
+        tables.push_back({kind.name, columns_of(kind)});
+    });
+    tables.push_back({
+        "events", {kEventColumns.begin(), kEventColumns.end()}
+    });
+    return tables;
+}
+
 void write_inventory(Store& store, const inventory::Inventory& inventory) {
     inventory::each_kind([&](const auto& kind) {
         TypedTableWriter table(store, kind.name, columns_of(kind));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include "inventory/inventory.h"
 #include "store/store.h"
@@ -10,6 +11,9 @@
 namespace qvhost {
 
 void write_inventory(Store& store, const inventory::Inventory& inventory);
+
+// The tables that write_inventory() and EventWriter write.
+std::vector<DeclaredTypedTable> inventory_tables();
 
 // What write_inventory() wrote; lists of observations are empty. From a store of somebody else it is
 // what that says, field by field.

@@ -53,6 +53,19 @@ constexpr auto kHealthMissing = std::to_array<TypedColumn>({
     {"missing",   ColumnType::text},
 });
 
+// What write_verdict() writes, in its order.
+constexpr struct {
+    const char* name;
+    std::span<const TypedColumn> columns;
+} kTables[] = {
+    {"findings",         kFindings      },
+    {"finding_evidence", kEvidence      },
+    {"finding_entities", kEntities      },
+    {"health",           kHealth        },
+    {"health_captures",  kHealthCaptures},
+    {"health_missing",   kHealthMissing },
+};
+
 std::string text(const TypedValue& value) {
     const auto* told = std::get_if<std::string>(&value);
     return told ? *told : std::string();
@@ -77,6 +90,15 @@ std::optional<Enum> of_word(const Enum (&all)[Count], const TypedValue& value) {
 }
 
 }  // namespace
+
+std::vector<DeclaredTypedTable> verdict_tables() {
+    std::vector<DeclaredTypedTable> tables;
+    for (const auto& [name, columns] : kTables)
+        tables.push_back({
+            name, {columns.begin(), columns.end()}
+        });
+    return tables;
+}
 
 void write_verdict(Store& store, const Verdict& verdict) {
     TypedTableWriter findings(store, "findings", kFindings);

@@ -2,12 +2,18 @@
 // (what `ok` rests on) and `health_missing` (what `unknown` lacks).
 #pragma once
 
+#include <vector>
+
 #include "findings/finding.h"
 #include "store/store.h"
+#include "store/typed_table.h"
 
 namespace qvhost {
 
 void write_verdict(Store& store, const findings::Verdict& verdict);
+
+// The tables that write_verdict() writes.
+std::vector<DeclaredTypedTable> verdict_tables();
 
 // What write_verdict() wrote. Words of a store of somebody else that are none of ours are left out.
 findings::Verdict read_verdict(const Store& store);
