@@ -1,0 +1,83 @@
+#include "fleet/migrate.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace qvhost::fleet {
+
+namespace {
+
+// Whoever makes or migrates tables holds this key, which is no host's: those are not negative.
+constexpr std::int64_t kSchemaLock = -1;
+
+// What leads from a format to the next one: columns that came to tables. Views are dropped before and made anew
+// behind it.
+struct AddedColumn {
+    const char* table;
+    Column column;
+};
+struct Migration {
+    int from;
+    std::vector<AddedColumn> columns;
+};
+
+const std::vector<Migration> kMigrations = {
+    {1,
+     {{"findings", {"acknowledged_until", ColumnType::text}},
+      {"findings", {"acknowledged_by", ColumnType::text}},
+      {"findings", {"acknowledged_why", ColumnType::text}}}},
+};
+
+int format_of(Database& db) {
+    if (!db.has("fleet_format")) return 0;
+    std::int64_t format = 0;
+    db.each("SELECT max(format) FROM fleet_format", {}, [&](const Row& row) {
+        if (const auto* told = std::get_if<std::int64_t>(&row[0])) format = *told;
+    });
+    if (format < 1 || format > kFormat)
+        throw std::runtime_error("the database is of format " + std::to_string(format) +
+                                 ", and this program knows those up to " + std::to_string(kFormat));
+    return static_cast<int>(format);
+}
+
+void create(Database& db) {
+    for (const auto& statement : table_statements(db.dialect())) db.execute(statement);
+}
+
+void drop_views(Database& db) {
+    std::for_each(views().rbegin(), views().rend(),
+                  [&](const View& view) { db.execute("DROP VIEW IF EXISTS " + view.name); });
+}
+
+void migrate(Database& db, int format) {
+    drop_views(db);
+    for (const auto& migration : kMigrations) {
+        if (migration.from < format) continue;
+        for (const auto& added : migration.columns)
+            db.execute(std::string("ALTER TABLE ") + added.table + " ADD COLUMN " +
+                       declaration(added.column, db.dialect()));
+    }
+}
+
+}  // namespace
+
+void prepare_schema(Database& db, bool may_create) {
+    if (format_of(db) == kFormat) return;
+    Transaction transaction(db);
+    db.lock({kSchemaLock});
+    const int format = format_of(db);
+    if (format == kFormat) return;
+    if (format == 0 && !may_create)
+        throw std::runtime_error("the database holds no fleet: \"qvfleet import\" makes one");
+    if (format == 0) {
+        create(db);
+    } else {
+        migrate(db, format);
+    }
+    for (const auto& statement : view_statements()) db.execute(statement);
+    db.execute("DELETE FROM fleet_format");
+    db.execute("INSERT INTO fleet_format VALUES (" + std::to_string(kFormat) + ")");
+    transaction.commit();
+}
+
+}  // namespace qvhost::fleet
