@@ -163,6 +163,7 @@ Arrival::Arrival(const fs::path& bundle)
         throw std::runtime_error(bundle.string() + ": " + why);
     };
     if (std::error_code error; !fs::exists(file, error)) refuse("it holds no report");
+    bytes_ = fs::file_size(file);
     try {
         store_ = std::make_unique<Store>(file, Store::Mode::read);
         const auto started = time_of(store_->meta("started"));

@@ -33,6 +33,9 @@ public:
     const HostIdentity& identity() const { return identity_; }
     const std::string& name() const { return name_; }  // of the host, for people; may be empty
     std::int64_t run() const { return run_; }  // when it started, in milliseconds since 1970
+    std::uintmax_t bytes() const {
+        return bytes_;
+    }  // of its store, which lies in a temporary directory
     const std::string& manifest() const { return manifest_sha256_; }
 
     // The row of the table `runs`.
@@ -54,6 +57,7 @@ private:
     std::unique_ptr<Store> store_;
     std::vector<bundle::BundledFile> captures_;
     std::string manifest_sha256_;
+    std::uintmax_t bytes_ = 0;
     HostIdentity identity_;
     std::string name_;
     std::int64_t run_ = 0;

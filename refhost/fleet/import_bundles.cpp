@@ -27,8 +27,9 @@ using std::chrono::steady_clock;
 using Arrived = std::unique_ptr<Arrival>;
 
 constexpr std::size_t kMostWaiting = 64;  // read bundles, each of which has a file open
-constexpr std::size_t kMostInBatch = 64;  // in one transaction
-constexpr int kMostConflicts = 20;        // of one batch
+constexpr std::uintmax_t kMostWaitingBytes = std::uintmax_t{512} << 20;  // of their stores, on disk
+constexpr std::size_t kMostInBatch = 64;                                 // in one transaction
+constexpr int kMostConflicts = 20;                                       // of one batch
 constexpr std::chrono::milliseconds kBetweenTries{200};
 
 // The files that the names stand for.
@@ -60,8 +61,12 @@ public:
     // False: the import has ended.
     bool put(Arrived arrival) {
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [&] { return waiting_.size() < kMostWaiting || has_ended_; });
+        changed_.wait(lock, [&] {
+            return has_ended_ || waiting_.empty() ||
+                   (waiting_.size() < kMostWaiting && waiting_bytes_ < kMostWaitingBytes);
+        });
         if (has_ended_) return false;
+        waiting_bytes_ += arrival->bytes();
         waiting_.push_back(std::move(arrival));
         changed_.notify_all();
         return true;
@@ -87,6 +92,7 @@ public:
             if (has_ended_) return true;
             for (auto one = waiting_.begin(); one != waiting_.end();) {
                 if (batch.size() < kMostInBatch && taken_.insert((*one)->identity().host).second) {
+                    waiting_bytes_ -= (*one)->bytes();
                     batch.push_back(std::move(*one));
                     one = waiting_.erase(one);
                 } else {
@@ -109,6 +115,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Arrived> waiting_;
+    std::uintmax_t waiting_bytes_ = 0;
     std::set<std::int64_t> taken_;  // hosts whose runs are being stored
     unsigned readers_;
     bool has_ended_ = false;
