@@ -43,6 +43,13 @@ void write_layer(const Place& place, const std::vector<const StandIn*>& stand_in
 // The tool's file in a search path, as a shell finds it; empty if there is none.
 std::filesystem::path found_in(const std::string& search_path, const std::string& tool);
 
+// From now on an IPMI driver that the layer starts outlives `service ipmi stop`. Nothing happens where no layer has
+// made the directory of notes.
+void keep_driver(const std::filesystem::path& notes);
+
+// No longer. True: one was started, and `service ipmi stop` is to be run.
+bool release_driver(const std::filesystem::path& notes);
+
 // A stand-in that is more than a script: `qvhost stand-in NAME ...`, with the arguments behind
 // "stand-in". Returns the exit status.
 int run_stand_in(int argc, char** argv);

@@ -1,10 +1,18 @@
 // `service ipmi start` before the BMC is asked, `service ipmi stop` behind: RHEL has a unit "ipmi", Debian
 // and Ubuntu call it "openipmi", and where there is neither, the driver's modules are loaded. A driver
-// that works is left alone, and what was running before is not stopped.
+// that works is left alone, and what was running before is not stopped. What was started stays while the host
+// has questions of its own.
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "compat/layer.h"
 #include "compat/script_parts.h"
 #include "files/script.h"
 
 namespace qvhost::compat {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -63,6 +71,10 @@ case "$*" in
         note 'service ipmi stop: not passed on, since the driver was there before'
         exit 0
     fi
+    if [ -f "$kept" ]; then
+        note 'service ipmi stop: put off until everything is asked'
+        exit 0
+    fi
     stop=$(cat "$started")
     rm -f "$started"
     note "service ipmi stop: $stop"
@@ -71,15 +83,28 @@ case "$*" in
 esac
 )";
 
+fs::path started(const fs::path& notes) { return notes / "ipmi_started"; }
+fs::path kept(const fs::path& notes) { return notes / "ipmi_kept"; }
+
 }  // namespace
+
+void keep_driver(const fs::path& notes) {
+    std::error_code error;
+    if (fs::is_directory(notes, error)) std::ofstream(kept(notes));
+}
+
+bool release_driver(const fs::path& notes) {
+    std::error_code error;
+    return fs::remove(kept(notes), error) && fs::exists(started(notes), error);
+}
 
 std::string service_script(const Place& place) {
     std::string devices;
     for (const auto& device : place.ipmi_devices)
         devices += (devices.empty() ? "" : " ") + device.string();
     return beginning(place) + "devices=" + shell_quoted(devices) +
-           "\nstarted=" + shell_quoted(place.notes / "ipmi_started") + "\n" + kScript +
-           start("service");
+           "\nstarted=" + shell_quoted(started(place.notes)) +
+           "\nkept=" + shell_quoted(kept(place.notes)) + "\n" + kScript + start("service");
 }
 
 }  // namespace qvhost::compat

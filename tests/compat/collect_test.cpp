@@ -80,6 +80,31 @@ TEST_F(Server, IsAskedTheSameWithAndWithoutTheLayer) {
     EXPECT_GT(with_layer.size(), 20u);
 }
 
+// What the layer starts is stopped once, when the host has asked its own questions.
+TEST_F(Server, KeepsItsDriverForTheHostsQuestions) {
+    has("hostname");
+    has("service", "case $* in *status) exit 3;; esac; exit 0");
+    const auto asked = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{"collect", "--quiet", "--log-dir", log_dir()};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        EXPECT_EQ(run(Invocation{.arguments = arguments,
+                                 .environment = {{"PATH", system().string()}},
+                                 .program = {dir() / "server" / "bin" / "qvhost"}})
+                      .exit,
+                  0);
+        Texts texts;
+        for (const auto& call : calls()) {
+            if (call.starts_with("service ") || call == "hostname ") texts.push_back(call);
+        }
+        fs::remove_all(log_dir());
+        return texts;
+    };
+    EXPECT_EQ(asked({}), (Texts{"service ipmi status", "service ipmi start", "hostname ",
+                                "service ipmi stop"}));
+    EXPECT_EQ(asked({"--plug-in-only"}),
+              (Texts{"service ipmi status", "service ipmi start", "service ipmi stop"}));
+}
+
 TEST_F(Server, OfDebianIsCollected) {
     ASSERT_EQ(collect_here().exit, 0);
     EXPECT_EQ(counts(store_in(log_dir())).at("SENSORINFO"), 1);

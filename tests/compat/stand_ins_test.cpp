@@ -87,6 +87,21 @@ TEST_F(Service, StartsAndStopsWhatIsCalledIpmi) {
     EXPECT_EQ(calls(), Texts{});
 }
 
+TEST_F(Service, StaysWhileTheHostAsks) {
+    has("service", "case $* in 'ipmi start'|'ipmi stop') exit 0;; esac; exit 3");
+    qvhost::compat::keep_driver(place_.notes);
+    EXPECT_FALSE(qvhost::compat::release_driver(place_.notes)) << "there is no layer yet";
+    EXPECT_EQ(with_layer("service ipmi start").exit, 0);
+    qvhost::compat::keep_driver(place_.notes);
+    EXPECT_EQ(with_layer("service ipmi stop").exit, 0);
+    EXPECT_EQ(calls(), (Texts{"service ipmi status", "service ipmi start"}));
+    EXPECT_TRUE(qvhost::compat::release_driver(place_.notes));
+    EXPECT_EQ(with_layer("service ipmi stop").exit, 0);
+    EXPECT_EQ(calls(), (Texts{"service ipmi stop"}));
+    qvhost::compat::keep_driver(place_.notes);
+    EXPECT_FALSE(qvhost::compat::release_driver(place_.notes)) << "nothing is started";
+}
+
 TEST_F(Service, DoesNotStopWhatWasRunning) {
     has("service", "case $* in 'ipmi status'|'ipmi start') exit 0;; esac; exit 3");
     EXPECT_EQ(with_layer("service ipmi start").exit, 0);

@@ -9,6 +9,11 @@
 
 namespace qvhost {
 
+// Where stand-ins leave notes for each other, beside a program that was copied into such a directory.
+inline std::filesystem::path notes_of(const std::filesystem::path& program) {
+    return program.parent_path().parent_path() / "notes";
+}
+
 // Mode 0700; removed with the object. What earlier ones have left in the same place is removed before.
 class ProgramPlace {
 public:
@@ -22,7 +27,7 @@ public:
     std::filesystem::path program() const { return path_ / "bin" / "qvhost"; }
     std::filesystem::path vendor_tools() const { return path_ / "bin" / "qv_tools"; }
     std::filesystem::path search_path() const { return path_ / "path"; }  // for its head
-    std::filesystem::path notes() const { return path_ / "notes"; }  // of stand-ins, for each other
+    std::filesystem::path notes() const { return notes_of(program()); }
 
 private:
     std::filesystem::path path_;

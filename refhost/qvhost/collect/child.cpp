@@ -15,6 +15,7 @@
 #include <ctime>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <system_error>
@@ -22,6 +23,7 @@
 #include <utility>
 
 #include "ask/ask.h"
+#include "compat/layer.h"
 #include "files/new_file.h"
 #include "inventory/exit_codes.h"
 #include "journal/journal.h"
@@ -32,6 +34,7 @@
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
+#include "qvhost/base/program_place.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/selection.h"
 #include "qvhost/finish/commands.h"
@@ -241,12 +244,28 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
     ask::ask(settings);
 }
 
+// The plug-in stops the driver when it has asked its questions, and the BMC is asked again after it.
+class KeptDriver {
+public:
+    KeptDriver() { compat::keep_driver(notes_); }
+    ~KeptDriver() {
+        if (compat::release_driver(notes_)) runner::run("service ipmi stop 1>/dev/null 2>&1");
+    }
+    KeptDriver(const KeptDriver&) = delete;
+    KeptDriver& operator=(const KeptDriver&) = delete;
+
+private:
+    std::filesystem::path notes_ = notes_of(program_file());
+};
+
 // Why the collection is incomplete; empty: it is complete.
 std::string collect(const CollectOptions& options, const LogDir& dir, JournalWriter& journal) {
     const auto limits = limits_for(options);
     const auto end = Clock::now() + std::chrono::seconds(limits.run_seconds);
     auto foreign = names_in(dir.path());
     std::string error;
+    std::optional<KeptDriver> driver;
+    if (asks_own_questions(options)) driver.emplace();
     if (options.profile != kHealthProfile) error = ask_modules(options, end, journal);
     if (asks_own_questions(options)) {
         set_tool_deadline(
