@@ -73,6 +73,7 @@ constexpr auto kEvents = std::to_array<EventRow>({
     {"controller", "",                                       kCritical, "event_controller"      },
     {"kernel",     "EDAC",                                   kCritical, "event_memory_error"    },
     {"kernel",     "EDAC",                                   kInfo,     "event_memory_corrected"},
+    {"kernel",     "Sense Key",                              kWarning,  "event_disk"            },
     {"kernel",     "Machine check",                          kCritical, "event_processor"       },
     {"kernel",     "Hardware Error",                         kCritical, "event_processor"       },
     {"kernel",     "I/O error",                              kWarning,  "event_disk"            },

@@ -58,6 +58,17 @@ TEST(Events, AnEventWithoutATimeIsAsOldAsTheOneBeforeIt) {
         Lines{"warning event_memory_error:DIMM_A1 | DIMM A1 | Uncorrectable ECC"});
 }
 
+TEST(Events, ADrivesHardwareErrorIsNotTheProcessors) {
+    EXPECT_EQ(judged({event("kernel", "", EventSeverity::critical, "sda",
+                            "sd 0:2:0:0: [sda] Sense Key : Hardware Error [current]")}),
+              Lines{"warning event_disk:sda | sda | sd 0:2:0:0: [sda] Sense Key : Hardware Error "
+                    "[current]"});
+    EXPECT_EQ(judged({event("kernel", "", EventSeverity::critical, "hardware",
+                            "mce: [Hardware Error]: Uncorrected error")}),
+              Lines{"critical event_processor:hardware | hardware | mce: [Hardware Error]: "
+                    "Uncorrected error"});
+}
+
 TEST(Events, CorrectedErrorsCountByDayAndModule) {
     std::vector<Event> events(
         24, event("bmc", "2026-11-20T12:00:00", EventSeverity::info, "DIMM A1", "Correctable ECC"));
