@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         add(f, split);
         seen += std::strlen(f);
     }
-    read_split_lines(c_text(text), kColumns[0], fakehost::repository(), kTable,
+    read_split_lines(Tokens(c_text(text), kLineEnds), kColumns[0], fakehost::repository(), kTable,
                      [&](std::string_view row_text) { seen -= row_text.size(); });
     fuzz::expect_same(fuzz::noted_records(), split, "a row is what strtok() cuts");
     fuzz::expect(seen == 0, "each line is told before it is filed");

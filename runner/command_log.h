@@ -5,16 +5,16 @@
 //     = TEXT              the host's mark: what the commands behind it belong to
 //     > TIME COMMAND      the command is about to start; TIME is UTC and may be missing
 //     ? TIME COMMAND      the same, of a command that the runner itself asks
-//     - REASON COMMAND    the command is not started: its time is over before it began ("deadline"), or
-//                         what it would ask has not answered ("unanswered")
+//     - REASON COMMAND    the command is not started: its time is over before it began ("deadline"), what it
+//                         would ask has not answered ("unanswered"), or a bound is reached ("run-size", "room")
 // and of a command that was started:
 //     ~ SECONDS           it may take so long; missing: as long as it wants
 //     + FILE              it has written this file of the current directory
 //     2 TEXT              how its standard error begins
 //     < SECONDS STATUS [REASON [PID...]]
 //                         it has ended: its wait status, -1 if it could not be started; why it was
-//                         stopped ("time", "silence", "deadline"; "ended" if it was not), and which processes could not be
-//                         ended and were left behind
+//                         stopped ("time", "silence", "deadline", "size", "run-size", "room", "processes"; "ended" if it
+//                         was not), and which processes could not be ended and were left behind
 //     ! ERROR PATH        a capture could not be read, or not to its end; ERROR is the system's number
 #pragma once
 

@@ -117,7 +117,15 @@ void CommandProcesses::kill() const {
         ::kill(-group_, SIGKILL);
         return;
     }
-    for (const pid_t pid : members()) ::kill(pid, SIGKILL);
+    const auto processes = all_processes();
+    const auto members = descendants(processes, before_);
+    // Whole groups at once, where the leader shows that they are the command's: what starts processes faster than
+    // they are found here must not get away.
+    for (const auto& [pid, process] : processes) {
+        const bool is_ours = process.group == group_ || members.contains(process.group);
+        if (is_ours && process.group == pid) ::kill(-pid, SIGKILL);
+    }
+    for (const pid_t pid : members) ::kill(pid, SIGKILL);
 }
 
 void CommandProcesses::reap_adopted() const {

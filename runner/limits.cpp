@@ -85,7 +85,7 @@ std::optional<seconds> own_limit(std::string_view tool) {
 }  // namespace
 
 Limits::Limits(TimeoutKind kind, const std::string& command)
-    : silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
+    : bounds_(kind == TimeoutKind::archive), silence_(seconds_from("QV_SILENCE_TIMEOUT")) {
     limit_ = seconds_from("QV_TOOL_TIMEOUT");
     if (kind == TimeoutKind::archive && seconds_from("QV_ARCHIVE_TIMEOUT"))
         limit_ = seconds_from("QV_ARCHIVE_TIMEOUT");
@@ -96,12 +96,13 @@ Limits::Limits(TimeoutKind kind, const std::string& command)
     if (const auto deadline = seconds_from("QV_DEADLINE")) deadline_ = Clock::time_point(*deadline);
 }
 
-const char* Limits::exceeded(const CommandProcesses* processes) {
+const char* Limits::exceeded(const Running* running) {
     const auto now = Clock::now();
     if (deadline_ && now >= *deadline_) return kDeadline;
     if (time_ && now >= *time_) return kTimedOut;
-    if (silence_ && processes && is_silent(*processes)) return kSilent;
-    return nullptr;
+    if (silence_ && running && is_silent(running->processes)) return kSilent;
+    return bounds_.exceeded(running ? &running->processes : nullptr,
+                            running ? &running->files : nullptr);
 }
 
 // Nothing if there are no processes or the system does not say what they have written.
@@ -152,6 +153,8 @@ int Limits::interval() const {
     if (silence_)
         left = std::min(
             left, std::clamp(milliseconds(*silence_) / 10, milliseconds(100), milliseconds(5000)));
+    constexpr milliseconds kLook(200);
+    if (bounds_.any()) left = std::min(left, kLook);
     if (left == kNone) return -1;
     return static_cast<int>(std::max(left, milliseconds(0)).count());
 }

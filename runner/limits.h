@@ -1,4 +1,4 @@
-// Time limits of commands, from the environment (whole seconds; unset or not a positive number: none):
+// Limits of commands: bounds (bounds.h), and time limits from the environment (whole seconds; unset or not a positive number: none):
 //     QV_TOOL_TIMEOUT     how long a command may take
 //     QV_ARCHIVE_TIMEOUT  the same, where set, for tools that pack a whole system's logs
 //     QV_TOOL_LIMITS      "ipmitool=900,storcli=60": instead of these two, for commands of these tools; a
@@ -13,9 +13,15 @@
 #include <optional>
 #include <string>
 
+#include "runner/bounds.h"
+
 namespace runner {
 
-class CommandProcesses;
+// A command that runs.
+struct Running {
+    const CommandProcesses& processes;
+    const WrittenFiles& files;
+};
 
 // Which variable holds the time limit of a command.
 enum class TimeoutKind {
@@ -34,11 +40,13 @@ class Limits {
 public:
     explicit Limits(TimeoutKind kind, const std::string& command = "");
 
-    bool any() const { return time_ || deadline_ || silence_; }
+    bool any() const { return time_ || deadline_ || silence_ || bounds_.any(); }
+    Bounds& bounds() { return bounds_; }
+    const Bounds& bounds() const { return bounds_; }
 
-    // Why the command must be stopped or not be started; null if it may go on. `processes` are those of the
-    // command, null before the start.
-    const char* exceeded(const CommandProcesses* processes);
+    // Why the command must be stopped or not be started; null if it may go on. `running` is null before the
+    // start.
+    const char* exceeded(const Running* running);
 
     // How long a command may take that starts now; nothing: as long as it wants.
     std::optional<std::chrono::seconds> longest() const;
@@ -51,6 +59,7 @@ private:
 
     bool is_silent(const CommandProcesses& processes);
 
+    Bounds bounds_;
     std::optional<std::chrono::seconds> limit_;
     std::optional<Clock::time_point> time_;
     std::optional<Clock::time_point> deadline_;

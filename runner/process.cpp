@@ -32,12 +32,12 @@ using std::chrono::milliseconds;
 constexpr auto kKillTimeout = std::chrono::seconds(5);
 
 // Waits until `fd` is readable and returns null, or returns why a limit ended the wait.
-const char* wait_readable(int fd, Limits& limits, const CommandProcesses& processes) {
+const char* wait_readable(int fd, Limits& limits, const Running& running) {
     for (;;) {
         pollfd waiting{fd, POLLIN, 0};
         const int n = ::poll(&waiting, 1, limits.interval());
         if (n > 0 || (n < 0 && errno != EINTR)) return nullptr;
-        if (const char* reason = limits.exceeded(&processes)) return reason;
+        if (const char* reason = limits.exceeded(&running)) return reason;
     }
 }
 
@@ -58,11 +58,11 @@ struct Outcome {
 };
 
 // Waits for the end of a command that has limits.
-Outcome reap_within(pid_t pid, Limits& limits, const CommandProcesses& processes) {
+Outcome reap_within(pid_t pid, Limits& limits, const Running& running) {
     // glibc 2.36 declares pidfd_open() without C linkage.
     const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
     if (handle >= 0) {
-        const char* reason = wait_readable(handle, limits, processes);
+        const char* reason = wait_readable(handle, limits, running);
         ::close(handle);
         if (reason) return {0, reason};
         return {try_reap(pid, 0).value_or(-1)};
@@ -70,7 +70,7 @@ Outcome reap_within(pid_t pid, Limits& limits, const CommandProcesses& processes
     // A kernel without process handles, or no descriptor left.
     for (;;) {
         if (const auto status = try_reap(pid, WNOHANG)) return {*status};
-        if (const char* reason = limits.exceeded(&processes)) return {0, reason};
+        if (const char* reason = limits.exceeded(&running)) return {0, reason};
         std::this_thread::sleep_for(milliseconds(10));
     }
 }
@@ -91,13 +91,15 @@ Outcome kill_all(pid_t pid, const CommandProcesses& processes, const char* reaso
     }
 }
 
-Outcome reap(pid_t pid, const std::string& command, Limits& limits,
-             const CommandProcesses& processes) {
+Outcome reap(pid_t pid, const std::string& command, Limits& limits, const Running& running) {
+    const auto& processes = running.processes;
     auto end =
-        limits.any() ? reap_within(pid, limits, processes) : Outcome{try_reap(pid, 0).value_or(-1)};
+        limits.any() ? reap_within(pid, limits, running) : Outcome{try_reap(pid, 0).value_or(-1)};
     if (end.reason) return kill_all(pid, processes, end.reason);
-    if (!processes.end_with_command() || starts_service(command)) return end;
-    return kill_all(pid, processes, nullptr, end.status);
+    if (processes.end_with_command() && !starts_service(command))
+        end = kill_all(pid, processes, nullptr, end.status);
+    end.reason = limits.bounds().exceeded_at_end(running.files);
+    return end;
 }
 
 // The signals, descriptors and process group that the shell is started with.
@@ -133,8 +135,9 @@ public:
         flags_ |= POSIX_SPAWN_SETPGROUP;
     }
 
-    // The pid, or minus the error number.
-    pid_t start(const std::string& command) {
+    // The pid, or minus the error number. A service stays, and may write as much as it wants.
+    pid_t start(const std::string& command, Bounds& bounds) {
+        const ScopedFileSize size(starts_service(command) ? std::nullopt : bounds.file_bytes());
         posix_spawn_file_actions_addclosefrom_np(&actions_, 3);
         posix_spawnattr_setflags(&attributes_, static_cast<short>(flags_));
         std::string shell = "sh";
@@ -219,11 +222,14 @@ const char* why_not_to_start(const std::string& command, Limits& limits) {
 class Observed {
 public:
     Observed(const std::string& command, const Limits& limits, bool asked_by_runner = false)
-        : command_(command), log_(command, limits.longest(), asked_by_runner) {
+        : command_(command),
+          files_(is_logging() || limits.bounds().any()),
+          log_(command, limits.longest(), asked_by_runner) {
         note_started(command);
     }
 
     const KeptStandardError& standard_error() const { return standard_error_; }
+    const WrittenFiles& files() const { return files_; }
 
     void ended(const Outcome& end) const {
         if (end.status == -1) note_not_started(command_);
@@ -250,9 +256,9 @@ Outcome run_within(const std::string& command, Limits& limits, bool asked_by_run
     if (limits.any()) settings.own_process_group();
 
     CommandProcesses processes;
-    const pid_t pid = settings.start(command);
+    const pid_t pid = settings.start(command, limits.bounds());
     processes.started(pid);
-    auto end = pid >= 0                 ? reap(pid, command, limits, processes)
+    auto end = pid >= 0                 ? reap(pid, command, limits, {processes, observed.files()})
                : out_of_resources(-pid) ? Outcome{-1}
                                         : Outcome{kShellNotFound};
     observed.ended(end);
@@ -270,6 +276,7 @@ int run(const std::string& command, TimeoutKind kind) {
         const auto answer = run_within(*question, short_limits, true);
         note_answer(answer.status, answer.reason);
     }
+    if (end.reason == kFileTooLarge) return 0;  // what it has written is to be read
     return end.status;
 }
 
@@ -289,7 +296,8 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     settings.standard_error(observed.standard_error());
     if (limits.any()) settings.own_process_group();
     CommandProcesses processes;
-    const pid_t pid = settings.start(command);
+    const Running running{processes, observed.files()};
+    const pid_t pid = settings.start(command, limits.bounds());
     processes.started(pid);
     ::close(writing);
     if (pid < 0) {
@@ -302,7 +310,7 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     std::string block(most, '\0');
     const char* reason = nullptr;
     while (text.size() < most && !has_line(text) &&
-           !(reason = wait_readable(reading, limits, processes))) {
+           !(reason = wait_readable(reading, limits, running))) {
         const ssize_t n = ::read(reading, block.data(), most - text.size());
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) break;
@@ -310,7 +318,7 @@ std::optional<std::string> output_of(const std::string& command, std::size_t mos
     }
     ::close(reading);
     const auto end =
-        reason ? kill_all(pid, processes, reason) : reap(pid, command, limits, processes);
+        reason ? kill_all(pid, processes, reason) : reap(pid, command, limits, running);
     observed.ended(end);
     return text;
 }

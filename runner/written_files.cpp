@@ -3,9 +3,9 @@
 #include <dirent.h>
 #include <fcntl.h>
 
+#include <algorithm>
 #include <set>
 
-#include "runner/command_log.h"
 #include "runner/shell_words.h"
 
 namespace runner {
@@ -28,32 +28,46 @@ bool WrittenFiles::State::operator==(const State& other) const {
            same(changed, other.changed);
 }
 
-std::map<std::string, WrittenFiles::State> WrittenFiles::all() {
-    std::map<std::string, State> files;
-    if (!is_logging()) return files;
-    DIR* directory = ::opendir(".");
-    if (!directory) return files;
-    while (const dirent* entry = ::readdir(directory)) {
+WrittenFiles::States WrittenFiles::all(const char* directory) const {
+    States files;
+    DIR* const entries = looks_ ? ::opendir(directory) : nullptr;
+    if (!entries) return files;
+    while (const dirent* entry = ::readdir(entries)) {
         const std::string name = entry->d_name;
         struct stat info {};
         if (name == "." || name == ".." ||
-            ::fstatat(::dirfd(directory), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+            ::fstatat(::dirfd(entries), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
-        files[name] = {info.st_ino, info.st_size, info.st_mtim, info.st_ctim};
+        const off_t size = S_ISREG(info.st_mode) ? info.st_size : 0;
+        files[name] = {info.st_ino, size, info.st_mtim, info.st_ctim};
     }
-    ::closedir(directory);
+    ::closedir(entries);
     return files;
 }
 
-WrittenFiles::WrittenFiles() : before_(all()) {}
+bool WrittenFiles::is_changed(const States::value_type& file) const {
+    const auto known = before_.find(file.first);
+    return known == before_.end() || !(known->second == file.second);
+}
 
 std::vector<std::string> WrittenFiles::changed() const {
     std::vector<std::string> names;
-    for (const auto& [name, state] : all()) {
-        const auto known = before_.find(name);
-        if (known == before_.end() || !(known->second == state)) names.push_back(name);
+    for (const auto& file : all(".")) {
+        if (is_changed(file)) names.push_back(file.first);
     }
     return names;
+}
+
+WrittenFiles::Bytes WrittenFiles::bytes() const {
+    Bytes sum;
+    for (const auto& file : all(".")) {
+        const auto size = static_cast<std::uint64_t>(file.second.size);
+        sum.all += size;
+        if (is_changed(file)) sum.largest = std::max(sum.largest, size);
+    }
+    for (const auto& [name, state] : all("report"))
+        sum.all += static_cast<std::uint64_t>(state.size);
+    return sum;
 }
 
 void note_started(const std::string& command) {

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -12,22 +13,31 @@ namespace runner {
 // Compares what lies there without regard to the clock, which may be set meanwhile.
 class WrittenFiles {
 public:
-    WrittenFiles();  // looks only if there is a command log
+    explicit WrittenFiles(bool looks) : looks_(looks), before_(all(".")) {}
 
     // The names of what is new or changed since, sorted.
     std::vector<std::string> changed() const;
 
+    struct Bytes {
+        std::uint64_t largest = 0;  // of the files that are new or changed since
+        std::uint64_t all = 0;      // of all files here and in the directory "report"
+    };
+    Bytes bytes() const;
+
 private:
     struct State {
         ino_t inode;
-        off_t size;
+        off_t size;  // 0 of what is no regular file
         timespec written;
         timespec changed;
         bool operator==(const State& other) const;
     };
-    static std::map<std::string, State> all();
+    using States = std::map<std::string, State>;
+    States all(const char* directory) const;
+    bool is_changed(const States::value_type& file) const;
 
-    std::map<std::string, State> before_;
+    bool looks_;
+    States before_;
 };
 
 // The files that commands should have written that were never started. What lies there is an earlier

@@ -18,12 +18,13 @@ inline void read_lines(Lines& lines, const Column& column, Record record) {
     }
 }
 
-// Lines without their ends; blank ones give no row. `note` sees each line before it is filed. The
-// record is made for the first line: a text without lines makes none.
-template <class Note>
-void read_split_lines(std::string_view text, const Column& column, RRepository& repository,
+inline constexpr std::string_view kLineEnds = "\n\r";
+
+// A text cut at kLineEnds: lines without their ends; blank ones give no row. `note` sees each line before it is
+// filed. The record is made for the first line: a text without lines makes none.
+template <class LineTokens, class Note>
+void read_split_lines(LineTokens lines, const Column& column, RRepository& repository,
                       const Table& table, Note note) {
-    Tokens lines(text, "\n\r");
     auto line = lines.next();
     if (!line) return;
     const PropertyName name(column);

@@ -2,7 +2,6 @@
 #include <iterator>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "file/record.h"
 #include "file/rows.h"
@@ -10,8 +9,7 @@
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/items.h"
 #include "rbmcinfo/unit.h"
-#include "read/lines.h"
-#include "read/text.h"
+#include "read/text_file.h"
 #include "runner/process.h"
 
 namespace marlox::repository {
@@ -42,47 +40,22 @@ constexpr Question kQuestions[] = {
 };
 // clang-format on
 
-// A failed self-test is two lines, which are one answer:
-//     Selftest: device error
-//                     -> FRU Internal Use Area corrupted
-// The first line end becomes a blank, unless it is the first character of the text.
-void join_two_lines(std::string& text) {
-    std::size_t newlines = 0;
-    std::size_t first = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\n') continue;
-        ++newlines;
-        if (first == 0) first = i;
-    }
-    if (newlines == 2) text[first] = ' ';
-}
-
-bool is_error(std::string_view text) {
-    return capture::contains(text, "Error") || capture::contains(text, "Bad response") ||
-           capture::contains(text, "Cannot open an IPMI driver");
-}
-
 // Labels and values alternate over the whole text, so a delimiter inside a value
 // shifts all later ones. A label at the end has an empty value.
-void file_labelled(std::string_view text, const Question& question, Record record) {
-    struct Pair {
-        std::string_view label;
-        std::string_view value;
-    };
-    std::vector<Pair> pairs;
-    capture::Tokens tokens(text, question.delimiters);
-    while (const auto label = tokens.next()) {
-        pairs.push_back({*label, tokens.next().value_or(std::string_view())});
-    }
-
+void file_labelled(capture::TextFile& text, const Question& question, Record record) {
     unit.detail("From vector:");
-    for (const auto& [label, value] : pairs) unit.detail("", label, ": ", value);
-
-    *question.count = static_cast<unsigned>(pairs.size());
+    unsigned pairs = 0;
     const auto& columns = question.table.columns;
-    for (std::size_t i = 0; i < pairs.size() && i < columns.size(); ++i) {
-        record.set(capture::PropertyName(columns[i].id, pairs[i].label), pairs[i].value);
+    capture::FileTokens tokens(text, question.delimiters);
+    while (const auto token = tokens.next()) {
+        const std::string label(*token);
+        const auto value = tokens.next().value_or(std::string_view());
+        unit.detail("", label, ": ", value);
+        if (pairs < columns.size())
+            record.set(capture::PropertyName(columns[pairs].id, label), value);
+        ++pairs;
     }
+    *question.count = pairs;
     record.add();
 }
 
@@ -98,20 +71,23 @@ int bmc_info(RRepository& repo, int kind) {
     if (&table == &kMcInfo) unit.progress("mc final path:", command);
     if (check_system_call(runner::run(command), table.source.log_label) != 0) return 1;
 
-    auto bytes = capture::read_bytes(capture::log_path(table.source.capture));
-    if (!bytes) {
+    auto text = capture::TextFile::open(capture::log_path(table.source.capture));
+    if (!text) {
         unit.write(question.not_opened_level, question.not_opened);
         return 1;
     }
-    if (&table == &kSelfInfo) join_two_lines(*bytes);
-    const auto text = capture::c_text(*bytes);
-    unit.detail("se:", text);
-    if (is_error(text)) return 1;
+    // A failed self-test is two lines, which are one answer:
+    //     Selftest: device error
+    //                     -> FRU Internal Use Area corrupted
+    if (&table == &kSelfInfo) text->join_two_lines();
+    unit.detail("se:", capture::LoggedText{*text});
+    if (text->contains({"Error", "Bad response", "Cannot open an IPMI driver"})) return 1;
 
     if (question.delimiters) {
-        file_labelled(text, question, {repo, table});
+        file_labelled(*text, question, {repo, table});
     } else {
-        capture::read_split_lines(text, table.columns.front(), repo, table,
+        capture::read_split_lines(capture::FileTokens(*text, capture::kLineEnds),
+                                  table.columns.front(), repo, table,
                                   [](std::string_view line) { unit.detail("", line); });
     }
     return 0;

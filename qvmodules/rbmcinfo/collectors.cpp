@@ -23,7 +23,7 @@ int missing(const char* file) { return ::access(file, F_OK); }
 // The archive keeps the name that the distribution's tool gave it.
 int pack_and_fetch(const char* pack, const char* fetch) {
     run(pack, runner::TimeoutKind::archive);
-    return run(expand(fetch, {}));
+    return run(expand(fetch, {}), runner::TimeoutKind::archive);
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/unit.h"
 #include "read/lines.h"
-#include "read/text.h"
+#include "read/text_file.h"
 #include "runner/process.h"
 
 namespace marlox::repository {
@@ -54,14 +54,14 @@ int fru_info_amd(RRepository& repo) {
     const auto& source = kFruInfo.source;
     if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
-    const auto bytes = capture::read_bytes(capture::log_path(source.capture));
-    if (!bytes) {
+    auto text = capture::TextFile::open(capture::log_path(source.capture));
+    if (!text) {
         unit.progress("Failed to open fruinfo log file");
         return 1;
     }
-    const auto text = capture::c_text(*bytes);
-    unit.detail("se:", text);
-    capture::read_split_lines(text, kColumns.front(), repo, kFruInfo,
+    unit.detail("se:", capture::LoggedText{*text});
+    capture::read_split_lines(capture::FileTokens(*text, capture::kLineEnds), kColumns.front(),
+                              repo, kFruInfo,
                               [](std::string_view line) { unit.detail("", line, " "); });
     return 0;
 }

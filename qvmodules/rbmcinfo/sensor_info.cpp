@@ -5,8 +5,7 @@
 #include "rbmcinfo/captures.h"
 #include "rbmcinfo/command.h"
 #include "rbmcinfo/unit.h"
-#include "read/lines.h"
-#include "read/text.h"
+#include "read/text_file.h"
 #include "runner/process.h"
 
 namespace marlox::repository {
@@ -47,10 +46,10 @@ namespace {
 
 // Fields are counted over the whole text, not line by line: a line with fewer or more than ten
 // fields shifts all later ones. Missing fields of the last row are empty.
-void file_sensors(std::string_view text, RRepository& repo) {
+void file_sensors(capture::TextFile& text, RRepository& repo) {
     const auto names = capture::names_of(kColumns);
     capture::Record sensor(repo, kSensorInfo);
-    capture::Tokens fields(text, "|\n\r");
+    capture::FileTokens fields(text, "|\n\r");
     while (auto field = fields.next()) {
         for (const auto& name : names) {
             sensor.set(name, field.value_or(std::string_view()));
@@ -68,18 +67,17 @@ int sensor_info(RRepository& repo) {
     unit.detail("start to run ipmitool sensor command");
     if (check_system_call(runner::run(command), source.log_label) != 0) return 1;
 
-    const auto bytes = capture::read_bytes(capture::log_path(source.capture));
-    if (!bytes) {
+    auto text = capture::TextFile::open(capture::log_path(source.capture));
+    if (!text) {
         unit.detail("Failed to open sensorinfo log file");
         return 1;
     }
-    const auto text = capture::c_text(*bytes);
-    unit.detail("se:", text);
+    unit.detail("se:", capture::LoggedText{*text});
     // Other answers are dropped for more kinds of error. Here one sensor that could not be read
     // ("Bad response", ...) must not cost the readings of all others.
-    if (capture::contains(text, "Error sending MS")) return 1;
+    if (text->contains({"Error sending MS"})) return 1;
 
-    file_sensors(text, repo);
+    file_sensors(*text, repo);
     return 0;
 }
 

@@ -1,4 +1,4 @@
-// Reading a capture back, as lines or as one text.
+// Reading a capture back, as lines.
 #pragma once
 
 #include <cstddef>
@@ -58,8 +58,5 @@ private:
     bool has_nul_ = false;  // `unread_` has one somewhere
     bool at_end_ = false;
 };
-
-// All bytes of a capture file; nothing if it cannot be opened.
-std::optional<std::string> read_bytes(const std::string& path);
 
 }  // namespace marlox::repository::capture

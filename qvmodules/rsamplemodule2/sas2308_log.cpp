@@ -4,6 +4,7 @@
 #include "file/keys.h"
 #include "read/lines.h"
 #include "read/text.h"
+#include "read/text_file.h"
 #include "rsamplemodule2/captures.h"
 #include "rsamplemodule2/command.h"
 #include "rsamplemodule2/unit.h"
@@ -47,8 +48,8 @@ constexpr std::string_view kGates[] = {"lspci | grep SAS2308 | wc -l"};
 // The command writes the count into the current directory, not into the log directory.
 bool has_sas2308() {
     runner::run("lspci | grep SAS2308 | wc -l > b.txt");
-    const auto count = capture::read_bytes("b.txt");
-    return count && capture::leading_int(*count) >= 1;
+    auto count = capture::TextFile::open("b.txt");
+    return count && capture::leading_int(count->next()) >= 1;
 }
 
 }  // namespace

@@ -67,6 +67,9 @@ public:
     void append(const JournalEntry& entry);
     void append(const Record& record);
 
+    // How many bytes are written by now.
+    std::size_t size() const { return end_; }
+
 private:
     void write_buffer();
     void make_room(std::size_t size);

@@ -23,7 +23,7 @@ constexpr auto kStops = std::to_array<Stop>({
     {"silence", "stopped because it said no more",        "not asked: what it asks did not answer twice before"},
     {"run",     "stopped when the time was used up",      "not asked: the time was used up"                    },
     {"user",    "stopped when the collection was ended",  "not asked: the collection was ended"                },
-    {"size",    "stopped because it wrote too much",      "not asked: too much had been written"               },
+    {"size",    "stopped at a limit of size or number",   "not asked: a limit of size was reached"             },
 });
 // clang-format on
 

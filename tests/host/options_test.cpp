@@ -32,12 +32,27 @@ const std::map<std::string, std::string> kValues = {
     {"NAME", "BMC_Info"},
     {"ID", "SENSORINFO=1"},
     {"SECONDS", "77"},
+    {"MIB", "78"},
     {"TOOL=SECONDS", "ipmitool=900"},
     {"pmc|fru0|bios", "fru0,bios"},
     {"FILE", "a\nplug-in --table=x"},
     {"full|health", "health"},
     {"SIZE", "20G"},
 };
+
+struct Seconds {
+    unsigned run, module, archive, tool, silence;
+};
+
+Limits with_usual_sizes(const Seconds& seconds) {
+    auto limits = kUsualLimits;
+    limits.run_seconds = seconds.run;
+    limits.module_seconds = seconds.module;
+    limits.archive_seconds = seconds.archive;
+    limits.tool_seconds = seconds.tool;
+    limits.silence_seconds = seconds.silence;
+    return limits;
+}
 
 // The option as words of a command line.
 std::vector<std::string> words_for(const CLI::Option& option) {
@@ -84,7 +99,7 @@ TEST(Options, AllArriveTogether) {
     EXPECT_EQ(options.modules, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(options.also, (std::vector<std::string>{"pmc", "bios"}));
     EXPECT_EQ(options.rules, "/r");
-    EXPECT_EQ(limits_for(options), (Limits{7, 6, 6, 5, 4}));
+    EXPECT_EQ(limits_for(options), with_usual_sizes({7, 6, 6, 5, 4}));
     EXPECT_EQ(options_from(settings_of({})), CollectOptions{});
     EXPECT_EQ(parsed({"--keep-size", "20G"}).keep_bytes, std::uint64_t{20} << 30);
 }
@@ -100,6 +115,12 @@ TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
         {"silence-timeout", std::to_string(limits.silence_seconds)},
         {"module-timeout", std::to_string(limits.module_seconds)},
         {"run-timeout", std::to_string(limits.run_seconds)},
+        {"capture-size", std::to_string(limits.capture_mib)},
+        {"table-size", std::to_string(limits.table_mib)},
+        {"archive-size", std::to_string(limits.archive_mib)},
+        {"run-size", std::to_string(limits.run_mib)},
+        {"free-space", std::to_string(kMostFreeMib)},
+        {"tool-processes", std::to_string(limits.processes)},
         {"profile", none.profile},
     };
     ParsedArguments unused;
@@ -115,11 +136,11 @@ TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
 TEST(Options, TheQuickProfileFitsIntoFiveMinutes) {
     EXPECT_EQ(limits_for(parsed({"--profile", "health"})), kHealthLimits);
     EXPECT_EQ(limits_for(parsed({"--profile", "health", "--tool-timeout", "5"})),
-              (Limits{240, 240, 30, 5, 5}));
+              with_usual_sizes({240, 240, 30, 5, 5}));
     EXPECT_EQ(limits_for(parsed({"--profile", "health", "--tool-timeout", "400"})),
-              (Limits{400, 400, 400, 400, 60}));
+              with_usual_sizes({400, 400, 400, 400, 60}));
     EXPECT_EQ(limits_for(parsed({"--profile", "health", "--run-timeout", "20"})),
-              (Limits{20, 20, 20, 20, 20}));
+              with_usual_sizes({20, 20, 20, 20, 20}));
     for (const auto& [option, value] :
          {std::pair{"--module", "BMC_Info"}, {"--table", "SENSORINFO"}, {"--also", "pmc"}}) {
         EXPECT_THROW(parsed({"--profile", "health", option, value}), CLI::ValidationError)

@@ -37,8 +37,8 @@ TEST_P(MisbehavingTools, TheOthersAreAsTheyWouldHaveBeen) {
     const long bytes = setting("QV_TEST_BYTES", 64L << 20, 2L << 30);
     ::setenv("QV_TEST_BYTES", std::to_string(bytes).c_str(), 1);
     const bool much = std::string(name) == "PrintsMuch";  // which may take its time
-    const auto ended =
-        collect_storage({"--tool-timeout", much ? "600" : "7", "--silence-timeout", "5"});
+    const auto ended = collect_storage(
+        {"--tool-timeout", much ? "600" : "7", "--silence-timeout", "5", "--capture-size", "4096"});
     EXPECT_EQ(ended.exit, std::string(outcome).starts_with("stopped") ? 3 : 0) << ended.err;
     EXPECT_EQ(others(log_dir()), expected);
     EXPECT_EQ(this->outcome(log_dir(), "show events > "), outcome);

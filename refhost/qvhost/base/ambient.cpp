@@ -34,7 +34,7 @@ std::string usual_search_path() {
 }
 
 void set_tool_environment(const std::string& search_path, const Limits& limits,
-                          const std::string& tool_limits,
+                          std::uint64_t free_bytes, const std::string& tool_limits,
                           const std::filesystem::path& command_log) {
     const auto path = search_path.empty() ? usual_search_path() : search_path;
     ::setenv("PATH", path.c_str(), 1);
@@ -47,6 +47,13 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
     set_number("QV_TOOL_TIMEOUT", limits.tool_seconds);
     set_number("QV_ARCHIVE_TIMEOUT", limits.archive_seconds);
     set_number("QV_SILENCE_TIMEOUT", limits.silence_seconds);
+    constexpr long long kMib = 1 << 20;
+    set_number("QV_CAPTURE_BYTES", limits.capture_mib * kMib);
+    set_number("QV_ARCHIVE_BYTES", limits.archive_mib * kMib);
+    set_number("QV_RUN_BYTES", limits.run_mib * kMib);
+    set_number("QV_FREE_BYTES", static_cast<long long>(free_bytes));
+    set_number("QV_VALUE_BYTES", kMostValueBytes);
+    set_number("QV_PROCESSES", limits.processes);
     ::setenv("QV_TOOL_LIMITS", tool_limits.c_str(), 1);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
     ::setenv("QV_END_PROCESSES", "1", 1);  // the collecting child adopts orphans (runner/group.h)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -19,10 +20,11 @@ std::filesystem::path installed_plugin();
 std::string usual_search_path();
 
 // Sets the environment of the tools of a collection: a search path that has the system's directories,
-// one locale, so that they print what parsers know, their limits, the file in which the plug-in logs its
-// commands, and which of them ask the BMC.
+// one locale, so that they print what parsers know, their limits, what the disk keeps free, the file in which the
+// plug-in logs its commands, and which of them ask the BMC.
 void set_tool_environment(const std::string& search_path, const Limits& limits,
-                          const std::string& tool_limits, const std::filesystem::path& command_log);
+                          std::uint64_t free_bytes, const std::string& tool_limits,
+                          const std::filesystem::path& command_log);
 
 // Sets the time at which the plug-in stops every tool.
 void set_tool_deadline(std::chrono::steady_clock::time_point deadline);

@@ -40,6 +40,8 @@ constexpr CollectOption::Range limit(unsigned usual_seconds) {
     return {usual_seconds, 1, kMaxSeconds};
 }
 
+constexpr CollectOption::Range size(unsigned usual_mib) { return {usual_mib, 1, kMaxMib}; }
+
 constexpr CollectOption::Range kNoRange{};
 constexpr CollectOption::Range kLogLevels{kUsualLogLevel, 0, 4};
 constexpr CollectOption::Range kKept{100'001, 0, 100'000};
@@ -47,6 +49,12 @@ constexpr auto kTool = limit(kUsualLimits.tool_seconds);
 constexpr auto kSilence = limit(kUsualLimits.silence_seconds);
 constexpr auto kModule = limit(kUsualLimits.module_seconds);
 constexpr auto kRun = limit(kUsualLimits.run_seconds);
+constexpr auto kCaptureSize = size(kUsualLimits.capture_mib);
+constexpr auto kTableSize = size(kUsualLimits.table_mib);
+constexpr auto kArchiveSize = size(kUsualLimits.archive_mib);
+constexpr auto kRunSize = size(kUsualLimits.run_mib);
+constexpr CollectOption::Range kFreeSpace{kMostFreeMib, 0, kMaxMib};
+constexpr CollectOption::Range kProcesses{kUsualLimits.processes, 1, kMaxProcesses};
 
 // A row for each member of CollectOptions, in the order in which the help tells them.
 std::vector<CollectOption> all_rows() {
@@ -64,6 +72,12 @@ std::vector<CollectOption> all_rows() {
         {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written nor worked (used a processor) for so many seconds"},
         {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
+        {"capture-size",    &Options::capture_mib,     optional, "MIB",             kCaptureSize, "Stop a tool that writes more than so many MiB into a file; what is there is read"},
+        {"table-size",      &Options::table_mib,       optional, "MIB",             kTableSize, "File at most so many MiB of records for a table"},
+        {"archive-size",    &Options::archive_mib,     optional, "MIB",             kArchiveSize, "Instead of --capture-size for tools that pack the logs of the whole system"},
+        {"run-size",        &Options::run_mib,         optional, "MIB",             kRunSize,   "Stop what runs, and begin nothing more, when the collection has written so many MiB"},
+        {"free-space",      &Options::free_mib,        optional, "MIB",             kFreeSpace, "The same when the disk has less than so many MiB left; unless set, less than " + std::to_string(kFreePercent) + " % of a disk where that is less"},
+        {"tool-processes",  &Options::processes,       optional, "N",               kProcesses, "Stop a tool that has more than so many processes"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
         {"rules",           &Options::rules,           optional, "FILE",            kNoRange,   "Severities, thresholds and acknowledged findings of this site (docs/findings.md)"},
         {"plugin",          &Options::plugin,          optional, "FILE",            kNoRange,   "Another plug-in than the installed one"},
@@ -84,9 +98,10 @@ std::vector<CollectOption> all_rows() {
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
     [[maybe_unused]] const auto& [log_dir, keep, keep_bytes, log_level, modules, tables,
                                   tool_seconds, tool_limits, silence_seconds, module_seconds,
-                                  run_seconds, also, rules, plugin, profile, plug_in_only, dry_run,
-                                  machine_lock, quiet, no_compat, search_path, replayed, recorded] =
-        options;
+                                  run_seconds, capture_mib, table_mib, archive_mib, run_mib,
+                                  free_mib, processes, also, rules, plugin, profile, plug_in_only,
+                                  dry_run, machine_lock, quiet, no_compat, search_path, replayed,
+                                  recorded] = options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace qvhost {
@@ -48,6 +50,39 @@ std::string tool_limits_text(const CollectOptions& asked) {
     }
     return text;
 }
+
+namespace {
+
+// Sizes that were asked for stand; the others are as usual, or fit around these.
+void set_sizes(const CollectOptions& asked, Limits& limits) {
+    struct Size {
+        const char* name;
+        std::optional<unsigned> asked;
+        unsigned usual;
+        unsigned Limits::*place;
+    };
+    const Size sizes[] = {
+        {"--table-size",   asked.table_mib,   kUsualLimits.table_mib,   &Limits::table_mib  },
+        {"--capture-size", asked.capture_mib, kUsualLimits.capture_mib, &Limits::capture_mib},
+        {"--archive-size", asked.archive_mib, kUsualLimits.archive_mib, &Limits::archive_mib},
+        {"--run-size",     asked.run_mib,     kUsualLimits.run_mib,     &Limits::run_mib    },
+    };
+    for (const auto* inner = std::begin(sizes); inner != std::end(sizes); ++inner) {
+        auto size = inner->asked.value_or(inner->usual);
+        for (const auto* other = std::begin(sizes); other != std::end(sizes); ++other) {
+            if (!other->asked || other == inner) continue;
+            const bool is_outer = other > inner;
+            if (inner->asked && is_outer)
+                expect_no_less(other->name, *other->asked, inner->name, *inner->asked);
+            if (!inner->asked)
+                size = is_outer ? std::min(size, *other->asked) : std::max(size, *other->asked);
+        }
+        limits.*(inner->place) = size;
+    }
+    limits.processes = asked.processes.value_or(kUsualLimits.processes);
+}
+
+}  // namespace
 
 Limits limits_for(const CollectOptions& asked) {
     const bool is_quick = asked.profile == kHealthProfile;
@@ -96,16 +131,36 @@ Limits limits_for(const CollectOptions& asked) {
                  asked.run_seconds.value_or(kMaxSeconds)));
     limits.run_seconds =
         asked.run_seconds.value_or(std::max(usual.run_seconds, limits.module_seconds));
+    set_sizes(asked, limits);
     return limits;
+}
+
+std::uint64_t free_bytes_for(const CollectOptions& asked, const std::filesystem::path& directory) {
+    constexpr std::uint64_t kMib = 1 << 20;
+    if (asked.free_mib) return *asked.free_mib * kMib;
+    std::error_code unknown;
+    const auto space = std::filesystem::space(directory, unknown);
+    if (unknown) return 0;
+    return std::min<std::uint64_t>(space.capacity / 100 * kFreePercent, kMostFreeMib * kMib);
+}
+
+std::string free_text(const CollectOptions& asked) {
+    if (asked.free_mib) return std::to_string(*asked.free_mib) + " MiB";
+    return std::to_string(kFreePercent) + " % of the disk, at most " +
+           std::to_string(kMostFreeMib) + " MiB";
 }
 
 std::string text_of(const Limits& limits) {
     const auto part = [](const char* name, unsigned seconds) {
         return std::string(name) + " " + std::to_string(seconds) + " s";
     };
+    const auto size = [](unsigned mib) { return std::to_string(mib) + " MiB"; };
     return part("run", limits.run_seconds) + ", " + part("module", limits.module_seconds) + ", " +
            part("archive", limits.archive_seconds) + ", " + part("tool", limits.tool_seconds) +
-           ", " + part("silence", limits.silence_seconds);
+           ", " + part("silence", limits.silence_seconds) + "; all files " + size(limits.run_mib) +
+           ", an archive " + size(limits.archive_mib) + ", a capture " + size(limits.capture_mib) +
+           ", a table " + size(limits.table_mib) + "; " + std::to_string(limits.processes) +
+           " processes of a tool";
 }
 
 }  // namespace qvhost

@@ -137,6 +137,10 @@ void print_settings() {
         {"silence-timeout", limits.silence_seconds},
         {"module-timeout",  limits.module_seconds },
         {"run-timeout",     limits.run_seconds    },
+        {"capture-size",    limits.capture_mib    },
+        {"table-size",      limits.table_mib      },
+        {"archive-size",    limits.archive_mib    },
+        {"run-size",        limits.run_mib        },
     };
 
     std::vector<std::vector<std::string>> rows;
@@ -152,10 +156,10 @@ void print_settings() {
         if (is_set) continue;
         std::string value = row.range.most > 0 ? usual_text(row.range) : "";
         std::string from = "default";
-        for (const auto& [name, seconds] : derived) {
+        for (const auto& [name, number] : derived) {
             if (name != row.name) continue;
-            if (std::to_string(seconds) != value) from = "follows from the others";
-            value = std::to_string(seconds);
+            if (std::to_string(number) != value) from = "follows from the others";
+            value = std::to_string(number);
         }
         rows.push_back({row.name, value, from});
     }

@@ -20,6 +20,7 @@
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 
 #include "ask/ask.h"
@@ -52,11 +53,20 @@ using marlox::repository::RRepository;
 
 class JournalSink : public RRepository::Impl {
 public:
-    explicit JournalSink(JournalWriter& journal) : journal_(journal) {}
+    // A table gets records of `table_bytes` in the journal, and those behind them are dropped.
+    JournalSink(JournalWriter& journal, std::size_t table_bytes)
+        : journal_(journal), table_bytes_(table_bytes) {}
 
     void add(const Record& record) override {
+        auto& used = used_[record.table];
+        if (used >= table_bytes_) {
+            cut_.insert(record.table);
+            return;
+        }
         try {
+            const auto before = journal_.size();
             journal_.append(record);
+            used += journal_.size() - before;
         } catch (const std::exception& error) {
             if (failure_.empty()) failure_ = error.what();
             throw;
@@ -66,8 +76,16 @@ public:
     // Why a record could not be kept, even if the module caught the exception; empty: all were kept.
     const std::string& failure() const { return failure_; }
 
+    // Why the table lacks records; empty: it has all.
+    std::string why_cut(const std::string& table) const {
+        return cut_.contains(table) ? "its records had reached the size limit" : "";
+    }
+
 private:
     JournalWriter& journal_;
+    std::size_t table_bytes_;
+    std::unordered_map<std::string, std::size_t> used_;
+    std::set<std::string> cut_;
     std::string failure_;
 };
 
@@ -138,7 +156,7 @@ std::string thrown_by(Call call) {
 }
 
 void collect_table(RModule& module, const std::string& table, RRepository& repository,
-                   JournalWriter& journal) {
+                   const JournalSink& sink, JournalWriter& journal) {
     const auto& callbacks = module.callbacks.at(table);
     journal.append(TableStartEntry{module.GetName(), table});
     RInstancesWrapper::Impl layout;
@@ -146,6 +164,7 @@ void collect_table(RModule& module, const std::string& table, RRepository& repos
     auto error = thrown_by([&] { callbacks.enumerate(repository); });
     const auto wrap_error = thrown_by([&] { callbacks.wrap(wrapper); });
     if (error.empty()) error = wrap_error;
+    if (error.empty()) error = sink.why_cut(table);
     journal.append(TableEndEntry{module.GetName(), table, layout.layout, error});
 }
 
@@ -172,7 +191,7 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     const Plugin plugin(options.plugin);
     const auto offer = offer_of(plugin);
     const auto selected = select_modules(offer, options);
-    JournalSink sink(journal);
+    JournalSink sink(journal, std::size_t{limits.table_mib} << 20);
     RRepository repository(sink);
     // All modules first, so that a collection that is cut off can say what it did not reach.
     for (const auto& [place, tables] : selected)
@@ -182,7 +201,7 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
         runner::log_mark(std::string(kModuleMark) + offer[place].name);
         for (const auto& table : tables) {
-            collect_table(*plugin.modules()[place], table, repository, journal);
+            collect_table(*plugin.modules()[place], table, repository, sink, journal);
             // The disk is full: what the tools would say from here on could not be kept.
             if (!sink.failure().empty()) throw std::runtime_error(sink.failure());
         }
@@ -290,7 +309,8 @@ int run_child(int settings, int lifeline) {
     try {
         end_with_parent(lifeline);
         redirect_standard_streams(dir);
-        set_tool_environment(options.search_path, limits_for(options), tool_limits_text(options),
+        set_tool_environment(options.search_path, limits_for(options),
+                             free_bytes_for(options, options.log_dir), tool_limits_text(options),
                              dir.commands());
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),

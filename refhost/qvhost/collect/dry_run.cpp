@@ -62,6 +62,7 @@ void print_plan(CollectOptions options, const Stage& stage) {
     const auto at_most = [](unsigned seconds) {
         return "at most " + std::to_string(seconds) + " s";
     };
+    const auto at_most_mib = [](unsigned mib) { return "at most " + std::to_string(mib) + " MiB"; };
     // clang-format off
     const std::vector<std::vector<std::string>> facts{
         {"Log directory",                     checked_log_dir(options.log_dir).string()},
@@ -71,6 +72,12 @@ void print_plan(CollectOptions options, const Stage& stage) {
         {"Tool",                              at_most(limits.tool_seconds)},
         {"Tool that packs the system's logs", at_most(limits.archive_seconds)},
         {"Silence of a tool",                 at_most(limits.silence_seconds)},
+        {"All files",                         at_most_mib(limits.run_mib)},
+        {"A capture",                         at_most_mib(limits.capture_mib)},
+        {"An archive of the system's logs",   at_most_mib(limits.archive_mib)},
+        {"The records of a table",            at_most_mib(limits.table_mib)},
+        {"Left free on the disk",             free_text(options)},
+        {"Processes of a tool",               "at most " + std::to_string(limits.processes)},
     };
     // clang-format on
     const auto style = terminal_style(STDOUT_FILENO);

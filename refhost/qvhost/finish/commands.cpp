@@ -33,20 +33,28 @@ std::string unescaped(std::string_view text) {
 struct Word {
     std::string_view in_log;
     std::string_view stopped_by;
+    std::string_view remark;
 };
 
 constexpr auto kStops = std::to_array<Word>({
-    {"time",       "time"   },
-    {"silence",    "silence"},
-    {"deadline",   "run"    },
-    {"size",       "size"   },
-    {"unanswered", "time"   },
+    {"time",       "time",    ""                                         },
+    {"silence",    "silence", ""                                         },
+    {"deadline",   "run",     ""                                         },
+    {"size",       "size",    "a file of it had reached the size limit"  },
+    {"run-size",   "size",    "the collection had reached its size limit"},
+    {"room",       "size",    "the disk was nearly full"                 },
+    {"processes",  "size",    "it had too many processes"                },
+    {"unanswered", "time",    ""                                         },
 });
 
-std::string stopped_by(std::string_view word) {
-    const auto* found = std::find_if(kStops.begin(), kStops.end(),
-                                     [&](const Word& one) { return one.in_log == word; });
-    return found == kStops.end() ? "" : std::string(found->stopped_by);
+void set_stop(CommandInfo& command, std::string_view word) {
+    command.stopped_by.clear();
+    command.remark.clear();
+    for (const auto& stop : kStops) {
+        if (stop.in_log != word) continue;
+        command.stopped_by = stop.stopped_by;
+        command.remark = stop.remark;
+    }
 }
 
 // "2026-11-21T01:20:40.123Z"
@@ -97,7 +105,7 @@ private:
         const auto end = std::min(rest.find(' '), rest.size());
         CommandInfo command;
         command.text = unescaped(rest.substr(std::min(end + 1, rest.size())));
-        command.stopped_by = stopped_by(rest.substr(0, end));
+        set_stop(command, rest.substr(0, end));
         command.origin = section_ == kHostMark ? "host" : "plug-in";
         add(std::move(command));
     }
@@ -138,8 +146,7 @@ private:
         }
         std::string reason;
         words >> reason;
-        command.stopped_by = stopped_by(reason);
-        command.remark.clear();
+        set_stop(command, reason);
         for (int pid = 0; words >> pid;)
             command.remark += (command.remark.empty() ? "" : "; ") + std::string("process ") +
                               std::to_string(pid) + " could not be ended and was left";
