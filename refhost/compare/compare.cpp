@@ -76,26 +76,6 @@ inventory::System system_of(const Side& side) {
     return side.inventory.systems.empty() ? inventory::System{} : side.inventory.systems.front();
 }
 
-// One thing that is the same makes it one machine: boards are replaced, systems installed anew.
-Machines machines_of(const Side& from, const Side& to) {
-    const auto old_system = system_of(from), new_system = system_of(to);
-    const std::pair<std::string, std::string> marks[] = {
-        {old_system.uuid.value_or(""),   new_system.uuid.value_or("")  },
-        {old_system.serial.value_or(""), new_system.serial.value_or("")},
-        {from.collection.machine_id,     to.collection.machine_id      },
-    };
-    auto machines = Machines::unsure;
-    for (const auto& [before, after] : marks) {
-        if (before.empty() || after.empty()) continue;
-        if (before == after) return Machines::same;
-        machines = Machines::two;
-    }
-    if (machines == Machines::unsure && !from.collection.host.empty() &&
-        !to.collection.host.empty())
-        return from.collection.host == to.collection.host ? Machines::same : Machines::two;
-    return machines;
-}
-
 const Health* health_of(const Verdict& verdict, findings::Subsystem subsystem) {
     const auto found = std::find_if(verdict.health.begin(), verdict.health.end(),
                                     [&](const Health& one) { return one.subsystem == subsystem; });
@@ -160,6 +140,25 @@ bool Difference::is_empty() const {
     return machines != Machines::two && health.empty() && changes.empty() && new_findings.empty() &&
            gone_findings.empty() && other_severity.empty() && not_now.empty() && not_then.empty() &&
            lacking_now.empty() && lacking_then.empty();
+}
+
+Machines machines_of(const Side& from, const Side& to) {
+    const auto old_system = system_of(from), new_system = system_of(to);
+    const std::pair<std::string, std::string> marks[] = {
+        {old_system.uuid.value_or(""),   new_system.uuid.value_or("")  },
+        {old_system.serial.value_or(""), new_system.serial.value_or("")},
+        {from.collection.machine_id,     to.collection.machine_id      },
+    };
+    auto machines = Machines::unsure;
+    for (const auto& [before, after] : marks) {
+        if (before.empty() || after.empty()) continue;
+        if (before == after) return Machines::same;
+        machines = Machines::two;
+    }
+    if (machines == Machines::unsure && !from.collection.host.empty() &&
+        !to.collection.host.empty())
+        return from.collection.host == to.collection.host ? Machines::same : Machines::two;
+    return machines;
 }
 
 Difference compare(const Side& from, const Side& to) {

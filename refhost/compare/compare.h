@@ -56,6 +56,9 @@ struct Difference {
     bool is_empty() const;
 };
 
+// One thing that is the same makes it one machine: boards are replaced, systems installed anew.
+Machines machines_of(const Side& from, const Side& to);
+
 Difference compare(const Side& from, const Side& to);
 
 }  // namespace qvhost::compare

@@ -49,6 +49,8 @@ void Collector::add(Finding finding) {
     auto* const same = &ready_[place->second];
     same->count += finding.count;
     same->severity = std::min(same->severity, finding.severity);
+    if (!same->first_seen || (finding.first_seen && *finding.first_seen < *same->first_seen))
+        same->first_seen = finding.first_seen;
     if (finding.time && (!same->time || *same->time < *finding.time)) {
         same->time = finding.time;
         same->says = finding.says;

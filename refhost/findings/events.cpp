@@ -162,7 +162,9 @@ void EventJudge::take(const Event& event) {
         group.subject = subject;
         group.source = event.source;
         group.first = event.place;
+        group.first_time = event.time;
     }
+    if (group.open == 0) group.opened = event.time;
     group.open = has_ended(event.text) ? 0 : group.open + 1;
     group.last = event.place;
     group.says = event.text;
@@ -177,7 +179,7 @@ void EventJudge::take(const Event& event) {
 }
 
 void EventJudge::finish(const Group& group, const inventory::Inventory& inventory,
-                        const std::string& now, Collector& findings) const {
+                        const std::string& now, Collector& findings) {
     const Rule* judged = &findings.rule(group.row->rule);
     const std::string_view name = judged->name;
     const auto then = days_of(group.dated);
@@ -205,6 +207,12 @@ void EventJudge::finish(const Group& group, const inventory::Inventory& inventor
     finding.says = group.says;
     finding.time = group.time;
     finding.count = group.count;
+    finding.first_seen = group.first_time;
+    if (sensor && may_end(name) && group.open > 0 && group.opened && !is_well(*sensor)) {
+        const auto [known, is_new] =
+            began_.try_emplace(ref_to(inventory, *sensor).number, *group.opened);
+        if (!is_new) known->second = std::min(known->second, *group.opened);
+    }
     if (sensor) finding.entities.push_back(ref_to(inventory, *sensor));
     for (const auto& controller : inventory.controllers) {
         if (controller.number && group.source == "controller " + std::to_string(*controller.number))
@@ -213,6 +221,14 @@ void EventJudge::finish(const Group& group, const inventory::Inventory& inventor
     finding.evidence.push_back(group.last);
     if (!(group.first == group.last)) finding.evidence.push_back(group.first);
     findings.add(std::move(finding));
+}
+
+Text EventJudge::began(const std::vector<EntityRef>& entities) const {
+    for (const auto& entity : entities) {
+        const auto found = began_.find(entity.number);
+        if (entity.kind == "sensors" && found != began_.end()) return found->second;
+    }
+    return std::nullopt;
 }
 
 void EventJudge::finish(const inventory::Inventory& inventory, const std::string& now,

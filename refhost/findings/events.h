@@ -21,6 +21,10 @@ public:
     // age of an event without a time is that of the event with one before it in its source, else new.
     void finish(const inventory::Inventory& inventory, const std::string& now, Collector& findings);
 
+    // After finish(): when the event was logged that began the state of one of these sensors, if no later event
+    // ended it.
+    Text began(const std::vector<EntityRef>& entities) const;
+
 private:
     struct Group {
         const EventRow* row = nullptr;
@@ -31,16 +35,19 @@ private:
         std::string dated;  // the latest's time, or of the event before it that has one
         std::int64_t count = 0;
         std::int64_t open = 0;  // asserted and not deasserted
+        Text opened;            // when it was asserted
+        Text first_time;        // the first event's
         Place first, last;
         std::string day;  // of the latest, and how many there were on it
         std::int64_t on_day = 0;
         std::int64_t most_on_day = 0;
     };
     void finish(const Group& group, const inventory::Inventory& inventory, const std::string& now,
-                Collector& findings) const;
+                Collector& findings);
 
     std::map<std::string, Group> groups_;
-    std::map<std::string, std::string> dated_;  // by source: the latest time seen
+    std::map<std::string, std::string> dated_;   // by source: the latest time seen
+    std::map<std::int64_t, std::string> began_;  // by the number of a sensor
 };
 
 }  // namespace qvhost::findings

@@ -38,6 +38,11 @@ const char* word(HealthWord health) {
     return "";
 }
 
+std::string since(const Finding& finding, const Verdict& verdict) {
+    const auto& seen = finding.first_seen;
+    return !seen || seen == finding.time || *seen >= verdict.started ? "" : *seen;
+}
+
 std::string words_of(const Acknowledgement& acknowledgement) {
     const auto& [until, by, why] = acknowledgement;
     return "acknowledged" + (by.empty() ? "" : " by " + by) + " until " + until +

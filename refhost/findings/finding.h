@@ -61,6 +61,15 @@ struct Acknowledgement {
 // "acknowledged by Jane Doe until 2027-01-31: a new drive is ordered"
 std::string words_of(const Acknowledgement& acknowledgement);
 
+// A counter that an earlier run read as less.
+struct Growth {
+    std::string field;  // "media_errors"
+    std::int64_t before = 0;
+    std::int64_t now = 0;
+    std::string since;  // when that run started, UTC
+    bool operator==(const Growth&) const = default;
+};
+
 struct Finding {
     std::string id;    // of rule and entity; stays the same from run to run
     std::string rule;  // its name in the table of rules
@@ -72,6 +81,10 @@ struct Finding {
     std::int64_t count = 1;
     std::vector<Place> evidence;
     std::vector<EntityRef> entities = {};  // what it is about, where that is in the inventory
+    // Since when it is there: the first of the runs that have it without a gap (UTC, "...Z"), or the event
+    // that began it, by its source's clock. Empty: that is not known.
+    Text first_seen = {};
+    std::vector<Growth> growth = {};  // of what it is about
     // It is then a notice, and `says` tells why.
     std::optional<Acknowledgement> acknowledged = {};
 };
@@ -86,6 +99,10 @@ struct Health {
 struct Verdict {
     std::vector<Finding> findings;  // the worst first
     std::vector<Health> health;     // one a subsystem, in their order
+    std::string started = {};       // when the collection began, UTC; empty: not known
 };
+
+// Since when the finding is there, where that is not only since this collection, nor its own time; else empty.
+std::string since(const Finding& finding, const Verdict& verdict);
 
 }  // namespace qvhost::findings

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "findings/finding.h"
+#include "findings/history.h"
 #include "inventory/survey.h"
 
 namespace qvhost::findings {
@@ -23,6 +24,8 @@ struct Circumstances {
     std::vector<std::string> cut_off_commands;  // "sensorinfo.txt: ipmitool: killed by signal 9"
     // What could not be asked: "ipmitool is not installed (Debian package ipmitool)".
     std::vector<Lack> lacks = {};
+    // What earlier runs read as less.
+    std::vector<GrownCounter> grown = {};
 };
 
 std::vector<Health> judge_health(const inventory::Survey& survey,

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "findings/collector.h"
+#include "findings/history.h"
 #include "findings/sensors.h"
 #include "findings/storage.h"
 
@@ -83,9 +84,14 @@ Verdict judge(const inventory::Survey& survey, EventJudge& events,
     judge_clocks(survey.inventory, findings);
     events.finish(survey.inventory, circumstances.now, findings);
     tell_what_was_not_read(survey, findings);
+    judge_growth(survey.inventory, circumstances.grown, findings);
 
     Verdict verdict;
     verdict.findings = findings.take();
+    add_growth(circumstances.grown, verdict.findings);
+    for (auto& finding : verdict.findings) {
+        if (!finding.first_seen) finding.first_seen = events.began(finding.entities);
+    }
     verdict.health = judge_health(survey, circumstances, verdict.findings);
     return verdict;
 }

@@ -388,10 +388,6 @@ std::string drive_words(const Drive& drive) {
     return text;
 }
 
-Subject subject_of(const Inventory& inventory, const Drive& drive) {
-    return {drive_key(drive), drive_words(drive), {ref_to(inventory, drive)}};
-}
-
 void judge_drive(const Inventory& inventory, const Drive& drive, const Redundancy& redundancy,
                  Collector& findings) {
     const auto remark = [&](std::string_view rule_name, std::string_view field,
@@ -486,6 +482,10 @@ const Volume* forced_write_back(const Inventory& inventory, const inventory::Bat
 }
 
 }  // namespace
+
+Subject subject_of(const Inventory& inventory, const Drive& drive) {
+    return {drive_key(drive), drive_words(drive), {ref_to(inventory, drive)}};
+}
 
 void judge_storage(const Inventory& inventory, Collector& findings) {
     Redundancy redundancy(inventory);

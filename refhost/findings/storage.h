@@ -6,6 +6,9 @@
 
 namespace qvhost::findings {
 
+// The drive, as its findings name it.
+Subject subject_of(const inventory::Inventory& inventory, const inventory::Drive& drive);
+
 void judge_storage(const inventory::Inventory& inventory, Collector& findings);
 
 }  // namespace qvhost::findings

@@ -30,6 +30,18 @@ ordered_json json_of(const std::optional<findings::Acknowledgement>& known) {
     };
 }
 
+ordered_json json_of(const std::vector<findings::Growth>& growth) {
+    auto all = ordered_json::array();
+    for (const auto& one : growth)
+        all.push_back({
+            {"field",        one.field },
+            {"value_before", one.before},
+            {"value_now",    one.now   },
+            {"since",        one.since },
+        });
+    return all;
+}
+
 }  // namespace
 
 ordered_json json_of(const std::vector<findings::Health>& health) {
@@ -55,16 +67,18 @@ ordered_json json_of(const std::vector<findings::Finding>& findings) {
                 {"line",    place.line   }
             });
         all.push_back({
-            {"id",           one.id                   },
-            {"rule",         one.rule                 },
-            {"severity",     word(one.severity)       },
-            {"subsystem",    word(one.subsystem)      },
-            {"subject",      one.subject              },
-            {"says",         one.says                 },
-            {"time",         json_of_value(one.time)  },
-            {"count",        one.count                },
-            {"evidence",     std::move(evidence)      },
-            {"acknowledged", json_of(one.acknowledged)},
+            {"id",           one.id                       },
+            {"rule",         one.rule                     },
+            {"severity",     word(one.severity)           },
+            {"subsystem",    word(one.subsystem)          },
+            {"subject",      one.subject                  },
+            {"says",         one.says                     },
+            {"time",         json_of_value(one.time)      },
+            {"count",        one.count                    },
+            {"evidence",     std::move(evidence)          },
+            {"first_seen",   json_of_value(one.first_seen)},
+            {"growth",       json_of(one.growth)          },
+            {"acknowledged", json_of(one.acknowledged)    },
         });
     }
     return all;

@@ -64,7 +64,7 @@ std::string places(const Finding& finding) {
     return text;
 }
 
-std::string finding_text(const Finding& finding) {
+std::string finding_text(const Finding& finding, const Verdict& verdict) {
     const auto subject = one_line(finding.subject);
     auto text = one_line(finding.says);
     if (!text.starts_with(subject + ":") && !text.starts_with(subject + ","))
@@ -72,16 +72,18 @@ std::string finding_text(const Finding& finding) {
     if (finding.count > 1) text += " (x " + std::to_string(finding.count) + ")";
     if (finding.time)
         text += (finding.count > 1 ? ", last at " : ", at ") + one_line(*finding.time);
+    if (const auto first = since(finding, verdict); !first.empty())
+        text += ", since " + one_line(first);
     return text;
 }
 
 // Which capture and line say so stands below, where a terminal is read, and at the line's end elsewhere.
-Labelled finding_lines(const std::vector<Finding>& findings, bool evidence_below) {
+Labelled finding_lines(const Verdict& verdict, bool evidence_below) {
     const auto width = longest_word(findings::kSeverities);
     Labelled lines;
-    for (const auto& one : findings) {
+    for (const auto& one : verdict.findings) {
         const auto evidence = places(one);
-        auto text = finding_text(one);
+        auto text = finding_text(one, verdict);
         if (!evidence.empty()) text += evidence_below ? "\n" + evidence : " (" + evidence + ")";
         lines.emplace_back("  " + filled(word(one.severity), width), text);
     }
@@ -108,7 +110,7 @@ void show_verdict(std::ostream& out, const Verdict& verdict, const TerminalStyle
     out << bold("Health", style) << '\n';
     print_labelled(out, health_lines(verdict.health), style);
     out << '\n' << bold(headline(verdict.findings), style) << '\n';
-    print_labelled(out, finding_lines(verdict.findings, style.terminal), style);
+    print_labelled(out, finding_lines(verdict, style.terminal), style);
 }
 
 }  // namespace qvhost

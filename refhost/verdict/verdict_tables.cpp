@@ -29,6 +29,7 @@ constexpr auto kFindings = std::to_array<TypedColumn>({
     {"acknowledged_until", ColumnType::text   },
     {"acknowledged_by",    ColumnType::text   },
     {"acknowledged_why",   ColumnType::text   },
+    {"first_seen",         ColumnType::text   },
 });
 constexpr auto kEvidence = std::to_array<TypedColumn>({
     {"finding_id", ColumnType::text   },
@@ -39,6 +40,13 @@ constexpr auto kEntities = std::to_array<TypedColumn>({
     {"finding_id", ColumnType::text   },
     {"kind",       ColumnType::text   }, // the table that the entity stands in
     {"number",     ColumnType::integer}, // its rowid there
+});
+constexpr auto kGrowth = std::to_array<TypedColumn>({
+    {"finding_id",   ColumnType::text   },
+    {"field",        ColumnType::text   }, // of an entity that it is about
+    {"value_before", ColumnType::integer},
+    {"value_now",    ColumnType::integer},
+    {"since",        ColumnType::text   }, // when the run started that read the one before
 });
 constexpr auto kHealth = std::to_array<TypedColumn>({
     {"subsystem", ColumnType::text},
@@ -53,17 +61,18 @@ constexpr auto kHealthMissing = std::to_array<TypedColumn>({
     {"missing",   ColumnType::text},
 });
 
-// What write_verdict() writes, in its order.
+// What write_verdict() writes, in its order, but for what compares the report with earlier ones (`first_seen`,
+// the last column of its table, and `finding_growth`): who keeps many reports has those.
 constexpr struct {
     const char* name;
     std::span<const TypedColumn> columns;
 } kTables[] = {
-    {"findings",         kFindings      },
-    {"finding_evidence", kEvidence      },
-    {"finding_entities", kEntities      },
-    {"health",           kHealth        },
-    {"health_captures",  kHealthCaptures},
-    {"health_missing",   kHealthMissing },
+    {"findings",         std::span(kFindings).first<kFindings.size() - 1>()},
+    {"finding_evidence", kEvidence                                         },
+    {"finding_entities", kEntities                                         },
+    {"health",           kHealth                                           },
+    {"health_captures",  kHealthCaptures                                   },
+    {"health_missing",   kHealthMissing                                    },
 };
 
 std::string text(const TypedValue& value) {
@@ -104,15 +113,19 @@ void write_verdict(Store& store, const Verdict& verdict) {
     TypedTableWriter findings(store, "findings", kFindings);
     TypedTableWriter evidence(store, "finding_evidence", kEvidence);
     TypedTableWriter entities(store, "finding_entities", kEntities);
+    TypedTableWriter growth(store, "finding_growth", kGrowth);
     const TypedValue none;
     for (const auto& one : verdict.findings) {
         const auto& known_to = one.acknowledged;
         findings.add({one.id, one.rule, std::string(word(one.severity)),
                       std::string(word(one.subsystem)), one.subject, one.says, told(one.time),
                       one.count, known_to ? TypedValue(known_to->until) : none,
-                      known_to ? told(known_to->by) : none, known_to ? told(known_to->why) : none});
+                      known_to ? told(known_to->by) : none, known_to ? told(known_to->why) : none,
+                      told(one.first_seen)});
         for (const auto& place : one.evidence) evidence.add({one.id, place.capture, place.line});
         for (const auto& entity : one.entities) entities.add({one.id, entity.kind, entity.number});
+        for (const auto& [field, before, now, since] : one.growth)
+            growth.add({one.id, field, before, now, since});
     }
     TypedTableWriter health(store, "health", kHealth);
     TypedTableWriter captures(store, "health_captures", kHealthCaptures);
@@ -127,6 +140,7 @@ void write_verdict(Store& store, const Verdict& verdict) {
 
 Verdict read_verdict(const Store& store) {
     Verdict verdict;
+    verdict.started = store.meta("started");
     std::map<std::string, std::size_t> by_id;
     each_typed_row(store, "findings", kFindings, [&](const std::vector<TypedValue>& row) {
         const auto severity = of_word(findings::kSeverities, row[2]);
@@ -143,6 +157,7 @@ Verdict read_verdict(const Store& store) {
         finding.count = number(row[7]);
         if (auto until = text(row[8]); !until.empty())
             finding.acknowledged = {std::move(until), text(row[9]), text(row[10])};
+        if (const auto* seen = std::get_if<std::string>(&row[11])) finding.first_seen = *seen;
         by_id.emplace(finding.id, verdict.findings.size());
         verdict.findings.push_back(std::move(finding));
     });
@@ -155,6 +170,12 @@ Verdict read_verdict(const Store& store) {
         const auto found = by_id.find(text(row[0]));
         if (found != by_id.end())
             verdict.findings[found->second].entities.push_back({text(row[1]), number(row[2])});
+    });
+    each_typed_row(store, "finding_growth", kGrowth, [&](const std::vector<TypedValue>& row) {
+        const auto found = by_id.find(text(row[0]));
+        if (found != by_id.end())
+            verdict.findings[found->second].growth.push_back(
+                {text(row[1]), number(row[2]), number(row[3]), text(row[4])});
     });
     std::map<std::string, std::size_t> by_subsystem;
     each_typed_row(store, "health", kHealth, [&](const std::vector<TypedValue>& row) {

@@ -1,5 +1,5 @@
-// Findings and health as tables of a store: `findings`, `finding_evidence`, `health`, `health_captures`
-// (what `ok` rests on) and `health_missing` (what `unknown` lacks).
+// Findings and health as tables of a store: `findings`, `finding_evidence`, `finding_growth`, `health`,
+// `health_captures` (what `ok` rests on) and `health_missing` (what `unknown` lacks).
 #pragma once
 
 #include <vector>
@@ -12,7 +12,7 @@ namespace qvhost {
 
 void write_verdict(Store& store, const findings::Verdict& verdict);
 
-// The tables that write_verdict() writes.
+// The tables that write_verdict() writes, without what it says of earlier reports.
 std::vector<DeclaredTypedTable> verdict_tables();
 
 // What write_verdict() wrote. Words of a store of somebody else that are none of ours are left out.

@@ -359,10 +359,11 @@ TEST_F(Check, JsonHasHealthAndFindings) {
     EXPECT_EQ(json["health"].size(), 9u);
     EXPECT_EQ(json["health"][0].dump(), R"({"subsystem":"temperature","health":"ok",)"
                                         R"("judged_by":["sensorinfo.txt"],"missing":[]})");
-    EXPECT_EQ(json["findings"].dump(),
-              R"([{"id":"rule:Drive 8:1","rule":"rule","severity":"warning","subsystem":"storage",)"
-              R"("subject":"Drive 8:1","says":"UBad","time":"2026-11-20T07:30:05","count":1,)"
-              R"("evidence":[{"capture":"a.txt","line":7}],"acknowledged":null}])");
+    EXPECT_EQ(
+        json["findings"].dump(),
+        R"([{"id":"rule:Drive 8:1","rule":"rule","severity":"warning","subsystem":"storage",)"
+        R"("subject":"Drive 8:1","says":"UBad","time":"2026-11-20T07:30:05","count":1,)"
+        R"("evidence":[{"capture":"a.txt","line":7}],"first_seen":null,"growth":[],"acknowledged":null}])");
     const auto one =
         nlohmann::json::parse(check(report, {"--format", "json", "--subsystem", "power"}).out);
     EXPECT_EQ(one["health"].size(), 1u);

@@ -92,6 +92,7 @@ TEST_F(Explain, TellsAllThatIsKnown) {
             "    230 | Drive /c1/e134/s2 Device attributes :\n"
             "\n"
             "Since when\n"
+            "  first seen    not known\n"
             "  earlier runs  there is none\n"
             "  events        4 tell of it\n"
             "  the first     2026-11-19T22:40:17  controller 1: Unexpected sense: PD 02(e0x86/s2) "

@@ -29,6 +29,7 @@ constexpr const char* kNow = "2026-11-21T12:00:00";
 struct Server {
     Survey survey;
     Events events;
+    std::vector<GrownCounter> grown;
     Inventory& has() { return survey.inventory; }
 };
 
@@ -45,6 +46,7 @@ Lines judged(const Case& one, const Rules& rules = built_in_rules()) {
     for (const auto& event : server.events) events.take(event);
     Circumstances circumstances;
     circumstances.now = kNow;
+    circumstances.grown = server.grown;
     Lines lines;
     for (const auto& finding : judge(server.survey, events, circumstances, rules).findings)
         lines.push_back(std::string(word(finding.severity)) + " " + finding.rule);
@@ -191,6 +193,17 @@ Case drive(const char* fault, const char* volume_state, const char* state, Lines
             std::move(findings)};
 }
 
+// A drive whose counter an earlier run read as 3.
+Case growing(const char* fault, const char* field, std::int64_t now, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                auto& one = add_drive(s, "Onln");
+                (std::string(field) == "media_errors" ? one.media_errors : one.other_errors) = now;
+                s.grown.push_back({{"drives", 1}, {field, 3, now, "2026-11-01T02:00:00Z"}});
+            },
+            std::move(findings)};
+}
+
 Case nvme(const char* fault, const std::function<void(Drive&)>& more, Lines findings) {
     return {fault, [=](Server& s) { more(add_nvme(s)); }, std::move(findings)};
 }
@@ -323,6 +336,10 @@ const std::vector<Case>& cases() {
         drive("other errors",                      "Optl", "Onln",         {"notice drive_other_errors"},                   [](Drive& d) { d.other_errors = 1; }),
         drive("counters of zero",                  "Optl", "Onln",         {},                                              [](Drive& d) { d.media_errors = d.other_errors = d.predicted_failures = 0; }),
         drive("counters of zero, degraded array",  "Dgrd", "Onln",         {"critical volume_no_redundancy"},               [](Drive& d) { d.predicted_failures = 0; }),
+        growing("media errors grow",               "media_errors", 4, {"warning drive_media_errors_grow"}),
+        growing("media errors stay",               "media_errors", 3, {"warning drive_media_errors"}),
+        growing("other errors grow",               "other_errors", 4, {"notice drive_other_errors_grow"}),
+        growing("other errors stay",               "other_errors", 3, {"notice drive_other_errors"}),
         nvme("healthy NVMe drive",                 [](Drive& d) { d.percentage_used = 79; d.available_spare_percent = 11; },             {}),
         nvme("80 % of its life used",              [](Drive& d) { d.percentage_used = 80; },                                             {"warning drive_wear"}),
         nvme("its life used up, spare good",       [](Drive& d) { d.percentage_used = 120; d.available_spare_percent = 100; },           {"warning drive_wear"}),

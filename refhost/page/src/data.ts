@@ -79,6 +79,7 @@ export interface Finding {
   time: string | null; // of the latest event, by its source's clock
   count: number;
   evidence: Place[];
+  first_seen?: string | null; // the first run that has it (UTC, "...Z"), or the event that began it; null: not known
   acknowledged?: {until: string; by: string | null; why: string | null} | null; // `says` tells it in words
 }
 

@@ -3,7 +3,7 @@ import type {Finding, Overview, Severity} from "./data";
 import {addressOf, Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";
 import {count, visible} from "./text";
-import {bySeverity, isAcknowledged} from "./verdict";
+import {bySeverity, isAcknowledged, sinceOf} from "./verdict";
 
 const TITLES: Record<Severity, [one: string, many: string]> = {
   critical: ["critical finding", "critical findings"],
@@ -14,6 +14,7 @@ const TITLES: Record<Severity, [one: string, many: string]> = {
 
 function FindingLine({finding, overview}: {finding: Finding; overview: Overview}) {
   const address = finding.evidence[0] && addressOf(overview, finding.evidence[0]);
+  const since = sinceOf(overview, finding);
   const subject = <bdi>{visible(finding.subject)}</bdi>;
   return (
     <li class={`finding ${finding.severity}`}>
@@ -27,6 +28,11 @@ function FindingLine({finding, overview}: {finding: Finding; overview: Overview}
         <p class="from">
           <span>{visible(finding.subsystem)}</span>
           {finding.time !== null && <time dateTime={finding.time}>{visible(finding.time.replace("T", " "))}</time>}
+          {since !== undefined && (
+            <span>
+              since <time dateTime={since}>{visible(since.replace("T", " "))}</time>
+            </span>
+          )}
           {finding.count > 1 && <span>{count(finding.count, "time")}</span>}
           {finding.evidence.map((place, at) => (
             <Evidence key={at} overview={overview} place={place} />

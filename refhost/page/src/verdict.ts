@@ -8,6 +8,12 @@ export function isAcknowledged({acknowledged}: Finding): boolean {
   return acknowledged !== undefined && acknowledged !== null;
 }
 
+// Since when it is there, where that is not only since this collection, nor its own time.
+export function sinceOf({meta}: Overview, {first_seen, time}: Finding): string | undefined {
+  if (first_seen === undefined || first_seen === null || first_seen === time) return undefined;
+  return first_seen < (meta["started"] ?? "") ? first_seen : undefined;
+}
+
 // The findings of each severity, the worst first; none without findings.
 export function bySeverity(findings: Finding[]): {severity: Severity; findings: Finding[]}[] {
   return SEVERITIES.map(severity => ({

@@ -13,6 +13,7 @@
 #include "inventory/survey.h"
 #include "qvhost/base/site_rules.h"
 #include "qvhost/finish/commands.h"
+#include "qvhost/finish/history.h"
 #include "qvhost/finish/runs.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
@@ -107,6 +108,18 @@ findings::Rules rules_of(const Store& store) {
     }
 }
 
+// The verdict, with what earlier runs add to it.
+findings::Verdict judged(const Store& store, const LogDir& dir, const inventory::Survey& survey,
+                         findings::EventJudge& events, const std::vector<CommandInfo>& commands,
+                         const findings::Rules& rules) {
+    auto circumstances = circumstances_of(store, commands, dir);
+    circumstances.grown = grown_counters(store, dir, survey.inventory);
+    auto verdict = findings::judge(survey, events, circumstances, rules);
+    add_first_seen(store, dir, survey.inventory, verdict);
+    verdict.started = store.meta("started");
+    return verdict;
+}
+
 }  // namespace
 
 inventory::Inventory judge_report(Store& store, const LogDir& dir,
@@ -121,8 +134,7 @@ inventory::Inventory judge_report(Store& store, const LogDir& dir,
         },
         foreign_files(store, dir));
     write_inventory(store, survey.inventory);
-    write_verdict(store, findings::judge(survey, judge_events,
-                                         circumstances_of(store, commands, dir), rules_of(store)));
+    write_verdict(store, judged(store, dir, survey, judge_events, commands, rules_of(store)));
     store.commit();
     return std::move(survey.inventory);
 }
@@ -133,7 +145,7 @@ findings::Verdict judge_again(const Store& store, const LogDir& dir, const findi
     const auto survey = inventory::survey(
         dir.path(), origins_of(commands, named_in_commands(store, dir)),
         [&](inventory::Event&& event) { events.take(event); }, foreign_files(store, dir));
-    return findings::judge(survey, events, circumstances_of(store, commands, dir), rules);
+    return judged(store, dir, survey, events, commands, rules);
 }
 
 }  // namespace qvhost

@@ -257,6 +257,8 @@ void print_text(const CheckOptions& options, const Checked& checked, HealthWord 
     }
     for (const auto& one : checked.verdict.findings) {
         std::cout << '[' << word(one.severity) << "] " << finding_text(one);
+        if (const auto first = since(one, checked.verdict); !first.empty())
+            std::cout << ", since " << plain(first);
         if (!one.evidence.empty()) std::cout << " (" << place_text(one.evidence.front()) << ')';
         std::cout << '\n';
     }

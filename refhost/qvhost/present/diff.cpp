@@ -9,24 +9,15 @@
 #include <utility>
 
 #include "compare/compare.h"
+#include "qvhost/finish/history.h"
 #include "qvhost/finish/runs.h"
 #include "qvhost/present/diff_view.h"
 #include "qvhost/present/open_report.h"
 #include "verdict/inventory_tables.h"
-#include "verdict/verdict_tables.h"
 
 namespace qvhost {
 
 namespace {
-
-compare::Side side_of(const Store& store) {
-    return {
-        {store.meta("host"), store.meta("machine_id"), store.meta("os"), store.meta("kernel"),
-         store.meta("run_as"), store.meta("qvhost"), store.meta("started"), store.meta("finished")},
-        read_inventory(store),
-        read_verdict(store)
-    };
-}
 
 DiffView::Report report_of(const std::filesystem::path& path, const Store& store) {
     auto side = side_of(store);

@@ -217,7 +217,12 @@ Labelled told_by_events(const Finding& finding, const Store& store) {
 
 void print_history(const Finding& finding, const Store& store, const fs::path& log_dir,
                    const TerminalStyle& style) {
-    Labelled lines;
+    Labelled lines{
+        {"first seen", finding.first_seen.value_or("not known")}
+    };
+    for (const auto& one : finding.growth)
+        lines.emplace_back(one.field, "grew from " + std::to_string(one.before) + " to " +
+                                          std::to_string(one.now) + " since " + one.since);
     if (!log_dir.empty()) lines.emplace_back("earlier runs", told_by_runs(finding, log_dir));
     for (auto& line : told_by_events(finding, store)) lines.push_back(std::move(line));
     print("Since when", lines, style);
