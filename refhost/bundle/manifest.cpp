@@ -67,6 +67,7 @@ std::string json_of(const Manifest& manifest) {
         {"started",      known(manifest.started)     },
         {"finished",     known(manifest.finished)    },
         {"status",       known(manifest.status)      },
+        {"redacted",     known(manifest.redacted)    },
         {"files",        std::move(files)            },
         {"left_out",     std::move(left_out)         },
     };
@@ -97,6 +98,7 @@ Manifest read_manifest(std::string_view text) {
                           text_of(json, "started"),
                           text_of(json, "finished"),
                           text_of(json, "status"),
+                          json.contains("redacted") ? text_of(json, "redacted") : "",
                           {},
                           {}};
         for (const auto& file : json.at("files")) manifest.files.push_back(file_of(file));

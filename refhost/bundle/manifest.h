@@ -39,6 +39,7 @@ struct Manifest {
     std::string collected_by = {};  // the version that collected
     // Of the collection; empty: not known.
     std::string host = {}, started = {}, finished = {}, status = {};
+    std::string redacted = {};  // "serials,network": what it was redacted of; empty: nothing
     std::vector<BundledFile> files = {};  // all but the manifest and its digest
     std::vector<LeftOut> left_out = {};
     bool operator==(const Manifest&) const = default;

@@ -21,7 +21,7 @@ constexpr const char* kNumbers[] = {"model", "product", "part", "serial", "firmw
 
 void put_title(std::ostream& out, const char* title) { out << '\n' << title << '\n'; }
 
-void put_machine(std::ostream& out, const Store& store) {
+void put_machine(std::ostream& out, const Store& store, const std::string& redacted) {
     std::vector<std::pair<std::string, std::string>> lines;
     const auto add = [&](const std::string& label, const std::string& text) {
         if (!text.empty()) lines.emplace_back(one_line(label), one_line(text));
@@ -31,6 +31,8 @@ void put_machine(std::ostream& out, const Store& store) {
     add("System", store.meta("os"));
     const auto finished = store.meta("finished");
     add("Collected", (finished.empty() ? "" : finished + ", ") + store.status_text());
+    if (!redacted.empty())
+        add("Replaced", redacted + ": other values of the same form stand there");
     print_labelled(out, lines, TerminalStyle());
 }
 
@@ -81,14 +83,14 @@ void put_missing(std::ostream& out, const Store& store, const std::vector<LeftOu
 
 }  // namespace
 
-std::string summary_text(const Store& store, const std::vector<LeftOut>& left_out) {
+std::string summary_text(const Store& store, const Manifest& manifest) {
     std::ostringstream out;
     const auto verdict = read_verdict(store);
-    put_machine(out, store);
+    put_machine(out, store, manifest.redacted);
     out << '\n';
     show_verdict(out, verdict, TerminalStyle());
     put_numbers(out, store, verdict);
-    put_missing(out, store, left_out);
+    put_missing(out, store, manifest.left_out);
     return out.str();
 }
 

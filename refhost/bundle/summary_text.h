@@ -11,7 +11,8 @@ namespace qvhost::bundle {
 
 inline constexpr const char* kSummaryName = "SUMMARY.txt";
 
-// Who and what, health and findings, serial and part numbers, firmware, and what is missing.
-std::string summary_text(const Store& store, const std::vector<LeftOut>& left_out);
+// Who and what, health and findings, serial and part numbers, firmware, and what is missing. Of the manifest it takes
+// what was left out and redacted.
+std::string summary_text(const Store& store, const Manifest& manifest);
 
 }  // namespace qvhost::bundle

@@ -99,6 +99,7 @@ public:
         manifest_.started = store.meta("started");
         manifest_.finished = store.meta("finished");
         manifest_.status = store.meta("status");
+        manifest_.redacted = order.redacted;
         for (auto& source : contents_.files) hashes_.push_back(hash_of(source));
     }
 
@@ -128,7 +129,7 @@ private:
     // Fills the lists of the manifest.
     void describe() {
         manifest_.left_out = contents_.left_out;
-        summary_ = summary_text(store_, manifest_.left_out);
+        summary_ = summary_text(store_, manifest_);
         manifest_.files = {
             {kSummaryName, summary_.size(), sha256_of(summary_)}
         };

@@ -19,6 +19,7 @@ struct Order {
     std::filesystem::path output;    // replaced as a whole
     Format format = Format::tar_zst;
     std::uint64_t most_bytes = 0;  // of the bundle; 0: as many as it takes
+    std::string redacted = {};     // as the manifest says it
 };
 
 // Returns what the bundle holds. The largest captures are left out until it has no more bytes than it may. Throws

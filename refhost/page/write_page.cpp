@@ -118,9 +118,9 @@ void add_verdict(const Store& store, const fs::path& data, ordered_json& overvie
 }
 
 // The grid adds a style sheet while it runs. The page's policy admits only styles with this nonce.
-std::string with_nonce(std::string_view html) {
+std::string with_nonce(std::string_view html, std::string nonce) {
     std::random_device random;
-    const auto nonce = std::to_string(random()) + std::to_string(random());
+    if (nonce.empty()) nonce = std::to_string(random()) + std::to_string(random());
     return boost::replace_all_copy(std::string(html), "@NONCE@", nonce);
 }
 
@@ -128,7 +128,7 @@ std::string with_nonce(std::string_view html) {
 }  // namespace page
 
 void write_page(const Store& store, const fs::path& report, const fs::path& log_dir,
-                const std::set<std::string>& only) {
+                const std::set<std::string>& only, const std::string& nonce) {
     using namespace page;
     const auto data = report / "data";
     const auto assets = report / "assets";
@@ -179,7 +179,7 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
     add_verdict(store, data, overview);
     const auto json = json_line(overview);
     write_new_file(data / "overview.js", data_script("overview", json));
-    write_new_file(report / "index.html", with_nonce(html()));
+    write_new_file(report / "index.html", with_nonce(html(), nonce));
 }
 
 }  // namespace qvhost

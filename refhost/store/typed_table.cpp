@@ -25,6 +25,14 @@ const char* sql_type(ColumnType type) {
     return "";
 }
 
+// Of a store of somebody else: text, whatever it says.
+ColumnType type_of(const std::string& sql) {
+    for (const auto type : {ColumnType::integer, ColumnType::real, ColumnType::boolean}) {
+        if (sql == sql_type(type)) return type;
+    }
+    return ColumnType::text;
+}
+
 void bind(Statement& statement, int place, const TypedValue& value) {
     if (const auto* number = std::get_if<std::int64_t>(&value)) {
         statement.bind(place, *number);
@@ -151,8 +159,7 @@ std::vector<StoredColumn> stored_columns(const Store& store, const std::string& 
         Statement q(store.impl_->db, "SELECT name, type FROM pragma_table_info(?)");
         q.bind(1, table);
         while (q.executeStep())
-            columns.push_back({q.getColumn(0).getString(),
-                               q.getColumn(1).getString() == sql_type(ColumnType::boolean)});
+            columns.push_back({q.getColumn(0).getString(), type_of(q.getColumn(1).getString())});
         return columns;
     });
 }

@@ -81,7 +81,7 @@ void each_typed_row_while(const Store& store, const char* table,
 // The table as it is in the file, for views that show whatever it has. None: there is no such table.
 struct StoredColumn {
     std::string name;
-    bool is_boolean = false;
+    ColumnType type = ColumnType::text;
 };
 std::vector<StoredColumn> stored_columns(const Store& store, const std::string& table);
 

@@ -75,6 +75,9 @@ struct BundleOptions {
     std::filesystem::path report;
     std::filesystem::path output;  // its ending says the format
     std::uint64_t most_bytes = 0;  // 0: no limit
+    std::string redact;            // classes, joined by commas; empty: nothing is replaced
+    std::filesystem::path map;     // which replacement stands for what; empty: nobody knows
+    bool review = false;           // say what would be replaced, and make no bundle
 };
 
 // What the user asked of `query`.

@@ -90,9 +90,12 @@ const std::vector<CommandText> kTexts = {
 
     {"bundle", "Make one file of a report, to hand on",
      {"Captures, log, report and page go into a .tar.zst, or into a .zip, which every desktop opens. SUMMARY.txt in it can be pasted into a mail: machine, health, findings, serial and part numbers, firmware, what is missing. manifest.json names each file with its size, its SHA-256 and the command that wrote it, and what was left out: always earlier runs and files of no run, and the largest captures where it may not be larger. The same report gives the same bytes.",
-      "A bundle holds what the report holds: serial numbers, addresses, logs. Its mode is 0600."},
+      "A bundle holds what the report holds: serial numbers, addresses, logs. Its mode is 0600.",
+      "With --redact, values of the classes serials, network, users and secrets are replaced by others of the same form and length: the same ones everywhere in the bundle, and with the same --map in further bundles, so that two of them can be compared. Archives, binaries and earlier runs are left out. The finished bundle is read back, and there is none if a value is still in it. docs/privacy.md tells what is replaced and what cannot be; look at --review first."},
      {{"qvhost bundle DIR --output web1.tar.zst",                           "The whole report, for a colleague."},
-      {"qvhost bundle DIR --output web1.zip --max-size 20M",                "One that a mail takes."}}},
+      {"qvhost bundle DIR --output web1.zip --max-size 20M",                "One that a mail takes."},
+      {"qvhost bundle DIR --redact all --review",                           "What would be replaced."},
+      {"qvhost bundle DIR --output web1.zip --redact network,users,secrets --map ~/web1.map", "For a warranty case, which needs the serial numbers."}}},
 
     {"verify", "Check a bundle",
      {"Reads all of it: each file is as the manifest says, and nothing else is in it. Links, devices, names that lead elsewhere, two files of one name and what unpacks to far more than a report are refused with words. It is not said who made it: a bundle has no signature."},
@@ -360,7 +363,6 @@ void add_bundle(CLI::App& app, BundleOptions& options) {
     auto& bundle = add_command(app, "bundle");
     bundle.add_option("REPORT", options.report, "A log directory")->required();
     bundle.add_option("--output", options.output, "The new file: .tar.zst, or .zip")
-        ->required()
         ->type_name("FILE")
         ->check(not_empty);
     bundle
@@ -368,6 +370,21 @@ void add_bundle(CLI::App& app, BundleOptions& options) {
                     "Leave out the largest captures until it has at most this size, such as 20M")
         ->transform(bytes_of_size())
         ->type_name("SIZE");
+    bundle
+        .add_option("--redact", options.redact,
+                    "Replace values of these classes, joined by commas: serials, network, users, "
+                    "secrets; or all (docs/privacy.md)")
+        ->type_name("CLASS,...")
+        ->check(not_empty);
+    bundle
+        .add_option(
+            "--map", options.map,
+            "With --redact: keep in this file which replacement stands for what, and use those "
+            "that stand there")
+        ->type_name("FILE")
+        ->check(not_empty);
+    bundle.add_flag("--review", options.review,
+                    "With --redact: print what would be replaced, and make no bundle");
     bundle.callback([&options] {
         const auto misuse = bundle_misuse(options);
         if (!misuse.empty()) throw CLI::ValidationError(misuse);

@@ -14,6 +14,8 @@
 #include "qvhost/base/log_dir.h"
 #include "qvhost/finish/runs.h"
 #include "qvhost/present/open_report.h"
+#include "qvhost/present/redaction.h"
+#include "qvhost/present/unfinished.h"
 #include "show/visible.h"
 #include "text/size.h"
 
@@ -69,38 +71,16 @@ std::string size_of(const bundle::Manifest& manifest) {
     return counted(manifest.files.size(), "file") + ", " + size_text(bytes);
 }
 
+void tell_redacted(const bundle::Manifest& manifest) {
+    if (!manifest.redacted.empty())
+        std::cout << "replaced: " << one_line(manifest.redacted) << '\n';
+}
+
 void tell_left_out(const bundle::Manifest& manifest) {
     for (const auto& [name, reason, bytes] : manifest.left_out)
         std::cout << "left out: " << one_line(name) << ", " << size_text(bytes) << ": "
                   << one_line(reason) << '\n';
 }
-
-// Beside the directory, so that it gets its name when it is whole.
-class Unfinished {
-public:
-    explicit Unfinished(const fs::path& directory) {
-        std::string pattern = directory.string() + ".XXXXXX";
-        if (!::mkdtemp(pattern.data()))
-            throw std::system_error(errno, std::generic_category(),
-                                    directory.string() + ": cannot make a directory beside it");
-        path_ = pattern;
-    }
-    ~Unfinished() {
-        std::error_code ignored;
-        if (!path_.empty()) fs::remove_all(path_, ignored);
-    }
-    Unfinished(const Unfinished&) = delete;
-    Unfinished& operator=(const Unfinished&) = delete;
-
-    const fs::path& path() const { return path_; }
-    void become(const fs::path& directory) {
-        fs::rename(path_, directory);
-        path_.clear();
-    }
-
-private:
-    fs::path path_;
-};
 
 // What the sender's page does when it is opened nobody knows.
 void make_page_anew(const LogDir& dir) {
@@ -112,6 +92,10 @@ void make_page_anew(const LogDir& dir) {
 }  // namespace
 
 std::string bundle_misuse(const BundleOptions& options) {
+    if (const auto misuse = redaction_misuse(options); !misuse.empty()) return misuse;
+    if (options.review)
+        return options.output.empty() ? "" : "--review makes no bundle: it takes no --output";
+    if (options.output.empty()) return "--output is required";
     return format_of(options.output) ? "" : "--output names a file that ends with .tar.zst or .zip";
 }
 
@@ -131,15 +115,20 @@ void make_bundle(const BundleOptions& options) {
     order.log_dir = options.report;
     order.names = files_of_latest_run(dir);
     order.left_out = others_in(dir, order.names);
+    if (options.review) return Redaction(report.store, order, options).review(std::cout);
     order.output = options.output;
     order.format = format_of(options.output)->format;
     order.most_bytes = options.most_bytes;
     // A zip has local times, and those of two machines differ.
     ::setenv("TZ", "UTC0", 1);
     ::tzset();
-    const auto manifest = bundle::write_bundle(report.store, "qvhost " QV_VERSION, order);
+    constexpr const char* kProgram = "qvhost " QV_VERSION;
+    const auto manifest = options.redact.empty()
+                              ? bundle::write_bundle(report.store, kProgram, order)
+                              : Redaction(report.store, order, options).write_bundle(kProgram);
     std::cout << one_line(options.output.string()) << ": " << size_of(manifest) << ", packed in "
               << size_text(fs::file_size(options.output)) << '\n';
+    tell_redacted(manifest);
     tell_left_out(manifest);
 }
 
@@ -151,6 +140,7 @@ void verify_file(const fs::path& file) {
               << one_line(manifest.finished.empty() ? "nobody knows when" : manifest.finished)
               << ", " << one_line(manifest.status) << "\nmade by: " << one_line(manifest.program)
               << '\n';
+    tell_redacted(manifest);
     tell_left_out(manifest);
 }
 

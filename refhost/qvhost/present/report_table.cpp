@@ -83,7 +83,7 @@ void each_read_row(const Store& store, const std::string& id, const TakeRow& tak
         row.begin(columns.size());
         for (std::size_t i = 0; i < columns.size() && i < values.size(); ++i) {
             if (const auto* number = std::get_if<std::int64_t>(&values[i])) {
-                if (columns[i].is_boolean) {
+                if (columns[i].type == ColumnType::boolean) {
                     row.boolean(i, *number != 0);
                 } else {
                     row.integer(i, *number);

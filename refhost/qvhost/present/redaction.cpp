@@ -1,0 +1,172 @@
+#include "qvhost/present/redaction.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <ostream>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "bundle/archive_reader.h"
+#include "bundle/contents.h"
+#include "page/write_page.h"
+#include "qvhost/base/log_dir.h"
+#include "qvhost/present/unfinished.h"
+#include "redact/map_file.h"
+#include "redact/read_back.h"
+#include "redact/store_copy.h"
+#include "redact/store_values.h"
+#include "redact/text_file.h"
+#include "report/report_json.h"
+#include "show/visible.h"
+
+namespace qvhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Made anew, from the redacted store and captures.
+bool is_made_anew(const std::string& name) {
+    return name == "report/report.sqlite" || name == "report/report.json" ||
+           name == "report/index.html" || name.starts_with("report/assets/") ||
+           name.starts_with("report/data/");
+}
+
+bool is_below(const fs::path& file, const fs::path& directory) {
+    const auto name = fs::weakly_canonical(file), top = fs::canonical(directory);
+    return std::mismatch(top.begin(), top.end(), name.begin(), name.end()).first == top.end();
+}
+
+}  // namespace
+
+std::string redaction_misuse(const BundleOptions& options) {
+    if (options.redact.empty())
+        return options.map.empty() && !options.review ? ""
+                                                      : "--map and --review belong to --redact";
+    if (redact::classes_of(options.redact).empty())
+        return "--redact: " + options.redact +
+               " is none of serials, network, users, secrets and all";
+    if (!options.map.empty() && options.map == options.output)
+        return "--map and --output are two files";
+    return "";
+}
+
+Redaction::Redaction(const Store& store, bundle::Order order, const BundleOptions& options)
+    : store_(store),
+      order_(std::move(order)),
+      map_(options.map),
+      classes_(redact::classes_of(options.redact)),
+      values_(redact::words_of_reports(store)) {
+    if (!map_.empty()) {
+        if (is_below(map_, order_.log_dir))
+            throw std::runtime_error(map_.string() + ": a map does not belong into the report");
+        substitutes_ = redact::read_map(map_);
+    }
+    order_.redacted = redact::text_of(classes_);
+    auto contents = bundle::contents_of(order_.log_dir, order_.names);
+    order_.left_out.insert(order_.left_out.end(), contents.left_out.begin(),
+                           contents.left_out.end());
+    redact::gather_from_store(store_, values_);
+    for (const auto& source : contents.files) {
+        redact::gather_from_text(source.name, values_);
+        if (is_made_anew(source.name)) continue;
+        const auto file = order_.log_dir / source.name;
+        if (const auto reason = redact::why_not_redacted(file); !reason.empty()) {
+            order_.left_out.push_back({source.name, reason, source.bytes});
+            continue;
+        }
+        redact::gather_from_file(file, values_);
+        files_.push_back(source.name);
+    }
+    for (const auto& one : order_.left_out) redact::gather_from_text(one.name, values_);
+    substitutes_.assign(values_);
+}
+
+void Redaction::review(std::ostream& out) const {
+    constexpr std::size_t kExamples = 5;
+    for (const auto& row : redact::kClasses) {
+        if (!classes_.has(row.which)) continue;
+        std::vector<std::pair<std::size_t, std::string>> lines;
+        std::size_t places = 0;
+        for (const auto& [value, use] : values_.all()) {
+            if (!use.classes.has(row.which) || !substitutes_.has(value)) continue;
+            places += use.times;
+            lines.emplace_back(use.times, *use.spelled.begin() + " -> " + substitutes_.of(value) +
+                                              (use.is_searched ? "" : ", in its own fields alone"));
+        }
+        out << row.name << " (" << row.meaning << "): " << lines.size()
+            << (lines.size() == 1 ? " value, seen " : " values, seen ") << places
+            << (places == 1 ? " time" : " times") << '\n';
+        std::sort(lines.begin(), lines.end(), [](const auto& a, const auto& b) {
+            return std::pair(b.first, a.second) < std::pair(a.first, b.second);
+        });
+        for (std::size_t i = 0; i < lines.size() && i < kExamples; ++i)
+            out << "  " << one_line(lines[i].second) << " (" << lines[i].first << ")\n";
+        if (lines.size() > kExamples) out << "  and " << lines.size() - kExamples << " more\n";
+    }
+}
+
+void Redaction::make_report(const fs::path& directory) const {
+    const redact::Redactor redactor(classes_, values_, substitutes_);
+    const LogDir dir(directory);
+    make_private_directory(directory);
+    make_private_directory(dir.report());
+    for (const auto& name : files_) {
+        const auto place = directory / redactor.text(name);
+        fs::path above = directory;
+        for (const auto& part : place.parent_path().lexically_relative(directory)) {
+            above /= part;
+            if (!fs::exists(above)) make_private_directory(above);
+        }
+        redact::redact_file(order_.log_dir / name, place, redactor);
+    }
+    redact::copy_redacted(store_, dir.store(), redactor);
+    const Store store(dir.store(), Store::Mode::read);
+    write_report_json(store, dir.json());
+    // The same report and map give the same page.
+    redact::Noise noise(substitutes_.key(), "nonce of the page " + store.meta("finished"));
+    std::string nonce;
+    constexpr std::size_t kDigits = 20;
+    while (nonce.size() < kDigits) nonce += std::to_string(noise.below(10));
+    write_page(store, dir.report(), dir.path(), {}, nonce);
+}
+
+void Redaction::read_back(const fs::path& file) const {
+    const redact::Redactor redactor(classes_, values_, substitutes_);
+    redact::ReadBack read(redactor.search());
+    bundle::each_file(file, {}, [&](const bundle::ArchivedFile& one) -> bundle::TakeBytes {
+        read.begin(one.directory + '/' + one.name);
+        // The program's own script and style, the same in every report.
+        if (one.name.starts_with("report/assets/")) return [](std::string_view) {};
+        return [&](std::string_view bytes) { read.add(bytes); };
+    });
+    read.end();
+    if (!read.found_in().empty())
+        throw std::runtime_error(order_.output.string() + ": there is no bundle: in \"" +
+                                 read.found_in() +
+                                 "\" of it stood a value that should have been replaced");
+}
+
+bundle::Manifest Redaction::write_bundle(const std::string& program) const {
+    const redact::Redactor redactor(classes_, values_, substitutes_);
+    const Unfinished staging(order_.output);
+    auto order = order_;
+    order.log_dir = staging.path() / "log";
+    order.output = staging.path() / order_.output.filename();
+    make_report(order.log_dir);
+    order.names.clear();
+    for (const auto& entry : fs::directory_iterator(order.log_dir))
+        order.names.push_back(entry.path().filename().string());
+    for (auto& [name, reason, bytes] : order.left_out) name = redactor.text(name);
+    std::sort(order.left_out.begin(), order.left_out.end(),
+              [](const auto& a, const auto& b) { return a.name < b.name; });
+    const Store store(LogDir(order.log_dir).store(), Store::Mode::read);
+    auto manifest = bundle::write_bundle(store, program, order);
+    read_back(order.output);
+    if (!map_.empty()) redact::write_map(map_, substitutes_);
+    fs::rename(order.output, order_.output);
+    return manifest;
+}
+
+}  // namespace qvhost

@@ -1,0 +1,35 @@
+// A text as values are looked for in it: lower case, without line ends, and its hexadecimal digits without what
+// divides them. Each character knows its place.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qvhost::redact {
+
+// The text in lower case; a line end and the space at the beginning of the next line are not in it.
+class Joined {
+public:
+    explicit Joined(std::string_view text);
+    const std::string& text() const { return text_; }
+    // Where its character stands in the original. Quick for places that ascend.
+    std::size_t place(std::size_t at) const;
+
+private:
+    std::string text_;
+    std::vector<std::pair<std::size_t, std::size_t>> lines_;  // where each begins here and there
+    mutable std::size_t line_ = 0;
+};
+
+// Runs of hexadecimal digits, with a NUL between two runs. What divides digits within a run: any of ":-. ,_\t" and
+// line ends, "0x" and "\x".
+struct HexRuns {
+    explicit HexRuns(std::string_view text);
+    std::string digits;               // lower case
+    std::vector<std::size_t> places;  // of each
+};
+
+}  // namespace qvhost::redact

@@ -1,0 +1,110 @@
+#include "redact/store_values.h"
+
+#include <variant>
+#include <vector>
+
+#include "inventory/fields.h"
+#include "redact/redactor.h"
+#include "redact/text_file.h"
+#include "store/typed_table.h"
+#include "text/case.h"
+
+namespace qvhost::redact {
+
+namespace {
+
+constexpr const char* kHost = "host";
+
+using Fields = std::map<std::pair<std::string, std::string>, Class>;
+
+const Fields& declared_fields() {
+    static const auto all = [] {
+        Fields made;
+        inventory::each_kind([&](const auto& kind) {
+            for (const auto& field : kind.fields) {
+                if (field.secret == inventory::Secret::serial)
+                    made[{kind.name, field.name}] = Class::serials;
+                if (field.secret == inventory::Secret::network)
+                    made[{kind.name, field.name}] = Class::network;
+            }
+        });
+        return made;
+    }();
+    return all;
+}
+
+void gather_declared(const std::string& value, Class which, Values& values) {
+    values.add(value, which, form_in_field(which, value), true);
+}
+
+void gather_records(const Store& store, Values& values) {
+    store.each_record([&](const Record& record) {
+        for (const auto& property : record.properties) {
+            const auto* const text = std::get_if<std::string>(&property.value);
+            if (text == nullptr || text->empty()) continue;
+            gather_from_text(
+                labelled(property.display.empty() ? property.id : property.display, *text), values);
+        }
+    });
+}
+
+void gather_typed(const Store& store, const std::string& table, Values& values) {
+    const auto columns = stored_columns(store, table);
+    if (columns.empty()) return;
+    std::vector<std::optional<Class>> classes;
+    for (const auto& column : columns) classes.push_back(class_of_field(table, column.name));
+    each_stored_row(store, table, [&](const std::vector<TypedValue>& row) {
+        for (std::size_t i = 0; i < row.size() && i < classes.size(); ++i) {
+            const auto* const text = std::get_if<std::string>(&row[i]);
+            if (text == nullptr) continue;
+            if (classes[i]) gather_declared(*text, *classes[i], values);
+            gather_from_text(labelled(columns[i].name, *text), values);
+        }
+    });
+}
+
+}  // namespace
+
+std::optional<Class> class_of_field(const std::string& table, const std::string& column) {
+    const auto found = declared_fields().find({table, column});
+    return found == declared_fields().end() ? std::nullopt : std::optional(found->second);
+}
+
+std::set<std::string> words_of_reports(const Store& store) {
+    std::set<std::string> words;
+    inventory::each_kind([&](const auto& kind) {
+        words.insert(lowered(kind.name));
+        for (const auto& field : kind.fields) words.insert(lowered(field.name));
+    });
+    for (const auto name : kTypedTables) {
+        words.insert(lowered(name));
+        for (const auto& column : stored_columns(store, std::string(name)))
+            words.insert(lowered(column.name));
+    }
+    for (const auto& module : store.modules()) {
+        for (const auto& table : module.tables) {
+            words.insert(lowered(table.id));
+            for (const auto& property : store.properties(table.id))
+                words.insert(lowered(property.id));
+        }
+    }
+    return words;
+}
+
+void gather_from_store(const Store& store, Values& values) {
+    for (const auto name : kTypedTables) gather_typed(store, std::string(name), values);
+    for (const auto& [key, value] : store.all_meta()) {
+        if (key == kHost) gather_declared(value, Class::network, values);
+        gather_from_text(value, values);
+    }
+    for (const auto& fact : store.facts()) {
+        gather_from_text(labelled(fact.label, fact.value), values);
+    }
+    for (const auto& command : store.commands()) {
+        gather_from_text(command.text, values);
+        gather_from_text(command.standard_error, values);
+    }
+    gather_records(store, values);
+}
+
+}  // namespace qvhost::redact

@@ -1,0 +1,108 @@
+#include "redact/substitutes.h"
+
+#include <openssl/rand.h>
+
+#include <charconv>
+#include <cstdint>
+#include <stdexcept>
+#include <utility>
+
+namespace qvhost::redact {
+
+namespace {
+
+std::string new_key() {
+    constexpr std::size_t kBytes = 32;
+    std::string key(kBytes, '\0');
+    if (::RAND_bytes(reinterpret_cast<unsigned char*>(key.data()), static_cast<int>(key.size())) !=
+        1)
+        throw std::runtime_error("the system gives no random numbers");
+    return key;
+}
+
+// How long the decimal number is that smartctl's JSON makes of the end of a WWN.
+std::size_t low_number_size(const std::string& digits) {
+    std::uint64_t number = 0;
+    std::from_chars(digits.data() + 7, digits.data() + digits.size(), number, 16);
+    return std::to_string(number).size();
+}
+
+bool is_wwn(const Value& value) {
+    return value.form == Form::hex && value.canonical.size() == 16 && value.canonical[0] == '5';
+}
+
+}  // namespace
+
+Substitutes::Substitutes() : key_(new_key()) {}
+
+Substitutes::Substitutes(std::string key, std::map<Value, std::string> known)
+    : key_(std::move(key)), known_(std::move(known)) {
+    for (const auto& [value, replacement] : known_) taken_.insert({value.form, replacement});
+}
+
+bool Substitutes::is_free(const Value& value, const std::string& candidate) const {
+    if (candidate == value.canonical || taken_.count({value.form, candidate}) > 0 ||
+        originals_.count(candidate) > 0)
+        return false;
+    if (is_wwn(value) && low_number_size(candidate) != low_number_size(value.canonical))
+        return false;
+    if (value.form == Form::ipv6 &&
+        short_ipv6(candidate).size() != short_ipv6(value.canonical).size())
+        return false;
+    bool has_original = false;
+    in_originals_.each(candidate, [&](std::size_t, std::size_t, std::uint32_t) {
+        has_original = true;
+        return true;
+    });
+    return !has_original;
+}
+
+std::string Substitutes::assigned(const Value& value) {
+    if (const auto found = known_.find(value); found != known_.end()) return found->second;
+    if (value.form == Form::host) return assigned_host(value);
+    // Of a short value few others may be possible, or none.
+    constexpr int kTries = 2000, kStrictTries = 400;
+    Noise noise(key_, std::string(name_of(value.form)) + ' ' + value.canonical);
+    std::string made;
+    for (int i = 0; i < kTries; ++i) {
+        made = disguised(value.form, value.canonical, noise, i >= kStrictTries);
+        if (is_free(value, made)) break;
+    }
+    taken_.insert({value.form, made});
+    known_[value] = made;
+    return made;
+}
+
+// Label by label, so that a host is in the same domain as its neighbours. The last label of several stays.
+std::string Substitutes::assigned_host(const Value& value) {
+    std::string made;
+    std::string_view rest = value.canonical;
+    for (;;) {
+        const auto dot = rest.find('.');
+        const bool is_last = dot == std::string_view::npos;
+        const std::string label(rest.substr(0, dot));
+        const bool is_kept = label.empty() || (is_last && !made.empty());
+        made += is_kept ? label : assigned({Form::text, label});
+        if (is_last) break;
+        made += '.';
+        rest.remove_prefix(dot + 1);
+    }
+    taken_.insert({value.form, made});
+    known_[value] = made;
+    return made;
+}
+
+void Substitutes::assign(const Values& values) {
+    constexpr std::size_t kShortest = 5;
+    for (const auto& [value, use] : values.all()) {
+        if (is_replacement(value)) continue;
+        originals_.insert(value.canonical);
+        if (use.is_searched && value.canonical.size() >= kShortest)
+            in_originals_.add(value.canonical, 0);
+    }
+    for (const auto& [value, use] : values.all()) {
+        if (!is_replacement(value)) assigned(value);
+    }
+}
+
+}  // namespace qvhost::redact
