@@ -45,6 +45,17 @@ constexpr auto kWords = std::to_array<std::string_view>({
     "offline", "optimal", "degraded", "rebuild", "settings", "version", "release", "missing", "bundle", "manifest",
     "summary", "console", "index", "assets", "script", "style", "plug-in", "qvhost", "ipmitool", "storcli", "arcconf",
     "smartctl", "dmidecode", "lspci", "dmesg", "cpuinfo", "interrupts", "change", "changes", "light", "print",
+    // words of captures
+    "build", "builder", "buildd", "mockbuild", "geeko", "package", "driver", "current", "cache", "write", "policy",
+    "media", "error", "errors", "count", "total", "slots", "array", "group", "groups", "index", "level", "state",
+    "speed", "width", "voltage", "current", "reading", "threshold", "revision", "vendor", "manufacturer", "present",
+    "failed", "rebuilding", "background", "initialization", "properties", "properties", "backplane", "connector",
+    "interface", "channel", "address", "number", "description", "success", "failure", "information", "personality",
+    "board", "chassis", "supply", "input", "output", "upper", "lower", "critical", "nominal", "degrees", "volts",
+    "watts", "amps", "percent", "physical", "virtual", "logical", "foreign", "global", "dedicated", "spare", "disk",
+    "disks", "flash", "image", "update", "debug", "trace", "probe", "reset", "fault", "alarm", "timer", "clock",
+    "month", "today", "linux-gnu", "amd64", "x86_64", "megaraid", "adaptec", "intel", "samsung", "seagate", "toshiba",
+    "micron", "lenovo", "hitachi", "fujitsu", "supermicro", "dell", "hewlett", "packard", "broadcom", "mellanox",
 });
 
 // Names of makers, projects and distributions as tools print them.

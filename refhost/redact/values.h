@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <tuple>
 
 #include "redact/classes.h"
 #include "redact/forms.h"
@@ -26,7 +26,10 @@ struct Found {
 struct Value {
     Form form = Form::text;
     std::string canonical;
-    auto operator<=>(const Value&) const = default;
+    bool operator==(const Value&) const = default;
+    bool operator<(const Value& other) const {
+        return std::tie(form, canonical) < std::tie(other.form, other.canonical);
+    }
 };
 
 struct ValueUse {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -67,9 +68,16 @@ protected:
             if (one.at("form") == "hex") continue;
             if (from.size() < 5) continue;
             for (int raised = 0; raised < 2; ++raised) {
+                const auto is_part = [&](std::size_t at) {
+                    return at < text.size() &&
+                           std::isalnum(static_cast<unsigned char>(text[at])) != 0;
+                };
                 for (auto at = text.find(from); at != std::string::npos;
-                     at = text.find(from, at + to.size()))
-                    text.replace(at, from.size(), to);
+                     at = text.find(from, at + to.size())) {
+                    const bool is_word =
+                        (at == 0 || !is_part(at - 1)) && !is_part(at + from.size());
+                    if (is_word) text.replace(at, from.size(), to);
+                }
                 std::transform(from.begin(), from.end(), from.begin(), ::toupper);
                 std::transform(to.begin(), to.end(), to.begin(), ::toupper);
             }
