@@ -48,7 +48,7 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"sudo: ", Follows::user_colon}, {"]: ", Follows::user_colon, "sudo["},
    
     {" by ", Follows::user, "session opened"}, {" by ", Follows::user, "session closed"},
-    {"uid=", Follows::user, "("}, {" from ", Follows::domain}, {"connect to host ", Follows::host, "ssh"}, {"resolve host ", Follows::host},
+    {"uid=", Follows::user}, {" from ", Follows::domain}, {"connect to host ", Follows::host, "ssh"}, {"resolve host ", Follows::host},
     {"resolve host: ", Follows::host}, {"resolve hostname ", Follows::host}, {"set hostname to ", Follows::host}, {"hostname to ", Follows::host},
     {"hostname is ", Follows::host}, {"hostname set to ", Follows::host}, {"hostname: ", Follows::host}, {"hostname ", Follows::domain},
     {"nameserver ", Follows::domain}, {"search ", Follows::domains}, {"domain ", Follows::domain}, {"server ", Follows::domain},

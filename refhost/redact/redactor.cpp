@@ -171,9 +171,9 @@ std::string Redactor::field(std::string_view label, std::string_view value) cons
     return text(line).substr(line.size() - value.size());
 }
 
-std::string Redactor::declared(std::string_view value, Class which) const {
-    auto made = text(value);
-    if (classes_.has(which))
+std::string Redactor::declared(std::string_view label, std::string_view value, Class which) const {
+    auto made = field(label, value);
+    if (classes_.has(which) && made == value)
         overwrite(made, value, 0, value.size(), form_in_field(which, value), true);
     return made;
 }

@@ -54,9 +54,9 @@ public:
     };
     std::string text(std::string_view text, std::vector<Lines>* over_lines = nullptr) const;
 
-    // What stands in a field: of that name, or declared to be of that class.
+    // What stands in a field of that name; declared to be of that class.
     std::string field(std::string_view label, std::string_view value) const;
-    std::string declared(std::string_view value, Class which) const;
+    std::string declared(std::string_view label, std::string_view value, Class which) const;
 
     const SpellingSearch& search() const { return search_; }
 

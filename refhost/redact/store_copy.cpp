@@ -36,7 +36,7 @@ private:
     void copy_meta() {
         for (const auto& [key, value] : from_.all_meta()) {
             if (key == "host")
-                to_.set_meta(key, redactor_.declared(value, Class::network));
+                to_.set_meta(key, redactor_.declared("hostname", value, Class::network));
             else if (key == "files" || key == "foreign_files")
                 to_.set_meta(key, redacted_names(value, redactor_));
             else
@@ -91,7 +91,7 @@ private:
         each_stored_row(from_, table, [&](std::vector<TypedValue> row) {
             for (std::size_t i = 0; i < row.size() && i < classes.size(); ++i) {
                 if (auto* const value = std::get_if<std::string>(&row[i]))
-                    *value = classes[i] ? redactor_.declared(*value, *classes[i])
+                    *value = classes[i] ? redactor_.declared(stored[i].name, *value, *classes[i])
                                         : redactor_.field(stored[i].name, *value);
             }
             writer.add(row);

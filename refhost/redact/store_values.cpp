@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "inventory/fields.h"
+#include "redact/find.h"
 #include "redact/redactor.h"
 #include "redact/text_file.h"
 #include "store/typed_table.h"
@@ -14,6 +15,7 @@ namespace qvhost::redact {
 namespace {
 
 constexpr const char* kHost = "host";
+constexpr const char* kHostLabel = "hostname";
 
 using Fields = std::map<std::pair<std::string, std::string>, Class>;
 
@@ -33,8 +35,17 @@ const Fields& declared_fields() {
     return all;
 }
 
-void gather_declared(const std::string& value, Class which, Values& values) {
-    values.add(value, which, form_in_field(which, value), true);
+// A field that is declared to hold a value: the part of it that its name calls one ("wwn: 0x5000..."), else all of it.
+void gather_declared(const std::string& label, const std::string& value, Class which,
+                     Values& values) {
+    const auto line = labelled(label, value);
+    bool is_found = false;
+    find_all(line, [&](const Found& found) {
+        is_found = values.add(std::string_view(line).substr(found.at, found.size), found.which,
+                              found.form, found.in_own_field) ||
+                   is_found;
+    });
+    if (!is_found) values.add(value, which, form_in_field(which, value), true);
 }
 
 void gather_records(const Store& store, Values& values) {
@@ -57,8 +68,10 @@ void gather_typed(const Store& store, const std::string& table, Values& values) 
         for (std::size_t i = 0; i < row.size() && i < classes.size(); ++i) {
             const auto* const text = std::get_if<std::string>(&row[i]);
             if (text == nullptr) continue;
-            if (classes[i]) gather_declared(*text, *classes[i], values);
-            gather_from_text(labelled(columns[i].name, *text), values);
+            if (classes[i])
+                gather_declared(columns[i].name, *text, *classes[i], values);
+            else
+                gather_from_text(labelled(columns[i].name, *text), values);
         }
     });
 }
@@ -94,7 +107,7 @@ std::set<std::string> words_of_reports(const Store& store) {
 void gather_from_store(const Store& store, Values& values) {
     for (const auto name : kTypedTables) gather_typed(store, std::string(name), values);
     for (const auto& [key, value] : store.all_meta()) {
-        if (key == kHost) gather_declared(value, Class::network, values);
+        if (key == kHost) gather_declared(kHostLabel, value, Class::network, values);
         gather_from_text(value, values);
     }
     for (const auto& fact : store.facts()) {

@@ -89,6 +89,7 @@ const Case kFound[] = {
     {"2   frank            true    false      true       ADMINISTRATOR", "users frank"},
     {"mail to grace@corp.example.org failed",               "users grace, network corp.example.org"},
     {"alice:x:1000:1000:Alice Liddell,,,:/home/alice:/bin/bash", "users alice, users Alice Liddell, users alice"},
+    {"uid=1000(ivan) gid=1000(ivan)",                       "users ivan"},
     {"rhost=10.1.2.3 user=heidi",                           "network 10.1.2.3, users heidi"},
     // passwords and keys
     {"password=hunter2!",                                   "secrets hunter2!"},
@@ -129,7 +130,7 @@ const char* const kLookalikes[] = {
     "user space 12 of user mode", "session opened for user root by (uid=0)", "Server: 12", "cat /etc/os-release > host_os_release.txt",
     "report/data/27-LANINFO-1.js", "org.freedesktop.systemd1.Manager", "Token bucket: 5", "Drive Temperature =  31C (87.80 F)",
     "10.000 11.000 12.000", "Enabled user count : 2", "Key: none", "User Name: N/A", "search for it", "server is up",
-    "pass: yes", "SMART overall-health self-assessment test result: PASSED", "Secure Boot: disabled",
+    "pass: yes", "Pin : 4", "Pass : 12", "SMART overall-health self-assessment test result: PASSED", "Secure Boot: disabled",
 };
 // clang-format on
 

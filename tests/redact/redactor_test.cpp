@@ -96,6 +96,14 @@ TEST(Redactor, ReplacesUuidsInBothOrders) {
               "VM-1a 2b 3c 4d 5e 6f 47 a8-b9 c0 d1 e2 f3 a4 b5 c6");
 }
 
+TEST(Redactor, ReplacesWwnsAsNumbers) {
+    const Fixture redacted({{{Form::hex, "5000c500a1b2c3d4"}, "5000c500b3a1d2e5"}});
+    EXPECT_EQ(redacted(R"({"naa": 5, "oui": 3152, "id": 2712847316})"),
+              R"({"naa": 5, "oui": 3152, "id": 3013726949})");
+    EXPECT_EQ(redacted("LU WWN Device Id: 5 000c50 0a1b2c3d4"),
+              "LU WWN Device Id: 5 000c50 0b3a1d2e5");
+}
+
 TEST(Redactor, ReplacesPasswordsAsTheyAreEscaped) {
     const Fixture redacted({{{Form::text, "pa/s&w\"rd7"}, "qz/x&k\"ab2"}});
     EXPECT_EQ(redacted("pa/s&w\"rd7"), "qz/x&k\"ab2");
