@@ -128,8 +128,9 @@ Redactor::Redactor(ClassSet classes, const Values& values, const Substitutes& su
     : classes_(classes), values_(values), substitutes_(substitutes) {
     for (const auto& [value, use] : values.all()) {
         if (!use.is_searched || !substitutes.has(value)) continue;
+        const auto& classes_of_value = use.classes;
         const bool is_meant = std::any_of(kClasses.begin(), kClasses.end(), [&](const auto& row) {
-            return use.classes.has(row.which) && classes.has(row.which);
+            return classes_of_value.has(row.which) && classes.has(row.which);
         });
         if (is_meant) search_.add(value, substitutes.of(value), use.spelled);
     }
