@@ -46,7 +46,7 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"removed session of user ", Follows::user}, {"user account ", Follows::user, "", 3}, {"username ", Follows::user, "", 2},
     {"/home/", Follows::user}, {"/users/", Follows::user, "", 2, false}, {"/var/spool/cron/crontabs/", Follows::user}, {"/var/mail/", Follows::user},
     {"sudo: ", Follows::user_colon}, {"]: ", Follows::user_colon, "sudo["},
-   
+
     {" by ", Follows::user, "session opened"}, {" by ", Follows::user, "session closed"},
     {"uid=", Follows::user}, {" from ", Follows::domain}, {"connect to host ", Follows::host, "ssh"}, {"resolve host ", Follows::host},
     {"resolve host: ", Follows::host}, {"resolve hostname ", Follows::host}, {"set hostname to ", Follows::host}, {"hostname to ", Follows::host},
