@@ -17,6 +17,7 @@ Manifest manifest() {
         "2026-11-21T01:20:00Z",
         "2026-11-21T01:20:40Z",
         "complete",
+        "serials,network",
         {{"c0.txt", 12, "ab", "storcli /c0 show >c0.txt", "2026-11-21T01:20:01Z", 0.5,
           "exit code 1"},
          {"pmc.txt", 0, "cd", "arcconf getconfig 1 >pmc.txt", "", {}, "it could not be started"},
