@@ -62,24 +62,23 @@ TEST_F(Leftovers, OnlyWhatIsCertainlyLeftIsRemoved) {
 }
 
 TEST_F(Leftovers, ADirectoryWhoseProgramRunsStays) {
-    const auto directory = left("tool-aaaaaa", "bin", 700);
-    fs::copy_file("/bin/sleep", directory / "bin" / "sleep");
+    const auto directory = left("tool-aaaaaa", "tools", 700);
+    const auto sleep = fs::canonical(directory) / "tools" / "sleep";
+    fs::copy_file("/bin/sleep", sleep);
     const pid_t pid = ::fork();
     if (pid == 0) {
-        ::execl((directory / "bin" / "sleep").c_str(), "sleep", "600", nullptr);
+        ::execl(sleep.c_str(), "sleep", "600", nullptr);
         ::_exit(127);
     }
     ASSERT_GT(pid, 0);
-    // Until it runs: this test program is another file.
     const auto program = fs::path("/proc") / std::to_string(pid) / "exe";
-    const auto itself = fs::read_symlink("/proc/self/exe");
-    for (std::error_code error; fs::read_symlink(program, error) == itself && !error;)
+    for (std::error_code error; fs::read_symlink(program, error) != sleep && !error;)
         ::usleep(1000);
-    remove_leftovers(dir, {"tool"}, {"bin"});
+    remove_leftovers(dir, {"tool"}, {"tools"});
     EXPECT_EQ(names(), std::set<std::string>{"tool-aaaaaa"});
     ::kill(pid, SIGKILL);
     ::waitpid(pid, nullptr, 0);
-    remove_leftovers(dir, {"tool"}, {"bin"});
+    remove_leftovers(dir, {"tool"}, {"tools"});
     EXPECT_EQ(names(), std::set<std::string>());
 }
 

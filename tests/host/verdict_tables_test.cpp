@@ -270,8 +270,8 @@ TEST_F(VerdictTables, WordsThatAreNoneOfOursAreLeftOut) {
         write_verdict(store, small);
     });
     change(
-        "INSERT INTO findings VALUES('a','r','fatal','storage','s','t',NULL,1);"
-        "INSERT INTO findings VALUES('b','r','critical','kitchen','s','t',NULL,1);"
+        "INSERT INTO findings(id,rule,severity,subsystem,subject,says,time,count) VALUES('a','r','fatal','storage','s','t',NULL,1);"
+        "INSERT INTO findings(id,rule,severity,subsystem,subject,says,time,count) VALUES('b','r','critical','kitchen','s','t',NULL,1);"
         "INSERT INTO findings(severity,subsystem) VALUES('critical','bmc');"
         "INSERT INTO finding_evidence VALUES('nobody','b.txt',1);"
         "INSERT INTO finding_evidence VALUES(NULL,NULL,'two');"
