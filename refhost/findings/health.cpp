@@ -176,6 +176,11 @@ std::vector<Health> judge_health(const Survey& survey, const Circumstances& circ
         if (is_absent) add_once(health.judged_by, absent_by->name);
         if (subsystem == Subsystem::storage) is_absent = weigh_storage(survey, health);
         if (subsystem == Subsystem::collection) judge_collection(circumstances, health);
+        // One that leaves a command without an answer is not well, whatever its self test said before.
+        if (subsystem == Subsystem::bmc) {
+            for (const auto& command : circumstances.unanswered_by_bmc)
+                add_once(health.missing, command);
+        }
         add_unknown_words(words, health);
         add_missing_readings(survey, health);
 

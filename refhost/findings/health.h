@@ -22,6 +22,8 @@ struct Circumstances {
     std::string now;                            // when it ended, ISO 8601, on this system's clock
     std::string incomplete_because;             // in words; empty: it is complete
     std::vector<std::string> cut_off_commands;  // "sensorinfo.txt: ipmitool: killed by signal 9"
+    std::vector<std::string> unanswered_by_bmc =
+        {};  // commands to it that were stopped, in the same words
     // What could not be asked: "ipmitool is not installed (Debian package ipmitool)".
     std::vector<Lack> lacks = {};
     // What earlier runs read as less.

@@ -57,6 +57,15 @@ const Words kAllWell{
 
 TEST(Health, OkWhereEverythingWasReadWhole) { EXPECT_EQ(words_of(healthy()), kAllWell); }
 
+// Its self test and its readings came before; one question got no answer.
+TEST(Health, ABmcThatLeavesAQuestionWithoutAnAnswerIsNotWell) {
+    Circumstances circumstances;
+    circumstances.unanswered_by_bmc = {"fruinfo.txt: ipmitool: stopped at its time limit"};
+    auto expected = kAllWell;
+    expected["bmc"] = "unknown";
+    EXPECT_EQ(words_of(healthy(), circumstances), expected);
+}
+
 // Each capture that a word rests on, broken in each way: never ok.
 TEST(Health, NeverOkOnBrokenEvidence) {
     const struct {

@@ -85,6 +85,28 @@ TEST_F(UnansweredBmc, IsLeftAfterTwoStopsAndAQuestion) {
     EXPECT_EQ(others(log_dir()), others(healthy));
 }
 
+// All that verdicts rest on was read; what the BMC did not answer is a detail.
+TEST_F(UnansweredBmc, IsNotWellThoughItsSelfTestPassed) {
+    const auto server = dir() / "almost";
+    fs::copy(fs::path(QV_SAMPLES) / "x86_64-kp220-healthy", server);
+    const auto file = server / "machine.json";
+    auto recorded = nlohmann::ordered_json::parse(read_file(file));
+    int changed = 0;
+    for (auto& command : recorded["commands"]) {
+        if (command["tool"] != "ipmitool" || command.value("args", "") != "fru") continue;
+        command["seconds"] = 600;
+        ++changed;
+    }
+    ASSERT_EQ(changed, 1);
+    write_file(file, recorded.dump());
+    EXPECT_EQ(replay(server, log_dir()).exit, 3);
+    std::map<std::string, std::string> health;
+    for (const auto& one : report_json(log_dir())["health"])
+        health[one["subsystem"]] = one["health"];
+    EXPECT_EQ(health["temperature"], "ok");
+    EXPECT_EQ(health["bmc"], "unknown");
+}
+
 }  // namespace
 
 }  // namespace test

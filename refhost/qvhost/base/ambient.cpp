@@ -1,6 +1,8 @@
 #include "qvhost/base/ambient.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <cstdlib>
+#include <vector>
 
 namespace qvhost {
 
@@ -57,7 +59,8 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
     ::setenv("QV_TOOL_LIMITS", tool_limits.c_str(), 1);
     ::setenv("QV_COMMAND_LOG", command_log.c_str(), 1);
     ::setenv("QV_END_PROCESSES", "1", 1);  // the collecting child adopts orphans (runner/group.h)
-    ::setenv("QV_DEVICE_TOOLS", "ipmitool ipmiutil", 1);
+    const std::vector<std::string> bmc_tools(kBmcTools.begin(), kBmcTools.end());
+    ::setenv("QV_DEVICE_TOOLS", boost::join(bmc_tools, " ").c_str(), 1);
     ::setenv("QV_DEVICE_QUESTION", "ipmitool mc info", 1);
     ::unsetenv("QV_DEVICE_LEFT");
 }

@@ -1,14 +1,19 @@
 // The surroundings: where the program lies, and the environment that its tools get.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "qvhost/base/limits.h"
 
 namespace qvhost {
+
+// The tools that ask the BMC, as their names begin.
+inline constexpr std::array<std::string_view, 2> kBmcTools{"ipmitool", "ipmiutil"};
 
 // The running program's file. Throws std::system_error if the system does not tell.
 std::filesystem::path program_file();

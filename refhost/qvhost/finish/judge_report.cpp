@@ -1,16 +1,19 @@
 #include "qvhost/finish/judge_report.h"
 
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "findings/judge.h"
 #include "findings/rules_file.h"
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
+#include "qvhost/base/ambient.h"
 #include "qvhost/base/site_rules.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/history.h"
@@ -77,6 +80,15 @@ std::vector<findings::Lack> lacks_in(const std::string& text) {
     return lacks;
 }
 
+bool was_stopped_for_time(const CommandInfo& command) {
+    return command.stopped_by == "time" || command.stopped_by == "silence";
+}
+
+bool asks_bmc(const CommandInfo& command) {
+    return std::any_of(kBmcTools.begin(), kBmcTools.end(),
+                       [&](std::string_view tool) { return command.tool.starts_with(tool); });
+}
+
 findings::Circumstances circumstances_of(const Store& store,
                                          const std::vector<CommandInfo>& commands,
                                          const LogDir& dir) {
@@ -91,6 +103,9 @@ findings::Circumstances circumstances_of(const Store& store,
     }
     circumstances.lacks = lacks_in(store.meta("lacks"));
     for (const auto& command : commands) {
+        if (was_stopped_for_time(command) && asks_bmc(command))
+            circumstances.unanswered_by_bmc.push_back(
+                cut_off_words(command, named_in_commands(store, dir)));
         // A question of the host's own is a further one: without its answer the collection is what it was.
         if (was_cut_off(command) && command.origin != "host")
             circumstances.cut_off_commands.push_back(
