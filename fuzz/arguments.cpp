@@ -52,8 +52,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const fuzz::Printed printed;
     ParsedArguments nothing;
-    fuzz::told(
-        [&] { qvhost::write_completions(std::cout, *qvhost::command_line(nothing), arguments); });
+    for (const bool with_meanings : {false, true}) {
+        fuzz::told([&] {
+            qvhost::write_completions(std::cout, *qvhost::command_line(nothing), arguments,
+                                      with_meanings);
+        });
+    }
 
     const auto result = parsed(arguments);
     if (!result || result->collect.log_dir.empty()) return 0;
