@@ -155,8 +155,9 @@ std::optional<Kind> kind_of_label(std::string_view label) {
         if (space == std::string_view::npos) break;
         at = space;
     }
-    for (auto begin = begins.rbegin(); begin != begins.rend(); ++begin) {
-        if (const auto found = labels().find(rest.substr(*begin)); found != labels().end())
+    std::reverse(begins.begin(), begins.end());
+    for (const auto begin : begins) {
+        if (const auto found = labels().find(rest.substr(begin)); found != labels().end())
             return found->second;
     }
     return std::nullopt;
