@@ -92,7 +92,7 @@ void make_page_anew(const LogDir& dir) {
 }  // namespace
 
 std::string bundle_misuse(const BundleOptions& options) {
-    if (const auto misuse = redaction_misuse(options); !misuse.empty()) return misuse;
+    if (auto misuse = redaction_misuse(options); !misuse.empty()) return misuse;
     if (options.review)
         return options.output.empty() ? "" : "--review makes no bundle: it takes no --output";
     if (options.output.empty()) return "--output is required";
