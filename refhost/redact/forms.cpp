@@ -24,7 +24,6 @@ constexpr std::pair<Form, const char*> kForms[] = {
     {Form::ipv6, "ipv6"},
     {Form::host, "host"},
 };
-constexpr std::string_view kHexDigits = "0123456789abcdef";
 constexpr std::size_t kShortestHex = 8;
 
 std::optional<std::string> hex_digits(std::string_view text) {

@@ -1,4 +1,4 @@
-// What kind of character a byte is: of ASCII, in every locale.
+// What kind of character a byte is, of ASCII, in every locale; and bytes in hexadecimal digits.
 #pragma once
 
 #include <string>
@@ -19,6 +19,19 @@ constexpr bool is_space(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 constexpr char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 // Of a letter beyond ASCII.
 constexpr bool is_wide(char c) { return static_cast<unsigned char>(c) >= 0x80; }
+
+inline constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+// "00a4": two digits a byte.
+inline std::string hex_of(std::string_view bytes) {
+    std::string digits;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        digits += kHexDigits[byte >> 4];
+        digits += kHexDigits[byte & 15];
+    }
+    return digits;
+}
 
 // The character of a text at a place; '\n' before its beginning and behind its end.
 constexpr char at_or_end(std::string_view text, std::size_t at) {

@@ -27,17 +27,6 @@ constexpr std::size_t kMostBytes = 256U << 20;
 constexpr std::size_t kKeyDigits = 64;
 constexpr int kMostDepth = 3;
 
-std::string hex_of(const std::string& bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string digits;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        digits += kDigits[byte >> 4];
-        digits += kDigits[byte & 15];
-    }
-    return digits;
-}
-
 // Values may be any bytes; a JSON text is UTF-8. Each byte is the character of that number.
 std::string utf8_of(const std::string& bytes) {
     std::string text;

@@ -13,7 +13,6 @@ namespace qvhost::redact {
 
 namespace {
 
-constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr std::size_t kShortestBase64 = 6;
 constexpr std::size_t kShortestHexRun = 10;
 constexpr std::size_t kShortestOverLines = 8;
@@ -27,20 +26,11 @@ Pair both(const Pair& pair, Change change) {
     return {change(pair.first), change(pair.second)};
 }
 
-std::string hex_of(std::string_view bytes) {
-    std::string digits;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        digits += kDigits[byte >> 4];
-        digits += kDigits[byte & 15];
-    }
-    return digits;
-}
-
 std::string bytes_of(std::string_view digits) {
     std::string bytes;
     for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes += static_cast<char>(kDigits.find(digits[i]) * 16 + kDigits.find(digits[i + 1]));
+        bytes +=
+            static_cast<char>(kHexDigits.find(digits[i]) * 16 + kHexDigits.find(digits[i + 1]));
     return bytes;
 }
 
