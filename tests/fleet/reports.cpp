@@ -25,31 +25,31 @@ Report healthy_report(const std::string& name, const std::string& started) {
         {"uptime_seconds", "86400"},
     };
     auto& inventory = report.inventory;
-    inventory.systems.push_back({.place = {"dmidecode.txt", 3},
-                                 .manufacturer = "Example",
-                                 .product = "EX100",
-                                 .serial = "SN-" + name,
-                                 .uuid = {},
-                                 .asset_tag = {},
-                                 .firmware = "2.1",
-                                 .is_virtual = false});
-    inventory.bmcs.push_back({.place = {"bmc_mc.txt", 1},
-                              .firmware = "4.10",
-                              .ipmi = "2.0",
-                              .self_test = {},
-                              .address = {},
-                              .mac = {},
-                              .elsewhere = {}});
+    inventory::System system;
+    system.place = {"dmidecode.txt", 3};
+    system.manufacturer = "Example";
+    system.product = "EX100";
+    system.serial = "SN-" + name;
+    system.firmware = "2.1";
+    system.is_virtual = false;
+    inventory.systems.push_back(system);
+    inventory::Bmc bmc;
+    bmc.place = {"bmc_mc.txt", 1};
+    bmc.firmware = "4.10";
+    bmc.ipmi = "2.0";
+    inventory.bmcs.push_back(bmc);
     for (int slot = 0; slot < 2; ++slot) {
         const auto number = std::to_string(slot);
-        inventory.memory_modules.push_back({.place = {"dmidecode.txt", 10 + slot},
-                                            .slot = "DIMM_A" + number,
-                                            .capacity_bytes = std::int64_t{16} << 30,
-                                            .type = "DDR4",
-                                            .speed_mts = 3200,
-                                            .manufacturer = "Example",
-                                            .serial = "MM-" + name + "-" + number,
-                                            .part = "EXM16"});
+        inventory::MemoryModule module;
+        module.place = {"dmidecode.txt", 10 + slot};
+        module.slot = "DIMM_A" + number;
+        module.capacity_bytes = std::int64_t{16} << 30;
+        module.type = "DDR4";
+        module.speed_mts = 3200;
+        module.manufacturer = "Example";
+        module.serial = "MM-" + name + "-" + number;
+        module.part = "EXM16";
+        inventory.memory_modules.push_back(module);
         inventory::Drive drive;
         drive.place = {"c0_drives.txt", 5 + slot};
         drive.controller = 0;
@@ -71,13 +71,13 @@ Report healthy_report(const std::string& name, const std::string& started) {
         sensor.status = "ok";
         inventory.sensors.push_back(sensor);
     }
-    report.events.push_back({.place = {"bmc_sel.txt", 1},
-                             .source = "bmc",
-                             .time = "2026-01-01T00:00:00",
-                             .time_utc = {},
-                             .severity = inventory::Severity::info,
-                             .subject = {},
-                             .text = "Log area reset"});
+    inventory::Event event;
+    event.place = {"bmc_sel.txt", 1};
+    event.source = "bmc";
+    event.time = "2026-01-01T00:00:00";
+    event.severity = inventory::Severity::info;
+    event.text = "Log area reset";
+    report.events.push_back(event);
     report.verdict.health = {
         {findings::Subsystem::storage, findings::HealthWord::ok, {"c0_drives.txt"}, {}},
         {findings::Subsystem::memory, findings::HealthWord::ok, {"dmidecode.txt"}, {}},
