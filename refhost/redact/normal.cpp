@@ -58,6 +58,7 @@ std::size_t Joined::place(std::size_t at) const {
 
 HexRuns::HexRuns(std::string_view text) {
     std::size_t begin = 0;  // of the run
+    std::size_t group = 0;  // where the digits since the last divider begin
     const auto end_run = [&] {
         if (digits.size() - begin < kShortestRun) {
             digits.resize(begin);
@@ -82,9 +83,13 @@ HexRuns::HexRuns(std::string_view text) {
                 break;
             case Part::divider:
                 if (c == '\\' && lower(at_or_end(text, i + 1)) == 'x') ++i;
+                // Bytes in a list have two digits each; "0,2,0,0" are numbers.
+                if (c == ',' && digits.size() == group + 1) end_run();
+                group = digits.size();
                 break;
             case Part::other:
                 if (digits.size() > begin) end_run();
+                group = digits.size();
                 break;
         }
     }

@@ -25,7 +25,7 @@ private:
 };
 
 // Runs of hexadecimal digits, with a NUL between two runs. What divides digits within a run: any of ":-. ,_\t" and
-// line ends, "0x" and "\x".
+// line ends, "0x" and "\x"; but a comma behind a single digit ends it.
 struct HexRuns {
     explicit HexRuns(std::string_view text);
     std::string digits;               // lower case

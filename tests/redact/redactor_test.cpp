@@ -104,6 +104,15 @@ TEST(Redactor, ReplacesWwnsAsNumbers) {
               "LU WWN Device Id: 5 000c50 0b3a1d2e5");
 }
 
+TEST(Redactor, TakesAListOfBytesForAValueButNotOneOfNumbers) {
+    const Fixture redacted({{{Form::hex, "020000022001"}, "731bfeda2c54"}});
+    EXPECT_EQ(redacted("{02, 00, 00, 02, 20, 01}"), "{73, 1b, fe, da, 2c, 54}");
+    EXPECT_EQ(redacted("{0x02,0x00,0x00,0x02,0x20,0x01}"), "{0x73,0x1b,0xfe,0xda,0x2c,0x54}");
+    const std::string numbers = "[0,2,0,0,0,0,2,2,0,0,1,0, 2, 0, 0, 0, 0, 2, 2, 0, 0, 1]";
+    EXPECT_EQ(redacted(numbers), numbers);
+    EXPECT_EQ(redacted("[1,2,02:00:00:02:20:01]"), "[1,2,73:1b:fe:da:2c:54]");
+}
+
 TEST(Redactor, ReplacesPasswordsAsTheyAreEscaped) {
     const Fixture redacted({{{Form::text, "pa/s&w\"rd7"}, "qz/x&k\"ab2"}});
     EXPECT_EQ(redacted("pa/s&w\"rd7"), "qz/x&k\"ab2");
