@@ -37,7 +37,7 @@ inline constexpr Limits kUsualLimits{
     .run_mib = 8192,
     .archive_mib = 4096,
     .capture_mib = 256,
-    .table_mib = 64,
+    .table_mib = 256,
     .processes = 512,
 };
 
