@@ -52,6 +52,9 @@ ArchiveWriter::ArchiveWriter(std::ostream& out, Format format, std::time_t time)
     } else {
         impl_->check(archive_write_set_format_pax_restricted(archive));
         impl_->check(archive_write_add_filter_zstd(archive));
+        // So many on every machine: with threads, however many, zstd makes other bytes than without. A libarchive
+        // before 3.6 knows no threads.
+        archive_write_set_filter_option(archive, "zstd", "threads", "2");
     }
     // The last block is as long as it has to be.
     impl_->check(archive_write_set_bytes_in_last_block(archive, 1));
