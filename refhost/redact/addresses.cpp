@@ -77,6 +77,13 @@ std::size_t characters_of(std::string_view text) {
     return count;
 }
 
+// "14:00:01", of which there are many.
+bool is_short_time(std::string_view token) {
+    constexpr std::size_t kTime = 8;
+    return token.size() == kTime && token[2] == ':' && token[5] == ':' &&
+           token.find(':', 6) == std::string_view::npos;
+}
+
 // "fe80::1", "2001:db8::8a2e:370:7334"; but no "a::b" and no "12:34:56".
 bool is_ipv6(std::string_view text) {
     if (!canonical(Form::ipv6, text)) return false;
@@ -138,6 +145,7 @@ void AddressFinder::look_at(std::size_t at) {
 
 // Groups of hexadecimal digits.
 bool AddressFinder::take_colons(std::size_t at, std::size_t end) const {
+    if (is_short_time(text_.substr(at, end - at))) return false;
     constexpr std::size_t kMac = 6, kWwn = 8, kInfiniband = 20;
     const auto token = text_.substr(at, end - at);
     const auto groups = split(token, ':');

@@ -28,6 +28,7 @@ class ClassSet {
 public:
     bool has(Class one) const { return (bits_ >> static_cast<unsigned>(one) & 1U) != 0; }
     void add(Class one) { bits_ |= 1U << static_cast<unsigned>(one); }
+    void add(ClassSet others) { bits_ |= others.bits_; }
     bool empty() const { return bits_ == 0; }
     bool operator==(const ClassSet&) const = default;
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -106,24 +108,41 @@ const std::unordered_map<std::string_view, Kind>& labels() {
     return all;
 }
 
-// The last letters of the last words of labels, so that most separators are passed by quickly.
-const std::array<bool, 1 << 10>& endings() {
+// The last letters of labels, so that most separators are passed by quickly: four of a word that has as many, else two.
+struct Endings {
+    std::bitset<1 << 20> four;
+    std::bitset<1 << 10> two;
+};
+
+std::size_t last_letters(std::string_view text, std::size_t count) {
+    std::size_t letters = 0;
+    for (const char c : text.substr(text.size() - count))
+        letters = letters << 5 | static_cast<std::size_t>(c & 31);
+    return letters;
+}
+
+constexpr std::size_t kLongEnding = 4;
+
+const Endings& endings() {
     static const auto all = [] {
-        std::array<bool, 1 << 10> made{};
+        auto made = std::make_unique<Endings>();
         for (const auto& label : kLabels) {
-            const auto size = label.words.size();
-            made[static_cast<std::size_t>((label.words[size - 2] & 31) << 5 |
-                                          (label.words[size - 1] & 31))] = true;
+            const auto word = label.words.substr(label.words.rfind(' ') + 1);
+            if (word.size() >= kLongEnding)
+                made->four.set(last_letters(word, kLongEnding));
+            else if (label.words.size() >= 2)
+                made->two.set(last_letters(label.words, 2));
         }
         return made;
     }();
-    return all;
+    return *all;
 }
 
 bool may_end_label(std::string_view text, std::size_t end) {
     if (end < 2 || !is_alnum(text[end - 1])) return false;
-    return endings()[static_cast<std::size_t>((text[end - 2] & 31) << 5 | (text[end - 1] & 31))] ||
-           !is_alnum(text[end - 2]);
+    const auto label = text.substr(0, end);
+    return (end >= kLongEnding && endings().four[last_letters(label, kLongEnding)]) ||
+           endings().two[last_letters(label, 2)] || !is_alnum(text[end - 2]);
 }
 
 // "SerialNumber", "serial_number", "Serial Number" become "serial number".
@@ -303,15 +322,14 @@ Form form_of_address(std::string_view text, Form otherwise) {
     return otherwise;
 }
 
-void find_value_of(std::string_view label, std::string_view text, Span span,
-                   const TakeFound& take) {
-    const auto kind = kind_of_label(label);
-    if (!kind) return;
+namespace {
+
+void find_value(Kind kind, std::string_view text, Span span, const TakeFound& take) {
     while (span.size > 0 && is_space(text[span.at])) span = {span.at + 1, span.size - 1};
     while (span.size > 0 && is_space(text[span.at + span.size - 1])) --span.size;
     const auto value = text.substr(span.at, span.size);
     const auto word = first_word(text, span);
-    switch (*kind) {
+    switch (kind) {
         case Kind::serial:
             if (is_serial(value))
                 give(span, Class::serials, Form::text, take);
@@ -349,6 +367,13 @@ void find_value_of(std::string_view label, std::string_view text, Span span,
     }
 }
 
+}  // namespace
+
+void find_value_of(std::string_view label, std::string_view text, Span span,
+                   const TakeFound& take) {
+    if (const auto kind = kind_of_label(label)) find_value(*kind, text, span, take);
+}
+
 void find_labelled(std::string_view text, std::size_t at, const TakeFound& take) {
     const char separator = text[at];
     if (separator == '-' && (at == 0 || text[at - 1] != ' ' || at_or_end(text, at + 1) != ' '))
@@ -365,9 +390,10 @@ void find_labelled(std::string_view text, std::size_t at, const TakeFound& take)
         if (!is_alnum(c) && std::string_view(" _-/.").find(c) == std::string_view::npos) break;
         --begin;
     }
+    const auto kind = kind_of_label(text.substr(begin, end - begin));
+    if (!kind) return;
     const auto value = value_at(text, at + 1, separator);
-    if (value.size == 0) return;
-    find_value_of(text.substr(begin, end - begin), text, value, take);
+    if (value.size > 0) find_value(*kind, text, value, take);
 }
 
 }  // namespace qvhost::redact

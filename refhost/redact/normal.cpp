@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kShortestRun = 10;
 
-enum class Part : unsigned char { other, digit, divider };
+enum class Part : unsigned char { other, digit, divider, x };
 
 constexpr auto kParts = [] {
     std::array<Part, 256> parts{};
@@ -19,11 +19,62 @@ constexpr auto kParts = [] {
         const char character = static_cast<char>(c);
         if (is_hex(character))
             parts[c] = Part::digit;
+        else if (lower(character) == 'x')
+            parts[c] = Part::x;
         else if (std::string_view(":-. ,_\t\r\n\\%").find(character) != std::string_view::npos)
             parts[c] = Part::divider;
     }
     return parts;
 }();
+
+Part part_of(char c) { return kParts[static_cast<unsigned char>(c)]; }
+bool may_be_in_run(char c) { return part_of(c) != Part::other; }
+
+class RunReader {
+public:
+    RunReader(std::string_view text, HexRun& run, const std::function<void(const HexRun&)>& take)
+        : text_(text), run_(run), take_(take) {}
+
+    void read(std::size_t begin, std::size_t end) {
+        for (auto i = begin; i < end; ++i) {
+            const char c = text_[i];
+            switch (part_of(c)) {
+                case Part::digit:
+                    if (c == '0' && is_x(i + 1) && is_hex(at_or_end(text_, i + 2))) {
+                        ++i;
+                    } else {
+                        run_.digits += lower(c);
+                        run_.places.push_back(i);
+                    }
+                    break;
+                case Part::divider:
+                    if (c == '\\' && is_x(i + 1)) ++i;
+                    // Bytes in a list have two digits each; "0,2,0,0" are numbers.
+                    if (c == ',' && run_.digits.size() == group_ + 1) end_run();
+                    group_ = run_.digits.size();
+                    break;
+                case Part::x:
+                case Part::other: end_run(); break;
+            }
+        }
+        end_run();
+    }
+
+private:
+    bool is_x(std::size_t at) const { return lower(at_or_end(text_, at)) == 'x'; }
+
+    void end_run() {
+        if (run_.digits.size() >= kShortestRun) take_(run_);
+        run_.digits.clear();
+        run_.places.clear();
+        group_ = 0;
+    }
+
+    std::string_view text_;
+    HexRun& run_;
+    const std::function<void(const HexRun&)>& take_;
+    std::size_t group_ = 0;  // where the digits since the last divider begin
+};
 
 }  // namespace
 
@@ -56,44 +107,21 @@ std::size_t Joined::place(std::size_t at) const {
     return lines_[line_].second + (at - lines_[line_].first);
 }
 
-HexRuns::HexRuns(std::string_view text) {
-    std::size_t begin = 0;  // of the run
-    std::size_t group = 0;  // where the digits since the last divider begin
-    const auto end_run = [&] {
-        if (digits.size() - begin < kShortestRun) {
-            digits.resize(begin);
-            places.resize(begin);
-        } else {
-            digits += '\0';
-            places.push_back(0);
+void each_hex_run(std::string_view text, const std::function<void(const HexRun&)>& take) {
+    HexRun run;
+    for (std::size_t begin = 0; begin + kShortestRun <= text.size();) {
+        // The last of so many characters says most often that no run is among them.
+        auto end = begin + kShortestRun;
+        auto at = end;
+        while (at > begin && may_be_in_run(text[at - 1])) --at;
+        if (at > begin) {
+            begin = at;
+            continue;
         }
-        begin = digits.size();
-    };
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        switch (kParts[static_cast<unsigned char>(c)]) {
-            case Part::digit:
-                if (c == '0' && lower(at_or_end(text, i + 1)) == 'x' &&
-                    is_hex(at_or_end(text, i + 2))) {
-                    ++i;
-                } else {
-                    digits += lower(c);
-                    places.push_back(i);
-                }
-                break;
-            case Part::divider:
-                if (c == '\\' && lower(at_or_end(text, i + 1)) == 'x') ++i;
-                // Bytes in a list have two digits each; "0,2,0,0" are numbers.
-                if (c == ',' && digits.size() == group + 1) end_run();
-                group = digits.size();
-                break;
-            case Part::other:
-                if (digits.size() > begin) end_run();
-                group = digits.size();
-                break;
-        }
+        while (end < text.size() && may_be_in_run(text[end])) ++end;
+        RunReader(text, run, take).read(begin, end);
+        begin = end;
     }
-    end_run();
 }
 
 }  // namespace qvhost::redact

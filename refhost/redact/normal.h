@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,12 +25,14 @@ private:
     mutable std::size_t line_ = 0;
 };
 
-// Runs of hexadecimal digits, with a NUL between two runs. What divides digits within a run: any of ":-. ,_\t" and
-// line ends, "0x" and "\x"; but a comma behind a single digit ends it.
-struct HexRuns {
-    explicit HexRuns(std::string_view text);
+// Hexadecimal digits with nothing between them but what divides digits: any of ":-. ,_\t" and line ends, "0x" and
+// "\x"; but a comma behind a single digit ends a run.
+struct HexRun {
     std::string digits;               // lower case
     std::vector<std::size_t> places;  // of each
 };
+
+// Those of at least ten digits.
+void each_hex_run(std::string_view text, const std::function<void(const HexRun&)>& take);
 
 }  // namespace qvhost::redact

@@ -71,7 +71,9 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"bearer ", Follows::secret, "", 8}, {"basic ", Follows::secret, "uthorization", 4}, {"token ", Follows::secret, "uthorization", 4},
     {"akia", Follows::token, "", 20, true}, {"asia", Follows::token, "", 20, true}, {"ghp_", Follows::token, "", 20}, {"gho_", Follows::token, "", 20},
     {"ghs_", Follows::token, "", 20}, {"github_pat_", Follows::token, "", 20}, {"glpat-", Follows::token, "", 16}, {"xoxb-", Follows::token, "", 16},
-    {"xoxp-", Follows::token, "", 16}, {"sk_live_", Follows::token, "", 16}, {"sk-", Follows::token, "", 24}, {"eyj", Follows::token, "", 24},
+    {"xoxp-", Follows::token, "", 16}, {"sk_live_", Follows::token, "", 16}, {"sk-proj-", Follows::token, "", 24}, {"sk-ant-", Follows::token, "", 24},
+    {"eyjh", Follows::token, "", 24}, {"eyj0", Follows::token, "", 24}, {"eyjr", Follows::token, "", 24}, {"eyjl", Follows::token, "", 24},
+    {"eyjj", Follows::token, "", 24}, {"eyjp", Follows::token, "", 24},
     {"hvs.", Follows::token, "", 20}, {"aiza", Follows::token, "", 30}, {"{ssha}", Follows::token, "", 20}, {"npm_", Follows::token, "", 30},
     {"private key-----", Follows::key_block}, {"private key block-----", Follows::key_block},
     {"ssh-rsa ", Follows::public_key}, {"ssh-ed25519 ", Follows::public_key}, {"ssh-dss ", Follows::public_key},
@@ -88,7 +90,8 @@ constexpr auto kNoNames = std::to_array<std::string_view>({
 
 const Search& search() {
     static const auto all = [] {
-        Search made;
+        constexpr std::size_t kShortestPhrase = 4;
+        Search made(kShortestPhrase);
         for (std::uint32_t i = 0; i < kPhrases.size(); ++i) made.add(kPhrases[i].words, i);
         return made;
     }();

@@ -1,5 +1,8 @@
 #include "redact/read_back.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace qvhost::redact {
 
 namespace {
@@ -10,26 +13,38 @@ constexpr std::size_t kOverlap = 16U << 10;
 
 }  // namespace
 
-void ReadBack::look_at(std::string_view text) {
-    if (!found_in_.empty()) return;
-    search_.each(text, [&](const SpellingSearch::Match&) { found_in_ = name_; });
+bool ReadBack::has_value(std::string_view text) const {
+    bool found = false;
+    search_.each(text, [&](const SpellingSearch::Match&) { found = true; });
+    return found;
+}
+
+void ReadBack::wait() {
+    if (found_.valid() && found_.get() && found_in_.empty()) found_in_ = name_;
+}
+
+void ReadBack::look_at_pending() {
+    wait();
+    looked_at_.swap(pending_);
+    const auto overlap = std::min(looked_at_.size(), kOverlap);
+    pending_.assign(looked_at_, looked_at_.size() - overlap);
+    found_ = std::async(std::launch::async, [this] { return has_value(looked_at_); });
 }
 
 void ReadBack::begin(std::string_view name) {
     end();
     name_ = name;
-    look_at(name);
+    if (found_in_.empty() && has_value(name)) found_in_ = name;
 }
 
 void ReadBack::add(std::string_view bytes) {
     pending_ += bytes;
-    if (pending_.size() < kBlock) return;
-    look_at(pending_);
-    pending_.erase(0, pending_.size() - kOverlap);
+    if (pending_.size() >= kBlock) look_at_pending();
 }
 
 void ReadBack::end() {
-    if (!pending_.empty()) look_at(pending_);
+    wait();
+    if (found_in_.empty() && has_value(pending_)) found_in_ = name_;
     pending_.clear();
 }
 

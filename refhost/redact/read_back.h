@@ -1,6 +1,7 @@
 // The last look at a bundle that is made: whether any value is in it, in any spelling.
 #pragma once
 
+#include <future>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,7 @@ class ReadBack {
 public:
     explicit ReadBack(const SpellingSearch& search) : search_(search) {}
 
-    // A file's name, and its bytes, part by part.
+    // A file's name, and its bytes, part by part. They are looked at in a thread beside the caller's.
     void begin(std::string_view name);
     void add(std::string_view bytes);
     void end();
@@ -21,10 +22,14 @@ public:
     const std::string& found_in() const { return found_in_; }
 
 private:
-    void look_at(std::string_view text);
+    bool has_value(std::string_view text) const;
+    void look_at_pending();
+    void wait();
 
     const SpellingSearch& search_;
     std::string name_, pending_, found_in_;
+    std::string looked_at_;    // by the other thread
+    std::future<bool> found_;  // in it
 };
 
 }  // namespace qvhost::redact

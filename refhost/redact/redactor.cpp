@@ -86,7 +86,7 @@ void SpellingSearch::add(const Value& value, const std::string& replacement,
 }
 
 void SpellingSearch::each_joined(std::string_view text, const TakeMatch& take) const {
-    if (joined_.empty()) return;
+    if (joined_.empty() || text.size() < kShortestSearched) return;
     const Joined joined(text);
     Match match{};
     joined_.each(joined.text(), [&](std::size_t at, std::size_t size, std::uint32_t id) {
@@ -112,15 +112,16 @@ void SpellingSearch::each_joined(std::string_view text, const TakeMatch& take) c
 
 void SpellingSearch::each_hex(std::string_view text, const TakeMatch& take) const {
     if (hex_.empty()) return;
-    const HexRuns runs(text);
     Match match{};
-    hex_.each(runs.digits, [&](std::size_t at, std::size_t size, std::uint32_t id) {
-        match.spelling = &spellings_[id];
-        match.places.assign(runs.places.begin() + static_cast<std::ptrdiff_t>(at),
-                            runs.places.begin() + static_cast<std::ptrdiff_t>(at + size));
-        match.at = match.places.front();
-        take(match);
-        return true;
+    each_hex_run(text, [&](const HexRun& run) {
+        hex_.each(run.digits, [&](std::size_t at, std::size_t size, std::uint32_t id) {
+            match.spelling = &spellings_[id];
+            match.places.assign(run.places.begin() + static_cast<std::ptrdiff_t>(at),
+                                run.places.begin() + static_cast<std::ptrdiff_t>(at + size));
+            match.at = match.places.front();
+            take(match);
+            return true;
+        });
     });
 }
 
@@ -146,12 +147,14 @@ void Redactor::overwrite(std::string& made, std::string_view text, std::size_t a
     made.replace(static_cast<std::size_t>(part.data() - text.data()), part.size(), replacement);
 }
 
-std::string Redactor::text(std::string_view text, std::vector<Lines>* over_lines) const {
+std::string Redactor::text(std::string_view text, Look look, std::vector<Lines>* over_lines) const {
     std::string made(text);
-    find_all(text, [&](const Found& found) {
-        if (classes_.has(found.which))
-            overwrite(made, text, found.at, found.size, found.form, found.in_own_field);
-    });
+    if (look == Look::fields_too) {
+        find_all(text, [&](const Found& found) {
+            if (classes_.has(found.which))
+                overwrite(made, text, found.at, found.size, found.form, found.in_own_field);
+        });
+    }
     std::string from;
     search_.each(text, [&](const SpellingSearch::Match& match) {
         auto to = match.spelling->to;
@@ -167,13 +170,15 @@ std::string Redactor::text(std::string_view text, std::vector<Lines>* over_lines
     return made;
 }
 
-std::string Redactor::field(std::string_view label, std::string_view value) const {
+std::string Redactor::field(std::string_view label, std::string_view value, Look look) const {
+    if (look == Look::spellings_alone) return text(value, look);
     const auto line = labelled(label, value);
     return text(line).substr(line.size() - value.size());
 }
 
-std::string Redactor::declared(std::string_view label, std::string_view value, Class which) const {
-    auto made = field(label, value);
+std::string Redactor::declared(std::string_view label, std::string_view value, Class which,
+                               Look look) const {
+    auto made = field(label, value, look);
     if (classes_.has(which) && made == value)
         overwrite(made, value, 0, value.size(), form_in_field(which, value), true);
     return made;

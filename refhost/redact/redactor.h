@@ -35,13 +35,17 @@ public:
     }
 
 private:
+    static constexpr std::size_t kHexBeginning = 8;
     using TakeMatch = std::function<void(const Match&)>;
     void each_joined(std::string_view text, const TakeMatch& take) const;
     void each_hex(std::string_view text, const TakeMatch& take) const;
 
     std::vector<Spelling> spellings_;
-    Search joined_, hex_;
+    Search joined_{kShortestSearched}, hex_{kHexBeginning};
 };
+
+// For what a text is read: `spellings_alone` is enough where Values::told_by_fields() counted nothing.
+enum class Look { fields_too, spellings_alone };
 
 class Redactor {
 public:
@@ -52,11 +56,14 @@ public:
     struct Lines {
         std::size_t begin, end;
     };
-    std::string text(std::string_view text, std::vector<Lines>* over_lines = nullptr) const;
+    std::string text(std::string_view text, Look look = Look::fields_too,
+                     std::vector<Lines>* over_lines = nullptr) const;
 
     // What stands in a field of that name; declared to be of that class.
-    std::string field(std::string_view label, std::string_view value) const;
-    std::string declared(std::string_view label, std::string_view value, Class which) const;
+    std::string field(std::string_view label, std::string_view value,
+                      Look look = Look::fields_too) const;
+    std::string declared(std::string_view label, std::string_view value, Class which,
+                         Look look = Look::fields_too) const;
 
     const SpellingSearch& search() const { return search_; }
 

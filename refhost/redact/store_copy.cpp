@@ -8,7 +8,6 @@
 #include <variant>
 #include <vector>
 
-#include "redact/store_values.h"
 #include "store/declared_table.h"
 #include "store/typed_table.h"
 
@@ -18,8 +17,8 @@ namespace {
 
 class Copier {
 public:
-    Copier(const Store& from, Store& to, const Redactor& redactor)
-        : from_(from), to_(to), redactor_(redactor) {}
+    Copier(const Store& from, Store& to, const Redactor& redactor, const TablesWithFields& tables)
+        : from_(from), to_(to), redactor_(redactor), tables_(tables) {}
 
     void copy() {
         copy_meta();
@@ -67,13 +66,18 @@ private:
         }
     }
 
+    Look look_at(const std::string& table) const {
+        return tables_.contains(table) ? Look::fields_too : Look::spellings_alone;
+    }
+
     Record redacted(Record record) const {
-        record.name = text(record.name);
+        const auto look = look_at(record.table);
+        record.name = redactor_.text(record.name, look);
         for (auto& property : record.properties) {
             auto* const value = std::get_if<std::string>(&property.value);
             if (value == nullptr || value->empty()) continue;
-            *value =
-                redactor_.field(property.display.empty() ? property.id : property.display, *value);
+            *value = redactor_.field(property.display.empty() ? property.id : property.display,
+                                     *value, look);
         }
         return record;
     }
@@ -87,12 +91,14 @@ private:
             columns.push_back({column.name.c_str(), column.type});
             classes.push_back(class_of_field(table, column.name));
         }
+        const auto look = look_at(table);
         TypedTableWriter writer(to_, table.c_str(), columns);
         each_stored_row(from_, table, [&](std::vector<TypedValue> row) {
             for (std::size_t i = 0; i < row.size() && i < classes.size(); ++i) {
                 if (auto* const value = std::get_if<std::string>(&row[i]))
-                    *value = classes[i] ? redactor_.declared(stored[i].name, *value, *classes[i])
-                                        : redactor_.field(stored[i].name, *value);
+                    *value = classes[i]
+                                 ? redactor_.declared(stored[i].name, *value, *classes[i], look)
+                                 : redactor_.field(stored[i].name, *value, look);
             }
             writer.add(row);
         });
@@ -101,6 +107,7 @@ private:
     const Store& from_;
     Store& to_;
     const Redactor& redactor_;
+    const TablesWithFields& tables_;
 };
 
 }  // namespace
@@ -125,9 +132,10 @@ std::string redacted_names(const std::string& names, const Redactor& redactor) {
     return made;
 }
 
-void copy_redacted(const Store& from, const std::filesystem::path& file, const Redactor& redactor) {
+void copy_redacted(const Store& from, const std::filesystem::path& file, const Redactor& redactor,
+                   const TablesWithFields& tables) {
     Store to(file, Store::Mode::create);
-    Copier(from, to, redactor).copy();
+    Copier(from, to, redactor, tables).copy();
 }
 
 }  // namespace qvhost::redact

@@ -4,12 +4,15 @@
 #include <filesystem>
 
 #include "redact/redactor.h"
+#include "redact/store_values.h"
 #include "store/store.h"
 
 namespace qvhost::redact {
 
-// The file must be new. Throws std::runtime_error naming it.
-void copy_redacted(const Store& from, const std::filesystem::path& file, const Redactor& redactor);
+// The file must be new. Fields are read in these tables, in others spellings are replaced alone. Throws
+// std::runtime_error naming the file.
+void copy_redacted(const Store& from, const std::filesystem::path& file, const Redactor& redactor,
+                   const TablesWithFields& tables);
 
 // A command as the redacted store has it.
 CommandInfo redacted(const CommandInfo& command, const Redactor& redactor);

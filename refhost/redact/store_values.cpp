@@ -1,5 +1,7 @@
 #include "redact/store_values.h"
 
+#include <string_view>
+#include <unordered_set>
 #include <variant>
 #include <vector>
 
@@ -48,18 +50,48 @@ void gather_declared(const std::string& label, const std::string& value, Class w
     if (!is_found) values.add(value, which, form_in_field(which, value), true);
 }
 
-void gather_records(const Store& store, Values& values) {
+// Finds values in fields. Most fields hold none, and say again and again what others said.
+class FieldReader {
+public:
+    explicit FieldReader(Values& values) : values_(values) {}
+
+    void read(const std::string& label, const std::string& value) {
+        line_.assign(label).append(": ").append(value);
+        if (without_.contains(line_)) return;
+        bool has_any = false;
+        find_all(line_, [&](const Found& found) {
+            has_any = true;
+            values_.add(std::string_view(line_).substr(found.at, found.size), found.which,
+                        found.form, found.in_own_field);
+        });
+        if (has_any || line_.size() > kLongest) return;
+        if (without_.size() >= kMost) without_.clear();
+        without_.insert(line_);
+    }
+
+private:
+    static constexpr std::size_t kMost = 16'384, kLongest = 256;
+
+    Values& values_;
+    std::string line_;
+    std::unordered_set<std::string> without_;  // fields in which nothing is found
+};
+
+void gather_records(const Store& store, Values& values, TablesWithFields& tables) {
+    FieldReader fields(values);
     store.each_record([&](const Record& record) {
+        const auto told = values.told_by_fields();
         for (const auto& property : record.properties) {
             const auto* const text = std::get_if<std::string>(&property.value);
             if (text == nullptr || text->empty()) continue;
-            gather_from_text(
-                labelled(property.display.empty() ? property.id : property.display, *text), values);
+            fields.read(property.display.empty() ? property.id : property.display, *text);
         }
+        if (values.told_by_fields() > told) tables.insert(record.table);
     });
 }
 
 void gather_typed(const Store& store, const std::string& table, Values& values) {
+    FieldReader fields(values);
     const auto columns = stored_columns(store, table);
     if (columns.empty()) return;
     std::vector<std::optional<Class>> classes;
@@ -71,7 +103,7 @@ void gather_typed(const Store& store, const std::string& table, Values& values) 
             if (classes[i])
                 gather_declared(columns[i].name, *text, *classes[i], values);
             else
-                gather_from_text(labelled(columns[i].name, *text), values);
+                fields.read(columns[i].name, *text);
         }
     });
 }
@@ -104,8 +136,13 @@ std::set<std::string> words_of_reports(const Store& store) {
     return words;
 }
 
-void gather_from_store(const Store& store, Values& values) {
-    for (const auto name : kTypedTables) gather_typed(store, std::string(name), values);
+TablesWithFields gather_from_store(const Store& store, Values& values) {
+    TablesWithFields tables;
+    for (const auto name : kTypedTables) {
+        const auto told = values.told_by_fields();
+        gather_typed(store, std::string(name), values);
+        if (values.told_by_fields() > told) tables.insert(std::string(name));
+    }
     for (const auto& [key, value] : store.all_meta()) {
         if (key == kHost) gather_declared(kHostLabel, value, Class::network, values);
         gather_from_text(value, values);
@@ -117,7 +154,8 @@ void gather_from_store(const Store& store, Values& values) {
         gather_from_text(command.text, values);
         gather_from_text(command.standard_error, values);
     }
-    gather_records(store, values);
+    gather_records(store, values, tables);
+    return tables;
 }
 
 }  // namespace qvhost::redact

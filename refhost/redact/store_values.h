@@ -19,6 +19,9 @@ std::optional<Class> class_of_field(const std::string& table, const std::string&
 // Words that every report has: names of tables and columns. No value is looked for by such a name.
 std::set<std::string> words_of_reports(const Store& store);
 
-void gather_from_store(const Store& store, Values& values);
+// The tables in which values stand that their fields alone tell (Values::told_by_fields).
+using TablesWithFields = std::set<std::string>;
+
+TablesWithFields gather_from_store(const Store& store, Values& values);
 
 }  // namespace qvhost::redact

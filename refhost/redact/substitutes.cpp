@@ -93,11 +93,10 @@ std::string Substitutes::assigned_host(const Value& value) {
 }
 
 void Substitutes::assign(const Values& values) {
-    constexpr std::size_t kShortest = 5;
     for (const auto& [value, use] : values.all()) {
         if (is_replacement(value)) continue;
         originals_.insert(value.canonical);
-        if (use.is_searched && value.canonical.size() >= kShortest)
+        if (use.is_searched && value.canonical.size() >= kShortestSearched)
             in_originals_.add(value.canonical, 0);
     }
     for (const auto& [value, use] : values.all()) {

@@ -37,7 +37,7 @@ private:
     std::map<Value, std::string> known_;
     std::set<Value> taken_;
     std::set<std::string> originals_;
-    Search in_originals_;
+    Search in_originals_{kShortestSearched};
 };
 
 }  // namespace qvhost::redact

@@ -123,11 +123,11 @@ void gather_from_file(const fs::path& file, Values& values) {
     });
 }
 
-void redact_file(const fs::path& from, const fs::path& to, const Redactor& redactor) {
+void redact_file(const fs::path& from, const fs::path& to, const Redactor& redactor, Look look) {
     NewFile out(to);
     each_piece(from, [&](std::string_view text, std::size_t cut) {
         std::vector<Redactor::Lines> over_lines;
-        const auto made = redactor.text(text, &over_lines);
+        const auto made = redactor.text(text, look, &over_lines);
         if (cut < text.size()) {
             for (bool moved = true; moved;) {
                 moved = false;

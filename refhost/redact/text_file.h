@@ -23,6 +23,6 @@ void gather_from_text(std::string_view text, Values& values);
 
 // Writes the redacted file, which must be new. All of these throw std::system_error naming a file.
 void redact_file(const std::filesystem::path& from, const std::filesystem::path& to,
-                 const Redactor& redactor);
+                 const Redactor& redactor, Look look);
 
 }  // namespace qvhost::redact

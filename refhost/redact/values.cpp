@@ -12,6 +12,13 @@ namespace {
 constexpr std::size_t kMostSpellings = 8;
 constexpr std::size_t kLongest = 4096;
 
+// An IPv6 address with some of its zeros left out; a short number with its digits divided.
+bool has_other_spellings(const Value& value) {
+    constexpr std::size_t kShortestHexRun = 10;
+    return value.form == Form::ipv6 ||
+           (value.form == Form::hex && value.canonical.size() < kShortestHexRun);
+}
+
 }  // namespace
 
 bool Values::is_common(const Value& value) const {
@@ -35,10 +42,24 @@ std::optional<Value> Values::add(std::string_view text, Class which, Form form, 
     auto& use = values_[*value];
     use.classes.add(which);
     ++use.times;
-    use.is_searched = text.size() >= kShortestSearched && !is_common(*value);
+    use.is_searched = value->canonical.size() >= kShortestSearched && !is_common(*value);
+    if (!use.is_searched || has_other_spellings(*value)) ++told_by_fields_;
     if (use.spelled.size() < kMostSpellings) use.spelled.emplace(text);
     if (form == Form::host) add_parts(value->canonical, which, in_own_field);
     return value;
+}
+
+void Values::add(const Values& others) {
+    for (const auto& [value, other] : others.values_) {
+        auto& use = values_[value];
+        use.classes.add(other.classes);
+        use.times += other.times;
+        use.is_searched = other.is_searched;
+        for (const auto& text : other.spelled) {
+            if (use.spelled.size() < kMostSpellings) use.spelled.insert(text);
+        }
+    }
+    told_by_fields_ += others.told_by_fields_;
 }
 
 // Of "web17.corp.example.org" also "web17", "corp.example.org" and "example.org": they stand alone elsewhere.

@@ -49,7 +49,13 @@ public:
     // Without adding it.
     std::optional<Value> value_of(std::string_view text, Form form, bool in_own_field) const;
 
+    // Those of another part of the report, too.
+    void add(const Values& others);
+
     const std::map<Value, ValueUse>& all() const { return values_; }
+    // How many of the additions were of values that the search for spellings does not find: common ones and short
+    // ones, and what is spelled in too many ways. Where such a value stands its field has to be read again.
+    std::size_t told_by_fields() const { return told_by_fields_; }
 
 private:
     bool is_common(const Value& value) const;
@@ -57,6 +63,7 @@ private:
 
     std::set<std::string> words_;  // of reports themselves: names of tables and columns
     std::map<Value, ValueUse> values_;
+    std::size_t told_by_fields_ = 0;
 };
 
 // Texts below this length are replaced in their own fields alone.

@@ -170,7 +170,7 @@ TEST_F(Pieces, AreRedactedAsOne) {
     Substitutes substitutes;
     substitutes.assign(values);
     const Redactor redactor(all_classes(), values, substitutes);
-    redact_file(from, to, redactor);
+    redact_file(from, to, redactor, Look::fields_too);
     const auto made = test::content(to);
     EXPECT_TRUE(made == redactor.text(text));
     ReadBack read(redactor.search());

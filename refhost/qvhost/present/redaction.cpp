@@ -2,20 +2,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <future>
 #include <ostream>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
 #include "bundle/archive_reader.h"
-#include "bundle/contents.h"
 #include "page/write_page.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/present/unfinished.h"
 #include "redact/map_file.h"
 #include "redact/read_back.h"
 #include "redact/store_copy.h"
-#include "redact/store_values.h"
 #include "redact/text_file.h"
 #include "report/report_json.h"
 #include "show/visible.h"
@@ -67,8 +66,18 @@ Redaction::Redaction(const Store& store, bundle::Order order, const BundleOption
     auto contents = bundle::contents_of(order_.log_dir, order_.names);
     order_.left_out.insert(order_.left_out.end(), contents.left_out.begin(),
                            contents.left_out.end());
-    redact::gather_from_store(store_, values_);
-    for (const auto& source : contents.files) {
+    redact::Values of_store = values_;
+    auto store_is_read =
+        std::async(std::launch::async, [&] { return redact::gather_from_store(store_, of_store); });
+    gather_from_files(contents.files);
+    tables_ = store_is_read.get();
+    values_.add(of_store);
+    for (const auto& one : order_.left_out) redact::gather_from_text(one.name, values_);
+    substitutes_.assign(values_);
+}
+
+void Redaction::gather_from_files(const std::vector<bundle::Source>& sources) {
+    for (const auto& source : sources) {
         redact::gather_from_text(source.name, values_);
         if (is_made_anew(source.name)) continue;
         const auto file = order_.log_dir / source.name;
@@ -76,11 +85,12 @@ Redaction::Redaction(const Store& store, bundle::Order order, const BundleOption
             order_.left_out.push_back({source.name, reason, source.bytes});
             continue;
         }
+        const auto told = values_.told_by_fields();
         redact::gather_from_file(file, values_);
-        files_.push_back(source.name);
+        files_.push_back({source.name, values_.told_by_fields() > told
+                                           ? redact::Look::fields_too
+                                           : redact::Look::spellings_alone});
     }
-    for (const auto& one : order_.left_out) redact::gather_from_text(one.name, values_);
-    substitutes_.assign(values_);
 }
 
 void Redaction::review(std::ostream& out) const {
@@ -107,33 +117,41 @@ void Redaction::review(std::ostream& out) const {
     }
 }
 
-void Redaction::make_report(const fs::path& directory) const {
-    const redact::Redactor redactor(classes_, values_, substitutes_);
-    const LogDir dir(directory);
-    make_private_directory(directory);
-    make_private_directory(dir.report());
-    for (const auto& name : files_) {
+void Redaction::redact_files(const fs::path& directory, const redact::Redactor& redactor) const {
+    for (const auto& [name, look] : files_) {
         const auto place = directory / redactor.text(name);
         fs::path above = directory;
         for (const auto& part : place.parent_path().lexically_relative(directory)) {
             above /= part;
             if (!fs::exists(above)) make_private_directory(above);
         }
-        redact::redact_file(order_.log_dir / name, place, redactor);
+        redact::redact_file(order_.log_dir / name, place, redactor, look);
     }
-    redact::copy_redacted(store_, dir.store(), redactor);
+}
+
+// Two things are made at a time.
+void Redaction::make_report(const fs::path& directory, const redact::Redactor& redactor) const {
+    const LogDir dir(directory);
+    make_private_directory(directory);
+    make_private_directory(dir.report());
+    auto store_is_copied = std::async(
+        std::launch::async, [&] { redact::copy_redacted(store_, dir.store(), redactor, tables_); });
+    redact_files(directory, redactor);
+    store_is_copied.get();
+    auto json_is_written = std::async(std::launch::async, [&] {
+        write_report_json(Store(dir.store(), Store::Mode::read), dir.json());
+    });
     const Store store(dir.store(), Store::Mode::read);
-    write_report_json(store, dir.json());
     // The same report and map give the same page.
     redact::Noise noise(substitutes_.key(), "nonce of the page " + store.meta("finished"));
     std::string nonce;
     constexpr std::size_t kDigits = 20;
     while (nonce.size() < kDigits) nonce += std::to_string(noise.below(10));
     write_page(store, dir.report(), dir.path(), {}, nonce);
+    json_is_written.get();
 }
 
-void Redaction::read_back(const fs::path& file) const {
-    const redact::Redactor redactor(classes_, values_, substitutes_);
+void Redaction::read_back(const fs::path& file, const redact::Redactor& redactor) const {
     redact::ReadBack read(redactor.search());
     bundle::each_file(file, {}, [&](const bundle::ArchivedFile& one) -> bundle::TakeBytes {
         read.begin(one.directory + '/' + one.name);
@@ -154,7 +172,7 @@ bundle::Manifest Redaction::write_bundle(const std::string& program) const {
     auto order = order_;
     order.log_dir = staging.path() / "log";
     order.output = staging.path() / order_.output.filename();
-    make_report(order.log_dir);
+    make_report(order.log_dir, redactor);
     order.names.clear();
     for (const auto& entry : fs::directory_iterator(order.log_dir))
         order.names.push_back(entry.path().filename().string());
@@ -163,7 +181,7 @@ bundle::Manifest Redaction::write_bundle(const std::string& program) const {
               [](const auto& a, const auto& b) { return a.name < b.name; });
     const Store store(LogDir(order.log_dir).store(), Store::Mode::read);
     auto manifest = bundle::write_bundle(store, program, order);
-    read_back(order.output);
+    read_back(order.output, redactor);
     if (!map_.empty()) redact::write_map(map_, substitutes_);
     fs::rename(order.output, order_.output);
     return manifest;

@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "bundle/contents.h"
 #include "bundle/manifest.h"
 #include "bundle/write_bundle.h"
 #include "qvhost/base/options.h"
 #include "redact/redactor.h"
+#include "redact/store_values.h"
 #include "store/store.h"
 
 namespace qvhost {
@@ -28,14 +30,23 @@ public:
     bundle::Manifest write_bundle(const std::string& program) const;
 
 private:
-    void make_report(const std::filesystem::path& directory) const;
-    void read_back(const std::filesystem::path& bundle) const;
+    void gather_from_files(const std::vector<bundle::Source>& sources);
+    void make_report(const std::filesystem::path& directory,
+                     const redact::Redactor& redactor) const;
+    void redact_files(const std::filesystem::path& directory,
+                      const redact::Redactor& redactor) const;
+    void read_back(const std::filesystem::path& bundle, const redact::Redactor& redactor) const;
 
     const Store& store_;
     bundle::Order order_;
     std::filesystem::path map_;
     redact::ClassSet classes_;
-    std::vector<std::string> files_;  // that are redacted one by one
+    struct File {
+        std::string name;
+        redact::Look look;
+    };
+    std::vector<File> files_;  // that are redacted one by one
+    redact::TablesWithFields tables_;
     redact::Values values_;
     redact::Substitutes substitutes_;
 };
