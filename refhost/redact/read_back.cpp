@@ -31,14 +31,18 @@ void ReadBack::look_at_pending() {
     found_ = std::async(std::launch::async, [this] { return has_value(looked_at_); });
 }
 
-void ReadBack::begin(std::string_view name) {
+void ReadBack::begin(std::string_view name, std::optional<JsonNumbers> json) {
     end();
     name_ = name;
+    json_ = json;
     if (found_in_.empty() && has_value(name)) found_in_ = name;
 }
 
 void ReadBack::add(std::string_view bytes) {
-    pending_ += bytes;
+    if (json_)
+        json_->append(bytes, pending_);
+    else
+        pending_ += bytes;
     if (pending_.size() >= kBlock) look_at_pending();
 }
 

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <future>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "redact/json_numbers.h"
 #include "redact/redactor.h"
 
 namespace qvhost::redact {
@@ -13,8 +15,9 @@ class ReadBack {
 public:
     explicit ReadBack(const SpellingSearch& search) : search_(search) {}
 
-    // A file's name, and its bytes, part by part. They are looked at in a thread beside the caller's.
-    void begin(std::string_view name);
+    // A file's name, and its bytes, part by part. Of JSON that the program wrote the numbers are left out. All else is
+    // looked at, in a thread beside the caller's.
+    void begin(std::string_view name, std::optional<JsonNumbers> json = std::nullopt);
     void add(std::string_view bytes);
     void end();
 
@@ -28,6 +31,7 @@ private:
 
     const SpellingSearch& search_;
     std::string name_, pending_, found_in_;
+    std::optional<JsonNumbers> json_;
     std::string looked_at_;    // by the other thread
     std::future<bool> found_;  // in it
 };

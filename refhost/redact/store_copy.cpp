@@ -1,10 +1,14 @@
 #include "redact/store_copy.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -14,6 +18,8 @@
 namespace qvhost::redact {
 
 namespace {
+
+constexpr long kShortestNumber = 10'000;  // of kShortestSearched digits
 
 class Copier {
 public:
@@ -74,12 +80,26 @@ private:
         const auto look = look_at(record.table);
         record.name = redactor_.text(record.name, look);
         for (auto& property : record.properties) {
+            redact_number(property.value);
             auto* const value = std::get_if<std::string>(&property.value);
             if (value == nullptr || value->empty()) continue;
             *value = redactor_.field(property.display.empty() ? property.id : property.display,
                                      *value, look);
         }
         return record;
+    }
+
+    // A serial number of digits alone, filed as a number.
+    void redact_number(std::variant<std::string, int>& value) const {
+        auto* const number = std::get_if<int>(&value);
+        if (number == nullptr || std::abs(static_cast<long>(*number)) < kShortestNumber) return;
+        const auto digits = std::to_string(*number);
+        auto made = redactor_.text(digits, Look::spellings_alone);
+        if (made == digits) return;
+        const char* const end = made.data() + made.size();
+        if (const auto read = std::from_chars(made.data(), end, *number);
+            read.ec != std::errc() || read.ptr != end)
+            value = std::move(made);
     }
 
     void copy_typed(const std::string& table) {

@@ -186,6 +186,60 @@ TEST_F(Redaction, ParsersAndComparisonsSayWhatTheyHadSaid) {
     }
 }
 
+// The host goes by a word of the program's own, which is not replaced.
+TEST_F(Redaction, AValueThatIsLeftLeavesNoBundle) {
+    collect_sample("x86_64-virtual-machine", log_dir());
+    append(log_dir() / "dmesg.log", "Nov 22 14:00:01 sha256 kernel: it is up\n");
+    const auto before = files_of(log_dir());
+    for (const std::string name : {"b.tar.zst", "b.zip"}) {
+        const auto made = run({"bundle", log_dir(), "--output", dir() / name, "--redact", "all",
+                               "--map", dir() / "map"});
+        EXPECT_EQ(made.exit, 1);
+        EXPECT_EQ(made.out, "");
+        EXPECT_TRUE(std::regex_search(
+            made.err,
+            std::regex(name + ": there is no bundle: in \"qvhost[^\"/]*/manifest\\.json\" "
+                              "of it stood a value")))
+            << made.err;
+        // No bundle, no map, nothing half done.
+        EXPECT_EQ(files_of(log_dir()), before);
+        EXPECT_FALSE(fs::exists(dir() / "map"));
+        for (const auto& entry : fs::directory_iterator(dir()))
+            EXPECT_EQ(entry.path().filename().string().find("b."), std::string::npos)
+                << entry.path();
+    }
+}
+
+// Values of few digits are spelled by lists of numbers, by lines, times and sizes: none of those is one.
+TEST_F(Redaction, NumbersOfTheReportAreNoValues) {
+    collect_sample("x86_64-kp220-megaraid", log_dir());
+    const auto finished = test::meta(store_in(log_dir()), "finished");
+    ASSERT_GE(finished.size(), 10u);
+    const auto day = finished.substr(0, 4) + finished.substr(5, 2) + finished.substr(8, 2);
+    append(
+        log_dir() / "dmesg.log",
+        "eth0: MAC 02:00:00:02:20:01\neth1: MAC 10:20:30:40:50:60\neth2: MAC 01:02:03:04:05:06\n"
+        "eth3: MAC 11:12:13:14:15:16\nSerial Number: 12345\nSerial Number: 10002\n"
+        "Serial Number: 1234567890123\nAsset Tag: " +
+            day +
+            "\nAsset Tag: 20000\n"
+            "WWN = 5000000000000001\nUUID: 00000000-0000-0000-0000-000000000012\n"
+            "UUID: 10111213-1415-1617-1819-202122232425\nIP Address: 1.2.3.4\nIP Address: 10.0.0.1\n"
+            "IP Address: 16.17.18.19\npassword: 1111112\npassword: 00000001\nuser: abcde\n"
+            "password: aaaaab\ntoken: 0102030405\n");
+    const auto place = redacted(log_dir(), "sent", {"all"});
+    for (const auto& [name, text] : files_of(place)) {
+        for (const auto* const value : {"02:00:00:02:20:01", "10:20:30:40:50:60", "\"12345\""})
+            EXPECT_EQ(text.find(value), std::string::npos) << value << " in " << name;
+    }
+    // The numbers are what they were.
+    const auto numbers = [](const fs::path& log) {
+        SQLite::Database db(store_in(log), SQLite::OPEN_READONLY);
+        return db.execAndGet("SELECT group_concat(line) FROM events").getString();
+    };
+    EXPECT_EQ(numbers(place), numbers(log_dir()));
+}
+
 TEST_F(Redaction, OnlyItsClasses) {
     collect_sample("x86_64-kn100-adaptec", log_dir());
     const auto place = redacted(log_dir(), "warranty", {"network,users,secrets"});

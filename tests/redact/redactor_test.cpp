@@ -113,6 +113,44 @@ TEST(Redactor, TakesAListOfBytesForAValueButNotOneOfNumbers) {
     EXPECT_EQ(redacted("[1,2,02:00:00:02:20:01]"), "[1,2,73:1b:fe:da:2c:54]");
 }
 
+// The JSON that the program writes: numbers are hidden, and texts are looked at, whatever is escaped in them.
+TEST(ReadBack, LooksAtTheTextsOfJsonAndNotAtItsNumbers) {
+    using Written = JsonNumbers::Written;
+    const Fixture redacted({
+        {{Form::text, "12345"}, "84736"},
+        {{Form::hex, "102030405060"}, "731bfeda2c54"},
+    });
+    const Redactor redactor(all_classes(), redacted.values, redacted.substitutes);
+    constexpr struct {
+        Written written;
+        const char* text;
+        bool has_value;
+    } kCases[] = {
+        {Written::json, R"({"line":12345,"lines":[10,20,30,40,50,60],"x":-12345.5})", false},
+        {Written::json, R"({"line":12345,"text":"12345"})", true},
+        {Written::json, R"({"a\\":12345,"b\"":12345})", false},
+        {Written::json, R"(["a\" 12345"])", true},
+        {Written::json, R"(["\\",12345,"\\\" 12345 "])", true},
+        {Written::json, R"(["10,20,30,40,50,60"])", true},
+        {Written::script, R"(qv.rows('{"line":[12345],"text":["it\'s","\\\\"],"n":12345}'))",
+         false},
+        {Written::script, R"(qv.rows('["a\\" 12345"]'))", true},
+        {Written::script, R"(qv.rows('["it\'s 12345"]'))", true},
+        {Written::script, R"(qv.rows('["\\\\",12345]'))", false},
+    };
+    for (const auto& [written, text, has_value] : kCases) {
+        const std::string_view all = text;
+        for (std::size_t cut = 0; cut <= all.size(); ++cut) {
+            ReadBack read(redactor.search());
+            read.begin("file", JsonNumbers(written));
+            read.add(all.substr(0, cut));
+            read.add(all.substr(cut));
+            read.end();
+            EXPECT_EQ(read.found_in(), has_value ? "file" : "") << text << " cut at " << cut;
+        }
+    }
+}
+
 TEST(Redactor, ReplacesPasswordsAsTheyAreEscaped) {
     const Fixture redacted({{{Form::text, "pa/s&w\"rd7"}, "qz/x&k\"ab2"}});
     EXPECT_EQ(redacted("pa/s&w\"rd7"), "qz/x&k\"ab2");

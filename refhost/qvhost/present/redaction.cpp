@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <future>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -14,6 +16,7 @@
 #include "qvhost/present/unfinished.h"
 #include "redact/map_file.h"
 #include "redact/read_back.h"
+#include "redact/store_cells.h"
 #include "redact/store_copy.h"
 #include "redact/text_file.h"
 #include "report/report_json.h"
@@ -25,11 +28,31 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kStore = "report/report.sqlite";
+
 // Made anew, from the redacted store and captures.
 bool is_made_anew(const std::string& name) {
-    return name == "report/report.sqlite" || name == "report/report.json" ||
-           name == "report/index.html" || name.starts_with("report/assets/") ||
-           name.starts_with("report/data/");
+    return name == kStore || name == "report/report.json" || name == "report/index.html" ||
+           name.starts_with("report/assets/") || name.starts_with("report/data/");
+}
+
+// The JSON of the program itself, in which records and captures are texts.
+std::optional<redact::JsonNumbers> json_in(const std::string& name) {
+    using redact::JsonNumbers;
+    if (name == bundle::kManifestName || name == "report/report.json")
+        return JsonNumbers(JsonNumbers::Written::json);
+    if (name.starts_with("report/data/")) return JsonNumbers(JsonNumbers::Written::script);
+    return std::nullopt;
+}
+
+// "qvhost-web1" of "qvhost-web1-20261121T012040Z": a day is no serial number.
+std::string without_time(const std::string& directory) {
+    constexpr std::string_view kTime = "-20261121T012040Z";
+    const auto end = directory.size() - std::min(directory.size(), kTime.size());
+    const auto time = std::string_view(directory).substr(end);
+    const bool is_time =
+        time.size() == kTime.size() && time[0] == '-' && time[9] == 'T' && time.back() == 'Z';
+    return directory.substr(0, is_time ? end : directory.size());
 }
 
 bool is_below(const fs::path& file, const fs::path& directory) {
@@ -151,18 +174,27 @@ void Redaction::make_report(const fs::path& directory, const redact::Redactor& r
     json_is_written.get();
 }
 
-void Redaction::read_back(const fs::path& file, const redact::Redactor& redactor) const {
-    redact::ReadBack read(redactor.search());
+void Redaction::read_back(const fs::path& file, const fs::path& store,
+                          const redact::Redactor& redactor) const {
+    redact::ReadBack read(redactor.search()), read_store(redactor.search());
     bundle::each_file(file, {}, [&](const bundle::ArchivedFile& one) -> bundle::TakeBytes {
-        read.begin(one.directory + '/' + one.name);
+        if (one.name == kStore) {
+            read_store.begin(one.name);
+            return [&](std::string_view bytes) { read_store.add(bytes); };
+        }
+        read.begin(without_time(one.directory) + '/' + one.name, json_in(one.name));
         // The program's own script and style, the same in every report.
         if (one.name.starts_with("report/assets/")) return [](std::string_view) {};
         return [&](std::string_view bytes) { read.add(bytes); };
     });
     read.end();
-    if (!read.found_in().empty())
-        throw std::runtime_error(order_.output.string() + ": there is no bundle: in \"" +
-                                 read.found_in() +
+    read_store.end();
+    auto found_in = read.found_in();
+    if (found_in.empty() && !read_store.found_in().empty() &&
+        redact::has_value_in_cells(store, redactor.search()))
+        found_in = kStore;
+    if (!found_in.empty())
+        throw std::runtime_error(order_.output.string() + ": there is no bundle: in \"" + found_in +
                                  "\" of it stood a value that should have been replaced");
 }
 
@@ -181,7 +213,7 @@ bundle::Manifest Redaction::write_bundle(const std::string& program) const {
               [](const auto& a, const auto& b) { return a.name < b.name; });
     const Store store(LogDir(order.log_dir).store(), Store::Mode::read);
     auto manifest = bundle::write_bundle(store, program, order);
-    read_back(order.output, redactor);
+    read_back(order.output, LogDir(order.log_dir).store(), redactor);
     if (!map_.empty()) redact::write_map(map_, substitutes_);
     fs::rename(order.output, order_.output);
     return manifest;

@@ -35,7 +35,8 @@ private:
                      const redact::Redactor& redactor) const;
     void redact_files(const std::filesystem::path& directory,
                       const redact::Redactor& redactor) const;
-    void read_back(const std::filesystem::path& bundle, const redact::Redactor& redactor) const;
+    void read_back(const std::filesystem::path& bundle, const std::filesystem::path& store,
+                   const redact::Redactor& redactor) const;
 
     const Store& store_;
     bundle::Order order_;
