@@ -24,7 +24,7 @@ std::string_view next_word(std::string_view& line) {
     return word;
 }
 
-std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string in_quotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 // "2027-01-31", a day that the calendar has.
 bool is_date(std::string_view text) {
@@ -55,13 +55,13 @@ struct Line {
     }
     void end() {
         if (const auto more = trimmed(rest); !more.empty())
-            refuse("there is more than expected: " + quoted(more));
+            refuse("there is more than expected: " + in_quotes(more));
     }
 };
 
 Rule& rule_named(Line& line, Rules& rules, std::string_view name) {
     auto* const found = rules.find(name);
-    if (!found) line.refuse("there is no rule " + quoted(name));
+    if (!found) line.refuse("there is no rule " + in_quotes(name));
     return *found;
 }
 
@@ -71,20 +71,20 @@ void set_severity(Line& line, Rules& rules, std::string_view /*today*/) {
     const auto* const severity = std::find_if(std::begin(kSeverities), std::end(kSeverities),
                                               [&](Severity one) { return name == word(one); });
     if (severity == std::end(kSeverities))
-        line.refuse(quoted(name) + " is no severity: critical, warning, unknown or notice");
+        line.refuse(in_quotes(name) + " is no severity: critical, warning, unknown or notice");
     rule.severity = *severity;
     line.end();
 }
 
 void set_threshold(Line& line, Rules& rules, std::string_view /*today*/) {
     auto& rule = rule_named(line, rules, line.word("the rule"));
-    if (*rule.unit == '\0') line.refuse("the rule " + quoted(rule.name) + " has no threshold");
+    if (*rule.unit == '\0') line.refuse("the rule " + in_quotes(rule.name) + " has no threshold");
     const auto text = line.word("the threshold");
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value) ||
         value < 0)
-        line.refuse(quoted(text) + " is no number from 0 on");
+        line.refuse(in_quotes(text) + " is no number from 0 on");
     rule.threshold = value;
     line.end();
 }
@@ -93,11 +93,11 @@ void acknowledge(Line& line, Rules& rules, std::string_view today) {
     const auto id = line.word("the id of a finding");
     const auto colon = id.find(':');
     if (colon == std::string_view::npos || colon + 1 == id.size())
-        line.refuse(quoted(id) + " is no id of a finding, RULE:THING");
+        line.refuse(in_quotes(id) + " is no id of a finding, RULE:THING");
     rule_named(line, rules, id.substr(0, colon));
     if (line.word("\"until\"") != "until") line.refuse("\"until\" and a date are expected");
     const auto until = line.word("the date");
-    if (!is_date(until)) line.refuse(quoted(until) + " is no date, YYYY-MM-DD");
+    if (!is_date(until)) line.refuse(in_quotes(until) + " is no date, YYYY-MM-DD");
     Acknowledgement known;
     known.until = until;
     auto rest = trimmed(line.rest);
@@ -138,11 +138,11 @@ Rules parse_rules(std::string_view text, std::string_view today) {
         const auto* const kind = std::find_if(kKinds.begin(), kKinds.end(),
                                               [&](const Kind& one) { return one.name == name; });
         if (kind == kKinds.end())
-            line.refuse(quoted(name) + " is none of severity, threshold, acknowledge");
+            line.refuse(in_quotes(name) + " is none of severity, threshold, acknowledge");
         auto copy = rest;
         if (const auto about = std::string(name) + " " + std::string(next_word(copy));
             !seen.insert(about).second)
-            line.refuse(quoted(about) + " is said a second time");
+            line.refuse(in_quotes(about) + " is said a second time");
         kind->apply(line, rules, today);
     }
     return rules;
