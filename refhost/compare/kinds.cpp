@@ -153,6 +153,25 @@ const std::vector<KindRow> kKinds = {
         {"available_spare_percent", counter},
         {"power_on_hours",          reading},
     }, "", {Subsystem::storage}},
+    // What became of the drive itself is told of it; here only that another one makes the volume.
+    {"volume_members", "Drives of volumes", "volume member", "Drive[ [{enclosure}:]{slot}][ {device}][ at row {position}][ in volume {volume}][ of controller {controller}][, volume \"{volume_name}\"]",
+     {{"controller", "drive_group", "volume", "volume_name", "is_spare", "serial"}, {"controller", "drive_group", "volume", "volume_name", "serial"}, {"controller", "drive_group", "serial", "volume"},
+      {"controller", "drive_group", "volume", "volume_name", "enclosure", "slot"}, {"controller", "drive_group", "enclosure", "slot", "volume"},
+      {"controller", "drive_group", "volume", "volume_name", "device"}, {"controller", "drive_group", "volume", "volume_name", "span", "position"}}, {
+        {"controller",  never},
+        {"drive_group", never},
+        {"volume",      never},
+        {"volume_name", never},
+        {"span",        setting},
+        {"position",    setting},
+        {"is_spare",    setting},
+        {"state",       never},
+        {"enclosure",   setting},
+        {"slot",        setting},
+        {"device_id",   never},
+        {"device",      never},
+        {"serial",      never},
+    }, "", {Subsystem::storage}, false, "", "volumes"},
 };
 
 constexpr auto kRuleWords = std::to_array<RuleWord>({

@@ -32,6 +32,7 @@ Evidence::Evidence(const findings::Verdict& verdict, const std::vector<Table>& t
 
 bool Evidence::could_tell(const KindRow& kind, const Row& row) const {
     if (broken_.contains(row.place.capture)) return false;
+    if (kinds_.contains(kind.parts_of) && !kinds_.contains(kind.kind)) return false;
     if (whole_.contains(row.place.capture)) return true;
     if (kind.is_always_there && !kinds_.contains(kind.kind)) return false;
     for (const auto subsystem : kind.subsystems) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <set>
 #include <string>
 #include <tuple>
@@ -20,6 +21,7 @@ using inventory::Inventory;
 using inventory::Real;
 using inventory::TopologyRow;
 using inventory::Volume;
+using inventory::VolumeMember;
 
 // clang-format off
 // Volumes, as storcli, arcconf, sas2ircu, mdadm, zpool and multipath print them.
@@ -236,19 +238,13 @@ std::vector<std::string_view> state_words(const Volume& volume) {
     }
 }
 
-bool is_drive(const TopologyRow& row) { return row.type && same_word(*row.type, "DRIVE"); }
-
-// Whether the row of a topology stands for the drive.
-bool is_of(const TopologyRow& row, const Drive& drive) {
-    if (!is_drive(row) || row.controller != drive.controller) return false;
-    if (row.serial && drive.serial) return *row.serial == *drive.serial;
-    return row.slot && row.slot == drive.slot && row.enclosure == drive.enclosure;
-}
-
 // The volumes and drive groups of which nothing more may be lost.
 class Redundancy {
 public:
-    explicit Redundancy(const Inventory& inventory) : inventory_(inventory) {
+    explicit Redundancy(const Inventory& inventory) {
+        for (const auto& member : inventory.volume_members) {
+            if (member.drive) members_[&inventory.drives[*member.drive]].push_back(&member);
+        }
         for (const auto& volume : inventory.volumes) {
             if (volume.drive_group) has_groups_.insert(volume.controller);
         }
@@ -258,7 +254,8 @@ public:
     }
     void is_lost(const Volume& volume) {
         controllers_.insert(volume.controller);
-        volumes_.insert({volume.controller, volume.number});
+        volumes_.insert(volume.controller ? Name{volume.controller, volume.number, {}}
+                                          : Name{{}, {}, volume.name});
         if (volume.drive_group) is_lost(volume.controller, volume.drive_group);
     }
     void is_lost(const Integer& controller, const Integer& group) {
@@ -267,26 +264,29 @@ public:
     }
     bool is_lost_for(const Drive& drive) const {
         if (drive.drive_group) return groups_.contains({drive.controller, drive.drive_group});
-        bool is_member = false;
-        for (const auto& row : inventory_.topology) {
-            if (!is_of(row, drive)) continue;
-            if (is_lost_in(row)) return true;
-            is_member = true;
-        }
+        if (const auto known = members_.find(&drive); known != members_.end())
+            return std::any_of(known->second.begin(), known->second.end(),
+                               [&](const VolumeMember* member) { return is_lost_in(*member); });
         // Where the tool says nothing of members, each of its drives may be one.
-        return !is_member && !has_groups_.contains(drive.controller) &&
-               controllers_.contains(drive.controller);
+        return !has_groups_.contains(drive.controller) && controllers_.contains(drive.controller);
     }
-    bool is_lost_in(const TopologyRow& row) const {
-        return (row.volume && volumes_.contains({row.controller, row.volume})) ||
-               (row.drive_group && groups_.contains({row.controller, row.drive_group}));
+    bool is_lost_in(const VolumeMember& member) const {
+        const bool is_known =
+            member.controller ? member.volume.has_value() : member.volume_name.has_value();
+        const auto name = member.controller ? Name{member.controller, member.volume, {}}
+                                            : Name{{}, {}, member.volume_name};
+        return (is_known && volumes_.contains(name)) ||
+               (member.drive_group && groups_.contains({member.controller, member.drive_group}));
     }
 
 private:
-    const Inventory& inventory_;
+    using Name =
+        std::tuple<Integer, Integer, inventory::Text>;  // a controller's number; else a name
+    std::map<const Drive*, std::vector<const VolumeMember*>> members_;
     std::set<Integer> has_groups_;
     std::set<Integer> controllers_;
-    std::set<std::pair<Integer, Integer>> groups_, volumes_;
+    std::set<std::pair<Integer, Integer>> groups_;
+    std::set<Name> volumes_;
 };
 
 std::string at_controller(const Integer& controller) {
@@ -353,7 +353,7 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
         if (!found || !found->empty()) told.insert({volume.controller, volume.drive_group});
     }
     for (const TopologyRow& row : inventory.topology) {
-        if (!row.state || is_drive(row)) continue;
+        if (!row.state) continue;
         const auto rule_name = rule_for(kTopologyStates, *row.state).value_or("topology_state");
         if (rule_name.empty()) continue;
         if (rule_name != "topology_state") redundancy.is_lost(row.controller, row.drive_group);
@@ -428,46 +428,48 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
 }
 
 // "Drive 8:1 of controller 1", "Drive at row 0 of drive group 0 of controller 1"
-Subject missing_drive(const TopologyRow& row) {
+Subject missing_drive(const VolumeMember& member) {
     Drive drive;
-    drive.controller = row.controller;
-    drive.enclosure = row.enclosure;
-    drive.slot = row.slot;
-    drive.serial = row.serial;
+    drive.controller = member.controller;
+    drive.enclosure = member.enclosure;
+    drive.slot = member.slot;
+    drive.serial = member.serial;
     if (drive.serial || drive.slot) return {drive_key(drive), drive_words(drive)};
-    std::string key = "c" + number_text(row.controller);
+    std::string key = "c" + number_text(member.controller);
     std::string subject;
     const auto name = [&](const Integer& number, const char* short_name, const char* words) {
         if (!number) return;
         key += short_name + number_text(number);
         subject = words + number_text(number) + (subject.empty() ? "" : " of ") + subject;
     };
-    name(row.drive_group, "_dg", "drive group ");
-    name(row.volume, "_v", "volume ");
-    name(row.array, "_array", "array ");
-    name(row.row, "_row", "row ");
+    name(member.drive_group, "_dg", "drive group ");
+    if (!member.drive_group) name(member.volume, "_v", "volume ");
+    name(member.span, "_array", "array ");
+    name(member.position, "_row", "row ");
     subject = "Drive" + (subject.empty() ? "" : " at " + subject);
-    return {key, subject + at_controller(row.controller)};
+    return {key, subject + at_controller(member.controller)};
 }
 
-// Drives that the topology tells and no list of drives, or not so: one is missing there.
+// Drives that a controller's topology tells and no list of drives, or not so: one is missing there. The
+// state of a software array tells of its missing drives.
 void judge_members(const Inventory& inventory, const Redundancy& redundancy, Collector& findings) {
-    for (const TopologyRow& row : inventory.topology) {
-        if (!row.state || !is_drive(row)) continue;
-        auto rule_name = rule_for(kMemberStates, *row.state)
-                             .value_or(rule_for(kDriveStates, *row.state).value_or("drive_state"));
+    std::set<std::pair<std::string, std::int64_t>> told;  // one line stands for several volumes
+    for (const VolumeMember& member : inventory.volume_members) {
+        if (!member.state || !member.controller) continue;
+        auto rule_name =
+            rule_for(kMemberStates, *member.state)
+                .value_or(rule_for(kDriveStates, *member.state).value_or("drive_state"));
         if (rule_name.empty()) continue;
-        const auto drive = std::find_if(inventory.drives.begin(), inventory.drives.end(),
-                                        [&](const Drive& one) { return is_of(row, one); });
-        const bool is_listed = drive != inventory.drives.end();
-        if (is_listed && drive->state &&
+        const Drive* const drive = member.drive ? &inventory.drives[*member.drive] : nullptr;
+        if (drive && drive->state &&
             !rule_for(kDriveStates, *drive->state).value_or("drive_state").empty())
             continue;
+        if (!told.insert({member.place.capture, member.place.line}).second) continue;
         const bool exposed =
-            redundancy.is_lost_in(row) || (is_listed && redundancy.is_lost_for(*drive));
+            redundancy.is_lost_in(member) || (drive && redundancy.is_lost_for(*drive));
         if (rule_name == "drive_failed" && exposed) rule_name = "drive_failed_no_redundancy";
-        findings.add(is_listed ? subject_of(inventory, *drive) : missing_drive(row), rule_name,
-                     "topology says " + *row.state, row.place);
+        findings.add(drive ? subject_of(inventory, *drive) : missing_drive(member), rule_name,
+                     "topology says " + *member.state, member.place);
     }
 }
 

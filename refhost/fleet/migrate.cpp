@@ -10,8 +10,8 @@ namespace {
 // Whoever makes or migrates tables holds this key, which is no host's: those are not negative.
 constexpr std::int64_t kSchemaLock = -1;
 
-// What leads from a format to the next one: columns that came to tables. Views are dropped before and made anew
-// behind it.
+// What leads from a format to the next one: columns that came to tables, and tables as they were in that format.
+// Views are dropped before and made anew behind it.
 struct AddedColumn {
     const char* table;
     Column column;
@@ -19,14 +19,28 @@ struct AddedColumn {
 struct Migration {
     int from;
     std::vector<AddedColumn> columns;
+    std::vector<Table> tables = {};
 };
+
+// clang-format off
+const Table kVolumeMembers = {"volume_members", 3, {
+    {"host",        ColumnType::integer}, {"digest",    ColumnType::integer}, {"run",       ColumnType::integer},
+    {"until",       ColumnType::integer}, {"controller", ColumnType::integer}, {"drive_group", ColumnType::integer},
+    {"volume",      ColumnType::integer}, {"volume_name", ColumnType::text},  {"span",      ColumnType::integer},
+    {"position",    ColumnType::integer}, {"is_spare",  ColumnType::boolean}, {"state",     ColumnType::text},
+    {"enclosure",   ColumnType::integer}, {"slot",      ColumnType::integer}, {"device_id", ColumnType::integer},
+    {"device",      ColumnType::text},    {"serial",    ColumnType::text},    {"capture",   ColumnType::text},
+    {"line",        ColumnType::integer},
+}};
 
 const std::vector<Migration> kMigrations = {
     {1,
      {{"findings", {"acknowledged_until", ColumnType::text}},
       {"findings", {"acknowledged_by", ColumnType::text}},
       {"findings", {"acknowledged_why", ColumnType::text}}}},
+    {2, {}, {kVolumeMembers}},
 };
+// clang-format on
 
 int format_of(Database& db) {
     if (!db.has("fleet_format")) return 0;
@@ -56,6 +70,7 @@ void migrate(Database& db, int format) {
         for (const auto& added : migration.columns)
             db.execute(std::string("ALTER TABLE ") + added.table + " ADD COLUMN " +
                        declaration(added.column, db.dialect()));
+        for (const auto& table : migration.tables) db.execute(table_statement(table, db.dialect()));
     }
 }
 

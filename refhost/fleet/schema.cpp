@@ -117,23 +117,24 @@ std::string declaration(const Column& column, Dialect dialect) {
     return column.name + " " + sql_type(column.type, dialect);
 }
 
+std::string table_statement(const Table& table, Dialect dialect) {
+    std::vector<std::string> parts;
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        parts.push_back(declaration(table.columns[i], dialect) +
+                        (i < table.keys ? " NOT NULL" : ""));
+        if (i < table.keys) keys.push_back(table.columns[i].name);
+    }
+    parts.push_back("PRIMARY KEY (" + joined(keys) + ")");
+    std::string statement = "CREATE TABLE " + table.name + " (" + joined(parts) + ")";
+    if (dialect == Dialect::sqlite) statement += " WITHOUT ROWID";
+    if (dialect == Dialect::postgresql && table.by_month) statement += " PARTITION BY RANGE (run)";
+    return statement;
+}
+
 std::vector<std::string> table_statements(Dialect dialect) {
     std::vector<std::string> statements;
-    for (const auto& table : tables()) {
-        std::vector<std::string> parts;
-        std::vector<std::string> keys;
-        for (std::size_t i = 0; i < table.columns.size(); ++i) {
-            parts.push_back(declaration(table.columns[i], dialect) +
-                            (i < table.keys ? " NOT NULL" : ""));
-            if (i < table.keys) keys.push_back(table.columns[i].name);
-        }
-        parts.push_back("PRIMARY KEY (" + joined(keys) + ")");
-        std::string statement = "CREATE TABLE " + table.name + " (" + joined(parts) + ")";
-        if (dialect == Dialect::sqlite) statement += " WITHOUT ROWID";
-        if (dialect == Dialect::postgresql && table.by_month)
-            statement += " PARTITION BY RANGE (run)";
-        statements.push_back(std::move(statement));
-    }
+    for (const auto& table : tables()) statements.push_back(table_statement(table, dialect));
     return statements;
 }
 

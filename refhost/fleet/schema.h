@@ -14,7 +14,7 @@
 namespace qvhost::fleet {
 
 // Counts the changes of tables and views that a database has to be migrated for.
-inline constexpr int kFormat = 2;
+inline constexpr int kFormat = 3;
 
 // `until` of a row that is true in the host's last run.
 inline constexpr std::int64_t kForever = std::numeric_limits<std::int64_t>::max();
@@ -59,6 +59,8 @@ const std::vector<Table>& tables();
 
 // "model TEXT", as a table's definition has it.
 std::string declaration(const Column& column, Dialect dialect);
+
+std::string table_statement(const Table& table, Dialect dialect);
 
 // What makes tables, then views, in this order.
 std::vector<std::string> table_statements(Dialect dialect);

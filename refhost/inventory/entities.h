@@ -151,6 +151,24 @@ struct Drive {
     std::string tool;                // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
+// A drive's place in a volume, or that of a hot spare. A volume has a member for each of its drives; of a
+// drive group that several volumes lie on, each volume has its own.
+struct VolumeMember {
+    Place place;
+    Integer controller;   // of the volume; empty: software storage
+    Integer drive_group;  // empty: the tool counts none, or it is a global spare
+    Integer volume;       // its number
+    Text volume_name;
+    Integer span, position;
+    Flag is_spare;
+    Text state;                // as printed
+    Integer enclosure, slot;   // of the drive
+    Integer device_id;         // of the drive
+    Text device, serial, wwn;  // of the drive; the WWN is no field
+    std::string tool;          // whose numbers these are: "storcli", "arcconf", ...; no field
+    std::optional<std::size_t> drive;  // which of Inventory::drives it is; empty: none is listed
+};
+
 enum class Severity { info, warning, critical };
 
 // "info", "warning", "critical"

@@ -150,6 +150,22 @@ constexpr auto kDrive = std::to_array<Field<Drive>>({
     {"available_spare_percent", &Drive::available_spare_percent, "percent",         "spare blocks that are left",                    "smartctl"},
     {"power_on_hours",          &Drive::power_on_hours,          "hours",           "how long it has run",                           "arcconf, smartctl"},
 });
+
+constexpr auto kVolumeMember = std::to_array<Field<VolumeMember>>({
+    {"controller",  &VolumeMember::controller,  "", "the volume's RAID controller; null for software storage", "storcli, arcconf, sas2ircu, ssacli"},
+    {"drive_group", &VolumeMember::drive_group, "", "the group of drives; null for a global spare, and where the tool counts no groups", "storcli, arcconf"},
+    {"volume",      &VolumeMember::volume,      "", "the volume's `number`; null for a spare of no volume, and for software storage", "storcli, arcconf, sas2ircu, ssacli"},
+    {"volume_name", &VolumeMember::volume_name, "", "the volume's `name`",                                 "storcli, arcconf, mdadm, zpool"},
+    {"span",        &VolumeMember::span,        "", "the array (span) in the group, the vdev of a pool",   "storcli, arcconf, zpool"},
+    {"position",    &VolumeMember::position,    "", "its place there: the row, the segment, md's RaidDevice", "storcli, arcconf, sas2ircu, mdadm"},
+    {"is_spare",    &VolumeMember::is_spare,    "", "whether it is a hot spare and holds no data",         "storcli, arcconf, sas2ircu, ssacli, mdadm, zpool"},
+    {"state",       &VolumeMember::state,       "", "as printed: Onln, Msng, Present, active sync, ...",   "storcli, arcconf, mdadm, zpool"},
+    {"enclosure",   &VolumeMember::enclosure,   "", "the drive's enclosure at that controller",            "storcli, arcconf, sas2ircu, ssacli"},
+    {"slot",        &VolumeMember::slot,        "", "the drive's slot; null if none is told or the drive is missing", "storcli, arcconf, sas2ircu, ssacli"},
+    {"device_id",   &VolumeMember::device_id,   "", "the controller's own number of the drive",            "storcli, arcconf"},
+    {"device",      &VolumeMember::device,      "", "/dev/..., of the drive and not of a partition",       "mdadm, zpool, lsblk"},
+    {"serial",      &VolumeMember::serial,      "", "the drive's serial number",                           "arcconf, ssacli, zpool, and whatever lists the drive", Secret::serial},
+});
 // clang-format on
 
 }  // namespace
@@ -167,6 +183,7 @@ template <> const Kind<Battery>& kind_of()      { static const Kind<Battery> kin
 template <> const Kind<Enclosure>& kind_of()    { static const Kind<Enclosure> kind    {"enclosures",     "What drives are plugged into.",                         &Inventory::enclosures,     kEnclosure};    return kind; }
 template <> const Kind<Volume>& kind_of()       { static const Kind<Volume> kind       {"volumes",        "What an operating system sees as a drive: a virtual drive, a logical device, an array, a pool.", &Inventory::volumes, kVolume}; return kind; }
 template <> const Kind<Drive>& kind_of()        { static const Kind<Drive> kind        {"drives",         "A physical drive.",                                     &Inventory::drives,         kDrive};        return kind; }
+template <> const Kind<VolumeMember>& kind_of() { static const Kind<VolumeMember> kind {"volume_members", "Which drives make which volume: a row for each drive of each volume, and for each hot spare that the tool lists with them.", &Inventory::volume_members, kVolumeMember}; return kind; }
 // clang-format on
 
 }  // namespace qvhost::inventory

@@ -58,6 +58,7 @@ void each_kind(Visit visit) {
     visit(kind_of<Enclosure>());
     visit(kind_of<Volume>());
     visit(kind_of<Drive>());
+    visit(kind_of<VolumeMember>());
 }
 
 }  // namespace qvhost::inventory

@@ -21,6 +21,7 @@ struct Inventory {
     std::vector<Enclosure> enclosures;
     std::vector<Volume> volumes;
     std::vector<Drive> drives;
+    std::vector<VolumeMember> volume_members;
 
     std::vector<TopologyRow> topology;
     std::vector<PciDevice> pci_devices;

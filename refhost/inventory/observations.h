@@ -8,13 +8,11 @@
 
 namespace qvhost::inventory {
 
-// A row of a RAID controller's topology: a drive group, an array or a drive in it.
+// A row of a RAID controller's topology: a drive group or an array of it.
 struct TopologyRow {
     Place place;
-    Integer controller, drive_group, array, row, enclosure, slot, device_id;
-    Integer volume;    // whose member it is, where the tool lists members by volume
-    Text type;         // "RAID5", "DRIVE", "Mirror"
-    Text serial;       // of the drive
+    Integer controller, drive_group, array;
+    Text type;         // "RAID5"
     Text state;        // as printed
     std::string tool;  // whose numbers these are
 };

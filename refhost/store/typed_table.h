@@ -30,25 +30,11 @@ struct DeclaredTypedTable {
 
 // Their names. No table of records takes one of them.
 inline constexpr auto kTypedTables = std::to_array<std::string_view>({
-    "systems",
-    "processors",
-    "memory_modules",
-    "bmcs",
-    "sensors",
-    "power_supplies",
-    "frus",
-    "controllers",
-    "batteries",
-    "enclosures",
-    "volumes",
-    "drives",
-    "events",
-    "findings",
-    "finding_evidence",
-    "finding_entities",
-    "finding_growth",
-    "health",
-    "health_captures",
+    "systems",          "processors",     "memory_modules", "bmcs",
+    "sensors",          "power_supplies", "frus",           "controllers",
+    "batteries",        "enclosures",     "volumes",        "drives",
+    "volume_members",   "events",         "findings",       "finding_evidence",
+    "finding_entities", "finding_growth", "health",         "health_captures",
     "health_missing",
 });
 

@@ -21,6 +21,7 @@ using inventory::PowerSupply;
 using inventory::Sensor;
 using inventory::System;
 using inventory::Volume;
+using inventory::VolumeMember;
 
 Drive drive(int slot, const char* serial) {
     Drive one;
@@ -56,6 +57,18 @@ PowerSupply supply(const char* slot, const char* serial, bool present = true) {
     one.present = present;
     if (present) one.serial = serial;
     one.input_watts = 120;
+    return one;
+}
+
+VolumeMember member(int row, const char* device, const char* serial) {
+    VolumeMember one;
+    one.place = {"host_mdadm_md0.txt", 9 + row};
+    one.volume_name = "md0";
+    one.is_spare = row < 0;
+    if (row >= 0) one.position = row;
+    one.state = row < 0 ? "spare" : "active sync";
+    if (device) one.device = device;
+    if (serial) one.serial = serial;
     return one;
 }
 
@@ -332,6 +345,41 @@ const std::vector<Case> kCases = {
      },
      {"Drive 8:1 of controller 0, serial D1: changed: drive group none -> 1",
       "not now media errors of 3 drives: Drive 8:1 of controller 0, serial D1, Drive 8:2 of controller 0, serial D2, Drive 8:3 of controller 0, serial D3"}},
+    {"a spare takes a drive's place in an array, and that drive is gone",
+     [](Side& from, Side& to) {
+         from.inventory.volume_members = {member(0, "/dev/sda", "A"), member(1, "/dev/sdb", "B"), member(-1, "/dev/sdc", "C")};
+         to.inventory.volume_members = {member(0, "/dev/sdb", "A"), member(1, "/dev/sdc", "C")};
+     },
+     {"Drive /dev/sdc at row 1, volume \"md0\": changed: position none -> 1; is spare yes -> no",
+      "Drive /dev/sdb at row 1, volume \"md0\": removed"}},
+    {"a drive of a volume is replaced in its slot: that is told of the drive",
+     [](Side& from, Side& to) {
+         for (auto* side : {&from, &to}) {
+             VolumeMember one;
+             one.place = {"c0.txt", 30};
+             one.controller = one.volume = 0;
+             one.enclosure = 8;
+             one.slot = 1;
+             one.serial = side == &from ? "D1" : "NEW";
+             one.volume_name = side == &from ? "data" : "named anew";
+             side->inventory.volume_members = {one};
+         }
+     }, {}},
+    {"a drive of a volume is missing",
+     [](Side& from, Side& to) {
+         for (auto* side : {&from, &to}) {
+             VolumeMember one;
+             one.place = {"c0.txt", 30};
+             one.controller = one.volume = one.drive_group = one.position = 0;
+             if (side == &from) one.slot = 1;
+             one.state = side == &from ? "Onln" : "Msng";
+             side->inventory.volume_members = {one};
+         }
+     },
+     {"Drive at row 0 in volume 0 of controller 0: changed: slot 1 -> none"}},
+    {"an earlier program did not read which drives make a volume",
+     [](Side&, Side& to) { to.inventory.volume_members = {member(0, "/dev/sda", "A")}; },
+     {"not then 1 volume member: Drive /dev/sda at row 0, volume \"md0\""}},
     {"findings become worse",
      [](Side& from, Side& to) {
          judge(from, "x", Severity::warning, "", 0);

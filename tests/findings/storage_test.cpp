@@ -11,6 +11,7 @@ using inventory::Drive;
 using inventory::Inventory;
 using inventory::TopologyRow;
 using inventory::Volume;
+using inventory::VolumeMember;
 
 Drive drive(int slot, const char* state, std::optional<int> group = std::nullopt) {
     Drive one;
@@ -41,6 +42,15 @@ TopologyRow row(int group, const char* type, const char* state) {
     one.controller = 0;
     one.drive_group = group;
     one.type = type;
+    one.state = state;
+    return one;
+}
+
+VolumeMember member(int group, const char* state) {
+    VolumeMember one;
+    one.place = {"c0_showall.txt", 10};
+    one.controller = 0;
+    one.drive_group = group;
     one.state = state;
     return one;
 }
@@ -178,8 +188,9 @@ TEST(Storage, RebuildsAndRoutineWork) {
 TEST(Storage, TheTopologySpeaksWhereNoVolumeDoes) {
     Inventory inventory;
     inventory.volumes = {volume(0, "RAID5", "Optl"), volume(1, "RAID5", "Dgrd")};
-    inventory.topology = {row(0, "RAID5", "Dgrd"), row(0, "DRIVE", "Onln"), row(1, "RAID5", "Dgrd"),
+    inventory.topology = {row(0, "RAID5", "Dgrd"), row(1, "RAID5", "Dgrd"),
                           row(2, "RAID6", "Pdgd")};
+    inventory.volume_members = {member(0, "Onln")};
     EXPECT_EQ(
         judged(inventory),
         (Lines{
@@ -191,14 +202,60 @@ TEST(Storage, TheTopologySpeaksWhereNoVolumeDoes) {
 TEST(Storage, AMissingMemberIsADriveWithoutASlot) {
     Inventory inventory;
     inventory.volumes = {volume(0, "RAID5", "Dgrd")};
-    inventory.topology = {row(0, "DRIVE", "Msng")};
-    inventory.topology[0].row = 2;
+    // One line stands for both volumes of the group.
+    inventory.volume_members = {member(0, "Msng"), member(0, "Msng")};
+    inventory.volume_members[0].position = inventory.volume_members[1].position = 2;
+    inventory.volume_members[0].volume = 0;
+    inventory.volume_members[1].volume = 1;
     EXPECT_EQ(
         judged(inventory),
         (Lines{
             "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (RAID5) | state Dgrd",
             "critical drive_failed_no_redundancy:c0_dg0_row2 | Drive at row 2 of drive group 0 of controller 0 | "
             "topology says Msng"}));
+}
+
+TEST(Storage, TheVolumeOfADriveDecidesHoweverItIsTold) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "5", "Degraded"), volume(1, "5", "Optimal")};
+    for (auto& one : inventory.volumes) one.drive_group.reset();
+    inventory.drives = {drive(0, "Failed"), drive(1, "Failed")};
+    Volume lost, well;
+    lost.place = well.place = {"host_mdstat.txt", 2};
+    lost.name = "md0";
+    lost.state = "clean, degraded";
+    well.name = "md1";
+    well.state = "clean";
+    inventory.volumes.push_back(lost);
+    inventory.volumes.push_back(well);
+    for (const char* name : {"/dev/sda", "/dev/sdb"}) {
+        Drive one;
+        one.place = {"host_smartctl.json", 3};
+        one.device = name;
+        one.smart_alert = true;
+        inventory.drives.push_back(one);
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        VolumeMember one;
+        one.drive = i;
+        if (i < 2) {
+            one.controller = 0;
+            one.volume = static_cast<int>(i);
+        } else {
+            one.volume_name = i == 2 ? "md0" : "md1";
+            one.state = i == 2 ? "removed" : "active sync";  // the array itself tells of that
+        }
+        inventory.volume_members.push_back(one);
+    }
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{
+            "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (5) | state Degraded",
+            "critical volume_no_redundancy:md0 | Volume \"md0\" | state clean, degraded",
+            "critical drive_failed_no_redundancy:Z0 | Drive 8:0 of controller 0, serial Z0 | state Failed",
+            "critical drive_predicted_no_redundancy:_dev_sda | Drive /dev/sda | SMART alert",
+            "warning drive_failed:Z1 | Drive 8:1 of controller 0, serial Z1 | state Failed",
+            "warning drive_predicted:_dev_sdb | Drive /dev/sdb | SMART alert"}));
 }
 
 TEST(Storage, PredictedFailuresWeighMoreWithoutRedundancy) {

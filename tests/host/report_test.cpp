@@ -50,7 +50,8 @@ TEST_F(Report, AsItIsPromised) {
 "batteries":[],
 "enclosures":[],
 "volumes":[],
-"drives":[]},
+"drives":[],
+"volume_members":[]},
 "modules":[
 {"name":"M","display":"A \"module\"","tables":[
 {"id":"ROWS","layout":{"kind":"rows","headers":["a","b"],"widths":[60,40],"flag":false}},

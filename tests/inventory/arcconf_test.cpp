@@ -135,8 +135,10 @@ const char* const kConfigured =
     "predicted_failures=0 smart_alert=no\n"
     "drives 85: controller=1 state=Dedicated Hot-Spare spare=dedicated "
     "capacity_bytes=4000786153472 serial=EXD00000002 temperature_celsius=41 smart_alert=yes\n"
-    "topology 46: controller=1 volume=0 row=0 enclosure=0 slot=0 type=DRIVE state=Present serial=EXD00000001\n"
-    "topology 47: controller=1 volume=0 row=1 enclosure=0 slot=1 type=DRIVE state=Missing serial=EXD00000002\n"
+    "volume_members 46: controller=1 volume=0 position=0 is_spare=no state=Present enclosure=0 slot=0 "
+    "serial=EXD00000001\n"
+    "volume_members 47: controller=1 volume=0 position=1 is_spare=no state=Missing enclosure=0 slot=1 "
+    "serial=EXD00000002\n"
     "controller_count 1: tool=arcconf count=1\n";
 
 TEST(Arcconf, reads_a_configuration) {
@@ -175,8 +177,8 @@ TEST(Arcconf, reads_other_answers) {
          "\nCommand completed successfully.\n",
          "volumes 5: controller=1 drive_group=1 number=2 raid=10 state=Degraded cache=Enabled "
          "capacity_bytes=104857600 name=data device=/dev/sdc\n"
-         "topology 18: controller=1 volume=2 drive_group=1 enclosure=0 slot=1 device_id=3 type=DRIVE "
-         "state=Present serial=63M0\n"
+         "volume_members 18: controller=1 drive_group=1 volume=2 is_spare=no state=Present "
+         "enclosure=0 slot=1 device_id=3 serial=63M0\n"
          "controller_count 1: tool=arcconf count=1\n",
          "20 lines\n"},
         {"Controllers found: 1\nLogical device Task:\n   Logical device  : 0\n   Task ID  : 102\n"

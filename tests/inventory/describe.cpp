@@ -57,16 +57,10 @@ std::string describe(const Inventory& inventory, bool captures) {
     for (const auto& row : inventory.topology) {
         put_place(out, "topology", row.place, captures);
         put(out, "controller", row.controller);
-        put(out, "volume", row.volume);
         put(out, "drive_group", row.drive_group);
         put(out, "array", row.array);
-        put(out, "row", row.row);
-        put(out, "enclosure", row.enclosure);
-        put(out, "slot", row.slot);
-        put(out, "device_id", row.device_id);
         put(out, "type", row.type);
         put(out, "state", row.state);
-        put(out, "serial", row.serial);
         out << '\n';
     }
     for (const auto& count : inventory.controller_counts) {

@@ -76,17 +76,18 @@ SAS2IRCU: Utility Completed Successfully.
 
 TEST(Ircu, reads_a_controller) {
     const auto read = read_text(read_ircu, kDisplay);
-    EXPECT_EQ(describe(read.found),
-              "controllers 7: number=0 model=SAS2308_2 firmware=19.00.00.00\n"
-              "enclosures 56: controller=0 number=1 slots=9\n"
-              "volumes 17: controller=0 number=286 raid=RAID1 state=Degraded (DGD) "
-              "capacity_bytes=145999527936\n"
-              "drives 33: controller=0 enclosure=1 slot=0 state=Optimal (OPT) "
-              "capacity_bytes=500107837440 interface=SATA media=HDD model=EX500 620NS "
-              "serial=9XF00001 wwn=5000c5007bc1cfd7 firmware=AA0D\n"
-              "drives 46: controller=0 enclosure=1 slot=2 state=Hot Spare (HSP) spare=global\n"
-              "topology 22: controller=0 drive_group=286 row=0 enclosure=1 slot=0 type=DRIVE\n"
-              "topology 23: controller=0 drive_group=286 row=1 enclosure=0 slot=0 type=DRIVE\n");
+    EXPECT_EQ(
+        describe(read.found),
+        "controllers 7: number=0 model=SAS2308_2 firmware=19.00.00.00\n"
+        "enclosures 56: controller=0 number=1 slots=9\n"
+        "volumes 17: controller=0 number=286 raid=RAID1 state=Degraded (DGD) "
+        "capacity_bytes=145999527936\n"
+        "drives 33: controller=0 enclosure=1 slot=0 state=Optimal (OPT) "
+        "capacity_bytes=500107837440 interface=SATA media=HDD model=EX500 620NS "
+        "serial=9XF00001 wwn=5000c5007bc1cfd7 firmware=AA0D\n"
+        "drives 46: controller=0 enclosure=1 slot=2 state=Hot Spare (HSP) spare=global\n"
+        "volume_members 22: controller=0 volume=286 position=0 is_spare=no enclosure=1 slot=0\n"
+        "volume_members 23: controller=0 volume=286 position=1 is_spare=no enclosure=0 slot=0\n");
     EXPECT_EQ(describe(read.how), "62 lines\n");
     const auto end = kDisplay.find("SAS2IRCU: Utility Completed Successfully");
     for (std::size_t size = 0; size < end; ++size)

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "describe.h"
 #include "inventory/storage/captures.h"
 
@@ -69,7 +71,13 @@ TEST(Join, lists_and_details_of_a_drive_are_one) {
               "smart_alert=no\n"
               "drives c1_showall.txt 11: controller=1 enclosure=252 slot=1 device_id=9 state=Onln "
               "drive_group=0 is_foreign=no capacity_bytes=998998655631 interface=SATA media=HDD "
-              "sector_bytes=512 model=EX1000\n");
+              "sector_bytes=512 model=EX1000\n"
+              "volume_members c0_showall.txt 11: controller=0 drive_group=0 is_spare=no state=Onln "
+              "enclosure=252 slot=1 device_id=9 serial=S1\n"
+              "volume_members c0_showall.txt 12: controller=0 drive_group=0 is_spare=no "
+              "state=Failed enclosure=252 slot=2 device_id=10 serial=S2\n"
+              "volume_members c1_showall.txt 11: controller=1 drive_group=0 is_spare=no state=Onln "
+              "enclosure=252 slot=1 device_id=9\n");
     ASSERT_FALSE(found.drives[0].elsewhere.empty());
     EXPECT_EQ(found.drives[0].elsewhere[0].field, "media_errors");
     EXPECT_EQ(found.drives[0].elsewhere[0].place, (Place{"c0_pdlist.txt", 6}));
@@ -119,7 +127,10 @@ TEST(Join, what_the_system_sees_is_found_behind_controllers) {
          "      8 blocks [2/1] [U_]\nunused devices: <none>\n"},
         {"host_mdadm_md0.txt",
          "/dev/md0:\n Raid Level : raid1\n State : clean, degraded\n"
-         "    Number   Major   Minor   RaidDevice State\n"},
+         "    Number   Major   Minor   RaidDevice State\n"
+         "       0       8       17        0      active sync   /dev/sdb1\n"
+         "       -       0        0        1      removed\n"
+         "       1       8       33        -      faulty   /dev/sdc1\n"},
         {"host_smartctl_sdc.json",
          R"({"smartctl": {"exit_status": 0}, "device": {"name": "/dev/sdc", "protocol": "ATA"},
              "serial_number": "C1", "smart_status": {"passed": true}})"},
@@ -137,7 +148,86 @@ TEST(Join, what_the_system_sees_is_found_behind_controllers) {
               "sector_bytes=512 model=EX1000 LONG serial=Z1X00000 firmware=A device=/dev/sdb "
               "media_errors=2 smart_alert=no\n"
               "drives host_mdstat.txt 2: state=faulty interface=SATA serial=C1 wwn=5 "
-              "device=/dev/sdc smart_alert=no\n");
+              "device=/dev/sdc smart_alert=no\n"
+              "volume_members host_mdstat.txt 2: volume_name=md0 is_spare=no state=faulty "
+              "device=/dev/sdc serial=C1\n"
+              "volume_members host_mdadm_md0.txt 5: volume_name=md0 position=0 is_spare=no "
+              "state=active sync device=/dev/sdb serial=Z1X00000\n"
+              "volume_members host_mdadm_md0.txt 6: volume_name=md0 position=1 is_spare=no "
+              "state=removed\n"
+              "volume_members c0_showall.txt 11: controller=0 drive_group=0 is_spare=no state=Onln "
+              "enclosure=252 slot=1 device_id=9 device=/dev/sdb serial=Z1X00000\n");
+}
+
+TEST(Join, the_drives_of_a_group_make_each_of_its_volumes) {
+    const auto found = joined({
+        {"c0_showall.txt",
+         "Controller = 0\nStatus = Success\nDescription = None\n\nTOPOLOGY :\n========\n\n"
+         "------------------------------------------\n"
+         "DG Arr Row EID:Slot DID Type  State       \n"
+         "------------------------------------------\n"
+         " 0 -   -   -        -   RAID1 Dgrd        \n"
+         " 0 0   -   -        -   RAID1 Dgrd        \n"
+         " 0 0   0   252:1    9   DRIVE Onln        \n"
+         " 0 0   1   -        -   DRIVE Msng        \n"
+         " 0 -   -   252:3    11  DRIVE DHS         \n"
+         " - -   -   252:4    12  DRIVE GHS         \n"
+         "------------------------------------------\n\n"
+         "VD LIST :\n=======\n\n"
+         "---------------------------\n"
+         "DG/VD TYPE  State Name     \n"
+         "---------------------------\n"
+         "0/0   RAID1 Dgrd  system   \n"
+         "0/5   RAID1 Dgrd           \n"
+         "---------------------------\n"},
+        {"c0_pdlist.txt",
+         "Controller = 0\nStatus = Success\nDescription = None\n" + details("/c0/e252/s1", "S1")},
+    });
+    std::string members;
+    std::istringstream lines(describe(found, true));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("volume_members")) members += line + "\n";
+    }
+    EXPECT_EQ(members,
+              "volume_members c0_showall.txt 13: controller=0 drive_group=0 volume=0 "
+              "volume_name=system span=0 position=0 is_spare=no state=Onln enclosure=252 slot=1 "
+              "device_id=9 serial=S1\n"
+              "volume_members c0_showall.txt 13: controller=0 drive_group=0 volume=5 span=0 "
+              "position=0 is_spare=no state=Onln enclosure=252 slot=1 device_id=9 serial=S1\n"
+              "volume_members c0_showall.txt 14: controller=0 drive_group=0 volume=0 "
+              "volume_name=system span=0 position=1 is_spare=no state=Msng\n"
+              "volume_members c0_showall.txt 14: controller=0 drive_group=0 volume=5 span=0 "
+              "position=1 is_spare=no state=Msng\n"
+              "volume_members c0_showall.txt 15: controller=0 drive_group=0 volume=0 "
+              "volume_name=system is_spare=yes state=DHS enclosure=252 slot=3 device_id=11\n"
+              "volume_members c0_showall.txt 15: controller=0 drive_group=0 volume=5 "
+              "is_spare=yes state=DHS enclosure=252 slot=3 device_id=11\n"
+              "volume_members c0_showall.txt 16: controller=0 is_spare=yes state=GHS "
+              "enclosure=252 slot=4 device_id=12\n");
+    // Only the first one's drive is listed.
+    std::vector<bool> listed;
+    for (const auto& member : found.volume_members) listed.push_back(member.drive.has_value());
+    EXPECT_EQ(listed, (std::vector<bool>{true, true, false, false, false, false, false}));
+}
+
+// A number that is nobody's, another tool's controller and another serial number in the same slot.
+TEST(Join, a_member_is_no_drive_that_only_looks_alike) {
+    const auto found = joined({
+        {"c1_showall.txt", list("1", "252:1     9 UGood  - 930.390 GB SATA HDD 512B EX1000  \n")},
+        {"host_arcconf_1.txt",
+         "Controllers found: 1\nLogical device number 0\n Logical device name : data\n"
+         " Status of Logical Device : Degraded\n----\n Logical device segment information\n----\n"
+         " Segment 0 : Missing (Enclosure:252, Slot:1) OLD1\n"
+         " Segment 1 : Present (Enclosure:252, Slot:2) D2\n"
+         "Physical Device information\n Device #0\n  Device is a Hard drive\n  State : Ready\n"
+         "  Serial number : NEW1\n  Reported Location : Enclosure 252, Slot 1\n"
+         "Command completed successfully.\n"},
+    });
+    ASSERT_EQ(found.volume_members.size(), 2U) << describe(found);
+    for (const auto& member : found.volume_members) {
+        EXPECT_FALSE(member.drive) << *member.serial;
+        EXPECT_EQ(member.volume_name, "data");
+    }
 }
 
 TEST(StorageCaptures, are_found_by_name) {

@@ -43,7 +43,7 @@ const std::string kMdstat =
     "      [=>...................]  recovery =  5.5% (57600/1046528) finish=0.2min speed=57600K/sec\n"
     "      bitmap: 0/8 pages [0KB], 65536KB chunk\n"
     "\n"
-    "md127 : active (auto-read-only) raid5 sdc[0] nvme0n1p2[1] sde[2]\n"
+    "md127 : active (auto-read-only) raid5 sdc[0] nvme0n1p2[1] sde[2](S)\n"
     "      2093056 blocks super 1.2 level 5, 512k chunk, algorithm 2 [3/3] [UUU]\n"
     "        resync=PENDING\n"
     "\n"
@@ -60,7 +60,13 @@ TEST(Mdstat, is_read) {
                 "volumes 7: raid=raid5 state=active (auto-read-only) capacity_bytes=2143289344 "
                 "name=md127 device=/dev/md127 operation=resync\n"
                 "volumes 11: state=inactive name=md2 device=/dev/md2\n"
-                "drives 2: state=faulty device=/dev/sdb\n",
+                "drives 2: state=faulty device=/dev/sdb\n"
+                "volume_members 2: volume_name=md0 is_spare=no state=faulty device=/dev/sdb\n"
+                "volume_members 2: volume_name=md0 is_spare=no device=/dev/sda\n"
+                "volume_members 7: volume_name=md127 is_spare=no device=/dev/sdc\n"
+                "volume_members 7: volume_name=md127 is_spare=no device=/dev/nvme0n1\n"
+                "volume_members 7: volume_name=md127 is_spare=yes device=/dev/sde\n"
+                "volume_members 11: volume_name=md2 device=/dev/sdf\n",
                 "12 lines\n"},
                {"Personalities : \nunused devices: <none>\n", "", "2 lines\n"},
                {"cat: /proc/mdstat: No such file or directory\n", "",
@@ -84,8 +90,24 @@ TEST(Mdadm, is_read) {
                 "volumes 6: raid=raid1 state=clean, degraded, recovering "
                 "capacity_bytes=1071644672 name=md0 device=/dev/md0 operation=Rebuild "
                 "progress_percent=5\n"
-                "drives 13: state=faulty device=/dev/sdb\n",
+                "drives 13: state=faulty device=/dev/sdb\n"
+                "volume_members 10: volume_name=md0 position=0 is_spare=no state=active sync "
+                "device=/dev/sda\n"
+                "volume_members 11: volume_name=md0 position=1 is_spare=no state=removed\n"
+                "volume_members 13: volume_name=md0 is_spare=no state=faulty device=/dev/sdb\n",
                 "13 lines\n"},
+               {"/dev/md1:\n     State : clean, degraded, recovering\n"
+                "    Number   Major   Minor   RaidDevice State\n"
+                "       3       8       33        0      spare rebuilding   /dev/sdc1\n"
+                "       4       8       49        -      spare   /dev/sdd1\n"
+                "foreign words\n       5       8   \n       6       8       65        1      act",
+                "volumes 2: state=clean, degraded, recovering name=md1 device=/dev/md1\n"
+                "volume_members 4: volume_name=md1 position=0 is_spare=no state=spare rebuilding "
+                "device=/dev/sdc\n"
+                "volume_members 5: volume_name=md1 is_spare=yes state=spare device=/dev/sdd\n",
+                "8 lines, 1 not understood (6)\n"
+                "gap 7: a row that does not fit its heading\n"
+                "gap 8: a row that does not fit its heading\n"},
                {"mdadm: cannot open /dev/md0: No such file or directory\n", "",
                 "1 lines\nerror 1: mdadm: cannot open /dev/md0: No such file or directory\n"},
                {"/dev/md0:\n    Raid Level : raid1\n",
@@ -111,32 +133,57 @@ const std::string kZpool =
     "errors: No known data errors\n";
 
 TEST(Zpool, is_read) {
-    expect(read_zpool,
-           {
-               {"  pool: tank\n state: ONLINE\nconfig:\n        NAME  STATE READ WRITE CKSUM\n"
-                "        tank  ONLINE 0 0 0\n          sda   ONLINE 0 9999999999T 0\nerrors:\n",
-                "volumes 2: state=ONLINE name=tank\n",
-                "7 lines\ngap 6: a row that does not fit its heading\ngap 7: a line that is cut "
-                "off\n"},
-               {kZpool,
-                "volumes 2: raid=mirror state=DEGRADED name=tank operation=resilver "
-                "progress_percent=12.34\n"
-                "drives 13: state=ONLINE device=/dev/sda other_errors=0\n"
-                "drives 14: state=UNAVAIL device=/dev/sdb other_errors=1203\n"
-                "drives 15: state=ONLINE wwn=5000c500a1 other_errors=1\n"
-                "drives 16: state=ONLINE serial=Z1X00001 other_errors=0\n"
-                "drives 18: state=ONLINE device=/dev/nvme0n1 other_errors=0\n",
-                "22 lines\n"},
-               {"no pools available\n", "", "1 lines\n"},
-               {"  pool: a\n state: ONLINE\nconfig:\n\n  NAME STATE READ WRITE CKSUM\n"
-                "  a ONLINE 0 0 0\n    sda ONLINE 0 0 0\n\nerrors: 2 data errors, use '-v' for a "
-                "list\n",
-                "volumes 2: state=ONLINE, 2 data errors, use '-v' for a list name=a\n"
-                "drives 7: state=ONLINE device=/dev/sda other_errors=0\n",
-                "9 lines\n"},
-               {"The ZFS modules are not loaded.\n", "",
-                "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
-           });
+    expect(
+        read_zpool,
+        {
+            {"  pool: tank\n state: ONLINE\nconfig:\n        NAME  STATE READ WRITE CKSUM\n"
+             "        tank  ONLINE 0 0 0\n          sda   ONLINE 0 9999999999T 0\nerrors:\n",
+             "volumes 2: state=ONLINE name=tank\n",
+             "7 lines\ngap 6: a row that does not fit its heading\ngap 7: a line that is cut "
+             "off\n"},
+            {kZpool,
+             "volumes 2: raid=mirror state=DEGRADED name=tank operation=resilver "
+             "progress_percent=12.34\n"
+             "drives 13: state=ONLINE device=/dev/sda other_errors=0\n"
+             "drives 14: state=UNAVAIL device=/dev/sdb other_errors=1203\n"
+             "drives 15: state=ONLINE wwn=5000c500a1 other_errors=1\n"
+             "drives 16: state=ONLINE serial=Z1X00001 other_errors=0\n"
+             "drives 18: state=ONLINE device=/dev/nvme0n1 other_errors=0\n"
+             "volume_members 13: volume_name=tank span=0 is_spare=no state=ONLINE device=/dev/sda\n"
+             "volume_members 14: volume_name=tank span=0 is_spare=no state=UNAVAIL device=/dev/sdb\n"
+             "volume_members 15: volume_name=tank span=0 is_spare=no state=ONLINE\n"
+             "volume_members 16: volume_name=tank span=0 is_spare=no state=ONLINE serial=Z1X00001\n"
+             "volume_members 18: volume_name=tank is_spare=no state=ONLINE device=/dev/nvme0n1\n"
+             "volume_members 20: volume_name=tank is_spare=yes state=AVAIL device=/dev/sdz\n",
+             "22 lines\n"},
+            {"no pools available\n", "", "1 lines\n"},
+            {"  pool: a\n state: ONLINE\nconfig:\n\n  NAME STATE READ WRITE CKSUM\n"
+             "  a ONLINE 0 0 0\n    sda ONLINE 0 0 0\n\nerrors: 2 data errors, use '-v' for a "
+             "list\n",
+             "volumes 2: state=ONLINE, 2 data errors, use '-v' for a list name=a\n"
+             "drives 7: state=ONLINE device=/dev/sda other_errors=0\n"
+             "volume_members 7: volume_name=a is_spare=no state=ONLINE device=/dev/sda\n",
+             "9 lines\n"},
+            {"  pool: b\n state: DEGRADED\nconfig:\n  NAME STATE READ WRITE CKSUM\n"
+             "  b DEGRADED 0 0 0\n    raidz1-1 DEGRADED 0 0 0\n      spare-0 DEGRADED 0 0 0\n"
+             "        sda UNAVAIL 0 0 0\n        sdc ONLINE 0 0 0\n      sdb ONLINE 0 0 0\n"
+             "    sdd ONLINE 0 0 0\n  cache\n    sde ONLINE 0 0 0\n  spares\n    sdc INUSE\n"
+             "errors: No known data errors\n",
+             "volumes 2: raid=raidz1 state=DEGRADED name=b\n"
+             "drives 8: state=UNAVAIL device=/dev/sda other_errors=0\n"
+             "drives 9: state=ONLINE device=/dev/sdc other_errors=0\n"
+             "drives 10: state=ONLINE device=/dev/sdb other_errors=0\n"
+             "drives 11: state=ONLINE device=/dev/sdd other_errors=0\n"
+             "drives 13: state=ONLINE device=/dev/sde other_errors=0\n"
+             "volume_members 8: volume_name=b span=1 is_spare=no state=UNAVAIL device=/dev/sda\n"
+             "volume_members 9: volume_name=b span=1 is_spare=no state=ONLINE device=/dev/sdc\n"
+             "volume_members 10: volume_name=b span=1 is_spare=no state=ONLINE device=/dev/sdb\n"
+             "volume_members 11: volume_name=b is_spare=no state=ONLINE device=/dev/sdd\n"
+             "volume_members 15: volume_name=b is_spare=yes state=INUSE device=/dev/sdc\n",
+             "16 lines\n"},
+            {"The ZFS modules are not loaded.\n", "",
+             "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
+        });
     expect_cuts_seen(read_zpool, kZpool);
 }
 
@@ -312,7 +359,10 @@ TEST(Ssacli, is_read) {
           "wwn=5000C5009D7CA3E1 firmware=HPD5 temperature_celsius=29 smart_alert=no\n"
           "drives 50: controller=0 enclosure=1 slot=2 state=Predictive Failure spare=dedicated "
           "capacity_bytes=1900000000000 interface=SATA media=SSD smart_alert=yes "
-          "percentage_used=0.1\n",
+          "percentage_used=0.1\n"
+          "volume_members 36: controller=0 volume=1 is_spare=no enclosure=1 slot=1 "
+          "serial=6SE3DCPX\n"
+          "volume_members 50: controller=0 volume=1 is_spare=yes enclosure=1 slot=2\n",
           "54 lines\n"},
          {"Error: No controllers detected.\n", "", "1 lines\nerror 1: No controllers detected.\n"},
          {"", "", "0 lines\ngap 0: no controller is in it\n"}});

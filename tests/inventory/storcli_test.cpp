@@ -95,11 +95,11 @@ const char* const kShown =
     "capacity_bytes=998998655631 interface=SATA media=HDD sector_bytes=512 model=EX1000 NM 0023\n"
     "drives 58: controller=1 slot=5 device_id=12 state=UBad is_foreign=no capacity_bytes=0 "
     "interface=SATA media=HDD sector_bytes=512\n"
+    "volume_members 25: controller=1 drive_group=0 span=0 position=0 is_spare=no state=Onln "
+    "enclosure=252 slot=1 device_id=9\n"
+    "volume_members 26: controller=1 drive_group=0 span=0 position=1 is_spare=no state=Msng\n"
     "topology 23: controller=1 drive_group=0 type=RAID1 state=Dgrd\n"
     "topology 24: controller=1 drive_group=0 array=0 type=RAID1 state=Dgrd\n"
-    "topology 25: controller=1 drive_group=0 array=0 row=0 enclosure=252 slot=1 device_id=9 "
-    "type=DRIVE state=Onln\n"
-    "topology 26: controller=1 drive_group=0 array=0 row=1 type=DRIVE state=Msng\n"
     "clock 12: controller 1 time=2026-11-18T10:42:14 system_time=2026-11-18T10:42:16\n";
 
 std::string details_of(const std::string& drive, const std::string& serial,
@@ -258,7 +258,8 @@ TEST(Storcli, a_text_that_lost_rows_is_not_whole) {
         const auto read = read_text(read_storcli, kShow.substr(0, size));
         const bool lost = read.found.drives.size() < full.drives.size() ||
                           read.found.volumes.size() < full.volumes.size() ||
-                          read.found.topology.size() < full.topology.size();
+                          read.found.topology.size() < full.topology.size() ||
+                          read.found.volume_members.size() < full.volume_members.size();
         if (lost) {
             EXPECT_FALSE(read.how.whole()) << "cut at byte " << size;
         } else if (read.how.whole()) {
@@ -386,7 +387,11 @@ TEST(Storcli, reads_other_answers) {
          "is_foreign=no capacity_bytes=3998923790221 interface=SAS media=HDD sector_bytes=512 "
          "model=EX4000NM\n"
          "drives 16: controller=0 enclosure=306 slot=3 device_id=322 state=UConf is_foreign=no "
-         "capacity_bytes=3998923790221 interface=NVMe media=SSD sector_bytes=4096 model=EX4000NM\n"},
+         "capacity_bytes=3998923790221 interface=NVMe media=SSD sector_bytes=4096 model=EX4000NM\n"
+         "volume_members 14: controller=0 drive_group=0 is_spare=no state=Online enclosure=306 "
+         "slot=1 device_id=320\n"
+         "volume_members 15: controller=0 drive_group=0 is_spare=no state=Failed enclosure=306 "
+         "slot=2 device_id=321\n"},
     };
     for (const auto& c : cases) {
         auto read = read_text(read_storcli, c.text);

@@ -157,8 +157,53 @@ for (const machine of machines) {
         ]),
         "volumes",
       );
-      const members = inOrder.filter(drive => drive.drive_group !== null);
-      assert.equal((await texts(".members > li")).length, members.length);
+      // Each volume with the drives that its captures name, and each spare of no volume.
+      const arrayOf = ({controller, drive_group, volume, volume_name}) =>
+        JSON.stringify([controller, drive_group ?? -1, drive_group === null ? (volume ?? volume_name) : null]);
+      const told = new Map(); // by array, then by the drive or the line
+      for (const member of inventory.volume_members) {
+        const array = arrayOf(member);
+        if (array.endsWith(",-1,null]")) continue; // a global spare
+        const place = member.slot === null ? member.device : `${member.enclosure ?? ""}:${member.slot}`;
+        if (!told.has(array)) told.set(array, new Map());
+        const key = member.serial ?? place ?? `${member.capture} ${member.line}`;
+        if (!told.get(array).has(key)) told.get(array).set(key, {...member, place});
+      }
+      for (const volume of inventory.volumes) {
+        const {number, name} = volume;
+        const array = arrayOf({...volume, volume: number, volume_name: name});
+        if (!told.has(array)) told.set(array, new Map());
+      }
+      const drawn = await page
+        .locator(".array:has(.volumes)")
+        .evaluateAll(all =>
+          all.map(one => [...one.querySelectorAll(".members > li")].map(line => line.textContent.replace(/\s+/g, " "))),
+        );
+      const wanted = [...told.values()].map(members => [...members.values()]);
+      assert.equal(drawn.length, wanted.length, "arrays");
+      for (const members of wanted) {
+        const at = drawn.findIndex(
+          lines =>
+            lines.length === members.length &&
+            members.every(({place, position, state}, at) =>
+              [place ?? (position === null ? null : `row ${position}`)]
+                .concat(place === null ? [state] : [])
+                .every(part => part === null || lines[at].includes(part)),
+            ),
+        );
+        assert.notEqual(at, -1, `${JSON.stringify(members)} is not among ${JSON.stringify(drawn)}`);
+        drawn.splice(at, 1);
+      }
+      const isMember = ({serial, controller, enclosure, slot}) =>
+        wanted
+          .flat()
+          .some(one =>
+            one.serial === null || serial === null
+              ? one.slot !== null && one.slot === slot && one.enclosure === enclosure && one.controller === controller
+              : one.serial === serial,
+          );
+      const spares = inOrder.filter(drive => drive.spare !== null && !isMember(drive));
+      assert.equal((await texts(".spares > li")).length, wanted.length > 0 ? spares.length : 0, "spares");
       // Each drive's own view has all that is known of it.
       const labels = {model: "Model", serial: "Serial", wwn: "WWN", firmware: "Firmware", media_errors: "Media errors"};
       const links = await page

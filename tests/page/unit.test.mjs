@@ -22,6 +22,7 @@ before(async () => {
         "verdict",
         "data",
         "subjects",
+        "pictures/arrays",
         "pictures/slots",
         "pictures/sensor_words",
         "events/event",
@@ -293,6 +294,61 @@ test("slots stand where the enclosure has them, empty ones between", () => {
   assert.deepEqual(numbers([1, 1], undefined), ["1", "1"]);
   assert.deepEqual(numbers([], 4), []);
   assert.ok(numbers([0, 1_000_000_000], 3).length < 2000);
+});
+
+test("volumes and the drives that make them", () => {
+  const drives = [
+    {controller: 0, enclosure: 252, slot: 0, serial: "A", drive_group: 0},
+    {controller: 0, enclosure: 252, slot: 1, drive_group: 0},
+    {controller: 0, device_id: 7},
+    {controller: 1, enclosure: 252, slot: 0, serial: "B", device: "/dev/sdb"},
+    {device: "/dev/sda"},
+  ];
+  const told = inventory =>
+    part
+      .arraysOf({volumes: [], drives, volume_members: [], ...inventory})
+      .map(
+        ({controller, name, volumes, members}) =>
+          `${controller ?? "-"} ${name}: ${volumes.map(({number, name}) => number ?? name)} of ` +
+          members.map(({told, drive}) => (drive === undefined ? `?${told.line}` : drives.indexOf(drive))),
+      );
+  const at = (line, rest) => ({capture: "c", line, ...rest});
+  // The line of a group's drive is told of each of its volumes; a spare of no group is in none.
+  const group = {controller: 0, drive_group: 0};
+  assert.deepEqual(
+    told({
+      volumes: [
+        {number: 0, ...group},
+        {number: 1, ...group},
+        {number: 4, controller: 0},
+      ],
+      volume_members: [
+        at(1, {...group, volume: 0, enclosure: 252, slot: 1, serial: "C"}),
+        at(1, {...group, volume: 1, enclosure: 252, slot: 1, serial: "C"}),
+        at(2, {...group, volume: 0, serial: "A"}),
+        at(3, {...group, volume: 0, position: 2, state: "Msng"}),
+        at(3, {...group, volume: 1, position: 2, state: "Msng"}),
+        at(4, {controller: 0, is_spare: true, device_id: 7}),
+      ],
+    }),
+    ["0 group 0: 0,1 of 1,0,?3", "0 volume 4: 4 of "],
+  );
+  // Software storage names devices, whatever controller they are behind.
+  assert.deepEqual(
+    told({
+      volumes: [{name: "md0"}, {name: "tank"}],
+      volume_members: [
+        at(1, {volume_name: "md0", device: "/dev/sda"}),
+        at(2, {volume_name: "md0", device: "/dev/sdb"}),
+        at(3, {volume_name: "md0", device: "/dev/sdc"}),
+        at(3, {volume_name: "tank", device: "/dev/sdc"}),
+        at(3, {volume_name: "tank", device: "/dev/sdd"}),
+      ],
+    }),
+    ["- md0: md0 of 4,3,?3", "- tank: tank of ?3,?3"],
+  );
+  // A report of an earlier program.
+  assert.deepEqual(told({volumes: [{number: 0, ...group}]}), ["0 group 0: 0 of 0,1"]);
 });
 
 test("a row leads to its line where that is certain, else nowhere", async () => {

@@ -116,15 +116,19 @@ void print_volume(const Controller& controller, const Volume& volume, Config& co
         if (one.number == volume.group) group = &one;
     }
     auto& subject = book.subject("volumes", volume_id(controller, volume), {"number"});
-    subject.tell(page, page.line("Logical device number " + std::to_string(volume.number)),
+    const int head = page.line("Logical device number " + std::to_string(volume.number));
+    tell_volume_of_members(page, head, book, controller, volume, {{"volume", volume.number}});
+    subject.tell(page, head,
                  {{"controller", Told(controller.number, {nullptr})},
                   {"number", volume.number},
                   {"drive_group", anything(nullptr)},
                   {"cache", anything(nullptr)},
                   {"access", anything(nullptr)},
                   {"consistent", anything(nullptr)}});
-    subject.tell(page, config.say(3, "Logical device name", volume.name),
-                 {{"name", volume.name.empty() ? Json() : Json(volume.name)}});
+    const int name = config.say(3, "Logical device name", volume.name);
+    const auto told_name = volume.name.empty() ? Json() : Json(volume.name);
+    subject.tell(page, name, {{"name", told_name}});
+    tell_volume_of_members(page, name, book, controller, volume, {{"volume_name", told_name}});
     if (config.is_new) config.say(3, "Block Size of member drives", "512 Bytes");
     const auto level = level_of(*group);
     subject.tell(page, config.say(3, "RAID level", level),
@@ -150,13 +154,24 @@ void print_volume(const Controller& controller, const Volume& volume, Config& co
         const auto slot = std::to_string(drive.slot);
         const auto enclosure = std::to_string(*drive.enclosure);
         const std::string is_here = drive.state == "Offln" ? "Missing" : "Present";
-        config.say(3, label,
-                   config.is_new
-                       ? is_here + " (" + std::to_string(megabytes(drive.sectors)) + "MB, " +
-                             drive.interface + ", " + (drive.is_ssd ? "SSD" : "HDD") +
-                             ", Connector:0, Device:" + slot + ")      " + drive.serial
-                       : is_here + " (Controller:1,Enclosure:" + enclosure + ",Slot:" + slot +
-                             ")      " + drive.serial);
+        const int line = config.say(
+            3, label,
+            config.is_new ? is_here + " (" + std::to_string(megabytes(drive.sectors)) + "MB, " +
+                                drive.interface + ", " + (drive.is_ssd ? "SSD" : "HDD") +
+                                ", Connector:0, Device:" + slot + ")      " + drive.serial
+                          : is_here + " (Controller:1,Enclosure:" + enclosure + ",Slot:" + slot +
+                                ")      " + drive.serial);
+        const bool is_spanned = group->spans.size() > 1;
+        tell_member(page, line, book, controller, &volume, drive, {"volume", "serial"},
+                    {{"serial", drive.serial},
+                     {"drive_group", anything(nullptr)},
+                     {"span", is_spanned ? Json(drive.span) : Json()},
+                     {"position", is_spanned ? drive.row : segment},
+                     {"is_spare", false},
+                     {"state", is_here},
+                     {"enclosure", config.is_new ? anything(nullptr) : Told(*drive.enclosure)},
+                     {"slot", config.is_new ? anything(nullptr) : Told(drive.slot)},
+                     {"device_id", anything(nullptr)}});
         ++segment;
     }
     page.line("");

@@ -43,6 +43,7 @@ Subject& Book::subject(const std::string& kind, const std::string& id,
                        const std::vector<std::string>& match) {
     auto& place = by_id[{kind, id}];
     if (!place) place = &subjects.emplace_back(Subject{kind, id, match});
+    if (place->match.empty()) place->match = match;  // it was known by another's line
     return *place;
 }
 

@@ -62,6 +62,7 @@ struct Told {
     bool begins = false;     // longer values that begin so are right as well
     bool is_free = false;    // any value is
     bool is_joined = false;  // the line is about another entity; a reader may join it to this one
+    bool is_elsewhere = false;  // the same, and a reader must join it
 };
 inline Told beginning(Json value) {
     Told told(std::move(value));

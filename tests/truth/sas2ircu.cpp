@@ -48,7 +48,10 @@ void print_volume(const Controller& controller, const Volume& volume, Page& page
                   {"number", Told(volume.number + 1, {id, volume.number})},
                   {"drive_group", anything(nullptr)},
                   {"name", anything(nullptr)}});
-    page.line("  Volume ID                               : " + std::to_string(id));
+    const int id_line =
+        page.line("  Volume ID                               : " + std::to_string(id));
+    tell_volume_of_members(page, id_line, book, controller, volume,
+                           {{"volume", Told(volume.number + 1, {id, volume.number})}});
     subject.tell(
         page, page.line("  Status of volume                        : " + volume_state(volume)),
         {{"state", Told(volume_state(volume),
@@ -64,8 +67,15 @@ void print_volume(const Controller& controller, const Volume& volume, Page& page
     int phy = 0;
     for (const auto& drive : controller.drives) {
         if (drive.group != volume.group || drive.span < 0) continue;
-        page.line("  PHY[" + std::to_string(phy++) + "] Enclosure#/Slot#                 : " +
-                  std::to_string(*drive.enclosure) + ":" + std::to_string(drive.slot));
+        const int line =
+            page.line("  PHY[" + std::to_string(phy) + "] Enclosure#/Slot#                 : " +
+                      std::to_string(*drive.enclosure) + ":" + std::to_string(drive.slot));
+        tell_member(page, line, book, controller, &volume, drive, {"volume", "enclosure", "slot"},
+                    {{"position", phy++},
+                     {"is_spare", false},
+                     {"enclosure", *drive.enclosure},
+                     {"slot", drive.slot},
+                     {"serial", Told(drive.serial, {nullptr})}});
     }
     page.line("");
 }

@@ -190,6 +190,31 @@ std::string cell_of(const Drive& drive) {
            std::to_string(drive.slot);
 }
 
+// What a row of the topology tells, and a row of the list of drives, but for the place in the group.
+void tell_member(const Page& page, int line, Book& book, const Controller& controller,
+                 const Drive& drive, const std::vector<Saying>& more = {}) {
+    const bool is_here = !drive.is_missing;
+    std::vector<Saying> says = {
+        {"drive_group", drive.group ? Json(*drive.group) : Json()},
+        {"is_spare", drive.state == "GHS" || drive.state == "DHS"},
+        {"state", drive.state},
+        {"enclosure", is_here && drive.enclosure ? Json(*drive.enclosure) : Json()},
+        {"slot", is_here ? Json(drive.slot) : Json()},
+        {"device_id", is_here ? Json(drive.device_id) : Json()},
+        {"serial", is_here ? Told(drive.serial, {nullptr}) : Told(nullptr)}};
+    says.insert(says.end(), more.begin(), more.end());
+    const auto volumes = volumes_of(controller, drive);
+    for (const auto* volume : volumes) {
+        truth::tell_member(page, line, book, controller, volume, drive,
+                           {"controller", "drive_group", "volume", "position", "enclosure", "slot"},
+                           says);
+        // Of a volume whose own row is lost there is no member; of no volume, one.
+        if (volumes.size() > 1)
+            book.subject("volume_members", member_id(controller, volume, drive), {})
+                .may_be_missing = true;
+    }
+}
+
 void print_topology(const Server& server, Page& page, Book& book, const Controller& controller,
                     bool is_short) {
     std::vector<Column> columns = {{"DG", true},        {"Arr"},   {"Row"},
@@ -201,11 +226,17 @@ void print_topology(const Server& server, Page& page, Book& book, const Controll
     if (has_tr) columns.push_back({"TR"});
     std::vector<Cells> rows;
     std::vector<std::function<void(int)>> tells;
-    const auto add = [&](Cells cells, const std::string& id, const std::string& state) {
+    const auto add = [&](Cells cells, const std::string& id, const std::string& state,
+                         const Drive* drive = nullptr) {
         if (has_tr) cells.push_back("N");
         rows.push_back(std::move(cells));
-        tells.push_back([&page, &book, id, state](int line) {
+        tells.push_back([&page, &book, &controller, id, state, drive](int line) {
             book.subject("_topology", id, {}).tell(page, line, {{"state", state}});
+            if (!drive) return;
+            std::vector<Saying> place;
+            if (drive->group && drive->span >= 0)
+                place = {{"span", drive->span}, {"position", drive->row}};
+            tell_member(page, line, book, controller, *drive, place);
         });
     };
     for (const auto& group : controller.groups) {
@@ -230,21 +261,21 @@ void print_topology(const Server& server, Page& page, Book& book, const Controll
                 add({number, array, std::to_string(drive.row), is_here ? cell_of(drive) : "-",
                      is_here ? std::to_string(drive.device_id) : "-", "DRIVE", drive.state, "N",
                      storcli_size(drive.sectors, is_short), "dflt", "N", "N", "dflt", "-"},
-                    drive.serial, drive.state);
+                    drive.serial, drive.state, &drive);
             }
         }
         for (const auto& drive : controller.drives) {
             if (drive.group != group.number || drive.span >= 0) continue;
             add({number, "-", "-", cell_of(drive), std::to_string(drive.device_id), "DRIVE",
                  drive.state, "-", storcli_size(drive.sectors, is_short), "-", "-", "-", "-", "N"},
-                drive.serial, drive.state);
+                drive.serial, drive.state, &drive);
         }
     }
     for (const auto& drive : controller.drives) {
         if (drive.state != "GHS") continue;
         add({"-", "-", "-", cell_of(drive), std::to_string(drive.device_id), "DRIVE", drive.state,
              "-", storcli_size(drive.sectors, is_short), "-", "-", "-", "-", "N"},
-            drive.serial, drive.state);
+            drive.serial, drive.state, &drive);
     }
     if (rows.empty()) return;
     print_heading(page, "TOPOLOGY");
@@ -313,6 +344,9 @@ void print_volumes(const Server& server, Page& page, Book& book, const Controlle
                       {"cache", volume.cache},
                       {"capacity_bytes", bytes_of_size(storcli_size(volume.sectors, is_short))},
                       {"name", volume.name.empty() ? Json() : Json(volume.name)}});
+        tell_volume_of_members(page, lines[at], book, controller, volume,
+                               {{"volume", volume.number},
+                                {"volume_name", volume.name.empty() ? Json() : Json(volume.name)}});
     }
     if (server.form == StorcliForm::v7_12) {
         page.text(
@@ -406,6 +440,7 @@ void tell_drive(Page& page, int line, Book& book, const Controller& controller, 
                   {"media", drive.is_ssd ? "SSD" : "HDD"},
                   {"sector_bytes", drive.sector},
                   {"model", drive.model}});
+    if (drive.group && !drive.is_foreign) tell_member(page, line, book, controller, drive);
 }
 
 void print_drive_legend(const Server& server, const Controller& controller, Page& page) {

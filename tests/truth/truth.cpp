@@ -22,6 +22,7 @@ const std::vector<ContractKind>& contract() {
         {"enclosures", {"controller", "number", "slots", "state", "model", "serial"}},
         {"volumes", {"controller", "drive_group", "number", "raid", "state", "access", "consistent", "cache", "capacity_bytes", "name", "device", "operation", "progress_percent"}},
         {"drives", {"controller", "enclosure", "slot", "device_id", "state", "drive_group", "is_foreign", "spare", "rebuild_percent", "capacity_bytes", "interface", "media", "sector_bytes", "model", "serial", "wwn", "firmware", "device", "temperature_celsius", "media_errors", "other_errors", "predicted_failures", "smart_alert", "percentage_used", "available_spare_percent", "power_on_hours"}},
+        {"volume_members", {"controller", "drive_group", "volume", "volume_name", "span", "position", "is_spare", "state", "enclosure", "slot", "device_id", "device", "serial"}},
     };
     return kKinds;
 }
@@ -90,7 +91,7 @@ Json places_of(const Subject& subject, const Fates& fates) {
     };
     std::map<std::string, Range> by_page;
     for (const auto& fact : subject.facts) {
-        if (left_of(fact.spot, fates) == Left::gone) continue;
+        if (fact.told.is_elsewhere || left_of(fact.spot, fates) == Left::gone) continue;
         const auto& fate = fates.of(fact.spot.page);
         const auto at = static_cast<std::size_t>(fact.spot.first);
         const int line = fate.where[at];
@@ -120,7 +121,7 @@ Json entity_of(const ContractKind& kind, const Subject& subject, const Fates& fa
     const Fact* first = nullptr;
     for (const auto& fact : subject.facts) {
         const auto left = left_of(fact.spot, fates);
-        if (left > best && !fact.told.is_joined) {
+        if (left > best && !fact.told.is_joined && !fact.told.is_elsewhere) {
             best = left;
             first = &fact;
         }

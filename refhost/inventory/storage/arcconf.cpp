@@ -534,33 +534,33 @@ private:
         const bool is_row =
             key.starts_with("group ") || key.starts_with("segment ") || key.starts_with("device ");
         if (!is_row || key == "device id") return;
-        auto row = reading_.entity_at<TopologyRow>(line_);
-        row.controller = number_;
-        row.drive_group = volume_->drive_group;
-        row.volume = volume_->number;
-        row.type = "DRIVE";
+        auto member = reading_.entity_at<VolumeMember>(line_);
+        member.controller = number_;
+        member.drive_group = volume_->drive_group;
+        member.volume = volume_->number;
+        member.is_spare = false;
         for (const auto part : fields_between(key, ',')) {
             const std::string words(part);
-            if (const auto number = number_behind(words, "group ")) row.array = number;
-            if (const auto number = number_behind(words, "segment ")) row.row = number;
-            if (const auto number = number_behind(words, "device ")) row.device_id = number;
+            if (const auto number = number_behind(words, "group ")) member.span = number;
+            if (const auto number = number_behind(words, "segment ")) member.position = number;
+            if (const auto number = number_behind(words, "device ")) member.device_id = number;
         }
         const auto bracket = value.find('(');
-        row.state = told(value.substr(0, bracket));
-        if (!row.state) return gap("a segment that cannot be read");
+        member.state = told(value.substr(0, bracket));
+        if (!member.state) return gap("a segment that cannot be read");
         if (bracket != npos) {
             const auto inside = value.substr(bracket + 1, value.find(')') - bracket - 1);
             for (const auto part : fields_between(inside, ',')) {
                 const auto pair = key_value(part, ":");
                 if (!pair) continue;
                 if (pair->key == "Enclosure" || pair->key == "Backplane")
-                    row.enclosure = integer(pair->value);
-                if (pair->key == "Slot") row.slot = integer(pair->value);
+                    member.enclosure = integer(pair->value);
+                if (pair->key == "Slot") member.slot = integer(pair->value);
             }
             if (const auto end = value.rfind(')'); end != npos)
-                row.serial = told_identity(trimmed(value.substr(end + 1)));
+                member.serial = told_identity(trimmed(value.substr(end + 1)));
         }
-        reading_.found.topology.push_back(std::move(row));
+        reading_.found.volume_members.push_back(std::move(member));
     }
 
     void drive_key(const std::string& key, std::string_view value) {

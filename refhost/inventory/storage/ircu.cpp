@@ -222,16 +222,16 @@ private:
 
     // "PHY[1] Enclosure#/Slot#  : 1:1"
     void member(const KeyValue& pair) {
-        auto row = reading_.entity_at<TopologyRow>(line_);
-        row.controller = number_;
-        row.drive_group = volume_->number;
-        row.type = "DRIVE";
-        row.row = integer(pair.key.substr(4, pair.key.find(']') - 4));
+        auto member = reading_.entity_at<VolumeMember>(line_);
+        member.controller = number_;
+        member.volume = volume_->number;
+        member.position = integer(pair.key.substr(4, pair.key.find(']') - 4));
+        member.is_spare = false;
         const auto numbers = fields_between(pair.value, ':');
         if (numbers.size() != 2) return gap("a drive's place that cannot be read");
-        row.enclosure = integer(numbers[0]);
-        row.slot = integer(numbers[1]);
-        reading_.found.topology.push_back(std::move(row));
+        member.enclosure = integer(numbers[0]);
+        member.slot = integer(numbers[1]);
+        reading_.found.volume_members.push_back(std::move(member));
     }
 
     //          Adapter      Vendor  Device                       SubSys  SubSys

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "inventory/fields.h"
+#include "inventory/storage/members.h"
 #include "text/case.h"
 
 namespace qvhost::inventory {
@@ -65,10 +66,15 @@ Key key_of(const Battery& b) {
 
 Key key_of(const TopologyRow& t) {
     if (!t.controller) return std::nullopt;
-    return key(
-        t.tool,
-        {t.controller, t.volume, t.drive_group, t.array, t.row, t.enclosure, t.slot, t.device_id},
-        t.type.value_or(""));
+    return key(t.tool, {t.controller, t.drive_group, t.array}, t.type.value_or(""));
+}
+
+Key key_of(const VolumeMember& m) {
+    if (m.controller)
+        return key(m.tool, {m.controller, m.volume, m.drive_group, m.span, m.position, m.enclosure,
+                            m.slot, m.device_id});
+    // An array's list of members in /proc/mdstat and in mdadm's own words.
+    return m.volume_name && m.device ? key(*m.device, {}, *m.volume_name) : Key();
 }
 
 Key key_of(const Drive& d) {
@@ -131,6 +137,16 @@ void merge_drive(Drive& drive, const Drive& other) {
     fill(drive, other);
 }
 
+// One list tells the state, another one who is a spare.
+void merge_member(VolumeMember& member, const VolumeMember& other) {
+    if (!member.state && other.state) {
+        member.place = other.place;
+        member.is_spare = other.is_spare;
+    }
+    if (!member.drive) member.drive = other.drive;
+    fill(member, other);
+}
+
 // "0x5000C500A0000000" and "5000c500a0000000" are one.
 std::string folded(std::string_view text) {
     if (text.starts_with("0x")) text.remove_prefix(2);
@@ -184,7 +200,7 @@ private:
 };
 
 // What the operating system sees: behind a controller that a tool of its own told, or behind none.
-void join_devices(Inventory& inventory) {
+Known join_devices(Inventory& inventory) {
     std::vector<Drive> joined;
     Known known;
     const auto add = [&](Drive& drive) {
@@ -223,6 +239,9 @@ void join_devices(Inventory& inventory) {
                volumes.contains(*drive.device);
     });
     inventory.drives = std::move(joined);
+    Known listed;
+    for (std::size_t i = 0; i < inventory.drives.size(); ++i) listed.add(inventory.drives[i], i);
+    return listed;
 }
 
 bool has_details(const Drive& drive) {
@@ -269,7 +288,10 @@ std::vector<CaptureGap> join_storage(Inventory& inventory) {
     join(inventory.batteries, merge_by<Battery>(&Battery::state));
     join(inventory.topology, [](TopologyRow&, const TopologyRow&) {});
     join(inventory.drives, merge_drive);
-    join_devices(inventory);
+    const auto known = join_devices(inventory);
+    join_members(inventory,
+                 [&](const Drive& drive) { return known.find(drive, inventory.drives); });
+    join(inventory.volume_members, merge_member);
     return missing_details(inventory.drives);
 }
 

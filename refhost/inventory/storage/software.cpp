@@ -37,9 +37,17 @@ void add_faulty(Reading& reading, std::int64_t line, std::string_view device) {
     reading.found.drives.push_back(std::move(drive));
 }
 
+VolumeMember member_of(const Volume& volume, const Reading& reading, std::int64_t line) {
+    auto member = reading.entity_at<VolumeMember>(line);
+    member.volume_name = volume.name;
+    member.is_spare = false;
+    return member;
+}
+
 // "sda", "/dev/sda1", or a name of /dev/disk/by-id: "wwn-0x5000c500a0000000-part1",
 // "ata-ST1000NM0045_Z1X00000".
-void name_drive(Drive& drive, std::string_view name) {
+template <class Entity>
+void name_drive(Entity& drive, std::string_view name) {
     if (const auto slash = name.rfind('/'); slash != npos) name.remove_prefix(slash + 1);
     const auto part = name.rfind("-part");
     if (part != npos) name = name.substr(0, part);
@@ -112,10 +120,22 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                     state += " " + std::string(cell);
                 } else if (cell.find('[') == npos) {
                     array->raid = std::string(cell);
-                } else if (cell.ends_with("(F)")) {
+                } else {
                     const auto device = cell.substr(0, cell.find('['));
-                    faulty += ", " + std::string(device) + " faulty";
-                    add_faulty(reading, number, device);
+                    auto member = member_of(*array, reading, number);
+                    member.device = drive_of(device);
+                    if (cell.ends_with("(F)")) {
+                        member.state = "faulty";
+                        faulty += ", " + std::string(device) + " faulty";
+                        add_faulty(reading, number, device);
+                    } else if (cell.ends_with("(S)")) {
+                        // An array that does not run calls all of its members so.
+                        if (inactive)
+                            member.is_spare.reset();
+                        else
+                            member.is_spare = true;
+                    }
+                    reading.found.volume_members.push_back(std::move(member));
                 }
             }
             array->state = state + faulty;
@@ -188,10 +208,25 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
             ++count;
         } else if (text.starts_with("Number ") && array) {
             in_members = true;
-        } else if (in_members) {
-            if (text.find("faulty") == npos) continue;
+        } else if (in_members && (is_digit(text.front()) || text.starts_with("- "))) {
+            const auto cells = words(text);
+            constexpr std::size_t kRaidDevice = 3, kState = 4;
+            if (cells.size() <= kRaidDevice || !line->ended) {
+                gap(reading, number, "a row that does not fit its heading");
+                continue;
+            }
+            auto member = member_of(*array, reading, number);
+            member.position = integer(cells[kRaidDevice]);
+            std::string state;
+            for (auto i = kState; i < cells.size() && !cells[i].starts_with("/dev/"); ++i)
+                state += (state.empty() ? "" : " ") + std::string(cells[i]);
+            member.state = told(state);
+            member.is_spare = !member.position && state.starts_with("spare");
             const auto device = text.rfind("/dev/");
-            if (device != npos) add_faulty(reading, number, text.substr(device));
+            if (device != npos) member.device = drive_of(text.substr(device));
+            if (device != npos && state.find("faulty") != npos)
+                add_faulty(reading, number, text.substr(device));
+            reading.found.volume_members.push_back(std::move(member));
         } else if (const auto pair = key_value(text, " : "); pair && array) {
             set_by_key(std::span<const Key<Volume>>(kArray), pair->key, pair->value, *array);
             if (pair->key == "State") array->place.line = number;
@@ -236,7 +271,9 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
 void read_zpool(CaptureLines& lines, Reading& reading) {
     std::optional<Volume> pool;
     bool in_config = false, has_errors = false, has_answer = false;
-    std::size_t pool_indent = 0;
+    std::size_t pool_indent = 0, span_indent = 0;
+    std::string section;  // of the pool: "logs", "cache", "spares"
+    Integer span;
     std::int64_t number = 0;
     const auto finish = [&] {
         if (!pool) return;
@@ -281,11 +318,23 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             const auto cells = words(text);
             if (cells.size() < 5 || cells[0] == "NAME") {
                 // "logs", "spares", "cache"; a spare has a state and no counters
+                if (cells.size() == 1) {
+                    section = cells[0];
+                    span.reset();
+                }
+                if (cells.size() >= 2 && section == "spares") {
+                    auto member = member_of(*pool, reading, number);
+                    name_drive(member, cells[0]);
+                    member.state = std::string(cells[1]);
+                    member.is_spare = true;
+                    reading.found.volume_members.push_back(std::move(member));
+                }
                 if (cells.size() >= 2 && cells[0] != "NAME" && cells[1] == "FAULTED")
                     add_faulty(reading, number, cells[0]);
                 continue;
             }
             const auto indent = line->text.find_first_not_of(" \t");
+            if (indent <= span_indent) span.reset();
             const std::string_view name = cells[0];
             if (name == pool->name && pool_indent == 0) {
                 pool_indent = indent;
@@ -295,6 +344,10 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
                 name.starts_with("draid") || name.starts_with("spare-") ||
                 name.starts_with("replacing")) {
                 if (!pool->raid) pool->raid = std::string(name.substr(0, name.find('-')));
+                if (!span) {  // "spare-1" and "replacing-1" stand within one
+                    span = integer(name.substr(name.rfind('-') + 1));
+                    span_indent = indent;
+                }
                 continue;
             }
             auto drive = reading.entity_at<Drive>(number);
@@ -307,6 +360,13 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
                 continue;
             }
             drive.other_errors = *reads + *writes + *sums;
+            if (section != "cache") {
+                auto member = member_of(*pool, reading, number);
+                name_drive(member, name);
+                member.state = drive.state;
+                member.span = span;
+                reading.found.volume_members.push_back(std::move(member));
+            }
             reading.found.drives.push_back(std::move(drive));
         } else if (const auto head = key_value(text, ":"); pool && head && head->key == "state") {
             pool->state = told(head->value);
@@ -316,7 +376,9 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             if (in_progress != npos) pool->operation = told(head->value.substr(0, in_progress));
         } else if (pool && head && head->key == "config") {
             in_config = true;
-            pool_indent = 0;
+            pool_indent = span_indent = 0;
+            section.clear();
+            span.reset();
         } else if (pool && pool->operation && text.find("% done") != npos) {
             pool->progress_percent = percent_in(text);
         } else if (!pool) {

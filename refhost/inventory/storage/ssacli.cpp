@@ -166,6 +166,7 @@ private:
         if (line == "Physical Drives" || line == "unassigned" || line == "HBA Drives" ||
             line == "Unassigned") {
             end_entity();
+            array_volumes_.clear();
             return;
         }
         if (!controller_) reading_.how.unknown_line(line_);
@@ -220,10 +221,12 @@ private:
         if (pair.key == "Array") {
             end_entity();
             in_array_ = true;
+            array_volumes_.clear();
         } else if (pair.key == "Logical Drive") {
             end_entity();
             volume_ = reading_.entity_at<Volume>(line_);
             volume_->number = integer(pair.value);
+            array_volumes_.push_back(volume_->number);
         } else if (drive_) {
             set(std::span<const Key<Drive>>(kDrive), pair, *drive_);
             if (pair.key == "Status") drive_->place.line = line_;
@@ -250,6 +253,18 @@ private:
         }
     }
 
+    // The drives of an array stand behind its logical drives, and make each of them.
+    void add_member(const Integer& volume) {
+        auto member = reading_.entity_at<VolumeMember>(drive_->place.line);
+        member.controller = drive_->controller;
+        member.volume = volume;
+        member.is_spare = drive_->spare.has_value();
+        member.enclosure = drive_->enclosure;
+        member.slot = drive_->slot;
+        member.serial = drive_->serial;
+        reading_.found.volume_members.push_back(std::move(member));
+    }
+
     void end_entity() {
         in_cage_ = false;
         if (volume_) {
@@ -260,6 +275,7 @@ private:
         if (drive_) {
             if (controller_) drive_->controller = controller_->number;
             if (!drive_->state) gap("a drive without a status");
+            for (const auto& volume : array_volumes_) add_member(volume);
             reading_.found.drives.push_back(std::move(*drive_));
         }
         volume_.reset();
@@ -269,6 +285,7 @@ private:
     void end_controller() {
         end_entity();
         in_array_ = false;
+        array_volumes_.clear();
         for (const auto& name : announced_) {
             if (!detailed_.contains(name)) gap("the details of " + name + " are missing");
         }
@@ -287,6 +304,7 @@ private:
     std::int64_t line_ = 0;
     std::int64_t controllers_ = 0;
     bool in_cage_ = false, in_array_ = false;
+    std::vector<Integer> array_volumes_;  // the logical drives of the array that is read
     std::set<std::string> announced_, detailed_;
     std::optional<Controller> controller_;
     std::optional<Battery> battery_;

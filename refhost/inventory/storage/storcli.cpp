@@ -323,8 +323,7 @@ private:
         if (table_->counted != Counted::topology) {
             ++count;
         } else if (reading_.found.topology.size() > before) {
-            const auto& found = reading_.found.topology.back();
-            if (!found.array && found.type != "DRIVE") ++count;
+            if (!reading_.found.topology.back().array) ++count;
         }
         return true;
     }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "inventory/text.h"
+#include "text/case.h"
 
 namespace qvhost::inventory::storcli {
 
@@ -52,19 +53,28 @@ constexpr auto kTopology = std::to_array<Column>({
 });
 
 bool read_topology(const Row& row, const Where& where, std::int64_t line, Reading& reading) {
-    auto found = reading.entity_at<TopologyRow>(line);
-    found.controller = where.controller;
-    found.type = told(row["Type"]);
-    found.state = told(row["State"]);
-    const auto array = row.has("Arr") ? row["Arr"] : row["Span"];
+    auto member = reading.entity_at<VolumeMember>(line);
+    member.controller = where.controller;
+    member.state = told(row["State"]);
+    member.is_spare = row["State"] == "GHS" || row["State"] == "DHS";
     const auto device = row.has("DID") ? row["DID"] : row["PID"];
     // A foreign group has no number yet: "F".
-    if (row["DG"] != "F" && !read_number(row["DG"], found.drive_group)) return false;
-    if (!read_number(array, found.array) || !read_number(row["Row"], found.row) ||
-        !read_number(device, found.device_id) ||
-        !read_place(row["EID:Slot"], found.enclosure, found.slot))
+    if (row["DG"] != "F" && !read_number(row["DG"], member.drive_group)) return false;
+    if (!read_number(row.has("Arr") ? row["Arr"] : row["Span"], member.span) ||
+        !read_number(row["Row"], member.position) || !read_number(device, member.device_id) ||
+        !read_place(row["EID:Slot"], member.enclosure, member.slot))
         return false;
-    reading.found.topology.push_back(std::move(found));
+    if (same_word(row["Type"], "DRIVE")) {
+        reading.found.volume_members.push_back(std::move(member));
+        return true;
+    }
+    auto group = reading.entity_at<TopologyRow>(line);
+    group.controller = member.controller;
+    group.drive_group = member.drive_group;
+    group.array = member.span;
+    group.type = told(row["Type"]);
+    group.state = member.state;
+    reading.found.topology.push_back(std::move(group));
     return true;
 }
 

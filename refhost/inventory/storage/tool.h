@@ -14,7 +14,8 @@ class NumbersOf {
 public:
     NumbersOf(Reading& reading, std::string tool)
         : lists_(reading.found.controllers, reading.found.batteries, reading.found.enclosures,
-                 reading.found.volumes, reading.found.drives, reading.found.topology),
+                 reading.found.volumes, reading.found.drives, reading.found.volume_members,
+                 reading.found.topology),
           tool_(std::move(tool)) {
         std::apply([&](const auto&... list) { before_ = {list.size()...}; }, lists_);
     }
@@ -32,7 +33,8 @@ private:
     }
 
     std::tuple<std::vector<Controller>&, std::vector<Battery>&, std::vector<Enclosure>&,
-               std::vector<Volume>&, std::vector<Drive>&, std::vector<TopologyRow>&>
+               std::vector<Volume>&, std::vector<Drive>&, std::vector<VolumeMember>&,
+               std::vector<TopologyRow>&>
         lists_;
     std::vector<std::size_t> before_;
     std::string tool_;

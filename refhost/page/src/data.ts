@@ -171,6 +171,23 @@ export interface Drive extends Place {
   power_on_hours?: number;
 }
 
+// A drive's place in a volume, or a hot spare's.
+export interface VolumeMember extends Place {
+  controller?: number; // the volume's
+  drive_group?: number;
+  volume?: number; // its number
+  volume_name?: string;
+  span?: number;
+  position?: number;
+  is_spare?: boolean;
+  state?: string;
+  enclosure?: number; // the drive's
+  slot?: number;
+  device_id?: number;
+  device?: string;
+  serial?: string;
+}
+
 export interface PowerSupply extends Place {
   slot?: string;
   present?: boolean;
@@ -229,6 +246,7 @@ export interface Inventory {
   enclosures: Enclosure[];
   volumes: Volume[];
   drives: Drive[];
+  volume_members: VolumeMember[];
 }
 
 export interface Overview {

@@ -10,6 +10,7 @@ import {visible} from "./text";
 const VIEWS: Partial<Record<keyof Inventory, [view: View, what: string]>> = {
   drives: ["storage", "drive"],
   volumes: ["storage", "volume"],
+  volume_members: ["storage", "volume"],
   controllers: ["storage", "controller"],
   enclosures: ["storage", "enclosure"],
   batteries: ["storage", "battery"],

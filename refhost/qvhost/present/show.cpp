@@ -56,6 +56,7 @@ const struct {
     {"enclosures",     {"controller", "number", "slots", "state", "model", "serial"}},
     {"volumes",        {"controller", "number", "raid", "state", "name", "capacity_bytes", "device", "operation", "progress_percent"}},
     {"drives",         {"controller", "enclosure", "slot", "state", "capacity_bytes", "model", "serial", "media_errors", "device"}},
+    {"volume_members", {"controller", "drive_group", "volume", "volume_name", "position", "state", "enclosure", "slot", "device", "serial"}},
     {"events",         {"time", "source", "severity", "text"}},
     {"findings",       {"severity", "subject", "says", "time", "count"}},
 };

@@ -9,6 +9,7 @@ import {captureHash} from "../route";
 import {Slicer} from "../slices";
 import {capacity, count, visible} from "../text";
 import {driveFindings, drivePlace} from "../verdict";
+import {driveOf} from "./arrays";
 import {EventsOf} from "./events_of";
 import {driveStates} from "./states";
 
@@ -152,6 +153,26 @@ function LinesOf({drive, overview}: {drive: Drive; overview: Overview}) {
   );
 }
 
+// "Volume 0 "system", RAID1, row 1"
+function volumesOf(drive: Drive, {volumes, drives, volume_members}: NonNullable<Overview["inventory"]>): string[] {
+  return volume_members
+    .filter(one => driveOf(one, drives) === drive)
+    .flatMap(({controller, volume, volume_name, span, position, is_spare}) => {
+      const of = volumes.find(
+        one => one.controller === controller && one.number === volume && one.name === volume_name,
+      );
+      if (of === undefined) return [];
+      const words = [
+        volume === undefined ? volume_name : `Volume ${volume}${volume_name === undefined ? "" : ` "${volume_name}"`}`,
+        of.raid,
+        span !== undefined && `span ${span}`,
+        position !== undefined && `row ${position}`,
+        is_spare === true && "spare",
+      ];
+      return [words.filter(Boolean).join(", ")];
+    });
+}
+
 export function DriveDetails({drive, overview, close}: {drive: Drive; overview: Overview; close: () => void}) {
   const findings = driveFindings(overview)(drive);
   const name = eventName(drive);
@@ -173,6 +194,14 @@ export function DriveDetails({drive, overview, close}: {drive: Drive; overview: 
             <dt>{field[1]}</dt>
             <dd>
               <bdi>{visible(shown(drive, field))}</bdi>
+            </dd>
+          </div>
+        ))}
+        {volumesOf(drive, overview.inventory!).map(text => (
+          <div key={text}>
+            <dt>Makes</dt>
+            <dd>
+              <bdi>{visible(text)}</bdi>
             </dd>
           </div>
         ))}

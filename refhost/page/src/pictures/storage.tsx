@@ -1,6 +1,7 @@
 // The storage as it stands in the rack: controllers, enclosures with their slots, and which drives make which
 // volume. A click on a drive shows everything about it.
 import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../data";
+import {arraysOf, type DriveArray, type Member} from "./arrays";
 import {Standing} from "../evidence";
 import {viewHash, visit} from "../route";
 import {capacity, count, visible} from "../text";
@@ -18,6 +19,7 @@ interface Drawing {
   about: ReturnType<typeof driveFindings>;
   aboutVolume: ReturnType<typeof volumeFindings>;
   here: ReturnType<typeof findingsHere>;
+  arrays: DriveArray[];
   open: string; // the key of the drive that is shown
 }
 
@@ -29,11 +31,7 @@ const joined = (...texts: (string | number | undefined | false)[]) =>
 
 const size = (bytes: number | undefined) => (bytes === undefined ? undefined : capacity(bytes));
 
-const HUES = 6; // of which style.css has a colour each
-
-function Group({number}: {number: number}) {
-  return <span class={`group hue${number % HUES}`}>group {number}</span>;
-}
+const holds = (drive: Drive) => (array: DriveArray) => array.members.some(member => member.drive === drive);
 
 function Progress({percent, of}: {percent: number; of: string}) {
   return (
@@ -80,7 +78,11 @@ function Slot({drive, drawing}: {drive: Drive; drawing: Drawing}) {
           <bdi>{visible(drivePlace(drive)) || "no slot"}</bdi>
         </strong>
         <State printed={drive.state ?? "state not told"} words={driveStates} severity={severity} />
-        {drive.drive_group !== undefined && <Group number={drive.drive_group} />}
+        {drawing.arrays.filter(holds(drive)).map(array => (
+          <span key={`${array.controller} ${array.name}`} class={`group hue${array.hue}`}>
+            <bdi>{visible(array.name)}</bdi>
+          </span>
+        ))}
         <span class="what">
           <bdi>{joined(size(drive.capacity_bytes), drive.interface, drive.media)}</bdi>
         </span>
@@ -139,45 +141,72 @@ function VolumeLine({volume, drawing}: {volume: Volume; drawing: Drawing}) {
   );
 }
 
-function Arrays({volumes, drives, drawing}: {volumes: Volume[]; drives: Drive[]; drawing: Drawing}) {
-  const groups = [...new Set([...volumes, ...drives].map(one => one.drive_group))]
-    .filter(group => group !== undefined || volumes.some(volume => volume.drive_group === undefined))
-    .sort((a, b) => (a ?? Infinity) - (b ?? Infinity));
-  if (groups.length === 0) return null;
+// A drive that makes a volume; one that no list has is missing.
+function MemberLine({member: {told, drive}, drawing}: {member: Member; drawing: Drawing}) {
+  const spare = told.is_spare === true && <small> spare</small>;
+  if (drive !== undefined)
+    return (
+      <li>
+        <a href={viewHash("storage", "", {drive: driveKey(drive)})}>
+          <bdi>{visible(drivePlace(drive))}</bdi>
+        </a>{" "}
+        <State printed={drive.state ?? told.state ?? ""} severity={worst(drawing.about(drive))} />
+        {spare}
+      </li>
+    );
+  return (
+    <li>
+      <Standing overview={drawing.overview} place={told}>
+        <bdi>{visible(drivePlace(told) || (told.position === undefined ? "drive" : `row ${told.position}`))}</bdi>
+      </Standing>{" "}
+      <State printed={told.state ?? "not listed"} words={driveStates} severity={worst(drawing.here(told))} />
+      {spare}
+    </li>
+  );
+}
+
+function ArrayPart({array, drawing}: {array: DriveArray; drawing: Drawing}) {
+  return (
+    <article class={`array hue${array.hue}`}>
+      {array.group !== undefined && <h4>Drive group {array.group}</h4>}
+      <ul class="volumes">
+        {array.volumes.map((volume, at) => (
+          <VolumeLine key={at} volume={volume} drawing={drawing} />
+        ))}
+      </ul>
+      {array.members.length === 0 ? (
+        <p class="note">Its drives are not told.</p>
+      ) : (
+        <ul class="members">
+          {array.members.map((member, at) => (
+            <MemberLine key={at} member={member} drawing={drawing} />
+          ))}
+        </ul>
+      )}
+    </article>
+  );
+}
+
+function Arrays({arrays, drives, drawing}: {arrays: DriveArray[]; drives: Drive[]; drawing: Drawing}) {
+  const spares = drives.filter(drive => drive.spare !== undefined && !drawing.arrays.some(holds(drive)));
+  if (arrays.length === 0) return null;
   return (
     <>
       <h3>Volumes and the drives that make them</h3>
       <div class="arrays">
-        {groups.map(group => {
-          const members = group === undefined ? [] : drives.filter(drive => drive.drive_group === group);
-          return (
-            <article key={group} class={`array hue${group === undefined ? "" : group % HUES}`}>
-              <h4>{group === undefined ? "Drive group not told" : `Drive group ${group}`}</h4>
-              <ul class="volumes">
-                {volumes
-                  .filter(volume => volume.drive_group === group)
-                  .map((volume, at) => (
-                    <VolumeLine key={at} volume={volume} drawing={drawing} />
-                  ))}
-              </ul>
-              {members.length > 0 && (
-                <ul class="members">
-                  {members.map((drive, at) => {
-                    const severity = worst(drawing.about(drive));
-                    return (
-                      <li key={at}>
-                        <a href={viewHash("storage", "", {drive: driveKey(drive)})}>
-                          <bdi>{visible(drivePlace(drive))}</bdi>
-                        </a>{" "}
-                        <State printed={drive.state ?? ""} severity={severity} />
-                      </li>
-                    );
-                  })}
-                </ul>
-              )}
-            </article>
-          );
-        })}
+        {arrays.map((array, at) => (
+          <ArrayPart key={at} array={array} drawing={drawing} />
+        ))}
+        {spares.length > 0 && (
+          <article class="array">
+            <h4>Hot spares of no single volume</h4>
+            <ul class="spares members">
+              {spares.map((drive, at) => (
+                <MemberLine key={at} member={{told: drive, drive}} drawing={drawing} />
+              ))}
+            </ul>
+          </article>
+        )}
       </div>
     </>
   );
@@ -276,7 +305,7 @@ function ControllerPart({number, drawing}: {number: number | undefined; drawing:
         />
       ))}
       {drives.length === 0 && number !== undefined && <p class="empty">No drive of this controller is listed.</p>}
-      <Arrays volumes={own(inventory.volumes)} drives={drives} drawing={drawing} />
+      <Arrays arrays={drawing.arrays.filter(one => one.controller === number)} drives={drives} drawing={drawing} />
     </section>
   );
 }
@@ -289,6 +318,7 @@ export function StorageDrawing({overview, open = ""}: {overview: Overview; open?
     about: driveFindings(overview),
     aboutVolume: volumeFindings(overview),
     here: findingsHere(overview),
+    arrays: arraysOf(overview.inventory!),
     open,
   };
   const numbers = [
