@@ -388,6 +388,15 @@ std::string drive_words(const Drive& drive) {
     return text;
 }
 
+// Below the drive's own threshold. One that tells none says itself whether its spare blocks are few; of
+// one that says neither, the rule's threshold counts.
+bool has_low_spare(const Drive& drive, double threshold) {
+    if (!drive.available_spare_percent) return false;
+    if (drive.available_spare_threshold)
+        return *drive.available_spare_percent < *drive.available_spare_threshold;
+    return !drive.nvme_warnings && *drive.available_spare_percent <= threshold;
+}
+
 void judge_drive(const Inventory& inventory, const Drive& drive, const Redundancy& redundancy,
                  Collector& findings) {
     const auto remark = [&](std::string_view rule_name, std::string_view field,
@@ -420,9 +429,7 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
     if (drive.percentage_used && *drive.percentage_used >= findings.rule("drive_wear").threshold)
         remark("drive_wear", "percentage_used",
                percent_text(*drive.percentage_used) + " of its life used");
-    if (drive.available_spare_percent &&
-        *drive.available_spare_percent <=
-            drive.available_spare_threshold.value_or(findings.rule("drive_spare_low").threshold))
+    if (has_low_spare(drive, findings.rule("drive_spare_low").threshold))
         remark("drive_spare_low", "available_spare_percent",
                percent_text(*drive.available_spare_percent) + " of its spare blocks left");
 }
