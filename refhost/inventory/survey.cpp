@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <set>
 #include <span>
 #include <string_view>
@@ -23,6 +24,7 @@
 #include "inventory/storage/join.h"
 #include "inventory/system/captures.h"
 #include "inventory/system/join.h"
+#include "text/shell_error.h"
 
 namespace qvhost::inventory {
 
@@ -160,9 +162,15 @@ private:
         const int fd = open_capture(log_dir_ / name);
         if (fd >= 0) {
             capture.is_there = true;
-            CaptureLines lines(fd);
             Reading reading{name, survey_.inventory, events};
-            reader.read(lines, reading);
+            if (const auto text = without_refusal(fd, capture)) {
+                ::close(fd);
+                CaptureLines lines(*text);
+                reader.read(lines, reading);
+            } else {
+                CaptureLines lines(fd);
+                reader.read(lines, reading);
+            }
             capture.how = std::move(reading.how);
             if (reader.may_be_none) forgive_absence(capture);
         } else if (errno != ENOENT) {
@@ -170,6 +178,28 @@ private:
             capture.how.gaps.push_back({0, std::string("cannot be read: ") + std::strerror(errno)});
         }
         survey_.captures.push_back(std::move(capture));
+    }
+
+    // The text of a capture in which the shell or the loader says that it cannot start the tool, with nothing
+    // in the place of these lines: how the command ended tells it already. None: there is no such line.
+    static std::optional<std::string> without_refusal(int fd, const SurveyedCapture& capture) {
+        if (capture.ended_badly.empty()) return std::nullopt;
+        constexpr std::size_t kMost = 4096;  // bytes; a tool that was not started says no more
+        std::string text(kMost + 1, '\0');
+        const auto got = ::pread(fd, text.data(), text.size(), 0);
+        if (got <= 0 || static_cast<std::size_t>(got) > kMost) return std::nullopt;
+        text.resize(static_cast<std::size_t>(got));
+        bool is_there = false;
+        for (std::size_t at = 0; at < text.size();) {
+            const auto end = std::min(text.find('\n', at), text.size());
+            if (tells_no_start(capture.tool, std::string_view(text).substr(at, end - at))) {
+                std::fill(text.begin() + static_cast<std::ptrdiff_t>(at),
+                          text.begin() + static_cast<std::ptrdiff_t>(end), ' ');
+                is_there = true;
+            }
+            at = end + 1;
+        }
+        return is_there ? std::optional(text) : std::nullopt;
     }
 
     static void forgive_absence(SurveyedCapture& capture) {

@@ -58,6 +58,39 @@ using Places = std::vector<std::string>;
 const Places kByIpmiutil{"selinfo.txt:4", "selinfo.txt:5"};
 const Places kByIpmitool{"host_sel.txt:1", "host_sel.txt:2"};
 
+// How the command ended tells it already.
+TEST_F(SurveyOfCaptures, TheShellsWordsOnAToolAreNoLineThatNobodyKnows) {
+    const std::string missing = "exit code 127: not installed";
+    const struct {
+        const char* text;
+        const char* tool;
+        std::string ended_badly;
+        std::int64_t not_understood, first;
+    } cases[] = {
+        {"sh: 1: /opt/qv_tools/storcli_x64: not found\n", "storcli_x64", missing, 0, 0},
+        {"/bin/sh: line 1: /opt/storcli_x64: Permission denied", "storcli_x64", "exit code 126", 0,
+         0},
+        {"storcli_x64: error while loading shared libraries: libx.so.1: cannot open shared object file: No such "
+         "file or directory\n",
+         "storcli_x64", "exit code 127: a library is missing", 0, 0},
+        {"sh: 1: /opt/storcli_x64: Exec format error\nother words\n", "storcli_x64",
+         "exit code 126", 1, 2},
+        {"sh: 1: /opt/storcli_x64: not found\n", "storcli_x64", "", 1, 1},
+        {"sh: 1: other_storcli_x64: not found\n", "storcli_x64", missing, 1, 1},
+        {"sh: 1: helper: not found\n", "storcli_x64", missing, 1, 1},
+        {"sh: 1: : not found\n", "", missing, 1, 1},
+    };
+    for (const auto& one : cases) {
+        write("c0_showall.txt", one.text);
+        const auto found = survey_all({{"c0_showall.txt", one.tool, one.ended_badly}});
+        const auto* const capture = found.find("c0_showall.txt");
+        ASSERT_NE(capture, nullptr);
+        EXPECT_EQ(capture->how.not_understood, one.not_understood) << one.text;
+        EXPECT_EQ(capture->how.first_not_understood, one.first) << one.text;
+        EXPECT_FALSE(capture->whole()) << one.text;
+    }
+}
+
 TEST_F(SurveyOfCaptures, AnEventThatTwoCapturesTellIsOne) {
     write("selinfo.txt", kOfIpmiutil);
     write("host_sel.txt", kOfIpmitool);
