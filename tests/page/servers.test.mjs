@@ -226,6 +226,9 @@ for (const machine of machines) {
 
       await go(page, "#/sensors");
       await checkSensors(page, inventory.sensors);
+      const listed = (await texts(".findings")).join(" ");
+      for (const {subject} of made.json.findings.filter(({subject}) => /^Sensor /.test(subject)))
+        assert.ok(listed.includes(subject.split(", ")[0]), subject);
 
       await go(page, "#/power");
       holds(

@@ -4,6 +4,7 @@ import type {Overview} from "./data";
 import {FindingsView} from "./findings";
 import {HealthView} from "./health";
 import type {Subject} from "./subjects";
+import {sensorFindings} from "./verdict";
 
 export function SubjectView({
   subject,
@@ -16,7 +17,11 @@ export function SubjectView({
 }) {
   const own = <One extends {subsystem: string}>(list: One[] | undefined) =>
     (list ?? []).filter(({subsystem}) => subject.subsystems.includes(subsystem));
-  const [health, findings] = [own(overview.health), own(overview.findings)];
+  // A voltage's finding belongs to the power supply's health, and its sensor stands among the sensors.
+  const ofSensors = subject.view === "sensors" ? overview.inventory?.sensors.flatMap(sensorFindings(overview)) : [];
+  const wanted = new Set([...own(overview.findings), ...(ofSensors ?? [])]);
+  const health = own(overview.health);
+  const findings = (overview.findings ?? []).filter(finding => wanted.has(finding));
   return (
     <>
       <h1>{subject.title}</h1>
