@@ -46,7 +46,8 @@ struct KindRow {
     // Rows may say again what an entity of another kind with the same serial number says; those of one
     // value of this field are then left out. "": they do not.
     const char* again = "";
-    const char* parts_of = "";  // a report with rows of this kind and none of these did not read them
+    const char* parts_of =
+        "";  // a report with rows of this kind and none of these did not read them
 };
 
 std::span<const KindRow> kinds();
