@@ -223,7 +223,7 @@ class Observed {
 public:
     Observed(const std::string& command, const Limits& limits, bool asked_by_runner = false)
         : command_(command),
-          files_(is_logging() || limits.bounds().any()),
+          files_(is_logging() || limits.bounds().any(), command),
           log_(command, limits.longest(), asked_by_runner) {
         note_started(command);
     }

@@ -72,4 +72,25 @@ std::vector<std::string> redirections(std::string_view command) {
     return files;
 }
 
+NamedInDirectory named_in_directory(std::string_view command,
+                                    const std::filesystem::path& directory) {
+    auto path = directory.string();
+    if (!path.ends_with('/')) path += '/';
+    NamedInDirectory named;
+    for (const auto& written : redirections(command)) {
+        const auto file = std::filesystem::path(written).lexically_normal().string();
+        if (file.starts_with(path) && file.size() > path.size()) {
+            named.files.push_back(file.substr(path.size()));
+        } else if (file.find('/') == std::string::npos) {
+            named.files.push_back(file);
+        }
+    }
+    for (std::size_t at = 0; at < command.size(); ++at) {
+        std::string word;
+        at = end_of_word(command, at, word);
+        named.itself = named.itself || word + '/' == path || word == path;
+    }
+    return named;
+}
+
 }  // namespace runner

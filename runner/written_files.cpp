@@ -4,9 +4,10 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <set>
-
-#include "runner/shell_words.h"
+#include <system_error>
 
 namespace runner {
 
@@ -50,6 +51,18 @@ bool WrittenFiles::is_changed(const States::value_type& file) const {
     return known == before_.end() || !(known->second == file.second);
 }
 
+WrittenFiles::WrittenFiles(bool looks, const std::string& command) : looks_(looks) {
+    before_ = all(".");
+    std::error_code unknown;
+    const auto here = std::filesystem::current_path(unknown).string();
+    if (looks && std::getenv("QV_DIRECTORY_SHARED")) named_ = named_in_directory(command, here);
+}
+
+bool WrittenFiles::may_be_its_own(const std::string& name) const {
+    if (!named_ || named_->itself) return true;
+    return std::find(named_->files.begin(), named_->files.end(), name) != named_->files.end();
+}
+
 std::vector<std::string> WrittenFiles::changed() const {
     std::vector<std::string> names;
     for (const auto& file : all(".")) {
@@ -63,7 +76,8 @@ WrittenFiles::Bytes WrittenFiles::bytes() const {
     for (const auto& file : all(".")) {
         const auto size = static_cast<std::uint64_t>(file.second.size);
         sum.all += size;
-        if (is_changed(file)) sum.largest = std::max(sum.largest, size);
+        if (size > sum.largest && is_changed(file) && may_be_its_own(file.first))
+            sum.largest = size;
     }
     for (const auto& [name, state] : all("report"))
         sum.all += static_cast<std::uint64_t>(state.size);

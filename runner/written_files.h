@@ -1,26 +1,32 @@
-// Which files of the current directory change while a command runs: tools leave files where they are.
+// Which files of the current directory change while a command runs: tools leave files where they are. From
+// the environment:
+//     QV_DIRECTORY_SHARED  other commands write there at the same time
 #pragma once
 
 #include <sys/stat.h>
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "runner/shell_words.h"
 
 namespace runner {
 
 // Compares what lies there without regard to the clock, which may be set meanwhile.
 class WrittenFiles {
 public:
-    explicit WrittenFiles(bool looks) : looks_(looks), before_(all(".")) {}
+    explicit WrittenFiles(bool looks, const std::string& command = {});
 
-    // The names of what is new or changed since, sorted.
+    // The names of what is new or changed since, sorted. In a shared directory others may have done it.
     std::vector<std::string> changed() const;
 
     struct Bytes {
-        std::uint64_t largest = 0;  // of the files that are new or changed since
-        std::uint64_t all = 0;      // of all files here and in the directory "report"
+        // Of the files that are new or changed since; in a shared directory of those that the command names.
+        std::uint64_t largest = 0;
+        std::uint64_t all = 0;  // of all files here and in the directory "report"
     };
     Bytes bytes() const;
 
@@ -35,8 +41,10 @@ private:
     using States = std::map<std::string, State>;
     States all(const char* directory) const;
     bool is_changed(const States::value_type& file) const;
+    bool may_be_its_own(const std::string& name) const;
 
     bool looks_;
+    std::optional<NamedInDirectory> named_;  // by the command, if the directory is shared
     States before_;
 };
 
