@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -111,7 +112,7 @@ Answer answer_of_process(const std::function<std::string()>& call, unsigned seco
     return answer;
 }
 
-std::vector<pid_t> descendants() {
+std::vector<pid_t> descendants(const std::vector<pid_t>& without) {
     std::multimap<pid_t, pid_t> children;
     if (DIR* proc = ::opendir("/proc")) {
         while (const dirent* entry = ::readdir(proc)) {
@@ -122,21 +123,24 @@ std::vector<pid_t> descendants() {
     std::vector<pid_t> found{::getpid()};
     for (std::size_t i = 0; i < found.size(); ++i) {
         const auto [begin, end] = children.equal_range(found[i]);
-        for (auto child = begin; child != end; ++child) found.push_back(child->second);
+        for (auto child = begin; child != end; ++child) {
+            if (std::find(without.begin(), without.end(), child->second) == without.end())
+                found.push_back(child->second);
+        }
     }
     found.erase(found.begin());
     return found;
 }
 
-std::vector<pid_t> kill_descendants() {
+std::vector<pid_t> kill_descendants(const std::vector<pid_t>& without) {
     using Clock = std::chrono::steady_clock;
     const auto give_up = Clock::now() + std::chrono::seconds(2);
     for (;;) {
-        while (::waitpid(-1, nullptr, WNOHANG) > 0) {
-        }
-        auto left = descendants();
+        auto left = descendants(without);
         if (left.empty() || Clock::now() > give_up) return left;
-        for (const pid_t pid : left) ::kill(pid, SIGKILL);
+        for (const pid_t pid : left) {
+            if (::waitpid(pid, nullptr, WNOHANG) != pid) ::kill(pid, SIGKILL);
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }

@@ -42,12 +42,13 @@ struct Answer {
 // std::system_error if there is no copy.
 Answer answer_of_process(const std::function<std::string()>& call, unsigned seconds);
 
-// The processes that descend from this one now, children of children included.
-std::vector<pid_t> descendants();
+// The processes that descend from this one now, children of children included, but for some children and what
+// descends from them.
+std::vector<pid_t> descendants(const std::vector<pid_t>& without = {});
 
 // Kills them, and those they start meanwhile, and waits until they are gone. This process must adopt
 // orphans (PR_SET_CHILD_SUBREAPER). Returns those that could not be killed within two seconds: they
 // hang inside the kernel.
-std::vector<pid_t> kill_descendants();
+std::vector<pid_t> kill_descendants(const std::vector<pid_t>& without = {});
 
 }  // namespace qvhost
