@@ -34,6 +34,7 @@ int main(int, char** arguments) {
         journal.append(TableEndEntry{"M", "V", Layout(), ""});
         journal.append(QuestionEntry{"smartctl", "", ""});
         journal.append(QuestionEntry{"", "storage", "smartctl is not installed"});
+        journal.append(ModulesEndEntry{true});
         journal.append(EndEntry{"no plug-in"});
     }
     fs::copy_file(directory / "one_of_each", directory / "half");

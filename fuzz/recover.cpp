@@ -1,7 +1,8 @@
-// A collection that was broken off: whatever stands in its journal, all of its records come into the
+// A collection that was broken off: whatever stands in the journals of its lanes, all of their records come into the
 // store, in order, and the report can be shown.
 #include "qvhost/finish/recover.h"
 
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "any_record.h"
@@ -19,12 +20,13 @@ namespace {
 
 JournalEntry entry(fuzz::Pieces& input) {
     using namespace fuzz;
-    switch (input.byte() % 6) {
+    switch (input.byte() % 7) {
         case 0: return ModuleEntry{text(input), text(input), texts(input)};
         case 1: return TableStartEntry{text(input), text(input)};
         case 2: return TableEndEntry{text(input), text(input), layout(input), text(input)};
         case 3: return EndEntry{text(input)};
         case 4: return QuestionEntry{text(input), text(input), text(input)};
+        case 5: return ModulesEndEntry{input.byte() % 2 == 1};
         default: return record(input);
     }
 }
@@ -39,11 +41,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::vector<Record> written;
     {
-        JournalWriter journal(dir.journal());
+        unsigned lane = 1;
+        auto journal = std::make_unique<JournalWriter>(dir.journal());
         for (fuzz::Pieces input(fuzz::text_of(data, size)); !input.at_end();) {
             const auto next = entry(input);
-            journal.append(next);
+            journal->append(next);
             if (const auto* added = std::get_if<Record>(&next)) written.push_back(*added);
+            const bool is_last = std::holds_alternative<ModulesEndEntry>(next);
+            if (is_last && lane < kMostLanes)
+                journal = std::make_unique<JournalWriter>(dir.journal(++lane));
         }
     }
     fuzz::expect(!recover(dir).empty(), "what was broken off is told");

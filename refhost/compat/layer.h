@@ -56,4 +56,7 @@ int run_stand_in(int argc, char** argv);
 
 inline constexpr const char* kStandInCommand = "stand-in";
 
+// In the environment of tools: the log in which stand-ins note what they did, instead of the place's.
+inline constexpr const char* kLogVariable = "QV_STAND_IN_LOG";
+
 }  // namespace qvhost::compat

@@ -6,6 +6,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 #include "compat/layer.h"
@@ -33,7 +34,9 @@ int run_stand_in(int argc, char** argv) {
     constexpr int kOwn = 3;  // NAME LOG LEVEL
     StandInArguments given;
     if (argc < kOwn) return kUsage;
-    given.log = argv[1];
+    // A lane of a collection has a log of its own.
+    const char* const log = std::getenv(kLogVariable);
+    given.log = log ? log : argv[1];
     const std::string_view level = argv[2];
     std::from_chars(level.data(), level.data() + level.size(), given.log_level);
     given.arguments.assign(argv + kOwn, argv + argc);

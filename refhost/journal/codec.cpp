@@ -104,6 +104,10 @@ void put(const QuestionEntry& entry, std::string& bytes) {
     put(entry.lack, bytes);
 }
 
+void put(const ModulesEndEntry& entry, std::string& bytes) {
+    put_number(static_cast<std::uint8_t>(entry.device_is_left), bytes);
+}
+
 class Fields {
 public:
     explicit Fields(std::string_view bytes) : rest_(bytes) {}
@@ -245,6 +249,7 @@ void get_entry(Fields& fields, JournalEntry& entry) {
             entry = std::move(question);
             break;
         }
+        case 6: entry = ModulesEndEntry{fields.number<std::uint8_t>() != 0}; break;
         default: Fields::damaged();
     }
 }

@@ -50,9 +50,14 @@ struct EndEntry {  // the collection ran to its end
         error;  // why it could not run at all (the plug-in did not load, ...); empty: it did
     bool operator==(const EndEntry&) const = default;
 };
+struct ModulesEndEntry {  // all modules of this process were asked; no record follows
+    bool
+        device_is_left;  // whether the BMC has left its questions without an answer (runner/device.h)
+    bool operator==(const ModulesEndEntry&) const = default;
+};
 
-using JournalEntry =
-    std::variant<ModuleEntry, TableStartEntry, Record, TableEndEntry, EndEntry, QuestionEntry>;
+using JournalEntry = std::variant<ModuleEntry, TableStartEntry, Record, TableEndEntry, EndEntry,
+                                  QuestionEntry, ModulesEndEntry>;
 
 class JournalWriter {
 public:

@@ -58,6 +58,8 @@ std::vector<JournalEntry> one_of_each() {
         EndEntry{"no plug-in"},
         QuestionEntry{"smartctl", "", ""},
         QuestionEntry{"", "storage", "smartctl is not installed"},
+        ModulesEndEntry{false},
+        ModulesEndEntry{true},
     };
 }
 

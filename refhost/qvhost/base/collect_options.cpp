@@ -86,8 +86,11 @@ std::vector<CollectOption> all_rows() {
         {"dry-run",         &Options::dry_run,         optional, "",                kNoRange,   "Tell what would be collected, where to and with which limits, and do nothing"},
         {"no-compat",       &Options::no_compat,       optional, "",                kNoRange,   "The bare system: no stand-ins for tools that have other names or answers here (a replay has none)"},
         {"machine-lock",    &Options::machine_lock,    optional, "",                kNoRange,   "One run at a time on this machine: while another one that was given this option runs, say which and end with status 75"},
+        {"serial",          &Options::serial,          optional, "",                kNoRange,   "All modules one after another. Without it those that share no hardware are asked side by side; the report's records are the same"},
         {"quiet",           &Options::quiet,           optional, "",                kNoRange,   "No progress"},
         {"search-path",     &Options::search_path,     internal, "",                kNoRange,   ""},
+        {"lane",            &Options::lane,            internal, "",                kNoRange,   ""},
+        {"lane-modules",    &Options::lane_modules,    internal, "",                kNoRange,   ""},
         {"replayed",        &Options::replayed,        internal, "",                kNoRange,   ""},
         {"recorded",        &Options::recorded,        internal, "",                kNoRange,   ""},
     };
@@ -100,8 +103,8 @@ std::vector<CollectOption> all_rows() {
                                   tool_seconds, tool_limits, silence_seconds, module_seconds,
                                   run_seconds, capture_mib, table_mib, archive_mib, run_mib,
                                   free_mib, processes, also, rules, plugin, profile, plug_in_only,
-                                  dry_run, machine_lock, quiet, no_compat, search_path, replayed,
-                                  recorded] = options;
+                                  dry_run, machine_lock, serial, quiet, no_compat, search_path,
+                                  lane, lane_modules, replayed, recorded] = options;
 }
 
 // A value as texts: one for each entry of a list, none for what is not set.

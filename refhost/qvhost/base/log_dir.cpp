@@ -65,6 +65,11 @@ bool DirLock::is_held(const fs::path& directory) {
     return opened && ::flock(opened.get(), LOCK_SH | LOCK_NB) != 0;
 }
 
+fs::path LogDir::of_lane(const fs::path& directory, const char* name, const char* ending,
+                         unsigned lane) {
+    return directory / (name + (lane == 1 ? "" : "-" + std::to_string(lane)) + ending);
+}
+
 bool LogDir::is_own(const std::string& name) {
     return name == "report" || name == "runs" || name == "qvhost.log" || name == "console.txt" ||
            name.starts_with("report-");

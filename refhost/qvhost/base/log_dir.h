@@ -9,7 +9,11 @@
 
 namespace qvhost {
 
-// The files of a collection in it.
+// How many lanes a collection has at most. A lane is a process that asks some of the modules, beside others.
+inline constexpr unsigned kMostLanes = 8;
+
+// The files of a collection in it. A lane beyond the first has its own journal and logs in the report's directory:
+// "collection-2.journal".
 class LogDir {
 public:
     explicit LogDir(std::filesystem::path path) : path_(std::move(path)) {}
@@ -19,16 +23,28 @@ public:
     std::filesystem::path store() const { return report() / "report.sqlite"; }
     std::filesystem::path page() const { return report() / "index.html"; }
     std::filesystem::path json() const { return report() / "report.json"; }
-    std::filesystem::path journal() const { return report() / "collection.journal"; }
-    std::filesystem::path commands() const { return report() / "commands.log"; }
-    std::filesystem::path log() const { return path_ / "qvhost.log"; }
-    std::filesystem::path console() const { return path_ / "console.txt"; }
+    // As long as the first lane's journal is there, the report is not finished.
+    std::filesystem::path journal(unsigned lane = 1) const {
+        return of_lane(report(), "collection", ".journal", lane);
+    }
+    std::filesystem::path commands(unsigned lane = 1) const {
+        return of_lane(report(), "commands", ".log", lane);
+    }
+    std::filesystem::path log(unsigned lane = 1) const {
+        return of_lane(lane == 1 ? path_ : report(), "qvhost", ".log", lane);
+    }
+    std::filesystem::path console(unsigned lane = 1) const {
+        return of_lane(lane == 1 ? path_ : report(), "console", ".txt", lane);
+    }
     std::filesystem::path runs() const { return path_ / "runs"; }  // earlier collections
 
     // Whether a name in a log directory is one of these, or a report that an older program moved aside.
     static bool is_own(const std::string& name);
 
 private:
+    static std::filesystem::path of_lane(const std::filesystem::path& directory, const char* name,
+                                         const char* ending, unsigned lane);
+
     std::filesystem::path path_;
 };
 

@@ -43,9 +43,13 @@ struct CollectOptions {
     bool plug_in_only = false;  // no questions of the host's own
     bool dry_run = false;       // tell what would be done, and do nothing
     bool machine_lock = false;  // one run at a time on this machine
+    bool serial = false;        // all modules one after another
     bool quiet = false;
     bool no_compat = false;   // the bare system, without the compatibility layer
     std::string search_path;  // PATH of the tools; empty: the user's own and the system's
+    // Of a collecting child: which lane it is, and the modules that it asks. None: it is the only lane.
+    unsigned lane = 1;
+    std::vector<std::string> lane_modules;
     // In a replay what the server has recorded, each "TOOL\tARGUMENTS", or "TOOL" for any arguments.
     bool replayed = false;
     std::vector<std::string> recorded;

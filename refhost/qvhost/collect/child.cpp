@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -90,11 +91,11 @@ private:
 };
 
 // What tools print on the terminal, and not into their captures, goes into a file.
-void redirect_standard_streams(const LogDir& dir) {
+void redirect_standard_streams(const std::filesystem::path& file) {
     const Descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     if (!nothing) throw std::system_error(errno, std::generic_category(), "/dev/null");
-    std::filesystem::remove(dir.console());
-    const auto console = create_private(dir.console(), O_WRONLY | O_APPEND);
+    std::filesystem::remove(file);
+    const auto console = create_private(file, O_WRONLY | O_APPEND);
     ::dup2(nothing.get(), STDIN_FILENO);
     ::dup2(console.get(), STDOUT_FILENO);
     ::dup2(console.get(), STDERR_FILENO);
@@ -109,6 +110,8 @@ std::string read_settings(const Descriptor& file) {
 }
 
 sem_t thread_stopped;
+sem_t lanes_ended;
+std::atomic<char> told_by_parent = 0;  // how the other lanes have ended
 
 // The collecting thread stops here when the parent is gone.
 void stop_here(int) {
@@ -130,17 +133,31 @@ void stop_thread(pthread_t thread) {
 void end_with_parent(int lifeline) {
     ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
     ::sem_init(&thread_stopped, 0, 0);
+    ::sem_init(&lanes_ended, 0, 0);
     struct sigaction action = {};
     action.sa_handler = stop_here;
     ::sigaction(SIGRTMIN, &action, nullptr);
     std::thread([lifeline, collecting = ::pthread_self()] {
-        char byte = 0;
-        while (::read(lifeline, &byte, 1) < 0 && errno == EINTR) {
+        for (;;) {
+            char byte = 0;
+            const auto size = ::read(lifeline, &byte, 1);
+            if (size < 0 && errno == EINTR) continue;
+            if (size <= 0) break;
+            told_by_parent = byte;
+            ::sem_post(&lanes_ended);
         }
         stop_thread(collecting);
         kill_descendants();
         ::_exit(1);
     }).detach();
+}
+
+// Waits until no other lane asks anything any more. What they have learned of the BMC holds here.
+void wait_for_other_lanes() {
+    while (::sem_wait(&lanes_ended) != 0 && errno == EINTR) {
+    }
+    if (told_by_parent == kLanesEndedDeviceLeft) ::setenv("QV_DEVICE_LEFT", "1", 1);
+    ::unsetenv("QV_DIRECTORY_SHARED");
 }
 
 template <class Call>
@@ -190,7 +207,11 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     const auto limits = limits_for(options);
     const Plugin plugin(options.plugin);
     const auto offer = offer_of(plugin);
-    const auto selected = select_modules(offer, options);
+    auto selected = select_modules(offer, options);
+    if (const auto& own = options.lane_modules; !own.empty())
+        std::erase_if(selected, [&](const SelectedModule& module) {
+            return std::find(own.begin(), own.end(), offer[module.place].name) == own.end();
+        });
     JournalSink sink(journal, std::size_t{limits.table_mib} << 20);
     RRepository repository(sink);
     // All modules first, so that a collection that is cut off can say what it did not reach.
@@ -252,7 +273,7 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
             settings.recorded->push_back({text.substr(0, tab), std::move(arguments)});
         }
     }
-    for (const auto& command : read_commands(dir.commands(), dir.path()).commands) {
+    for (const auto& command : read_commands(dir).commands) {
         const auto end = outcome(command);
         const bool ended_well = end.empty() || inventory::ran_to_its_end(command.text, end);
         settings.earlier.push_back({command.text, ended_well, !command.stopped_by.empty()});
@@ -263,17 +284,23 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
     ask::ask(settings);
 }
 
-// The plug-in stops the driver when it has asked its questions, and the BMC is asked again after it.
+// The plug-in stops the driver when it has asked its questions, and the BMC is asked again after it. It is stopped when
+// no other lane may need it.
 class KeptDriver {
 public:
-    KeptDriver() { compat::keep_driver(notes_); }
+    explicit KeptDriver(bool is_only_lane) : is_only_lane_(is_only_lane) {
+        compat::keep_driver(notes_);
+    }
+    void other_lanes_ended() { is_only_lane_ = true; }
     ~KeptDriver() {
+        if (!is_only_lane_) return;
         if (compat::release_driver(notes_)) runner::run("service ipmi stop 1>/dev/null 2>&1");
     }
     KeptDriver(const KeptDriver&) = delete;
     KeptDriver& operator=(const KeptDriver&) = delete;
 
 private:
+    bool is_only_lane_;
     std::filesystem::path notes_ = notes_of(program_file());
 };
 
@@ -284,9 +311,12 @@ std::string collect(const CollectOptions& options, const LogDir& dir, JournalWri
     auto foreign = names_in(dir.path());
     std::string error;
     std::optional<KeptDriver> driver;
-    if (asks_own_questions(options)) driver.emplace();
+    if (asks_own_questions(options)) driver.emplace(options.lane_modules.empty());
     if (options.profile != kHealthProfile) error = ask_modules(options, end, journal);
-    if (asks_own_questions(options)) {
+    journal.append(ModulesEndEntry{std::getenv("QV_DEVICE_LEFT") != nullptr});
+    if (asks_own_questions(options) && options.lane == 1) {
+        wait_for_other_lanes();
+        driver->other_lanes_ended();
         set_tool_deadline(
             std::min(end, Clock::now() + std::chrono::seconds(limits.module_seconds)));
         ask_own_questions(options, dir, std::move(foreign), journal);
@@ -304,17 +334,21 @@ int run_child(int settings, int lifeline) {
 
     const auto options = options_from(read_settings(Descriptor(settings)));
     const LogDir dir(options.log_dir);
-    JournalWriter journal(dir.journal());
+    JournalWriter journal(dir.journal(options.lane));
     std::string error;
     try {
         end_with_parent(lifeline);
-        redirect_standard_streams(dir);
+        redirect_standard_streams(dir.console(options.lane));
         set_tool_environment(options.search_path, limits_for(options),
                              free_bytes_for(options, options.log_dir), tool_limits_text(options),
-                             dir.commands());
+                             dir.commands(options.lane));
+        ::unsetenv("QV_DIRECTORY_SHARED");
+        if (!options.lane_modules.empty()) ::setenv("QV_DIRECTORY_SHARED", "1", 1);
+        const auto log = dir.log(options.lane).string();
+        ::setenv(compat::kLogVariable, log.c_str(), 1);
         std::filesystem::current_path(options.log_dir);  // some tools leave files where they are
         open_log({.log_dir = (options.log_dir / "").string(),
-                  .log_file = dir.log(),
+                  .log_file = log,
                   .min_level = options.log_level});
         error = collect(options, dir, journal);
     } catch (const std::exception& problem) {

@@ -6,7 +6,13 @@ namespace qvhost {
 // The hidden sub-command by which the parent starts its child: SETTINGS LIFELINE, both descriptors.
 inline constexpr const char* kChildCommand = "collecting-child";
 
-// Collects into the options' log directory, every step noted in the journal. `settings` is a file that
+// What the parent writes into the lifeline of the first lane when all others have ended. The second one: and the BMC
+// did not answer them any more.
+inline constexpr char kLanesEnded = 'e';
+inline constexpr char kLanesEndedDeviceLeft = 'l';
+
+// Collects into the options' log directory, every step noted in its lane's journal. The first lane asks the host's
+// own questions when it is told that the others have ended. `settings` is a file that
 // stands at its beginning and holds what settings_of() wrote. `lifeline` is the reading end of a pipe
 // whose other end the parent holds: when it closes, the parent is gone and the child ends with all
 // tools it started. Returns the exit status.

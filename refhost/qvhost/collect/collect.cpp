@@ -21,6 +21,7 @@
 #include "qvhost/base/site_rules.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/dry_run.h"
+#include "qvhost/collect/lanes.h"
 #include "qvhost/collect/offer.h"
 #include "qvhost/collect/program_path.h"
 #include "qvhost/collect/progress.h"
@@ -28,6 +29,7 @@
 #include "qvhost/collect/supervise.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
+#include "qvhost/finish/lane_files.h"
 #include "qvhost/finish/runs.h"
 #include "qvhost/finish/summary.h"
 #include "show/visible.h"
@@ -147,6 +149,7 @@ int collect(CollectOptions options, const Stage& stage) {
     expect_trusted(why_not_trusted(stage.vendor_tools()));
     const bool has_modules = options.profile != kHealthProfile;
     DeclaredTables declared;
+    std::vector<Lane> lanes{Lane()};
     if (has_modules) {
         options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
         expect_trusted(why_not_trusted_itself(options.plugin.parent_path()));
@@ -154,8 +157,9 @@ int collect(CollectOptions options, const Stage& stage) {
         declared = tables_declared_by(options.plugin);
         if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
         expect_known_tools(options, declared);
-        settle_names(options, offer_of(options.plugin, limits_for(options).module_seconds),
-                     declared.tables);
+        const auto offer = offer_of(options.plugin, limits_for(options).module_seconds);
+        settle_names(options, offer, declared.tables);
+        lanes = lanes_of(offer, options, declared.tables);
     }
     std::optional<MachineLock> machine;
     if (options.machine_lock && !options.replayed)  // a replay asks no machine
@@ -187,12 +191,11 @@ int collect(CollectOptions options, const Stage& stage) {
         if (has_modules) write_declared_tables(store, declared.tables);
         store.commit();
 
-        JournalReader journal(dir.journal());
-        JournalImporter importer(journal, store);
-        Progress progress(dir, options.quiet);
+        JournalImporter importer(store);
+        Progress progress(dir, options.quiet, lanes);
         Ending ending;
         try {
-            ending = supervise(options, stage, importer, progress);
+            ending = supervise(options, lanes, stage, importer, progress);
         } catch (...) {
             // The store or the journal failed. The tools must not go on without us.
             kill_descendants();
@@ -206,8 +209,7 @@ int collect(CollectOptions options, const Stage& stage) {
         finish_report(store, dir, places_of_tools(options, stage), ending);
     }
     sync_log_dir(dir);  // the journal is there until the disk has what was made of it
-    fs::remove(dir.journal());
-    fs::remove(dir.commands());
+    remove_lane_files(dir);
     RunsKept kept;
     if (options.keep) kept.runs = *options.keep;
     if (options.keep_bytes) kept.bytes = *options.keep_bytes;

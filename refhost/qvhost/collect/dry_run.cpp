@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <boost/algorithm/string/join.hpp>
 #include <iostream>
 
@@ -10,6 +11,7 @@
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/collect/lanes.h"
 #include "qvhost/collect/offer.h"
 #include "qvhost/collect/selection.h"
 #include "show/terminal.h"
@@ -45,6 +47,18 @@ std::vector<std::pair<std::string, std::string>> questions_of(const CollectOptio
     return rows;
 }
 
+// The number of the lane that asks the module.
+std::size_t lane_with(const std::vector<Lane>& lanes, const std::string& module) {
+    std::size_t number = 1;
+    for (const auto& lane : lanes) {
+        if (std::any_of(lane.begin(), lane.end(),
+                        [&](const LaneModule& one) { return one.name == module; }))
+            break;
+        ++number;
+    }
+    return number;
+}
+
 }  // namespace
 
 void print_plan(CollectOptions options, const Stage& stage) {
@@ -56,8 +70,11 @@ void print_plan(CollectOptions options, const Stage& stage) {
     settle_names(options, offer, declared.tables);
     std::vector<std::vector<std::string>> rows;
     if (options.profile != kHealthProfile) {
+        const auto lanes = lanes_of(offer, options, declared.tables);
         for (const auto& [place, tables] : select_modules(offer, options))
-            rows.push_back({offer[place].display, boost::join(tables, " ")});
+            rows.push_back({offer[place].display,
+                            std::to_string(lane_with(lanes, offer[place].name)),
+                            boost::join(tables, " ")});
     }
     const auto at_most = [](unsigned seconds) {
         return "at most " + std::to_string(seconds) + " s";
@@ -84,7 +101,7 @@ void print_plan(CollectOptions options, const Stage& stage) {
     print_table(std::cout, {"What", "Plan"}, facts, style);
     std::cout << '\n';
     if (!rows.empty()) {
-        print_table(std::cout, {"Module", "Tables"}, rows, style);
+        print_table(std::cout, {"Module", "Lane", "Tables"}, rows, style);
         std::cout << '\n';
     }
     print_pairs({"Question of the program's own", "Asked where"}, questions_of(options), style);

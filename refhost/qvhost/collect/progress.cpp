@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 #include "qvhost/finish/commands.h"
 #include "show/terminal.h"
@@ -21,48 +24,75 @@ std::string minutes(std::chrono::steady_clock::duration duration) {
     return text;
 }
 
+// "0:12 of 5:00  ipmitool sdr elist", or the table; empty: neither is known.
+std::string work_of(const std::optional<Begun>& command, const std::string& table) {
+    if (!command) return one_line(table);
+    auto text = minutes(std::chrono::steady_clock::now() - command->seen);
+    if (command->limit) text += " of " + minutes(*command->limit);
+    return text + "  " + one_line(command->text);
+}
+
 }  // namespace
 
-Progress::Progress(const LogDir& dir, bool quiet)
-    : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1), commands_(dir.commands()) {}
+Progress::Progress(const LogDir& dir, bool quiet, const std::vector<Lane>& lanes)
+    : quiet_(quiet), terminal_(::isatty(STDERR_FILENO) == 1) {
+    for (const auto& lane : lanes) {
+        const auto number = static_cast<unsigned>(lanes_.size()) + 1;
+        lanes_.push_back({.commands = CommandWatch(dir.commands(number)), .next = titles_.size()});
+        for (const auto& module : lane) titles_.push_back(module.display);
+        lanes_.back().end = titles_.size();
+    }
+}
 
 Progress::~Progress() { clear(); }
 
 // "2 of 3  BMC information"; how many commands and questions there will be, nobody knows before.
-std::string Progress::words_of(const std::string& mark, const CollectionState& state) {
+std::string Progress::words_of(const std::string& mark, Shown& lane) const {
     if (mark == kHostMark) return "the program's own questions";
     if (!mark.starts_with(kModuleMark)) return one_line(mark);
-    const auto& all = state.all_modules;
-    if (++modules_ > all.size()) return one_line(mark.substr(kModuleMark.size()));
-    return std::to_string(modules_) + " of " + std::to_string(all.size()) + "  " +
-           one_line(all[modules_ - 1]);
+    if (lane.next >= lane.end) return one_line(mark.substr(kModuleMark.size()));
+    const auto& title = titles_[lane.next++];
+    return std::to_string(lane.next) + " of " + std::to_string(titles_.size()) + "  " +
+           one_line(title);
 }
 
-void Progress::update(const CollectionState& state) {
+void Progress::update(const std::vector<LaneProgress>& lanes) {
     if (quiet_) return;
     const auto time = minutes(Clock::now() - start_);
-    for (const auto& begun : commands_.read()) {
-        if (!begun.is_command) part_ = words_of(begun.text, state);
-        if (terminal_) continue;
-        const auto limit = begun.limit ? "  (at most " + minutes(*begun.limit) + ")" : "";
-        const auto line = begun.is_command ? "  " + one_line(begun.text) + limit : part_;
-        std::fprintf(stderr, "%s  %s\n", time.c_str(), line.c_str());
+    for (std::size_t i = 0; i < lanes.size(); ++i) {
+        auto& lane = lanes_[i];
+        const auto number = lanes_.size() > 1 ? "lane " + std::to_string(i + 1) + "  " : "";
+        for (const auto& begun : lane.commands.read()) {
+            if (!begun.is_command) lane.part = words_of(begun.text, lane);
+            if (terminal_) continue;
+            const auto limit = begun.limit ? "  (at most " + minutes(*begun.limit) + ")" : "";
+            const auto line = begun.is_command ? "  " + one_line(begun.text) + limit : lane.part;
+            std::fprintf(stderr, "%s  %s%s\n", time.c_str(), number.c_str(), line.c_str());
+        }
     }
-    if (terminal_) show_line(state.table);
+    if (terminal_) show_line(lanes);
 }
 
 // What changes comes first: a narrow terminal cuts the end. "1:23  2 of 3  BMC information  0:12 of 5:00
-// ipmitool sdr elist"
-void Progress::show_line(const std::string& table) {
-    const auto now = Clock::now();
-    auto line = minutes(now - start_) + "  " + part_;
-    if (const auto& command = commands_.running()) {
-        line += "  " + minutes(now - command->seen);
-        if (command->limit) line += " of " + minutes(*command->limit);
-        line += "  " + one_line(command->text);
-    } else if (!table.empty()) {
-        line += "  " + one_line(table);
+// ipmitool sdr elist", or with several lanes "1:23  1 of 3 lanes done  0:12 of 5:00  ipmitool sdr elist | 0:01 ..."
+void Progress::show_line(const std::vector<LaneProgress>& lanes) {
+    std::vector<std::string> works;
+    std::size_t ended = 0;
+    std::string part;
+    for (std::size_t i = 0; i < lanes.size(); ++i) {
+        const auto& state = *lanes[i].state;
+        const bool is_done = lanes[i].has_ended || (state.modules_ended && state.question.empty());
+        ended += is_done ? 1 : 0;
+        if (is_done && lanes_.size() > 1) continue;
+        part = lanes_[i].part;
+        if (auto work = work_of(lanes_[i].commands.running(), state.table); !work.empty())
+            works.push_back(std::move(work));
     }
+    const bool are_asked = lanes.front().state->question.empty();
+    if (lanes_.size() > 1 && are_asked)
+        part = std::to_string(ended) + " of " + std::to_string(lanes_.size()) + " lanes done";
+    auto line = minutes(Clock::now() - start_) + "  " + part;
+    if (!works.empty()) line += "  " + boost::join(works, " | ");
     const auto style = terminal_style(STDERR_FILENO);
     const auto width = style.width > 1 ? style.width - 1 : 1;
     std::fprintf(stderr, "\r%s\033[K", shortened(line, width).c_str());

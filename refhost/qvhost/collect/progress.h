@@ -5,21 +5,29 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "qvhost/base/log_dir.h"
 #include "qvhost/collect/command_watch.h"
+#include "qvhost/collect/lanes.h"
 #include "qvhost/finish/journal_importer.h"
 
 namespace qvhost {
 
+struct LaneProgress {
+    const CollectionState* state;
+    bool has_ended;
+};
+
 class Progress {
 public:
-    Progress(const LogDir& dir, bool quiet);
+    Progress(const LogDir& dir, bool quiet, const std::vector<Lane>& lanes);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void update(const CollectionState& state);
+    // The lanes that were started, from the first one on.
+    void update(const std::vector<LaneProgress>& lanes);
 
     // Clears the line. Call it before anything else is written to the terminal.
     void clear();
@@ -27,14 +35,20 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::string words_of(const std::string& mark, const CollectionState& state);
-    void show_line(const std::string& table);
+    struct Shown {
+        CommandWatch commands;
+        std::size_t next = 0;  // module to begin, of all lanes' modules
+        std::size_t end = 0;
+        std::string part = {};  // of the lane, the one that runs, in words
+    };
+
+    std::string words_of(const std::string& mark, Shown& lane) const;
+    void show_line(const std::vector<LaneProgress>& lanes);
 
     bool quiet_;
     bool terminal_;
-    CommandWatch commands_;
-    std::size_t modules_ = 0;  // how many have begun
-    std::string part_;         // of the collection, the one that runs, in words
+    std::vector<Shown> lanes_;
+    std::vector<std::string> titles_;  // of the modules of all lanes
     Clock::time_point start_ = Clock::now();
     bool shown_ = false;
 };

@@ -1,9 +1,10 @@
-// The parent of the collecting child: starts it, watches it, ends it.
+// The parent of the collecting children, one a lane: starts them, watches them, ends them.
 #pragma once
 
-#include <string>
+#include <vector>
 
 #include "qvhost/base/options.h"
+#include "qvhost/collect/lanes.h"
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/stage.h"
 #include "qvhost/finish/finish_report.h"
@@ -11,10 +12,11 @@
 
 namespace qvhost {
 
-// Starts the collecting child and watches it to its end, taking what it journals. Returns why the
-// collection is incomplete; empty: it is complete. A signal to end (SIGINT, SIGTERM, SIGHUP) ends the
-// child with all its tools; a second one ends this program at once.
-Ending supervise(const CollectOptions& options, const Stage& stage, JournalImporter& importer,
-                 Progress& progress);
+// Starts a collecting child for each lane and watches them to their end, taking what they journal. Returns why the
+// collection is incomplete; empty: it is complete. A child that dies, or whose module takes too long, is ended with
+// its tools, and the others go on. A signal to end (SIGINT, SIGTERM, SIGHUP) ends all of them; a second one ends this
+// program at once.
+Ending supervise(const CollectOptions& options, const std::vector<Lane>& lanes, const Stage& stage,
+                 JournalImporter& importer, Progress& progress);
 
 }  // namespace qvhost

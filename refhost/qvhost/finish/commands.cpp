@@ -6,10 +6,14 @@
 #include <array>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
-#include "qvhost/base/log_dir.h"
+#include "qvhost/finish/lane_files.h"
 #include "runner/shell_words.h"
 
 namespace qvhost {
@@ -187,10 +191,41 @@ private:
     CommandLog log_;
 };
 
-std::string with_slash(const fs::path& directory) {
-    auto text = directory.string();
-    if (!text.ends_with('/')) text += '/';
-    return text;
+// How surely a command has written a file that changed while it ran.
+enum class Claim { none, ran, put_there, names, writes };
+
+Claim claim_of(const CommandInfo& command, const std::string& file, const fs::path& log_dir) {
+    const auto named = runner::named_in_directory(command.text, log_dir);
+    if (std::find(named.files.begin(), named.files.end(), file) != named.files.end())
+        return Claim::writes;
+    if (names(command, file)) return Claim::names;
+    const auto& seen = command.captures;
+    if (std::find(seen.begin(), seen.end(), file) == seen.end()) return Claim::none;
+    return named.itself ? Claim::put_there : Claim::ran;
+}
+
+// While a command runs, files of other lanes change too. A file is of the lane with the surest claim on it: where
+// the shell writes it, else where a command names it, else where one puts files into the directory; of a file that
+// nobody names, nobody can tell, and it goes to the first lane.
+void leave_captures_to_their_lanes(std::vector<CommandInfo>& commands, const fs::path& log_dir) {
+    std::map<std::string, std::set<int>> lanes_of;
+    for (const auto& command : commands) {
+        for (const auto& file : command.captures) lanes_of[file].insert(command.lane);
+    }
+    for (const auto& [file, lanes] : lanes_of) {
+        if (lanes.size() < 2) continue;
+        auto surest = Claim::none;
+        int owner = 0;
+        for (const auto& command : commands) {
+            const auto claim = claim_of(command, file, log_dir);
+            if (claim <= surest) continue;
+            surest = claim;
+            owner = command.lane;
+        }
+        for (auto& command : commands) {
+            if (command.lane != owner) std::erase(command.captures, file);
+        }
+    }
 }
 
 }  // namespace
@@ -206,6 +241,27 @@ CommandLog read_commands(const fs::path& log, const fs::path& log_dir,
         if (last.started && !last.seconds && last.stopped_by.empty()) last.stopped_by = stopped_by;
     }
     return read;
+}
+
+CommandLog read_commands(const LogDir& dir, const std::vector<std::string>& stopped_by) {
+    CommandLog all;
+    CommandLog questions;  // of the host's own, which come when all lanes have ended
+    for (const unsigned lane : lanes_in(dir)) {
+        auto part = read_commands(dir.commands(lane), dir.path(),
+                                  lane <= stopped_by.size() ? stopped_by[lane - 1] : "");
+        for (std::size_t i = 0; i < part.commands.size(); ++i) {
+            auto& log = part.sections[i] == kHostMark ? questions : all;
+            part.commands[i].lane = static_cast<int>(lane);
+            log.commands.push_back(std::move(part.commands[i]));
+            log.sections.push_back(std::move(part.sections[i]));
+        }
+    }
+    leave_captures_to_their_lanes(all.commands, dir.path());
+    std::move(questions.commands.begin(), questions.commands.end(),
+              std::back_inserter(all.commands));
+    std::move(questions.sections.begin(), questions.sections.end(),
+              std::back_inserter(all.sections));
+    return all;
 }
 
 // "> 2026-11-21T01:20:40.123Z ipmitool sensor"
@@ -236,17 +292,7 @@ std::string running_command(const fs::path& log) {
 }
 
 std::vector<std::string> captures_of(const std::string& command, const fs::path& log_dir) {
-    const auto directory = with_slash(log_dir);
-    std::vector<std::string> captures;
-    for (const auto& written : runner::redirections(command)) {
-        const auto file = fs::path(written).lexically_normal().string();
-        if (file.starts_with(directory) && file.size() > directory.size()) {
-            captures.push_back(file.substr(directory.size()));
-        } else if (file.find('/') == std::string::npos) {
-            captures.push_back(file);  // tools run in the log directory
-        }
-    }
-    return captures;
+    return runner::named_in_directory(command, log_dir).files;  // tools run in the log directory
 }
 
 }  // namespace qvhost

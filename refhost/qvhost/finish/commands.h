@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "qvhost/base/log_dir.h"
 #include "store/command_info.h"
 
 namespace qvhost {
@@ -24,10 +25,15 @@ struct CommandLog {
     std::vector<std::string> sections;
 };
 
-// `stopped_by` is what ended the collection ("user", "run"; empty: neither): it ended the command that
-// was running then as well.
+// What the log of one lane tells. `stopped_by` is what ended the lane ("user", "run"; empty: neither): it ended the
+// command that was running then as well.
 CommandLog read_commands(const std::filesystem::path& log, const std::filesystem::path& log_dir,
                          const std::string& stopped_by = {});
+
+// The commands of all lanes, those of the plug-in in the lanes' order, then the host's own questions. The captures of
+// a command are those that no command of another lane has written. `stopped_by` tells of each lane what ended it,
+// from the first one on; what is missing is empty.
+CommandLog read_commands(const LogDir& dir, const std::vector<std::string>& stopped_by = {});
 
 // The command that a line of the log tells to begin; nothing: the line tells something else.
 std::optional<CommandInfo> command_that_begins(const std::string& line);

@@ -27,7 +27,7 @@ void explain(Store& store, const Evidence& evidence) {
 }  // namespace
 
 void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, const Ending& ending) {
-    const auto log = read_commands(dir.commands(), dir.path(), ending.stopped_by);
+    const auto log = read_commands(dir, ending.stopped_by);
     store.set_commands(log.commands);
     note_files_of_run(store, dir);
     const Evidence evidence(dir, tools, log, store, !ending.problem.empty());

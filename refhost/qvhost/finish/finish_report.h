@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "qvhost/base/log_dir.h"
 #include "qvhost/finish/reasons.h"
@@ -11,8 +12,9 @@ namespace qvhost {
 
 // How a collection came to its end.
 struct Ending {
-    std::string problem = {};     // for people; empty: by itself
-    std::string stopped_by = {};  // "user" or "run"; empty: neither
+    std::string problem = {};  // for people; empty: by itself
+    // What stopped each lane, from the first one on: "user" or "run"; empty, or no text: neither.
+    std::vector<std::string> stopped_by = {};
 };
 
 // Completes the store, which has the declarations of the tables, with what the captures and the command log

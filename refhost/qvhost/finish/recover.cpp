@@ -1,5 +1,6 @@
 #include "qvhost/finish/recover.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -9,6 +10,7 @@
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
+#include "qvhost/finish/lane_files.h"
 #include "store/declared_table.h"
 #include "store/store.h"
 
@@ -34,9 +36,9 @@ void take_over(const fs::path& left, Store& store) {
 }
 
 // Takes what can be read of the journal. Returns what is wrong with it.
-std::string take_journal(JournalImporter& importer) {
+std::string take_journal(JournalImporter& importer, LaneJournal& lane) {
     try {
-        while (importer.take_new()) {
+        while (importer.take_new(lane)) {
         }
         return "";
     } catch (const std::system_error&) {
@@ -50,8 +52,8 @@ std::string take_journal(JournalImporter& importer) {
 
 std::string recover(const LogDir& dir) {
     if (!fs::exists(dir.journal())) return "";
-    std::string found;
-    bool damaged = false;
+    auto found = std::string("a collection that was broken off");
+    std::vector<unsigned> damaged;  // lanes
     const auto place = dir.report() / "unfinished";
     fs::remove_all(place);
     make_private_directory(place);
@@ -59,16 +61,23 @@ std::string recover(const LogDir& dir) {
     {
         Store store(unfinished, Store::Mode::create);
         take_over(dir.store(), store);
-        JournalReader journal(dir.journal());
-        JournalImporter importer(journal, store);
-        const auto damage = take_journal(importer);
-        const auto& state = importer.state();
-        found = "a collection that was broken off";
-        if (!state.table.empty()) found += " while it collected " + state.table;
-        found += ", with " + std::to_string(state.records) + " records";
-        damaged = !damage.empty();
-        if (damaged) found += "; " + damage;
+        JournalImporter importer(store);
+        std::vector<std::string> tables;
+        std::size_t records = 0;
+        std::string damage;
+        for (const unsigned lane : lanes_in(dir)) {
+            LaneJournal journal(dir.journal(lane));
+            if (const auto wrong = take_journal(importer, journal); !wrong.empty()) {
+                damaged.push_back(lane);
+                damage += "; " + wrong;
+            }
+            if (!journal.state.table.empty()) tables.push_back(journal.state.table);
+            records += journal.state.records;
+        }
+        if (!tables.empty()) found += " while it collected " + boost::join(tables, " and ");
+        found += ", with " + std::to_string(records) + " records" + damage;
         importer.explain_unreached();
+        join_lane_logs(dir);
         finish_report(store, dir, {}, {.problem = found});
     }
     // What belonged to the old store must not lie beside the new one: SQLite would take it for its own.
@@ -76,12 +85,7 @@ std::string recover(const LogDir& dir) {
     fs::rename(unfinished, dir.store());
     fs::remove_all(place);
     sync_log_dir(dir);
-    fs::remove(dir.commands());
-    if (damaged) {
-        fs::rename(dir.journal(), dir.journal().string() + ".damaged");
-    } else {
-        fs::remove(dir.journal());
-    }
+    remove_lane_files(dir, damaged);
     return found;
 }
 
