@@ -164,7 +164,9 @@ for (const machine of machines) {
       for (const member of inventory.volume_members) {
         const array = arrayOf(member);
         if (array.endsWith(",-1,null]")) continue; // a global spare
-        const place = member.slot === null ? member.device : `${member.enclosure ?? ""}:${member.slot}`;
+        const {enclosure, slot, device_id, device} = member;
+        const place =
+          slot !== null ? `${enclosure ?? ""}:${slot}` : device_id !== null ? `device ${device_id}` : device;
         if (!told.has(array)) told.set(array, new Map());
         const key = member.serial ?? place ?? `${member.capture} ${member.line}`;
         if (!told.get(array).has(key)) told.get(array).set(key, {...member, place});
