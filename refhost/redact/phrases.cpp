@@ -310,8 +310,8 @@ void find_in_line(std::string_view text, std::size_t at, std::size_t end, const 
         if (!program.ends_with(':') || !is_letter(program[0])) return;
     }
     const auto name = line.substr(host, stop - host);
-    if (name.find_first_of(":[]()=/'\"") != std::string_view::npos || !is_alnum(name[0]) ||
-        std::all_of(name.begin(), name.end(), is_digit))
+    if (name.empty() || name.find_first_of(":[]()=/'\"") != std::string_view::npos ||
+        !is_alnum(name[0]) || std::all_of(name.begin(), name.end(), is_digit))
         return;
     take({at + host, name.size(), Class::network, Form::host, false});
 }

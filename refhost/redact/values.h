@@ -54,8 +54,9 @@ public:
 
     const std::map<Value, ValueUse>& all() const { return values_; }
     // How many of the additions were of values that the search for spellings does not find: common ones and short
-    // ones, and what is spelled in too many ways. Where such a value stands its field has to be read again.
+    // ones, what is spelled in too many ways, and what touches a letter or a digit. Where such a value stands its field has to be read again.
     std::size_t told_by_fields() const { return told_by_fields_; }
+    void note_told_by_field() { ++told_by_fields_; }
 
 private:
     bool is_common(const Value& value) const;

@@ -114,7 +114,8 @@ const char* const kLookalikes[] = {
     "\"version\": \"10.2.3.4\"", "Product Revision 2.0.0.1", "kernel 4.19.0.25", "oid .1.3.6.1.4.1.674.10892.5",
     // sizes, readings, counters, times, dates
     "User Capacity: 4,000,787,030,016 bytes [4.00 TB]", "CPU Temp | 41.000 | degrees C | ok | 5.000 | 95.000", "Size = 3.637 TB",
-    "12:34:56", "2026-11-22T14:00:01Z", "Nov 22 14:00:01", "uptime 12:34:56.789", "[    1.234567] md0: clean", "10-20-30-40-50-60",
+    "12:34:56", "2026-11-22T14:00:01Z", "Nov 22 14:00:01", "Nov 22 14:00:01  sshd[1]: no host",
+    "uptime 12:34:56.789", "[    1.234567] md0: clean", "10-20-30-40-50-60",
     "2026-11-22-14-00-01", "BogoMIPS: 4788.93", "1111111111111111", "intr 5012345678901234 0 0",
     // addresses of hardware
     "0000:03:00.0 RAID bus controller", "PCI Address = 00:3b:00:00", "mem 0xfe800000-0xfe8fffff", "Address: 0xF0000",
