@@ -5,17 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "store/names.h"
+
 namespace qvhost::redact {
-
-namespace {
-
-std::string quoted(const std::string& name) {
-    std::string text = "\"";
-    for (const char c : name) text += c == '"' ? "\"\"" : std::string(1, c);
-    return text + '"';
-}
-
-}  // namespace
 
 bool has_value_in_cells(const std::filesystem::path& store, const SpellingSearch& search) {
     const SQLite::Database db(store.string(), SQLite::OPEN_READONLY);
@@ -26,7 +18,7 @@ bool has_value_in_cells(const std::filesystem::path& store, const SpellingSearch
     while (names.executeStep()) tables.push_back(names.getColumn(0).getString());
     bool found = false;
     for (const auto& table : tables) {
-        SQLite::Statement rows(db, "SELECT * FROM " + quoted(table));
+        SQLite::Statement rows(db, "SELECT * FROM " + store::identifier(table));
         while (!found && rows.executeStep()) {
             for (int i = 0; i < rows.getColumnCount(); ++i) {
                 const auto cell = rows.getColumn(i);

@@ -61,8 +61,7 @@ public:
         bool has_any = false;
         find_all(line_, [&](const Found& found) {
             has_any = true;
-            values_.add(std::string_view(line_).substr(found.at, found.size), found.which,
-                        found.form, found.in_own_field);
+            gather_found(line_, found, values_);
         });
         if (has_any || line_.size() > kLongest) return;
         if (without_.size() >= kMost) without_.clear();

@@ -111,24 +111,24 @@ namespace {
 // A spelling that touches such a character may be a part of something else: the field alone tells that it is the value.
 bool may_join(char c) { return is_alnum(c) || is_wide(c) || c == '.' || c == ':'; }
 
-void add(std::string_view text, const Found& found, Values& values) {
+}  // namespace
+
+void gather_found(std::string_view text, const Found& found, Values& values) {
     values.add(text.substr(found.at, found.size), found.which, found.form, found.in_own_field);
     if ((found.at > 0 && may_join(text[found.at - 1])) ||
         may_join(at_or_end(text, found.at + found.size)))
         values.note_told_by_field();
 }
 
-}  // namespace
-
 void gather_from_text(std::string_view text, Values& values) {
-    find_all(text, [&](const Found& found) { add(text, found, values); });
+    find_all(text, [&](const Found& found) { gather_found(text, found, values); });
 }
 
 void gather_from_file(const fs::path& file, Values& values) {
     each_piece(file, [&](std::string_view text, std::size_t cut) {
         find_all(text, [&](const Found& found) {
             // The lines of a key may go on behind the cut; all else is found again.
-            if (found.at < cut || found.which == Class::secrets) add(text, found, values);
+            if (found.at < cut || found.which == Class::secrets) gather_found(text, found, values);
         });
         return cut;
     });

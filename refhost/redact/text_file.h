@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "redact/find.h"
 #include "redact/redactor.h"
 #include "redact/values.h"
 
@@ -18,7 +19,10 @@ std::string why_not_redacted(const std::filesystem::path& file);
 // Adds what is found in the file.
 void gather_from_file(const std::filesystem::path& file, Values& values);
 
-// Adds what is found in a text.
+// Adds what was found in a text.
+void gather_found(std::string_view text, const Found& found, Values& values);
+
+// Finds and adds what is in a text.
 void gather_from_text(std::string_view text, Values& values);
 
 // Writes the redacted file, which must be new. All of these throw std::system_error naming a file.
