@@ -1,4 +1,6 @@
 // Each stand-in on systems that are made up: what it changes, and that it changes nothing else.
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -236,8 +238,17 @@ TEST_F(Ipmitool, ThatCannotBeRunSaysWhy) {
     EXPECT_NE(found.err.find("not found"), std::string::npos) << found.err;
 }
 
+// Collections of other tests look for archives in /tmp too. Where the system lets it, these tests have a /tmp of their
+// own; there they are alone in any case.
 class SupportArchive : public SystemTest {
 protected:
+    void SetUp() override {
+        if (::unshare(CLONE_NEWNS) == 0 &&
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0) {
+            ASSERT_EQ(::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777"), 0);
+        }
+        SystemTest::SetUp();
+    }
     void TearDown() override {
         for (const auto& file : made_) fs::remove(file);
         SystemTest::TearDown();
@@ -316,6 +327,17 @@ TEST_F(SupportArchive, OfSomebodyElseStaysWhereItIs) {
           left(pipe, "it is no file"), left(others, "it belongs to user 65534"),
           left(second, "it has other names")})
         EXPECT_TRUE(std::binary_search(said.begin(), said.end(), expected)) << expected;
+}
+
+TEST_F(SupportArchive, IsNotLookedForWhereNoToolPacksOne) {
+    with_layer("true");
+    const auto others = in_tmp("scc_packed_by_hand_");
+    write_file(others, "packed");
+    EXPECT_EQ(with_layer("mv /tmp/nts_linux*" + move_to_log()).exit, 1);
+    EXPECT_EQ(moved(), Texts{});
+    EXPECT_EQ(notes(), (Texts{others.filename().string() +
+                              " in /tmp is left there: no tool that packs such archives is "
+                              "installed"}));
 }
 
 // The tool has a /tmp of its own, if it does not lie in the common one.
