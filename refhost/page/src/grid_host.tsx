@@ -1,5 +1,6 @@
-// The grid within a view: what is shown comes in, what people do goes out.
-import {useEffect, useRef} from "preact/hooks";
+// The grid within a view: what is shown comes in, what people do goes out. Its rows change together with what is around
+// them, a count for instance.
+import {useLayoutEffect, useRef} from "preact/hooks";
 import type {Capture, Rows} from "./data";
 import {createGrid, type Grid, type Look} from "./grid";
 import type {Sort} from "./view_rows";
@@ -40,7 +41,7 @@ export function GridHost({
   latest.current = {onSort, onFilter, choose};
   const jumped = useRef(false);
 
-  useEffect(() => {
+  useLayoutEffect(() => {
     let typing = 0;
     const made = createGrid(
       host.current!,
@@ -66,10 +67,10 @@ export function GridHost({
       made.destroy();
     };
   }, []);
-  useEffect(() => grid.current?.columns(visibleColumns), [visibleColumns]);
-  useEffect(() => grid.current?.sorting(sort), [sort?.column, sort?.ascending, visibleColumns]);
-  useEffect(() => grid.current?.filters(filters), [filters]);
-  useEffect(() => {
+  useLayoutEffect(() => grid.current?.columns(visibleColumns), [visibleColumns]);
+  useLayoutEffect(() => grid.current?.sorting(sort), [sort?.column, sort?.ascending, visibleColumns]);
+  useLayoutEffect(() => grid.current?.filters(filters), [filters]);
+  useLayoutEffect(() => {
     grid.current?.show(rows, order);
     const isTyping = document.activeElement instanceof HTMLInputElement;
     if (chosen >= 0 && !jumped.current && !isTyping && order.includes(chosen)) {
@@ -77,7 +78,7 @@ export function GridHost({
       grid.current?.select(chosen);
     }
   }, [rows, order]);
-  useEffect(() => {
+  useLayoutEffect(() => {
     // Its place may come with the next order.
     jumped.current = false;
     if (chosen >= 0 && order.includes(chosen)) grid.current?.select(chosen);
