@@ -17,7 +17,8 @@ namespace qvhost::findings {
 using inventory::Event;
 using EventSeverity = inventory::Severity;
 
-// Which events are looked at, by their source and their words. The first row that fits decides.
+// Which events are looked at, by their source and their words. The first row that fits decides; the rows of a
+// source stand together.
 struct EventRow {
     std::string_view source;  // what the source's name begins with
     std::string_view words;   // what the text or the subject contains; "" for all
@@ -86,9 +87,15 @@ constexpr auto kEvents = std::to_array<EventRow>({
 
 constexpr std::size_t kMostGroups = 10'000;  // a hostile log has no more subjects than that
 
-const EventRow* row_for(const Event& event) {
-    for (const auto& row : kEvents) {
-        if (!event.source.starts_with(row.source) || event.severity < row.at_least) continue;
+std::span<const EventRow> rows_for(std::string_view source) {
+    const auto is_of_it = [&](const EventRow& row) { return source.starts_with(row.source); };
+    const auto begin = std::find_if(kEvents.begin(), kEvents.end(), is_of_it);
+    return {begin, std::find_if_not(begin, kEvents.end(), is_of_it)};
+}
+
+const EventRow* row_for(const Event& event, std::span<const EventRow> rows) {
+    for (const auto& row : rows) {
+        if (event.severity < row.at_least) continue;
         if (event.text.find(row.words) != std::string::npos ||
             (event.subject && event.subject->find(row.words) != std::string::npos))
             return *row.rule == '\0' ? nullptr : &row;
@@ -143,10 +150,19 @@ std::string_view without_end_word(std::string_view text) {
 
 }  // namespace
 
+EventJudge::Source& EventJudge::source_of(const Event& event) {
+    if (!latest_ || latest_->first != event.source) {
+        const auto [at, is_new] = sources_.try_emplace(event.source);
+        if (is_new) at->second.rows = rows_for(event.source);
+        latest_ = &*at;
+    }
+    return latest_->second;
+}
+
 void EventJudge::take(const Event& event) {
-    auto& dated = dated_[event.source];
+    auto& [rows, dated] = source_of(event);
     if (event.time) dated = *event.time;
-    const auto* row = row_for(event);
+    const auto* row = row_for(event, rows);
     if (!row) return;
 
     auto subject = event.subject.value_or("");

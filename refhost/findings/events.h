@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "findings/collector.h"
 #include "inventory/inventory.h"
@@ -15,6 +17,10 @@ struct EventRow;
 
 class EventJudge {
 public:
+    EventJudge() = default;
+    EventJudge(const EventJudge&) = delete;
+    EventJudge& operator=(const EventJudge&) = delete;
+
     void take(const inventory::Event& event);
 
     // Files what was found. `now` is the time of the collection on this system's clock, ISO 8601; the
@@ -42,11 +48,18 @@ private:
         std::int64_t on_day = 0;
         std::int64_t most_on_day = 0;
     };
+    struct Source {
+        std::span<const EventRow> rows;  // that are about it
+        std::string dated;               // the latest time seen
+    };
+    Source& source_of(const inventory::Event& event);
     void finish(const Group& group, const inventory::Inventory& inventory, const std::string& now,
                 Collector& findings);
 
     std::map<std::string, Group> groups_;
-    std::map<std::string, std::string> dated_;   // by source: the latest time seen
+    std::map<std::string, Source> sources_;
+    std::pair<const std::string, Source>* latest_ =
+        nullptr;                                 // of sources_: the one of the last event
     std::map<std::int64_t, std::string> began_;  // by the number of a sensor
 };
 

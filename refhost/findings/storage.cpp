@@ -34,6 +34,8 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"ONLINE",                        ""                    },
     {"clean",                         ""                    },
     {"active",                        ""                    },
+    {"active-idle",                   ""                    },
+    {"active (auto-read-only)",       ""                    },  // until it is first written to
     {"read-auto",                     ""                    },
     {"write-pending",                 ""                    },
     {"OfLn",                          "volume_offline"      },
@@ -56,9 +58,15 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"Suboptimal",                    "volume_degraded"     },
     {"Sub-Optimal",                   "volume_degraded"     },
     {"recovering",                    "volume_rebuild"      },
+    {"recovering (DELAYED)",          "volume_rebuild"      },
+    {"recovering (PENDING)",          "volume_rebuild"      },
     {"resyncing",                     "volume_maintenance"  },
+    {"resyncing (DELAYED)",           "volume_maintenance"  },
+    {"resyncing (PENDING)",           "volume_maintenance"  },
     {"checking",                      "volume_maintenance"  },
+    {"checking (DELAYED)",            "volume_maintenance"  },
     {"reshaping",                     "volume_maintenance"  },
+    {"reshaping (DELAYED)",           "volume_maintenance"  },
 });
 
 // What may run on a volume.
@@ -114,6 +122,7 @@ constexpr auto kDriveStates = std::to_array<StateRow>({
     {"GHS",                          ""                      },
     {"DHS",                          ""                      },
     {"UGood",                        ""                      },
+    {"UConf",                        ""                      },
     {"Online",                       ""                      },
     {"Online (JBOD)",                ""                      },
     {"Ready",                        ""                      },
@@ -197,6 +206,7 @@ constexpr auto kBatteryStates = std::to_array<StateRow>({
     {"Opt",          ""                   },
     {"Ready",        ""                   },
     {"Charged",      ""                   },
+    {"ZMM Optimal",  ""                   },
     {"Learning",     "battery_maintenance"},
     {"Lrn",          "battery_maintenance"},
     {"Charging",     "battery_maintenance"},
@@ -238,7 +248,7 @@ std::vector<std::string_view> state_words(const Volume& volume) {
     }
 }
 
-// The volumes and drive groups of which nothing more may be lost.
+// The volumes and drive groups of which nothing more may be lost. Each tool counts controllers for itself.
 class Redundancy {
 public:
     explicit Redundancy(const Inventory& inventory) {
@@ -246,46 +256,59 @@ public:
             if (member.drive) members_[&inventory.drives[*member.drive]].push_back(&member);
         }
         for (const auto& volume : inventory.volumes) {
-            if (volume.drive_group) has_groups_.insert(volume.controller);
+            if (volume.drive_group) has_groups_.insert(controller_of(volume));
         }
         for (const auto& drive : inventory.drives) {
-            if (drive.drive_group) has_groups_.insert(drive.controller);
+            if (drive.drive_group) has_groups_.insert(controller_of(drive));
         }
     }
     void is_lost(const Volume& volume) {
-        controllers_.insert(volume.controller);
-        volumes_.insert(volume.controller ? Name{volume.controller, volume.number, {}}
+        controllers_.insert(controller_of(volume));
+        volumes_.insert(volume.controller ? Name{controller_of(volume), volume.number, {}}
                                           : Name{{}, {}, volume.name});
-        if (volume.drive_group) is_lost(volume.controller, volume.drive_group);
+        if (volume.drive_group) groups_.insert(group_of(volume));
     }
-    void is_lost(const Integer& controller, const Integer& group) {
-        controllers_.insert(controller);
-        groups_.insert({controller, group});
+    void is_lost(const TopologyRow& row) {
+        controllers_.insert(controller_of(row));
+        groups_.insert(group_of(row));
     }
     bool is_lost_for(const Drive& drive) const {
-        if (drive.drive_group) return groups_.contains({drive.controller, drive.drive_group});
+        if (drive.drive_group) return groups_.contains(group_of(drive));
         if (const auto known = members_.find(&drive); known != members_.end())
             return std::any_of(known->second.begin(), known->second.end(),
                                [&](const VolumeMember* member) { return is_lost_in(*member); });
         // Where the tool says nothing of members, each of its drives may be one.
-        return !has_groups_.contains(drive.controller) && controllers_.contains(drive.controller);
+        return !has_groups_.contains(controller_of(drive)) &&
+               controllers_.contains(controller_of(drive));
     }
     bool is_lost_in(const VolumeMember& member) const {
         const bool is_known =
             member.controller ? member.volume.has_value() : member.volume_name.has_value();
-        const auto name = member.controller ? Name{member.controller, member.volume, {}}
+        const auto name = member.controller ? Name{controller_of(member), member.volume, {}}
                                             : Name{{}, {}, member.volume_name};
         return (is_known && volumes_.contains(name)) ||
-               (member.drive_group && groups_.contains({member.controller, member.drive_group}));
+               (member.drive_group && groups_.contains(group_of(member)));
     }
 
 private:
+    using ControllerName = std::pair<std::string, Integer>;  // the tool, its number
+    using Group = std::pair<ControllerName, Integer>;
     using Name =
-        std::tuple<Integer, Integer, inventory::Text>;  // a controller's number; else a name
+        std::tuple<ControllerName, Integer, inventory::Text>;  // a controller's number; else a name
+
+    template <class Entity>
+    static ControllerName controller_of(const Entity& entity) {
+        return entity.controller ? ControllerName{entity.tool, entity.controller}
+                                 : ControllerName{};
+    }
+    template <class Entity>
+    static Group group_of(const Entity& entity) {
+        return {controller_of(entity), entity.drive_group};
+    }
+
     std::map<const Drive*, std::vector<const VolumeMember*>> members_;
-    std::set<Integer> has_groups_;
-    std::set<Integer> controllers_;
-    std::set<std::pair<Integer, Integer>> groups_;
+    std::set<ControllerName> has_groups_, controllers_;
+    std::set<Group> groups_;
     std::set<Name> volumes_;
 };
 
@@ -356,7 +379,7 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
         if (!row.state) continue;
         const auto rule_name = rule_for(kTopologyStates, *row.state).value_or("topology_state");
         if (rule_name.empty()) continue;
-        if (rule_name != "topology_state") redundancy.is_lost(row.controller, row.drive_group);
+        if (rule_name != "topology_state") redundancy.is_lost(row);
         if (told.contains({row.controller, row.drive_group})) continue;
         const auto group = number_text(row.drive_group);
         findings.add({"c" + number_text(row.controller) + "_dg" + group,

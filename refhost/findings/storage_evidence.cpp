@@ -184,7 +184,8 @@ std::int64_t weigh_counted(const Survey& survey, Health& health) {
     return most;
 }
 
-bool was_asked(const inventory::Drive& drive) { return drive.state || drive.smart_alert; }
+// That a pool or an array can use a drive says nothing of its health.
+bool was_asked(const inventory::Drive& drive) { return drive.smart_alert.has_value(); }
 
 // Drives behind no RAID controller answer for themselves. Each NVMe drive is a PCI device of its own.
 void weigh_plain_drives(const Survey& survey, Health& health) {
@@ -208,10 +209,26 @@ void weigh_plain_drives(const Survey& survey, Health& health) {
                  "NVMe drives that were not asked: " + std::to_string(here - asked));
 }
 
+// Each thing that has a state must have told it.
+void weigh_states(const inventory::Inventory& inventory, Health& health) {
+    const auto weigh = [&](const auto& entities, const char* what) {
+        for (const auto& one : entities) {
+            if (one.state || !one.controller) continue;
+            add_once(health.missing, one.place.capture + ", line " +
+                                         std::to_string(one.place.line) + ": " + what +
+                                         " without a state");
+        }
+    };
+    weigh(inventory.volumes, "a volume");
+    weigh(inventory.drives, "a drive");
+    weigh(inventory.batteries, "a battery");
+}
+
 }  // namespace
 
 bool weigh_storage(const Survey& survey, Health& health) {
     const auto& inventory = survey.inventory;
+    weigh_states(inventory, health);
     const auto counted = weigh_counted(survey, health);
     // Every other capture that tells of a controller, a volume or a software array, or should.
     for (const auto& capture : survey.captures) {

@@ -185,6 +185,50 @@ TEST(Health, DrivesBehindNoControllerMustHaveAnswered) {
     EXPECT_EQ(words_of(survey), kAllWell);
 }
 
+// A pool calls a drive ONLINE that may be about to fail.
+TEST(Health, ADriveOfAPoolMustHaveAnsweredForItself) {
+    auto survey = healthy();
+    inventory::Drive drive;
+    drive.device = "/dev/sda";
+    drive.interface = "SATA";
+    drive.state = "ONLINE";
+    survey.inventory.drives.push_back(drive);
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    survey.inventory.drives.back().smart_alert = false;
+    EXPECT_EQ(words_of(survey), kAllWell);
+}
+
+TEST(Health, AThingWithoutAStateIsNotWell) {
+    const std::map<std::string, void (*)(inventory::Inventory&)> things{
+        {"battery",
+         [](inventory::Inventory& has) {
+             has.batteries.emplace_back().controller = 0;
+             has.batteries.back().place = {"c0_showall.txt", 7};
+         }},
+        {"drive",
+         [](inventory::Inventory& has) {
+             has.drives.emplace_back().controller = 0;
+             has.drives.back().media_errors = 0;
+             has.drives.back().place = {"c0_showall.txt", 7};
+         }},
+        {"volume",
+         [](inventory::Inventory& has) {
+             has.volumes.emplace_back().controller = 0;
+             has.volumes.back().place = {"c0_showall.txt", 7};
+         }},
+    };
+    for (const auto& [what, add] : things) {
+        auto survey = healthy();
+        add(survey.inventory);
+        for (const auto& one : judge_health(survey, {}, {})) {
+            if (one.subsystem != Subsystem::storage) continue;
+            EXPECT_EQ(one.health, HealthWord::unknown) << what;
+            EXPECT_EQ(one.missing, std::vector<std::string>{"c0_showall.txt, line 7: a " + what +
+                                                            " without a state"});
+        }
+    }
+}
+
 TEST(Health, WhatIsMissingIsSaidInWords) {
     auto survey = healthy();
     capture(survey, "selfinfo.txt").tool = "ipmitool";

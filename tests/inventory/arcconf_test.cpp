@@ -126,7 +126,7 @@ const char* const kConfigured =
     "enclosures 97: controller=1 number=0 state=power supply 2 status: Failed model=AEC-82885T\n"
     "volumes 35: controller=1 number=0 raid=1 state=Optimal cache=On capacity_bytes=239444426752 "
     "name=system\n"
-    "volumes 49: controller=1 number=1 raid=6 Reed-Solomon state=Impacted consistent=no "
+    "volumes 49: controller=1 number=1 raid=6 Reed-Solomon state=Impacted, failed stripes: Yes consistent=no "
     "cache=Disabled (write-through) capacity_bytes=7999376588800 name=archive "
     "operation=Build/Verify with fix progress_percent=90\n"
     "drives 62: controller=1 enclosure=0 slot=2 device_id=7 state=Online "
@@ -208,6 +208,24 @@ TEST(Arcconf, reads_other_answers) {
          "drives 5: controller=1\ncontroller_count 1: tool=arcconf count=1\n",
          "9 lines\ngap 7: a value that cannot be read: total size\ngap 9: a drive without a "
          "state\n"},
+        // Troubles that stand in no status.
+        {"Controllers found: 1\n--------\nController information\n--------\n"
+         "   Controller Status : Optimal\n   Temperature : 110 C/ 230 F (Abnormal)\n"
+         "   --------\n   Green Backup Information\n   --------\n"
+         "   Backup Power Status : Ok\n   Hardware Error : Capacitor short\n"
+         "\nCommand completed successfully.\n",
+         "controllers 5: number=1 status=Optimal, temperature 110 C/ 230 F (Abnormal)\n"
+         "batteries 10: controller=1 state=Ok; hardware error: Capacitor short\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "13 lines\n"},
+        // A part that tells no state, or in words that nobody knows.
+        {"Controllers found: 1\n--------\nController information\n--------\n"
+         "   Controller Status : Optimal\n"
+         "   --------\n   Controller Battery Information\n   --------\n"
+         "   Pack Condition : Failed\n\nCommand completed successfully.\n",
+         "controllers 5: number=1 status=Optimal\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "11 lines\ngap 11: the state of the cache's backup is missing\n"},
         // What a device of another kind says is not the drive's before it.
         {"Controllers found: 1\n--------\nPhysical Device information\n--------\n"
          "      Device #0\n         Device is a Hard drive\n         State : Online\n"

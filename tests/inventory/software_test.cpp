@@ -69,6 +69,27 @@ TEST(Mdstat, is_read) {
                 "volume_members 11: volume_name=md2 device=/dev/sdf\n",
                 "12 lines\n"},
                {"Personalities : \nunused devices: <none>\n", "", "2 lines\n"},
+               // a firmware's RAID: containers are never active
+               {"Personalities : [raid1]\nmd127 : inactive sdb[1](S) sda[0](S)\n"
+                "      5928 blocks super external:imsm\n"
+                "md126 : active raid1 sda[1] sdb[0]\n"
+                "      1046528 blocks super external:/md127/0 [2/2] [UU]\n"
+                "md125 : active (read-only) raid1 sdc[0]\n"
+                "      1046528 blocks super external:-md124/0 [2/1] [U_]\n"
+                "md124 : inactive sdc[0](S)\n      5928 blocks super external:ddf\n"
+                "md123 : inactive sdd[0](S)\n      5928 blocks super external:imsm\n"
+                "unused devices: <none>\n",
+                "volumes 4: raid=raid1 state=active capacity_bytes=1071644672 name=md126 "
+                "device=/dev/md126\n"
+                "volumes 7: raid=raid1 state=active (read-only), degraded [U_] "
+                "capacity_bytes=1071644672 name=md125 device=/dev/md125\n"
+                "volumes 10: raid=container state=inactive capacity_bytes=6070272 name=md123 "
+                "device=/dev/md123\n"
+                "volume_members 4: volume_name=md126 is_spare=no device=/dev/sda\n"
+                "volume_members 4: volume_name=md126 is_spare=no device=/dev/sdb\n"
+                "volume_members 6: volume_name=md125 is_spare=no device=/dev/sdc\n"
+                "volume_members 10: volume_name=md123 device=/dev/sdd\n",
+                "12 lines\n"},
                {"cat: /proc/mdstat: No such file or directory\n", "",
                 "1 lines, 1 not understood (1)\ngap 1: it has no end or no beginning\n"},
            });
@@ -84,36 +105,43 @@ TEST(Mdadm, is_read) {
         "       0       8        1        0      active sync   /dev/sda1\n"
         "       -       0        0        1      removed\n\n"
         "       1       8       17        -      faulty   /dev/sdb1\n";
-    expect(read_mdadm,
-           {
-               {text,
-                "volumes 6: raid=raid1 state=clean, degraded, recovering "
-                "capacity_bytes=1071644672 name=md0 device=/dev/md0 operation=Rebuild "
-                "progress_percent=5\n"
-                "drives 13: state=faulty device=/dev/sdb\n"
-                "volume_members 10: volume_name=md0 position=0 is_spare=no state=active sync "
-                "device=/dev/sda\n"
-                "volume_members 11: volume_name=md0 position=1 is_spare=no state=removed\n"
-                "volume_members 13: volume_name=md0 is_spare=no state=faulty device=/dev/sdb\n",
-                "13 lines\n"},
-               {"/dev/md1:\n     State : clean, degraded, recovering\n"
-                "    Number   Major   Minor   RaidDevice State\n"
-                "       3       8       33        0      spare rebuilding   /dev/sdc1\n"
-                "       4       8       49        -      spare   /dev/sdd1\n"
-                "foreign words\n       5       8   \n       6       8       65        1      act",
-                "volumes 2: state=clean, degraded, recovering name=md1 device=/dev/md1\n"
-                "volume_members 4: volume_name=md1 position=0 is_spare=no state=spare rebuilding "
-                "device=/dev/sdc\n"
-                "volume_members 5: volume_name=md1 is_spare=yes state=spare device=/dev/sdd\n",
-                "8 lines, 1 not understood (6)\n"
-                "gap 7: a row that does not fit its heading\n"
-                "gap 8: a row that does not fit its heading\n"},
-               {"mdadm: cannot open /dev/md0: No such file or directory\n", "",
-                "1 lines\nerror 1: mdadm: cannot open /dev/md0: No such file or directory\n"},
-               {"/dev/md0:\n    Raid Level : raid1\n",
-                "volumes 1: raid=raid1 name=md0 device=/dev/md0\n",
-                "2 lines\ngap 2: an array that is cut off\n"},
-           });
+    expect(
+        read_mdadm,
+        {
+            {text,
+             "volumes 6: raid=raid1 state=clean, degraded, recovering "
+             "capacity_bytes=1071644672 name=md0 device=/dev/md0 operation=Rebuild "
+             "progress_percent=5\n"
+             "drives 13: state=faulty device=/dev/sdb\n"
+             "volume_members 10: volume_name=md0 position=0 is_spare=no state=active sync "
+             "device=/dev/sda\n"
+             "volume_members 11: volume_name=md0 position=1 is_spare=no state=removed\n"
+             "volume_members 13: volume_name=md0 is_spare=no state=faulty device=/dev/sdb\n",
+             "13 lines\n"},
+            {"/dev/md1:\n     State : clean, degraded, recovering\n"
+             "    Number   Major   Minor   RaidDevice State\n"
+             "       3       8       33        0      spare rebuilding   /dev/sdc1\n"
+             "       4       8       49        -      spare   /dev/sdd1\n"
+             "foreign words\n       5       8   \n       6       8       65        1      act",
+             "volumes 2: state=clean, degraded, recovering name=md1 device=/dev/md1\n"
+             "volume_members 4: volume_name=md1 position=0 is_spare=no state=spare rebuilding "
+             "device=/dev/sdc\n"
+             "volume_members 5: volume_name=md1 is_spare=yes state=spare device=/dev/sdd\n",
+             "8 lines, 1 not understood (6)\n"
+             "gap 7: a row that does not fit its heading\n"
+             "gap 8: a row that does not fit its heading\n"},
+            {"/dev/md127:\n           Version : imsm\n        Raid Level : container\n"
+             "     Total Devices : 2\n   Working Devices : 2\n     Member Arrays : /dev/md126\n\n"
+             "    Number   Major   Minor   RaidDevice\n\n"
+             "       -       8        0        -        /dev/sda\n"
+             "       -       8       16        -        /dev/sdb\n",
+             "", "11 lines\n"},
+            {"mdadm: cannot open /dev/md0: No such file or directory\n", "",
+             "1 lines\nerror 1: mdadm: cannot open /dev/md0: No such file or directory\n"},
+            {"/dev/md0:\n    Raid Level : raid1\n",
+             "volumes 1: raid=raid1 name=md0 device=/dev/md0\n",
+             "2 lines\ngap 2: an array that is cut off\n"},
+        });
 }
 
 const std::string kZpool =
@@ -181,6 +209,22 @@ TEST(Zpool, is_read) {
              "volume_members 11: volume_name=b is_spare=no state=ONLINE device=/dev/sdd\n"
              "volume_members 15: volume_name=b is_spare=yes state=INUSE device=/dev/sdc\n",
              "16 lines\n"},
+            // spares that are used, and that cannot be
+            {"  pool: c\n state: ONLINE\nconfig:\n  NAME STATE READ WRITE CKSUM\n"
+             "  c ONLINE 0 0 0\n    sda ONLINE 0 0 0\n    sdb ONLINE\n  spares\n"
+             "    sdc  INUSE     currently in use\n    sdd  UNAVAIL   cannot open\n"
+             "    sde  FAULTED   corrupted data\n    sdf  AVAIL\n"
+             "errors: No known data errors\n",
+             "volumes 2: state=ONLINE name=c\n"
+             "drives 6: state=ONLINE device=/dev/sda other_errors=0\n"
+             "drives 10: state=UNAVAIL device=/dev/sdd\n"
+             "drives 11: state=FAULTED device=/dev/sde\n"
+             "volume_members 6: volume_name=c is_spare=no state=ONLINE device=/dev/sda\n"
+             "volume_members 9: volume_name=c is_spare=yes state=INUSE device=/dev/sdc\n"
+             "volume_members 10: volume_name=c is_spare=yes state=UNAVAIL device=/dev/sdd\n"
+             "volume_members 11: volume_name=c is_spare=yes state=FAULTED device=/dev/sde\n"
+             "volume_members 12: volume_name=c is_spare=yes state=AVAIL device=/dev/sdf\n",
+             "13 lines\ngap 7: a row that does not fit its heading\n"},
             {"The ZFS modules are not loaded.\n", "",
              "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
         });
@@ -366,10 +410,26 @@ TEST(Ssacli, is_read) {
           "54 lines\n"},
          {"Error: No controllers detected.\n", "", "1 lines\nerror 1: No controllers detected.\n"},
          {"", "", "0 lines\ngap 0: no controller is in it\n"}});
-    EXPECT_EQ(
-        describe(
-            read_text(read_ssacli, text.substr(0, text.find("      physicaldrive 1I:1:2\n"))).how),
-        "46 lines\ngap 46: the details of 1I:1:2 are missing\n");
+    const auto cut_before = [&](const char* words) {
+        return describe(read_text(read_ssacli, text.substr(0, text.find(words))).how);
+    };
+    EXPECT_EQ(cut_before("      physicaldrive 1I:1:2\n"),
+              "46 lines\ngap 46: the details of 1I:1:2 are missing\n");
+    EXPECT_EQ(cut_before("   Physical Drives\n"),
+              "15 lines\ngap 15: it ends before the lists of drives\n");
+    // Troubles that stand in no status.
+    EXPECT_EQ(describe(read_text(read_ssacli,
+                                 "Smart Array P440ar in Slot 0\n   Controller Status: OK\n"
+                                 "   Cache Status: Permanently Disabled\n\n   Array: A\n"
+                                 "      Logical Drive: 1\n         Status: OK\n"
+                                 "         Unrecoverable Media Errors: Detected\n"
+                                 "      Logical Drive: 2\n         Status: OK\n"
+                                 "         Unrecoverable Media Errors: None\n")
+                           .found),
+              "controllers 2: number=0 model=Smart Array P440ar status=OK, Cache Status: "
+              "Permanently Disabled\n"
+              "volumes 7: controller=0 number=1 state=OK, Unrecoverable Media Errors: Detected\n"
+              "volumes 10: controller=0 number=2 state=OK\n");
 }
 
 TEST(DriveOf, a_partition_is_its_drive) {

@@ -247,6 +247,15 @@ TEST(Storcli, says_what_is_missing) {
         {"Controller = 0\nStatus = Success\nDescription = None\n",
          "3 lines\ngap 3: the answer is empty\n", "cut behind the head"},
         {"Controller = 0\n", "1 lines\ngap 1: the answer has no status\n", "cut in the head"},
+        {"Controller = 0\nStatus = Success\nDescription = None\n\nProduct Name = X\n"
+         "Physical Drives = 0\n\nEnergy Pack Info :\n================\n\n"
+         "-------------\nPack Health \n-------------\nA    Failed \n-------------\n\n"
+         "New Things :\n==========\n\n----------\nOdd Thing \n----------\n1   2     \n----------\n\n"
+         "Policies Table :\n==============\n\n----------------------\n"
+         "Policy Current Default \n----------------------\nA      30 %    \n"
+         "----------------------\n",
+         "33 lines, 1 not understood (21)\ngap 12: a table with a heading that no reader knows\n",
+         "tables that nobody knows: of a battery, and of something else"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(describe(read_text(read_storcli, c.text).how), c.how) << c.why;
@@ -392,6 +401,30 @@ TEST(Storcli, reads_other_answers) {
          "slot=1 device_id=320\n"
          "volume_members 15: controller=0 drive_group=0 is_spare=no state=Failed enclosure=306 "
          "slot=2 device_id=321\n"},
+        {"Controller = 0\nStatus = Success\nDescription = None\n\nProduct Name = X\n"
+         "Drive Groups = 1\n\nTOPOLOGY :\n========\n\n"
+         "-------------------------------------------------------------\n"
+         "DG Span Row EID:Slot PID Type  State Status  BT       Size\n"
+         "-------------------------------------------------------------\n"
+         " 0 -    -   -        -   RAID1 Dgrd  -       N    3.637 TB\n"
+         " 0 0    -   -        -   RAID1 Dgrd  -       N    3.637 TB\n"
+         " 0 0    0   306:1    320 DRIVE Conf  Online  N    3.637 TB\n"
+         " 0 0    1   306:2    321 DRIVE Conf  Failed  N    3.637 TB\n"
+         "-------------------------------------------------------------\n\n"
+         "Virtual Drives = 0\n\nPhysical Drives = 0\n\nEnergy Pack Info :\n================\n\n"
+         "----------------------------------------------------\n"
+         "Type     SubType Voltage(mV) Temperature(C) Status\n"
+         "----------------------------------------------------\n"
+         "Supercap FBU345         9384             24 Degraded\n"
+         "----------------------------------------------------\n",
+         "controllers 5: number=0 model=X volumes=0 drives=0\n"
+         "batteries 30: controller=0 model=FBU345 state=Degraded temperature_celsius=24\n"
+         "volume_members 16: controller=0 drive_group=0 span=0 position=0 is_spare=no "
+         "state=Online enclosure=306 slot=1 device_id=320\n"
+         "volume_members 17: controller=0 drive_group=0 span=0 position=1 is_spare=no "
+         "state=Failed enclosure=306 slot=2 device_id=321\n"
+         "topology 14: controller=0 drive_group=0 type=RAID1 state=Dgrd\n"
+         "topology 15: controller=0 drive_group=0 array=0 type=RAID1 state=Dgrd\n"},
     };
     for (const auto& c : cases) {
         auto read = read_text(read_storcli, c.text);

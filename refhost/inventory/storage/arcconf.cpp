@@ -25,6 +25,7 @@ constexpr auto npos = std::string_view::npos;
 //    Controller Status                        : Optimal
 //    Controller Model                         : Adaptec ASR7805
 //    Controller Serial Number                 : 2B0000000AF
+//    Temperature                              : 60 C/ 140 F (Normal)
 //    Logical devices/Failed/Degraded          : 2/0/1
 //    --------------------------------------------------------
 //    Controller Version Information
@@ -34,10 +35,18 @@ bool read_volume_count(Controller& controller, std::string_view value) {
     return as_number<&Controller::volumes>(controller, value.substr(0, value.find('/')));
 }
 
+bool read_temperature(Controller& controller, std::string_view value) {
+    const auto bracket = value.find('(');
+    if (bracket == npos || value.substr(bracket) == "(Normal)" || !controller.status) return true;
+    *controller.status += ", temperature " + std::string(value);
+    return true;
+}
+
 constexpr auto kController = std::to_array<Key<Controller>>({
     {"controller status",               as_text<&Controller::status>    },
     {"controller model",                as_text<&Controller::model>     },
     {"controller serial number",        as_identity<&Controller::serial>},
+    {"temperature",                     read_temperature                },
     {"logical devices/failed/degraded", read_volume_count               },
 });
 constexpr auto kVersions = std::to_array<Key<Controller>>({
@@ -49,12 +58,20 @@ constexpr auto kVersions = std::to_array<Key<Controller>>({
 //    Status                                   : ZMM not installed
 //    Overall Backup Unit Status               : Ready
 //    Backup Power Status                      : Not Fully Charged
+//    Hardware Error                           : No Error
 //    Current Temperature                      : 19 deg C
 //    Relative Charge                          : 95 percent
+bool read_hardware_error(Battery& battery, std::string_view value) {
+    if (value == "No Error" || !told(value)) return true;
+    battery.state = battery.state.value_or("") + "; hardware error: " + std::string(value);
+    return true;
+}
+
 constexpr auto kBattery = std::to_array<Key<Battery>>({
     {"status",                     as_text<&Battery::state>                 },
     {"overall backup unit status", as_text<&Battery::state>                 },
     {"backup power status",        as_text<&Battery::state>                 },
+    {"hardware error",             read_hardware_error                      },
     {"backup unit type",           as_text<&Battery::model>                 },
     {"power type",                 as_text<&Battery::model>                 },
     {"current temperature",        as_leading<&Battery::temperature_celsius>},
@@ -89,8 +106,11 @@ bool read_device(Volume& volume, std::string_view value) {
     return true;
 }
 
+// Stands behind the status, and tells of lost data.
 bool read_failed_stripes(Volume& volume, std::string_view value) {
-    if (value == "Yes") volume.consistent = false;
+    if (value == "No" || !told(value)) return true;
+    volume.consistent = false;
+    volume.state = volume.state.value_or("") + ", failed stripes: " + std::string(value);
     return true;
 }
 
@@ -288,6 +308,7 @@ public:
         }
         end_entity();
         if (controller_) reading_.found.controllers.push_back(std::move(*controller_));
+        if (battery_ && !has_battery_state_) gap("the state of the cache's backup is missing");
         if (battery_ && battery_->state) reading_.found.batteries.push_back(std::move(*battery_));
         if (announced_ && volumes_section_ && volumes_ < *announced_)
             gap(std::to_string(*announced_) + " logical devices announced, " +
@@ -514,9 +535,13 @@ private:
     void battery_key(const std::string& key, std::string_view value) {
         const auto text = lowered(value);
         const bool is_state = key == "status" || key.ends_with(" status");
-        if (is_state && (text.ends_with("not installed") || text.ends_with("not present"))) return;
+        if (is_state && (text.ends_with("not installed") || text.ends_with("not present"))) {
+            has_battery_state_ = true;
+            return;
+        }
         if (!set(std::span<const Key<Battery>>(kBattery), key, value, *battery_)) return;
         battery_->controller = number_;
+        if (battery_->state) has_battery_state_ = true;
         if (is_state && battery_->state == value) battery_->place.line = line_;
     }
 
@@ -619,6 +644,7 @@ private:
     bool volumes_section_ = false, listing_ = false;
     std::optional<Controller> controller_;
     std::optional<Battery> battery_;
+    bool has_battery_state_ = false;
     std::optional<Volume> volume_, task_;
     std::optional<Drive> drive_;
     std::optional<Enclosure> enclosure_;

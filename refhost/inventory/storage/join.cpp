@@ -258,7 +258,8 @@ std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
     };
     std::map<std::int64_t, Count> controllers;
     for (const Drive& drive : drives) {
-        if (!drive.controller || !drive.enclosure || !drive.slot) continue;
+        if (drive.tool != "storcli" || !drive.controller || !drive.enclosure || !drive.slot)
+            continue;
         auto& count = controllers[*drive.controller];
         ++count.drives;
         if (!has_details(drive)) continue;

@@ -2,8 +2,10 @@
 
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "inventory/columns.h"
 #include "inventory/storage/keys.h"
@@ -61,6 +63,33 @@ void name_drive(Entity& drive, std::string_view name) {
     }
 }
 
+// An array of md, and the drives in it.
+struct Md {
+    Volume array;
+    std::vector<VolumeMember> members;
+    bool is_container = false;  // of a firmware's RAID
+};
+
+void file(Md&& md, Reading& reading) {
+    reading.found.volumes.push_back(std::move(md.array));
+    for (auto& member : md.members) reading.found.volume_members.push_back(std::move(member));
+}
+
+// A spare of a pool has a state and no counters: "sdz  INUSE     currently in use"
+void add_spare(const Volume& pool, const std::vector<std::string_view>& cells, Reading& reading,
+               std::int64_t number) {
+    auto member = member_of(pool, reading, number);
+    name_drive(member, cells[0]);
+    member.state = std::string(cells[1]);
+    member.is_spare = true;
+    reading.found.volume_members.push_back(std::move(member));
+    if (cells[1] == "AVAIL" || cells[1] == "INUSE") return;
+    auto drive = reading.entity_at<Drive>(number);
+    name_drive(drive, cells[0]);
+    drive.state = std::string(cells[1]);
+    reading.found.drives.push_back(std::move(drive));
+}
+
 }  // namespace
 
 std::string drive_of(std::string_view device) {
@@ -86,15 +115,26 @@ std::string drive_of(std::string_view device) {
 //       [=>...................]  recovery =  5.5% (57600/1046528) finish=0.2min speed=57600K/sec
 //
 // unused devices: <none>
+//
+// A firmware's RAID has a container, which is never active, beside the arrays in it:
+// md126 : active raid1 sda[1] sdb[0]
+//       1046528 blocks super external:/md127/0 [2/2] [UU]
+// md127 : inactive sdb[1](S) sda[0](S)
+//       5928 blocks super external:imsm
 void read_mdstat(CaptureLines& lines, Reading& reading) {
-    std::optional<Volume> array;
+    std::optional<Md> md;
+    std::vector<Md> containers;
+    std::set<std::string> containers_in_use;
     bool has_head = false, has_end = false, has_blocks = true, inactive = false;
     std::int64_t number = 0;
     const auto finish = [&] {
-        if (!array) return;
+        if (!md) return;
         if (!has_blocks && !inactive) gap(reading, number, "an array that is cut off");
-        reading.found.volumes.push_back(std::move(*array));
-        array.reset();
+        if (md->is_container)
+            containers.push_back(std::move(*md));
+        else
+            file(std::move(*md), reading);
+        md.reset();
     };
     while (const auto line = lines.next()) {
         number = line->number;
@@ -108,9 +148,10 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
         } else if (const auto pair = key_value(text, " : "); pair && pair->key.starts_with("md")) {
             finish();
             const auto cells = words(pair->value);
-            array = reading.entity_at<Volume>(number);
-            array->name = std::string(pair->key);
-            array->device = "/dev/" + *array->name;
+            md.emplace().array = reading.entity_at<Volume>(number);
+            Volume& array = md->array;
+            array.name = std::string(pair->key);
+            array.device = "/dev/" + *array.name;
             inactive = cells[0] != "active";
             has_blocks = false;
             std::string state(cells[0]), faulty;
@@ -119,10 +160,10 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                 if (cell.starts_with('(')) {  // "(auto-read-only)"
                     state += " " + std::string(cell);
                 } else if (cell.find('[') == npos) {
-                    array->raid = std::string(cell);
+                    array.raid = std::string(cell);
                 } else {
                     const auto device = cell.substr(0, cell.find('['));
-                    auto member = member_of(*array, reading, number);
+                    auto member = member_of(array, reading, number);
                     member.device = drive_of(device);
                     if (cell.ends_with("(F)")) {
                         member.state = "faulty";
@@ -135,37 +176,55 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                         else
                             member.is_spare = true;
                     }
-                    reading.found.volume_members.push_back(std::move(member));
+                    md->members.push_back(std::move(member));
                 }
             }
-            array->state = state + faulty;
-        } else if (array && text.find(" blocks") != npos) {
+            array.state = state + faulty;
+        } else if (md && text.find(" blocks") != npos) {
             has_blocks = true;
+            Volume& array = md->array;
+            constexpr std::string_view kExternal = " super external:";
+            if (const auto at = text.find(kExternal); at != npos) {
+                auto metadata = text.substr(at + kExternal.size());
+                metadata = metadata.substr(0, metadata.find(' '));
+                // "/md127/0", "-md127/0": the container, and which array in it
+                if (metadata.starts_with('/') || metadata.starts_with('-')) {
+                    metadata.remove_prefix(1);
+                    containers_in_use.emplace(metadata.substr(0, metadata.find('/')));
+                } else {
+                    md->is_container = true;
+                    array.raid = "container";
+                }
+            }
             const auto blocks = integer(text.substr(0, text.find(' ')));
             if (!blocks || *blocks < 0 || *blocks > (std::int64_t{1} << 50))
                 gap(reading, number, "a size that cannot be read");
             else
-                array->capacity_bytes = *blocks * 1024;
+                array.capacity_bytes = *blocks * 1024;
             const auto bracket = text.rfind('[');
             const auto members = bracket == npos ? std::string_view() : text.substr(bracket);
             if (members.find('_') != npos && members.find_first_not_of("[]U_") == npos) {
-                *array->state += ", degraded " + std::string(members);
-                array->place.line = number;
+                *array.state += ", degraded " + std::string(members);
+                array.place.line = number;
             }
-        } else if (array && (text.starts_with('[') || text.find('=') != npos)) {
+        } else if (md && (text.starts_with('[') || text.find('=') != npos)) {
             // "recovery =  5.5% (...)", "resync=DELAYED"
             for (const std::string_view operation :
                  {"recovery", "resync", "reshape", "check", "repair"}) {
                 if (text.find(operation) == npos) continue;
-                array->operation = std::string(operation);
-                array->progress_percent = percent_in(text);
+                md->array.operation = std::string(operation);
+                md->array.progress_percent = percent_in(text);
                 break;
             }
-        } else if (!array || !text.starts_with("bitmap")) {
+        } else if (!md || !text.starts_with("bitmap")) {
             reading.how.unknown_line(number);
         }
     }
     finish();
+    // With an array in it that runs a container is no volume; without one its data cannot be reached.
+    for (auto& container : containers) {
+        if (!containers_in_use.contains(*container.array.name)) file(std::move(container), reading);
+    }
     if (!has_head || !has_end) gap(reading, number, "it has no end or no beginning");
     reading.how.lines = lines.count();
 }
@@ -186,14 +245,17 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
         {"Raid Level", as_text<&Volume::raid> },
         {"State",      as_text<&Volume::state>},
     });
-    std::optional<Volume> array;
+    std::optional<Md> md;
     bool in_members = false;
     std::int64_t number = 0, count = 0;
     const auto finish = [&] {
-        if (!array) return;
-        if (!array->state || !in_members) gap(reading, number, "an array that is cut off");
-        reading.found.volumes.push_back(std::move(*array));
-        array.reset();
+        if (!md) return;
+        // A container has no state: /proc/mdstat tells whether its arrays run.
+        const bool is_container = md->array.raid == "container";
+        if ((!md->array.state && !is_container) || !in_members)
+            gap(reading, number, "an array that is cut off");
+        if (!is_container) file(std::move(*md), reading);
+        md.reset();
         in_members = false;
     };
     while (const auto line = lines.next()) {
@@ -202,11 +264,12 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
         if (text.empty()) continue;
         if (text.starts_with("/dev/") && text.ends_with(':') && text.find_first_of(" \t") == npos) {
             finish();
-            array = reading.entity_at<Volume>(number);
-            array->device = std::string(text.substr(0, text.size() - 1));
-            array->name = told(array->device->substr(array->device->rfind('/') + 1));
+            md.emplace().array = reading.entity_at<Volume>(number);
+            Volume& array = md->array;
+            array.device = std::string(text.substr(0, text.size() - 1));
+            array.name = told(array.device->substr(array.device->rfind('/') + 1));
             ++count;
-        } else if (text.starts_with("Number ") && array) {
+        } else if (text.starts_with("Number ") && md) {
             in_members = true;
         } else if (in_members && (is_digit(text.front()) || text.starts_with("- "))) {
             const auto cells = words(text);
@@ -215,7 +278,7 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
                 gap(reading, number, "a row that does not fit its heading");
                 continue;
             }
-            auto member = member_of(*array, reading, number);
+            auto member = member_of(md->array, reading, number);
             member.position = integer(cells[kRaidDevice]);
             std::string state;
             for (auto i = kState; i < cells.size() && !cells[i].starts_with("/dev/"); ++i)
@@ -226,21 +289,22 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
             if (device != npos) member.device = drive_of(text.substr(device));
             if (device != npos && state.find("faulty") != npos)
                 add_faulty(reading, number, text.substr(device));
-            reading.found.volume_members.push_back(std::move(member));
-        } else if (const auto pair = key_value(text, " : "); pair && array) {
-            set_by_key(std::span<const Key<Volume>>(kArray), pair->key, pair->value, *array);
-            if (pair->key == "State") array->place.line = number;
+            md->members.push_back(std::move(member));
+        } else if (const auto pair = key_value(text, " : "); pair && md) {
+            Volume& array = md->array;
+            set_by_key(std::span<const Key<Volume>>(kArray), pair->key, pair->value, array);
+            if (pair->key == "State") array.place.line = number;
             if (pair->key == "Array Size") {
                 const auto blocks = integer(pair->value.substr(0, pair->value.find(' ')));
                 if (blocks && *blocks >= 0 && *blocks < (std::int64_t{1} << 50))
-                    array->capacity_bytes = *blocks * 1024;
+                    array.capacity_bytes = *blocks * 1024;
                 else
                     gap(reading, number, "a size that cannot be read");
             }
             if (pair->key.ends_with(" Status") && pair->value.ends_with("complete")) {
                 const auto operation = pair->key.substr(0, pair->key.size() - 7);
-                array->operation = told(operation);
-                array->progress_percent = percent_in(pair->value);
+                array.operation = told(operation);
+                array.progress_percent = percent_in(pair->value);
             }
         } else if (text.starts_with("mdadm:")) {
             reading.how.errors.push_back({number, std::string(text)});
@@ -316,21 +380,18 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             }
         } else if (pool && in_config) {
             const auto cells = words(text);
-            if (cells.size() < 5 || cells[0] == "NAME") {
-                // "logs", "spares", "cache"; a spare has a state and no counters
-                if (cells.size() == 1) {
-                    section = cells[0];
-                    span.reset();
-                }
-                if (cells.size() >= 2 && section == "spares") {
-                    auto member = member_of(*pool, reading, number);
-                    name_drive(member, cells[0]);
-                    member.state = std::string(cells[1]);
-                    member.is_spare = true;
-                    reading.found.volume_members.push_back(std::move(member));
-                }
-                if (cells.size() >= 2 && cells[0] != "NAME" && cells[1] == "FAULTED")
-                    add_faulty(reading, number, cells[0]);
+            if (cells.size() == 1) {  // "logs", "spares", "cache"
+                section = cells[0];
+                span.reset();
+                continue;
+            }
+            if (cells[0] == "NAME") continue;
+            if (section == "spares") {
+                add_spare(*pool, cells, reading, number);
+                continue;
+            }
+            if (cells.size() < 5) {
+                gap(reading, number, "a row that does not fit its heading");
                 continue;
             }
             const auto indent = line->text.find_first_not_of(" \t");

@@ -21,6 +21,7 @@ constexpr auto npos = std::string_view::npos;
 //    Serial Number: PDNLH0BRH0000
 //    Controller Status: OK
 //    Firmware Version: 4.52
+//    Cache Status: OK
 //    Battery/Capacitor Count: 1
 //    Battery/Capacitor Status: OK
 //    Capacitor Temperature  (C): 38
@@ -34,6 +35,7 @@ constexpr auto kController = std::to_array<Key<Controller>>({
 //          Size: 279.4 GB
 //          Fault Tolerance: 1+0
 //          Status: Recovering, 12% complete
+//          Unrecoverable Media Errors: None
 //          Disk Name: /dev/sda
 //          Logical Drive Label: boot
 bool read_volume_state(Volume& volume, std::string_view value) {
@@ -167,6 +169,7 @@ private:
             line == "Unassigned") {
             end_entity();
             array_volumes_.clear();
+            has_drive_lists_ = true;
             return;
         }
         if (!controller_) reading_.how.unknown_line(line_);
@@ -186,6 +189,7 @@ private:
     // without, the drive's details follow.
     void physical_drive(std::string_view line) {
         end_entity();
+        has_drive_lists_ = true;
         const auto cells = words(line);
         if (cells.size() < 2) return gap("a drive without a name");
         if (cells.size() > 2) {
@@ -233,6 +237,8 @@ private:
         } else if (volume_) {
             set(std::span<const Key<Volume>>(kVolume), pair, *volume_);
             if (pair.key == "Status") volume_->place.line = line_;
+            if (pair.key == "Unrecoverable Media Errors" && told(pair.value))
+                add_trouble(volume_->state, pair);
         } else if (in_cage_) {
             if (pair.key == "Drive Bays")
                 reading_.found.enclosures.back().slots = integer(pair.value);
@@ -241,9 +247,18 @@ private:
         }
     }
 
+    // "OK, Cache Status: Permanently Disabled"
+    static void add_trouble(Text& state, const KeyValue& pair) {
+        if (!state) return;
+        *state += ", " + std::string(pair.key) + ": " + std::string(pair.value);
+    }
+
     void controller_key(const KeyValue& pair) {
         if (set(std::span<const Key<Controller>>(kController), pair, *controller_)) {
             if (pair.key == "Controller Status") controller_->place.line = line_;
+        } else if (pair.key == "Cache Status") {
+            if (told(pair.value) && pair.value != "OK" && pair.value != "Not Configured")
+                add_trouble(controller_->status, pair);
         } else if (pair.key == "Battery/Capacitor Status") {
             battery_ = reading_.entity_at<Battery>(line_);
             battery_->controller = controller_->number;
@@ -295,6 +310,8 @@ private:
         battery_.reset();
         if (!controller_) return;
         if (!controller_->status) gap("a controller without a status");
+        if (!has_drive_lists_) gap("it ends before the lists of drives");
+        has_drive_lists_ = false;
         reading_.found.controllers.push_back(std::move(*controller_));
         controller_.reset();
     }
@@ -303,7 +320,7 @@ private:
     Reading& reading_;
     std::int64_t line_ = 0;
     std::int64_t controllers_ = 0;
-    bool in_cage_ = false, in_array_ = false;
+    bool in_cage_ = false, in_array_ = false, has_drive_lists_ = false;
     std::vector<Integer> array_volumes_;  // the logical drives of the array that is read
     std::set<std::string> announced_, detailed_;
     std::optional<Controller> controller_;

@@ -170,6 +170,30 @@ bool is_hex_dump(std::string_view line) {
     return true;
 }
 
+// Sections whose tables tell states.
+constexpr auto kStates = std::to_array<std::string_view>(
+    {"TOPOLOGY", "VD LIST", "PD LIST", "JBOD LIST", "Enclosure LIST", "BBU_Info", "Cachevault_Info",
+     "Energy Pack", "PDs for VD "});
+
+bool tells_states(std::string_view section) {
+    return std::any_of(kStates.begin(), kStates.end(),
+                       [&](std::string_view one) { return section.starts_with(one); });
+}
+
+// Headings of tables that nobody needs, by their first column.
+constexpr auto kNeedless = std::to_array<std::string_view>({
+    "Policy ",
+    "Adv S/W Opt ",
+    "Prop ",
+    "Port ",
+    "Index ",
+});
+
+bool is_needless(std::string_view heading) {
+    return std::any_of(kNeedless.begin(), kNeedless.end(),
+                       [&](std::string_view one) { return heading.starts_with(one); });
+}
+
 std::string joined(std::initializer_list<std::string_view> parts) {
     std::string text;
     for (const auto part : parts) text += part;
@@ -293,6 +317,10 @@ private:
             return true;
         }
         if (part_ == TablePart::before_heading) {
+            if (tells_states(section_))
+                gap("a table with a heading that no reader knows");
+            else if (!is_needless(trimmed(line)))
+                reading_.how.unknown_line(line_);
             table_ = nullptr;
             part_ = TablePart::before_rows;
             return true;

@@ -81,7 +81,7 @@ std::optional<Text> time_of(std::string_view value) {
 }
 
 // What an event is about: "PD 0d(e0xfc/s2)", "VD 00/0", as it is called in the text.
-Text subject_of(std::string_view text) {
+std::optional<std::string_view> subject_in(std::string_view text) {
     for (std::size_t at = text.find("D "); at != npos; at = text.find("D ", at + 1)) {
         if (at == 0 || (text[at - 1] != 'P' && text[at - 1] != 'V')) continue;
         if (at >= 2 && text[at - 2] != ' ' && text[at - 2] != '(') continue;
@@ -91,11 +91,11 @@ Text subject_of(std::string_view text) {
         if (text[at - 1] == 'P' && text[end] == '(') {
             end = text.find(')', end);
             if (end == npos) return std::nullopt;
-            return std::string(text.substr(at - 1, end + 1 - (at - 1)));
+            return text.substr(at - 1, end + 1 - (at - 1));
         }
         if (text[at - 1] == 'V' && text[end] == '/') {
             end = std::min(text.find_first_not_of("0123456789", end + 1), text.size());
-            return std::string(text.substr(at - 1, end - (at - 1)));
+            return text.substr(at - 1, end - (at - 1));
         }
     }
     return std::nullopt;
@@ -178,9 +178,10 @@ private:
                 if (const auto value = value_of(line, "Time:"); value && !in_data_) {
                     if (has_text_) begin();
                     open_ = true;
-                    const auto time = time_of(*value);
+                    auto time = time_of(*value);
                     if (!time) reading_.how.unknown_line(number);
-                    event_.time = time.value_or(std::nullopt);
+                    has_time_ = time && *time;
+                    if (has_time_) event_.time = std::move(*time);
                     return;
                 }
                 break;
@@ -263,10 +264,16 @@ private:
             event_.place.capture = reading_.capture;
             event_.place.line = text_line_;
             event_.source = source_;
-            event_.subject = subject_of(event_.text);
+            if (const auto subject = subject_in(event_.text))
+                event_.subject = *subject;
+            else
+                event_.subject.reset();
+            if (!has_time_) event_.time.reset();
             if (reading_.event) reading_.event(std::move(event_));
         }
-        event_ = {};
+        // What is left of it is written over: memory is asked for once.
+        event_.severity = Severity::info;
+        has_time_ = false;
         open_ = has_text_ = in_data_ = false;
     }
 
@@ -277,7 +284,7 @@ private:
     Answer answer_;
     Event event_;
     std::int64_t text_line_ = 0;
-    bool open_ = false, has_text_ = false, in_data_ = false;
+    bool open_ = false, has_text_ = false, in_data_ = false, has_time_ = false;
     bool contradicted_ = false;
     std::int64_t count_ = 0;
 };

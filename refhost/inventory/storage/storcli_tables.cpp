@@ -23,6 +23,15 @@ bool read_number(std::string_view cell, Integer& number) {
     return number.has_value();
 }
 
+// storcli2 has a state in two columns. "Conf" says no more than that the other one tells; good words there add
+// nothing.
+std::string state_of(std::string_view state, std::string_view status) {
+    if (status.empty() || status == "-") return std::string(state);
+    if (state == "Conf") return std::string(status);
+    if (status == "Online" || status == "Good") return std::string(state);
+    return std::string(state) + " " + std::string(status);
+}
+
 // DG Arr Row EID:Slot DID Type  State BT       Size PDC  PI SED DS3  FSpace TR
 // -----------------------------------------------------------------------------
 //  0 -   -   -        -   RAID5 Dgrd  N    1.633 TB dflt N  N   dflt N      N
@@ -65,6 +74,7 @@ bool read_topology(const Row& row, const Where& where, std::int64_t line, Readin
         !read_place(row["EID:Slot"], member.enclosure, member.slot))
         return false;
     if (same_word(row["Type"], "DRIVE")) {
+        member.state = told(state_of(row["State"], row["Status"]));
         reading.found.volume_members.push_back(std::move(member));
         return true;
     }
@@ -148,14 +158,6 @@ constexpr auto kDrives = std::to_array<Column>({
     {"Alt-EID",     code,   Align::left, false},
     {"Type",        word,   Align::left, false},
 });
-
-// "Conf" says no more than that the other column tells; good words there add nothing.
-std::string state_of(std::string_view state, std::string_view status) {
-    if (status.empty() || status == "-") return std::string(state);
-    if (state == "Conf") return std::string(status);
-    if (status == "Online" || status == "Good") return std::string(state);
-    return std::string(state) + " " + std::string(status);
-}
 
 bool read_drive(const Row& row, const Where& where, std::int64_t line, Reading& reading) {
     auto drive = reading.entity_at<Drive>(line);
@@ -249,6 +251,30 @@ bool read_battery(const Row& row, const Where& where, std::int64_t line, Reading
     battery.model = told(row["Model"]);
     battery.state = told(row["State"]);
     battery.temperature_celsius = leading_real(row["Temp"]);
+    if (!battery.state) return false;
+    reading.found.batteries.push_back(std::move(battery));
+    return true;
+}
+
+// storcli2, below "Energy Pack Info":
+// Type     SubType Voltage(mV) Temperature(C) Status
+// ----------------------------------------------------
+// Supercap FBU345         9384             24 Optimal
+constexpr auto kEnergyPacks = std::to_array<Column>({
+    {"Type",           word,   Align::left, true },
+    {"SubType",        code,   Align::left, false},
+    {"Voltage(mV)",    number, kRight,      false},
+    {"Temperature(C)", number, kRight,      true },
+    {"Status",         text,   Align::left, true },
+});
+
+bool read_energy_pack(const Row& row, const Where& where, std::int64_t line, Reading& reading) {
+    auto battery = reading.entity_at<Battery>(line);
+    battery.controller = where.controller;
+    battery.model = told(row["SubType"]);
+    if (!battery.model) battery.model = told(row["Type"]);
+    battery.state = told(row["Status"]);
+    battery.temperature_celsius = leading_real(row["Temperature(C)"]);
     if (!battery.state) return false;
     reading.found.batteries.push_back(std::move(battery));
     return true;
@@ -420,6 +446,7 @@ constexpr auto kTables = std::to_array<Table>({
     {kDrives,         Counted::drives,      read_drive          },
     {kEnclosures,     Counted::enclosures,  read_enclosure      },
     {kBatteries,      Counted::batteries,   read_battery        },
+    {kEnergyPacks,    Counted::batteries,   read_energy_pack    },
     {kControllers,    Counted::controllers, read_controller     },
     {kHostAdapters,   Counted::controllers, read_controller     },
     {kDriveProgress,  Counted::no,          read_drive_progress },
