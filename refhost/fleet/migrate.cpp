@@ -10,16 +10,21 @@ namespace {
 // Whoever makes or migrates tables holds this key, which is no host's: those are not negative.
 constexpr std::int64_t kSchemaLock = -1;
 
-// What leads from a format to the next one: columns that came to tables, and tables as they were in that format.
-// Views are dropped before and made anew behind it.
+// What leads from a format to the next one: columns that came to tables, tables as they were in that format, and
+// indexes. Views are dropped before and made anew behind it.
 struct AddedColumn {
     const char* table;
     Column column;
+};
+struct AddedIndex {
+    const char* table;
+    const char* column;
 };
 struct Migration {
     int from;
     std::vector<AddedColumn> columns;
     std::vector<Table> tables = {};
+    std::vector<AddedIndex> indexes = {};
 };
 
 // clang-format off
@@ -39,6 +44,7 @@ const std::vector<Migration> kMigrations = {
       {"findings", {"acknowledged_by", ColumnType::text}},
       {"findings", {"acknowledged_why", ColumnType::text}}}},
     {2, {}, {kVolumeMembers}},
+    {3, {}, {}, {{"hosts", "machine_id"}, {"hosts", "serial"}}},
 };
 // clang-format on
 
@@ -71,6 +77,8 @@ void migrate(Database& db, int format) {
             db.execute(std::string("ALTER TABLE ") + added.table + " ADD COLUMN " +
                        declaration(added.column, db.dialect()));
         for (const auto& table : migration.tables) db.execute(table_statement(table, db.dialect()));
+        for (const auto& [table, column] : migration.indexes)
+            db.execute(index_statement(table, column));
     }
 }
 

@@ -45,7 +45,8 @@ const std::vector<Table> kOwnTables = {
       {"serial",     ColumnType::text},
       {"name",       ColumnType::text},
       {"first_run",  ColumnType::integer},
-      {"last_run",   ColumnType::integer}}},
+      {"last_run",   ColumnType::integer}},
+     false, {"machine_id", "serial"}},
     {"runs", 2,
      {{"host",            ColumnType::integer},
       {"run",             ColumnType::integer},
@@ -68,7 +69,7 @@ const std::vector<Table> kOwnTables = {
 std::vector<Table> made_tables() {
     auto all = kOwnTables;
     for (const auto& history : histories()) {
-        Table table{history.name, 3, {}};
+        Table table{.name = history.name, .keys = 3, .columns = {}};
         for (const auto* name : {"host", "digest", "run", "until"})
             table.columns.push_back({name, ColumnType::integer});
         for (std::size_t i = 0; i < history.told.size(); ++i)
@@ -132,9 +133,17 @@ std::string table_statement(const Table& table, Dialect dialect) {
     return statement;
 }
 
+std::string index_statement(const std::string& table, const std::string& column) {
+    return "CREATE INDEX " + table + "_" + column + " ON " + table + " (" + column + ")";
+}
+
 std::vector<std::string> table_statements(Dialect dialect) {
     std::vector<std::string> statements;
-    for (const auto& table : tables()) statements.push_back(table_statement(table, dialect));
+    for (const auto& table : tables()) {
+        statements.push_back(table_statement(table, dialect));
+        for (const auto& column : table.indexed)
+            statements.push_back(index_statement(table.name, column));
+    }
     return statements;
 }
 

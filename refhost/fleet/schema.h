@@ -14,7 +14,7 @@
 namespace qvhost::fleet {
 
 // Counts the changes of tables and views that a database has to be migrated for.
-inline constexpr int kFormat = 3;
+inline constexpr int kFormat = 4;
 
 // `until` of a row that is true in the host's last run.
 inline constexpr std::int64_t kForever = std::numeric_limits<std::int64_t>::max();
@@ -31,6 +31,7 @@ struct Table {
     std::size_t keys;  // how many columns are the key: the first ones
     std::vector<Column> columns;
     bool by_month = false;  // PostgreSQL has a partition a month, by the column `run`
+    std::vector<std::string> indexed = {};  // columns by which rows of other hosts are looked for
 };
 
 // A table of reports. Its columns in a fleet are `host`, `digest`, `run`, `until` and these.
@@ -62,7 +63,10 @@ std::string declaration(const Column& column, Dialect dialect);
 
 std::string table_statement(const Table& table, Dialect dialect);
 
-// What makes tables, then views, in this order.
+// Its name is TABLE_COLUMN.
+std::string index_statement(const std::string& table, const std::string& column);
+
+// What makes tables with their indexes, then views, in this order.
 std::vector<std::string> table_statements(Dialect dialect);
 std::vector<std::string> view_statements();
 

@@ -68,6 +68,10 @@ TEST_P(SchemaTest, EveryFormatLeadsToTodays) {
                 if (format == kFormat) db->execute(view);
             }
             prepare_schema(*db, false);
+            for (const auto& table : tables()) {
+                for (const auto& column : table.indexed)
+                    EXPECT_TRUE(db->has(table.name + "_" + column)) << format << ": " << column;
+            }
         }
         // All columns of today are there, the host is, and it can have another run.
         EXPECT_NE(dump(place, "current_drives").find(",3,,"), std::string::npos)
