@@ -1,5 +1,6 @@
 #include "fleet/arrival.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -36,7 +37,10 @@ TypedValue known(const std::string& text) {
 
 void make_fit(TypedValue& value) {
     if (auto* text = std::get_if<std::string>(&value)) {
-        *text = clean(*text);
+        const auto is_plain = [](char c) {
+            return c != '\0' && static_cast<unsigned char>(c) < 0x80;
+        };
+        if (!std::all_of(text->begin(), text->end(), is_plain)) *text = clean(*text);
     } else if (const auto* real = std::get_if<double>(&value); real && !std::isfinite(*real)) {
         value = std::monostate();
     }
@@ -151,9 +155,8 @@ HostIdentity identity_of(const std::string& machine_id, const std::string& seria
     return {machine_id, serial, static_cast<std::int64_t>(number >> 1)};
 }
 
-Arrival::Arrival(const fs::path& bundle)
-    : bundle_(bundle), place_(std::make_unique<TemporaryDirectory>("qvfleet")) {
-    const auto file = place_->path() / "report.sqlite";
+Arrival::Arrival(const fs::path& bundle, const fs::path& store) : bundle_(bundle), file_(store) {
+    const auto& file = file_.path();
     auto read = bundle::take_from_bundle(bundle, kReport, file);
     manifest_sha256_ = std::move(read.manifest_sha256);
     for (auto& one : read.manifest.files) {

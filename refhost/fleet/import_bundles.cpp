@@ -1,5 +1,7 @@
 #include "fleet/import_bundles.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -12,6 +14,7 @@
 #include <thread>
 
 #include "files/failure.h"
+#include "files/temporary_directory.h"
 #include "fleet/arrival.h"
 #include "fleet/import.h"
 #include "fleet/migrate.h"
@@ -165,7 +168,8 @@ private:
     void read() {
         for (std::size_t at = 0; (at = next_++) < files_.size();) {
             try {
-                if (!queue_.put(std::make_unique<Arrival>(files_[at]))) break;
+                const auto store = place_.path() / std::to_string(at);
+                if (!queue_.put(std::make_unique<Arrival>(files_[at], store))) break;
             } catch (const std::exception& error) {
                 skip(words_of(error));
             }
@@ -254,6 +258,7 @@ private:
     std::ostream& out_;
     std::ostream& err_;
     std::vector<fs::path> files_;
+    TemporaryDirectory place_{"qvfleet"};  // of the stores that are read
     unsigned jobs_;
     Queue queue_;
     std::atomic<std::size_t> next_ = 0;
@@ -265,6 +270,8 @@ private:
 }  // namespace
 
 ImportSummary import_bundles(const ImportOptions& options, std::ostream& out, std::ostream& err) {
+    // Counting SQLite's memory takes a lock that all threads would wait for. Refused where SQLite is in use already.
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
     return Importer(options, out, err).run();
 }
 

@@ -148,7 +148,8 @@ private:
         if (!may_create && !std::filesystem::exists(file, error))
             throw std::runtime_error(file + ": there is no such database");
         try {
-            return {file, SQLite::OPEN_READWRITE | (may_create ? SQLite::OPEN_CREATE : 0)};
+            return {file, SQLite::OPEN_READWRITE | SQLite::OPEN_NOMUTEX |
+                              (may_create ? SQLite::OPEN_CREATE : 0)};
         } catch (const SQLite::Exception& failure) {
             throw std::runtime_error(file + ": " +
                                      store::sqlite_words(failure.getErrorCode(), failure.what()));

@@ -111,6 +111,8 @@ void put_json_text(std::string_view text, std::string& json) {
 }
 
 std::string as_utf8(std::string_view text) {
+    const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::all_of(text.begin(), text.end(), is_ascii)) return std::string(text);
     std::string json;
     put_json_text(text, json);
     return nlohmann::json::parse(json).get<std::string>();

@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <set>
 #include <utility>
 
 #include "store/impl.h"
@@ -70,18 +69,20 @@ void set_value(TypedValue& value, const SQLite::Column& cell, ColumnType type) {
     value = std::monostate();
 }
 
+// Whether the file has the table; with a column, whether the table has it.
+bool has(const SQLite::Database& db, const char* table, const char* column = nullptr) {
+    return sqlite3_table_column_metadata(db.getHandle(), nullptr, table, column, nullptr, nullptr,
+                                         nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
 // The columns as a SELECT names them. SQLite takes a quoted name that is no column for a text, so one that
 // the table does not have is NULL.
-std::string selected(SQLite::Database& db, const char* table,
+std::string selected(const SQLite::Database& db, const char* table,
                      std::span<const TypedColumn> columns) {
-    std::set<std::string> there;
-    Statement names(db, "SELECT name FROM pragma_table_info(?)");
-    names.bind(1, table);
-    while (names.executeStep()) there.insert(names.getColumn(0).getString());
     std::string list;
     for (const auto& column : columns) {
         if (!list.empty()) list += ", ";
-        list += there.contains(column.name) ? identifier(column.name) : "NULL";
+        list += has(db, table, column.name) ? identifier(column.name) : "NULL";
     }
     return list;
 }
@@ -141,7 +142,7 @@ void each_typed_row_while(const Store& store, const char* table,
                           const std::function<bool(const std::vector<TypedValue>&)>& take) {
     with_file_name(store.impl_->path, [&] {
         auto& db = store.impl_->db;
-        if (!db.tableExists(table)) return;
+        if (!has(db, table)) return;
         std::vector<TypedValue> row(columns.size());
         for (Statement q(db, "SELECT " + selected(db, table, columns) + " FROM " +
                                  identifier(table) + " ORDER BY rowid");
