@@ -75,6 +75,33 @@ TEST_F(FleetProgramTest, SaysWhatCannotBe) {
     EXPECT_EQ(fleet({"forget", "nobody"}).err, "qvfleet: there is no host \"nobody\"\n");
 }
 
+// Its replacements stay the same from run to run where they are kept in one map.
+TEST_F(FleetProgramTest, KnowsAHostByWhatStandsForItsSerialNumber) {
+    std::vector<std::string> import{"import"};
+    for (const std::string time : {"2026-11-01", "2026-11-02"}) {
+        const auto whole =
+            bundle_of(healthy_report("web1", time + "T00:00:00Z"), dir(), "whole" + time);
+        const auto report = (dir() / ("report" + time)).string();
+        const auto redacted = (dir() / ("redacted" + time + ".tar.zst")).string();
+        const auto opened = run({"open", whole.string(), "--output", report});
+        ASSERT_EQ(opened.exit, 0) << opened.err;
+        const auto packed = run({"bundle", report, "--redact", "all", "--map",
+                                 (dir() / "map").string(), "--output", redacted});
+        ASSERT_EQ(packed.exit, 0) << packed.err;
+        import.push_back(redacted);
+    }
+    const auto imported = fleet(import);
+    EXPECT_EQ(imported.exit, 0) << imported.err;
+    EXPECT_NE(imported.out.find("2 runs imported, 0 there already, 0 skipped"), std::string::npos)
+        << imported.out;
+    EXPECT_EQ(fleet({"query", "SELECT count(*) AS n FROM hosts", "--format", "csv"}).out,
+              "n\r\n1\r\n");
+    const auto hosts = fleet({"export", "hosts", "--format", "csv"});
+    EXPECT_EQ(hosts.exit, 0) << hosts.err;
+    EXPECT_EQ(hosts.out.find("SN-web1"), std::string::npos) << hosts.out;
+    EXPECT_NE(hosts.out.find(','), std::string::npos) << hosts.out;
+}
+
 TEST_F(FleetProgramTest, DemonstratesRecordedServers) {
     const auto samples = dir() / "samples";
     std::filesystem::create_directory(samples);
