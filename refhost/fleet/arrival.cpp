@@ -13,6 +13,7 @@
 #include "fleet/times.h"
 #include "report/json_text.h"
 #include "store/typed_table.h"
+#include "store/typed_value.h"
 
 namespace qvhost::fleet {
 
@@ -132,7 +133,7 @@ std::string serial_in(const Store& store) {
     };
     std::string serial;
     each_typed_row_while(store, "systems", kSerial, [&](const Row& row) {
-        if (const auto* told = std::get_if<std::string>(&row[0])) serial = *told;
+        serial = text_of(row[0]);
         return serial.empty();
     });
     return clean(serial);

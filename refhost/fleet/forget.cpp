@@ -3,15 +3,11 @@
 #include <map>
 
 #include "fleet/schema.h"
+#include "store/typed_value.h"
 
 namespace qvhost::fleet {
 
 namespace {
-
-std::int64_t number(const TypedValue& value) {
-    const auto* told = std::get_if<std::int64_t>(&value);
-    return told ? *told : 0;
-}
 
 // For each host with runs before that time, the first run that stays.
 std::map<std::int64_t, std::int64_t> first_kept_runs(Database& db, Milliseconds time) {
@@ -20,7 +16,7 @@ std::map<std::int64_t, std::int64_t> first_kept_runs(Database& db, Milliseconds 
         "SELECT r.host, coalesce(min(CASE WHEN r.run >= $1 THEN r.run END), max(r.run))"
         " FROM runs r GROUP BY r.host HAVING min(r.run) <"
         " coalesce(min(CASE WHEN r.run >= $1 THEN r.run END), max(r.run))",
-        {time}, [&](const Row& row) { runs[number(row[0])] = number(row[1]); });
+        {time}, [&](const Row& row) { runs[integer_of(row[0])] = integer_of(row[1]); });
     return runs;
 }
 
@@ -31,7 +27,7 @@ std::vector<std::int64_t> hosts_named(Database& db, const std::string& name) {
     db.each(
         "SELECT host FROM hosts WHERE name = $1 OR serial = $1 OR machine_id = $1"
         " OR CAST(host AS TEXT) = $1 ORDER BY host",
-        {name}, [&](const Row& row) { hosts.push_back(number(row[0])); });
+        {name}, [&](const Row& row) { hosts.push_back(integer_of(row[0])); });
     return hosts;
 }
 
@@ -55,7 +51,7 @@ std::size_t forget_runs_before(Database& db, Milliseconds time) {
         const auto of_host = " WHERE host = " + std::to_string(host);
         const auto run = std::to_string(kept);
         db.each("SELECT count(*) FROM runs" + of_host + " AND run < " + run, {},
-                [&](const Row& row) { gone += static_cast<std::size_t>(number(row[0])); });
+                [&](const Row& row) { gone += static_cast<std::size_t>(integer_of(row[0])); });
         db.execute("DELETE FROM runs" + of_host + " AND run < " + run);
         for (const auto& history : histories()) {
             db.execute("DELETE FROM " + history.name + of_host + " AND until <= " + run);

@@ -7,6 +7,7 @@
 
 #include "fleet/schema.h"
 #include "fleet/times.h"
+#include "store/typed_value.h"
 
 namespace qvhost::fleet {
 
@@ -34,16 +35,6 @@ struct Planned {
     std::vector<Plan> plans;
 };
 
-std::int64_t integer(const TypedValue& value, std::int64_t otherwise) {
-    const auto* number = std::get_if<std::int64_t>(&value);
-    return number ? *number : otherwise;
-}
-
-std::string text(const TypedValue& value) {
-    const auto* told = std::get_if<std::string>(&value);
-    return told ? *told : std::string();
-}
-
 TypedValue known(const std::string& text) { return text.empty() ? TypedValue() : TypedValue(text); }
 
 // "new installation of web1"
@@ -54,9 +45,9 @@ std::string kinship(Database& db, const HostIdentity& identity) {
         db.each(std::string("SELECT name, last_run FROM hosts WHERE ") + column +
                     " = $1 ORDER BY last_run, host",
                 {value}, [&](const Row& row) {
-                    const auto name = text(row[0]);
+                    const auto name = text_of(row[0]);
                     words = what + (name.empty() ? "a host without a name" : name) +
-                            ", last seen " + utc_text(integer(row[1], 0));
+                            ", last seen " + utc_text(integer_of(row[1], 0));
                 });
     };
     look("machine_id", identity.machine_id, "new board in ");
@@ -72,11 +63,11 @@ void look_up(Database& db, Planned& one) {
     db.each("SELECT machine_id, serial, first_run, last_run FROM hosts WHERE host = $1",
             {identity.host}, [&](const Row& row) {
                 is_known = true;
-                if (text(row[0]) != identity.machine_id || text(row[1]) != identity.serial)
+                if (text_of(row[0]) != identity.machine_id || text_of(row[1]) != identity.serial)
                     throw std::runtime_error(one.arrival->bundle().string() +
                                              ": another host has the same key");
-                one.first_run = integer(row[2], run);
-                one.last_run = integer(row[3], run);
+                one.first_run = integer_of(row[2], run);
+                one.last_run = integer_of(row[3], run);
             });
     one.result.is_new = true;
     if (!is_known) {
@@ -89,12 +80,12 @@ void look_up(Database& db, Planned& one) {
     } else {
         db.each("SELECT run, manifest_sha256 FROM runs WHERE host = $1", {identity.host},
                 [&](const Row& row) {
-                    const auto other = integer(row[0], kNever);
+                    const auto other = integer_of(row[0], kNever);
                     if (other < run) one.before = std::max(one.before, other);
                     if (other > run) one.after = std::min(one.after, other);
                     if (other != run) return;
                     one.result.is_new = false;
-                    one.result.is_other_bundle = text(row[1]) != one.arrival->manifest();
+                    one.result.is_other_bundle = text_of(row[1]) != one.arrival->manifest();
                 });
     }
     one.first_run = std::min(one.first_run, run);
@@ -123,10 +114,10 @@ void plan(Database& db, Planned& one) {
     }
     if (one.before == kNever && one.after == kForever) return;
     db.each(kSql, {one.arrival->identity().host, one.before, one.after}, [&](const Row& row) {
-        auto& plan = one.plans[static_cast<std::size_t>(integer(row[0], 0))];
-        const auto digest = integer(row[1], 0);
-        const auto until = integer(row[3], kForever);
-        const bool was_true = integer(row[2], kNever) <= one.before;
+        auto& plan = one.plans[static_cast<std::size_t>(integer_of(row[0], 0))];
+        const auto digest = integer_of(row[1], 0);
+        const auto until = integer_of(row[3], kForever);
+        const bool was_true = integer_of(row[2], kNever) <= one.before;
         const auto told = plan.insertions.find(digest);
         if (told == plan.insertions.end()) {
             if (!was_true) return;

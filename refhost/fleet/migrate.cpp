@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "store/typed_value.h"
+
 namespace qvhost::fleet {
 
 namespace {
@@ -51,9 +53,8 @@ const std::vector<Migration> kMigrations = {
 int format_of(Database& db) {
     if (!db.has("fleet_format")) return 0;
     std::int64_t format = 0;
-    db.each("SELECT max(format) FROM fleet_format", {}, [&](const Row& row) {
-        if (const auto* told = std::get_if<std::int64_t>(&row[0])) format = *told;
-    });
+    db.each("SELECT max(format) FROM fleet_format", {},
+            [&](const Row& row) { format = integer_of(row[0]); });
     if (format < 1 || format > kFormat)
         throw std::runtime_error("the database is of format " + std::to_string(format) +
                                  ", and this program knows those up to " + std::to_string(kFormat));

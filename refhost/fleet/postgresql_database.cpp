@@ -52,7 +52,7 @@ std::string real_text(double number) {
 }
 
 // As the server reads it; nothing is NULL.
-std::optional<std::string> text_of(const TypedValue& value) {
+std::optional<std::string> server_text(const TypedValue& value) {
     if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
     if (const auto* real = std::get_if<double>(&value)) return real_text(*real);
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
@@ -61,7 +61,7 @@ std::optional<std::string> text_of(const TypedValue& value) {
 
 // As COPY reads it.
 void put_field(const TypedValue& value, std::string& line) {
-    const auto text = text_of(value);
+    const auto text = server_text(value);
     if (!text) {
         line += "\\N";
         return;
@@ -190,7 +190,7 @@ public:
         }
         std::vector<std::optional<std::string>> texts;
         std::vector<const char*> places;
-        for (const auto& value : values) texts.push_back(text_of(value));
+        for (const auto& value : values) texts.push_back(server_text(value));
         for (const auto& text : texts) places.push_back(text ? text->c_str() : nullptr);
         const auto result = guarded([&] {
             auto& name = prepared_[sql];

@@ -8,6 +8,7 @@
 
 #include "fleet/database.h"
 #include "store/sqlite_words.h"
+#include "store/statement.h"
 
 namespace qvhost::fleet {
 
@@ -17,42 +18,11 @@ using SQLite::Statement;
 
 constexpr int kWaitMilliseconds = 600'000;  // for another program that writes
 
-void bind(Statement& statement, const Row& row) {
-    statement.reset();
-    int place = 0;
-    for (const auto& value : row) {
-        ++place;
-        if (const auto* number = std::get_if<std::int64_t>(&value)) {
-            statement.bind(place, *number);
-        } else if (const auto* real = std::get_if<double>(&value)) {
-            statement.bind(place, *real);
-        } else if (const auto* text = std::get_if<std::string>(&value)) {
-            statement.bindNoCopy(place, *text);
-        } else {
-            statement.bind(place);
-        }
-    }
-}
-
-void take_row(Statement& statement, Row& row) {
-    row.assign(static_cast<std::size_t>(statement.getColumnCount()), {});
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        const auto cell = statement.getColumn(static_cast<int>(i));
-        if (cell.isInteger()) {
-            row[i] = cell.getInt64();
-        } else if (cell.isFloat()) {
-            row[i] = cell.getDouble();
-        } else if (!cell.isNull()) {
-            row[i] = cell.getString();
-        }
-    }
-}
-
 class SqliteInsertion : public Insertion {
 public:
     explicit SqliteInsertion(Statement& statement) : statement_(statement) {}
     void add(const Row& row) override {
-        bind(statement_, row);
+        store::bind_row(statement_, row);
         statement_.exec();
     }
     void finish() override {}
@@ -88,9 +58,9 @@ public:
     void each(const std::string& sql, const Row& values, const TakeRow& take) override {
         with_words([&] {
             Statement statement(db_, sql);
-            bind(statement, values);
+            store::bind_row(statement, values);
             for (Row row; statement.executeStep();) {
-                take_row(statement, row);
+                store::take_row(statement, row);
                 take(row);
             }
         });
@@ -128,7 +98,7 @@ public:
                 names.emplace_back(statement.getColumnName(i));
             columns(names);
             for (Row row; statement.executeStep();) {
-                take_row(statement, row);
+                store::take_row(statement, row);
                 take(row);
             }
         });

@@ -3,19 +3,11 @@
 #include <algorithm>
 #include <tuple>
 
+#include "store/typed_value.h"
+
 namespace qvhost::fleet {
 
 namespace {
-
-std::string text(const TypedValue& value) {
-    const auto* told = std::get_if<std::string>(&value);
-    return told ? *told : std::string();
-}
-
-std::int64_t number(const TypedValue& value) {
-    const auto* told = std::get_if<std::int64_t>(&value);
-    return told ? *told : 0;
-}
 
 constexpr const char* kStates[] = {"critical", "warning", "unknown", "ok"};
 
@@ -29,7 +21,7 @@ int rank(const HostStatus& host) {
 
 std::string first_known(const Row& row, std::size_t begin, std::size_t end) {
     for (auto i = begin; i < end; ++i) {
-        if (auto words = text(row[i]); !words.empty()) return words;
+        if (auto words = text_of(row[i]); !words.empty()) return words;
     }
     return "";
 }
@@ -43,17 +35,17 @@ FleetStatus status_of(Database& db, Milliseconds now, Milliseconds silent_after)
         " s.findings, s.replaced, w.subject, w.says"
         " FROM host_status s LEFT JOIN worst_findings w ON w.host = s.host",
         {}, [&](const Row& row) {
-            if (number(row[8]) != 0) return void(++status.replaced);
+            if (integer_of(row[8]) != 0) return void(++status.replaced);
             HostStatus host;
             host.name = first_known(row, 0, 3);
-            host.age = std::max<Milliseconds>(now - number(row[3]), 0);
+            host.age = std::max<Milliseconds>(now - integer_of(row[3]), 0);
             host.is_silent = host.age > silent_after;
             std::size_t place = 0;
-            while (place < 3 && number(row[4 + place]) == 0) ++place;
+            while (place < 3 && integer_of(row[4 + place]) == 0) ++place;
             host.state = kStates[place];
-            host.findings = number(row[7]);
-            const auto subject = text(row[9]);
-            host.worst = subject + (subject.empty() ? "" : ": ") + text(row[10]);
+            host.findings = integer_of(row[7]);
+            const auto subject = text_of(row[9]);
+            host.worst = subject + (subject.empty() ? "" : ": ") + text_of(row[10]);
             status.hosts.push_back(std::move(host));
         });
     std::sort(status.hosts.begin(), status.hosts.end(), [](const auto& a, const auto& b) {

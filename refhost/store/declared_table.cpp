@@ -4,6 +4,7 @@
 #include <boost/algorithm/string/split.hpp>
 
 #include "store/typed_table.h"
+#include "store/typed_value.h"
 
 namespace qvhost {
 
@@ -24,16 +25,6 @@ constexpr auto kColumns = std::to_array<TypedColumn>({
     {"not_asked",   ColumnType::text   },
     {"gates",       ColumnType::text   }, // a line each
 });
-
-std::string text_of(const TypedValue& value) {
-    const auto* text = std::get_if<std::string>(&value);
-    return text ? *text : "";
-}
-
-bool is_true(const TypedValue& value) {
-    const auto* number = std::get_if<std::int64_t>(&value);
-    return number && *number != 0;
-}
 
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
@@ -56,8 +47,8 @@ std::vector<DeclaredTable> declared_tables(const Store& store) {
     std::vector<DeclaredTable> tables;
     each_typed_row(store, kName, kColumns, [&](const std::vector<TypedValue>& row) {
         tables.push_back({text_of(row[0]), text_of(row[1]), text_of(row[2]), text_of(row[3]),
-                          is_true(row[4]), text_of(row[5]), text_of(row[6]), text_of(row[7]),
-                          text_of(row[8]), lines_of(text_of(row[9]))});
+                          integer_of(row[4]) != 0, text_of(row[5]), text_of(row[6]),
+                          text_of(row[7]), text_of(row[8]), lines_of(text_of(row[9]))});
     });
     return tables;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "store/impl.h"
+#include "store/statement.h"
 
 namespace qvhost {
 
@@ -30,18 +31,6 @@ ColumnType type_of(const std::string& sql) {
         if (sql == sql_type(type)) return type;
     }
     return ColumnType::text;
-}
-
-void bind(Statement& statement, int place, const TypedValue& value) {
-    if (const auto* number = std::get_if<std::int64_t>(&value)) {
-        statement.bind(place, *number);
-    } else if (const auto* real = std::get_if<double>(&value)) {
-        statement.bind(place, *real);
-    } else if (const auto* text = std::get_if<std::string>(&value)) {
-        statement.bindNoCopy(place, *text);
-    } else {
-        statement.bind(place);
-    }
 }
 
 // Assigns to the text of the row before, whose memory is mostly large enough.
@@ -122,9 +111,7 @@ TypedTableWriter::TypedTableWriter(TypedTableWriter&&) noexcept = default;
 
 void TypedTableWriter::add(const std::vector<TypedValue>& row) {
     with_file_name(impl_->store.path, [&] {
-        impl_->insert.reset();
-        int place = 0;
-        for (const auto& value : row) bind(impl_->insert, ++place, value);
+        store::bind_row(impl_->insert, row);
         impl_->insert.exec();
     });
 }
@@ -173,17 +160,7 @@ void each_stored_row(const Store& store, const std::string& table,
         std::vector<TypedValue> row;
         for (Statement q(db, "SELECT * FROM " + identifier(table) + " ORDER BY rowid");
              q.executeStep();) {
-            row.assign(static_cast<std::size_t>(q.getColumnCount()), {});
-            for (std::size_t i = 0; i < row.size(); ++i) {
-                const auto cell = q.getColumn(static_cast<int>(i));
-                if (cell.isInteger()) {
-                    row[i] = cell.getInt64();
-                } else if (cell.isFloat()) {
-                    row[i] = cell.getDouble();
-                } else if (!cell.isNull()) {
-                    row[i] = cell.getString();
-                }
-            }
+            store::take_row(q, row);
             take(row);
         }
     });

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "inventory/fields.h"
+#include "store/typed_value.h"
 
 namespace qvhost {
 
@@ -91,9 +92,8 @@ Entity entity_of(const Kind<Entity>& kind, const std::vector<TypedValue>& row) {
     std::size_t column = 0;
     for (const auto& field : kind.fields)
         std::visit([&](auto member) { take(entity.*member, row[column++]); }, field.member);
-    if (const auto* capture = std::get_if<std::string>(&row[column]))
-        entity.place.capture = *capture;
-    if (const auto* line = std::get_if<std::int64_t>(&row[column + 1])) entity.place.line = *line;
+    entity.place.capture = text_of(row[column]);
+    entity.place.line = integer_of(row[column + 1]);
     return entity;
 }
 
@@ -157,8 +157,7 @@ void each_event(const Store& store, const TakeEvent& take) {
         set(event.subject, row[4]);
         set(event.text, row[5]);
         set(event.place.capture, row[6]);
-        const auto* line = std::get_if<std::int64_t>(&row[7]);
-        event.place.line = line ? *line : 0;
+        event.place.line = integer_of(row[7]);
         return take(event);
     });
 }

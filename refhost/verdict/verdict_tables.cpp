@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/typed_table.h"
+#include "store/typed_value.h"
 
 namespace qvhost {
 
@@ -75,23 +76,13 @@ constexpr struct {
     {"health_missing",   kHealthMissing                                    },
 };
 
-std::string text(const TypedValue& value) {
-    const auto* told = std::get_if<std::string>(&value);
-    return told ? *told : std::string();
-}
-
-std::int64_t number(const TypedValue& value) {
-    const auto* told = std::get_if<std::int64_t>(&value);
-    return told ? *told : 0;
-}
-
 TypedValue told(const findings::Text& text) { return text ? TypedValue(*text) : TypedValue(); }
 TypedValue told(const std::string& text) { return text.empty() ? TypedValue() : TypedValue(text); }
 
 // The one of `all` whose word it is.
 template <class Enum, std::size_t Count>
 std::optional<Enum> of_word(const Enum (&all)[Count], const TypedValue& value) {
-    const auto told = text(value);
+    const auto told = text_of(value);
     for (const Enum one : all) {
         if (told == word(one)) return one;
     }
@@ -147,50 +138,52 @@ Verdict read_verdict(const Store& store) {
         const auto subsystem = of_word(findings::kSubsystems, row[3]);
         if (!severity || !subsystem) return;
         Finding finding;
-        finding.id = text(row[0]);
-        finding.rule = text(row[1]);
+        finding.id = text_of(row[0]);
+        finding.rule = text_of(row[1]);
         finding.severity = *severity;
         finding.subsystem = *subsystem;
-        finding.subject = text(row[4]);
-        finding.says = text(row[5]);
+        finding.subject = text_of(row[4]);
+        finding.says = text_of(row[5]);
         if (const auto* time = std::get_if<std::string>(&row[6])) finding.time = *time;
-        finding.count = number(row[7]);
-        if (auto until = text(row[8]); !until.empty())
-            finding.acknowledged = {std::move(until), text(row[9]), text(row[10])};
+        finding.count = integer_of(row[7]);
+        if (auto until = text_of(row[8]); !until.empty())
+            finding.acknowledged = {std::move(until), text_of(row[9]), text_of(row[10])};
         if (const auto* seen = std::get_if<std::string>(&row[11])) finding.first_seen = *seen;
         by_id.emplace(finding.id, verdict.findings.size());
         verdict.findings.push_back(std::move(finding));
     });
     each_typed_row(store, "finding_evidence", kEvidence, [&](const std::vector<TypedValue>& row) {
-        const auto found = by_id.find(text(row[0]));
+        const auto found = by_id.find(text_of(row[0]));
         if (found != by_id.end())
-            verdict.findings[found->second].evidence.push_back({text(row[1]), number(row[2])});
+            verdict.findings[found->second].evidence.push_back(
+                {text_of(row[1]), integer_of(row[2])});
     });
     each_typed_row(store, "finding_entities", kEntities, [&](const std::vector<TypedValue>& row) {
-        const auto found = by_id.find(text(row[0]));
+        const auto found = by_id.find(text_of(row[0]));
         if (found != by_id.end())
-            verdict.findings[found->second].entities.push_back({text(row[1]), number(row[2])});
+            verdict.findings[found->second].entities.push_back(
+                {text_of(row[1]), integer_of(row[2])});
     });
     each_typed_row(store, "finding_growth", kGrowth, [&](const std::vector<TypedValue>& row) {
-        const auto found = by_id.find(text(row[0]));
+        const auto found = by_id.find(text_of(row[0]));
         if (found != by_id.end())
             verdict.findings[found->second].growth.push_back(
-                {text(row[1]), number(row[2]), number(row[3]), text(row[4])});
+                {text_of(row[1]), integer_of(row[2]), integer_of(row[3]), text_of(row[4])});
     });
     std::map<std::string, std::size_t> by_subsystem;
     each_typed_row(store, "health", kHealth, [&](const std::vector<TypedValue>& row) {
         const auto subsystem = of_word(findings::kSubsystems, row[0]);
         const auto health = of_word(findings::kHealthWords, row[1]);
         if (!subsystem || !health) return;
-        by_subsystem.emplace(text(row[0]), verdict.health.size());
+        by_subsystem.emplace(text_of(row[0]), verdict.health.size());
         verdict.health.push_back({*subsystem, *health, {}, {}});
     });
     const auto add_words = [&](const char* table, std::span<const TypedColumn> columns,
                                std::vector<std::string> Health::*list) {
         each_typed_row(store, table, columns, [&](const std::vector<TypedValue>& row) {
-            const auto found = by_subsystem.find(text(row[0]));
+            const auto found = by_subsystem.find(text_of(row[0]));
             if (found != by_subsystem.end())
-                (verdict.health[found->second].*list).push_back(text(row[1]));
+                (verdict.health[found->second].*list).push_back(text_of(row[1]));
         });
     };
     add_words("health_captures", kHealthCaptures, &Health::judged_by);
