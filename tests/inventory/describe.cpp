@@ -8,6 +8,8 @@ namespace qvhost::inventory {
 
 namespace {
 
+constexpr int kDigits = 16;  // of a number, at most
+
 template <class Value>
 void put(std::ostream& out, const char* name, const std::optional<Value>& value) {
     if (!value) return;
@@ -25,6 +27,12 @@ void put(std::ostream& out, const char* name, const Texts& values) {
     for (const auto& value : values) out << '[' << value << ']';
 }
 
+template <class Entity>
+void put_fields(std::ostream& out, const Entity& entity) {
+    for (const auto& field : kind_of<Entity>().fields)
+        std::visit([&](auto member) { put(out, field.name, entity.*member); }, field.member);
+}
+
 void put_place(std::ostream& out, const char* name, const Place& place, bool captures) {
     out << name << ' ';
     if (captures) out << place.capture << ' ';
@@ -35,22 +43,25 @@ void put_place(std::ostream& out, const char* name, const Place& place, bool cap
 
 ReadText read_text(Reader reader, std::string_view text, const std::string& capture) {
     ReadText read;
-    CaptureLines lines(text);
-    Reading reading{capture, read.found, [&](Event&& event) { read.events.push_back(event); }, {}};
-    reader(lines, reading);
-    read.how = reading.how;
+    read.how = read_into(read.found, read.events, reader, text, capture);
     return read;
+}
+
+Understanding read_into(Inventory& found, std::vector<Event>& events, Reader reader,
+                        std::string_view text, const std::string& capture) {
+    CaptureLines lines(text);
+    Reading reading{capture, found, [&](Event&& event) { events.push_back(std::move(event)); }, {}};
+    reader(lines, reading);
+    return reading.how;
 }
 
 std::string describe(const Inventory& inventory, bool captures) {
     std::ostringstream out;
-    out.precision(16);
+    out.precision(kDigits);
     each_kind([&](const auto& kind) {
         for (const auto& entity : inventory.*kind.list) {
             put_place(out, kind.name, entity.place, captures);
-            for (const auto& field : kind.fields)
-                std::visit([&](auto member) { put(out, field.name, entity.*member); },
-                           field.member);
+            put_fields(out, entity);
             out << '\n';
         }
     });
@@ -84,12 +95,29 @@ std::string describe(const Understanding& how) {
     out << how.lines << " lines";
     if (how.not_understood > 0)
         out << ", " << how.not_understood << " not understood (" << how.first_not_understood << ')';
-    out << '\n';
+    out << '\n' << describe_gaps(how);
+    return out.str();
+}
+
+std::string describe_gaps(const Understanding& how) {
+    std::ostringstream out;
     for (const auto& gap : how.gaps) out << "gap " << gap.line << ": " << gap.words << '\n';
     for (const auto& error : how.errors)
         out << "error " << error.line << ": " << error.words << '\n';
     return out.str();
 }
+
+template <class Entity>
+std::string describe_one(const Entity& entity) {
+    std::ostringstream out;
+    out.precision(kDigits);
+    out << entity.place.line << ':';
+    put_fields(out, entity);
+    return out.str();
+}
+template std::string describe_one(const Sensor&);
+template std::string describe_one(const PowerSupply&);
+template std::string describe_one(const System&);
 
 std::string describe(const std::vector<Event>& events) {
     constexpr const char* kSeverities[] = {"info", "warning", "critical"};

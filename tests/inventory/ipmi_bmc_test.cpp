@@ -15,15 +15,15 @@ TEST(Selftest, ResultsAndTheirDetails) {
     };
     for (
         const auto& [text, all] : {
-            Case{"Selftest: passed\n", "bmcs 1: self_test='passed'\n"},
-            Case{"Selftest: passed", "bmcs 1: self_test='passed'\n"},
+            Case{"Selftest: passed\n", "bmcs 1: self_test=passed\n"},
+            Case{"Selftest: passed", "bmcs 1: self_test=passed\n"},
             Case{"IANA PEN registry open failed: No such file or directory\r\nSelftest: passed\r\n",
-                 "bmcs 2: self_test='passed'\n"},
+                 "bmcs 2: self_test=passed\n"},
             Case{
                 "Selftest: device corrupted\n -> SEL device not accessible\n -> SDR repository empty\n",
-                "bmcs 1: self_test='device corrupted, SEL device not accessible, SDR repository empty'\n"},
+                "bmcs 1: self_test=device corrupted, SEL device not accessible, SDR repository empty\n"},
             Case{"Selftest     : fatal error\nFailure code : 01\n",
-                 "bmcs 1: self_test='fatal error, Failure code : 01'\n"},
+                 "bmcs 1: self_test=fatal error, Failure code : 01\n"},
             Case{
                 "Selftest: pas",
                 "gap 1: the capture ends in the middle of a line\ngap 1: no result of the self test\n"},
@@ -48,14 +48,14 @@ TEST(McInfo, FirmwareAndVersion) {
                    "    0x14",
                    read_mc_info)
                   .all(),
-              "bmcs 2: firmware='2.71' ipmi='2.0'\n");
+              "bmcs 2: firmware=2.71 ipmi=2.0\n");
     EXPECT_EQ(
         read(
             "Device ID: 33\r\nFirmware Revision: 1.07\r\nIPMI Version: 2.0\r\nSelf Test: passed\r\n"
             "Aux Firmware Rev Info: 0x00000000\r\nColour: blue\r\n",
             read_mc_info)
             .all(),
-        "bmcs 2: firmware='1.07' ipmi='2.0' self_test='passed'\nnot understood: 1 from 6\n");
+        "bmcs 2: firmware=1.07 ipmi=2.0 self_test=passed\nnot understood: 1 from 6\n");
     EXPECT_EQ(
         read("Device ID             : 32\nFirmware Rev", read_mc_info).all(),
         "gap 2: the capture ends in the middle of a line\ngap 2: no firmware revision or no IPMI version\n");
@@ -74,7 +74,7 @@ TEST(Lan, AddressOfBothTools) {
                    "Cipher Suite Priv Max   : aaaa\n",
                    read_lan)
                   .all(),
-              "bmcs 5: address='192.0.2.20' mac='02:00:00:02:20:01'\n");
+              "bmcs 5: address=192.0.2.20 mac=02:00:00:02:20:01\n");
     EXPECT_EQ(
         read("IP Address              : 0.0.0.0\nMAC Address             : 00:00:00:00:00:00\n",
              read_lan)
@@ -85,7 +85,7 @@ TEST(Lan, AddressOfBothTools) {
              "IPv6        - 2001:db8::80:11\nVLAN\n",
              read_oem_lan)
             .all(),
-        "bmcs 2: address='192.0.2.81' mac='02:00:00:00:80:11'\n");
+        "bmcs 2: address=192.0.2.81 mac=02:00:00:00:80:11\n");
     EXPECT_EQ(read("IP Address              : 192.0.2.2", read_lan).all(),
               "gap 1: the capture ends in the middle of a value\ngap 1: no address\n");
 }
@@ -122,20 +122,20 @@ constexpr std::string_view kFrus =
 TEST(Fru, TheProductGoesBeforeTheBoard) {
     EXPECT_EQ(
         read(kFrus, read_fru).all(),
-        "frus 1: device='Builtin FRU Device (ID 0)' manufacturer='Example Systems' product='EX2000 Rack Server' "
-        "part='EX-MB-7G-01' serial='SYS0001234'\n"
-        "frus 13: device='PS1 (ID 1)' product='PWR SPLY,495W,RDNT'\n"
-        "frus 20: device='Riser1 FRU (ID 4)'\n"
-        "frus 23: device='CPU 1 DIMM 1 (ID 110)' serial='e08f54c1'\n");
+        "frus 1: device=Builtin FRU Device (ID 0) manufacturer=Example Systems product=EX2000 Rack Server "
+        "part=EX-MB-7G-01 serial=SYS0001234\n"
+        "frus 13: device=PS1 (ID 1) product=PWR SPLY,495W,RDNT\n"
+        "frus 20: device=Riser1 FRU (ID 4)\n"
+        "frus 23: device=CPU 1 DIMM 1 (ID 110) serial=e08f54c1\n");
     EXPECT_EQ(read(with_crlf(kFrus), read_fru).all(), read(kFrus, read_fru).all());
 }
 
 TEST(Fru, WithoutAHeadingAndCutOff) {
     EXPECT_EQ(
         read(" Product Manufacturer  : Example\n Product Serial        : S1\n", read_fru).all(),
-        "frus 1: manufacturer='Example' serial='S1'\n");
+        "frus 1: manufacturer=Example serial=S1\n");
     EXPECT_EQ(read(" Product Manufacturer  : Example\n Product Serial        : S", read_fru).all(),
-              "frus 1: manufacturer='Example'\ngap 2: the capture ends in the middle of a value\n");
+              "frus 1: manufacturer=Example\ngap 2: the capture ends in the middle of a value\n");
     EXPECT_EQ(
         read("Could not open device at /dev/ipmi0 or /dev/ipmi/0: No such file or directory\n",
              read_fru)
@@ -155,16 +155,16 @@ TEST(PowerSupplies, FormsOfThreeMakers) {
              "Redundancy: full\n",
              read_oem_power_supplies)
             .all(),
-        "power_supplies 1: slot='Power supply 1' present=true state='AC ok, output on' input_state='AC ok' "
-        "input_watts=246 model='EX PS800' serial='PS A1 0001' firmware='4.52'\n"
-        "power_supplies 5: slot='Power supply 2' present=false\n");
+        "power_supplies 1: slot=Power supply 1 present=yes state=AC ok, output on input_state=AC ok "
+        "input_watts=246 model=EX PS800 serial=PS A1 0001 firmware=4.52\n"
+        "power_supplies 5: slot=Power supply 2 present=no\n");
     EXPECT_EQ(read("PSU1  Vendor=Example  Watt=1100  In=229V  Out=12.2V  Fan=4320rpm  OK\n"
                    "PSU2  Vendor=Example  Watt=1100  In=0V    Out=0.0V   Fan=0rpm     AC LOST\n"
                    "Redundancy lost; capping at 550 W\n",
                    read_oem_power_supplies)
                   .all(),
-              "power_supplies 1: slot='PSU1' present=true state='OK'\n"
-              "power_supplies 2: slot='PSU2' present=true state='AC LOST' input_state='AC LOST'\n");
+              "power_supplies 1: slot=PSU1 present=yes state=OK\n"
+              "power_supplies 2: slot=PSU2 present=yes state=AC LOST input_state=AC LOST\n");
     EXPECT_EQ(
         read("PSU1\n"
              "  Present             Yes\n"
@@ -178,12 +178,12 @@ TEST(PowerSupplies, FormsOfThreeMakers) {
              "  Present             No\n",
              read_oem_power_supplies)
             .all(),
-        "power_supplies 1: slot='PSU1' present=true state='OK' input_state='AC 230 V' model='EX-PS800' serial='PS0000001'\n"
-        "power_supplies 9: slot='PSU2' present=false\n"
+        "power_supplies 1: slot=PSU1 present=yes state=OK input_state=AC 230 V model=EX-PS800 serial=PS0000001\n"
+        "power_supplies 9: slot=PSU2 present=no\n"
         "not understood: 1 from 8\n");
     EXPECT_EQ(read("PSU1 : 0 Errors since power on\nPSU2 : not pre", read_oem_power_supplies).all(),
-              "power_supplies 1: slot='PSU1' state='0 Errors since power on'\n"
-              "power_supplies 2: slot='PSU2'\n"
+              "power_supplies 1: slot=PSU1 state=0 Errors since power on\n"
+              "power_supplies 2: slot=PSU2\n"
               "gap 2: the capture ends in the middle of a line\n");
     EXPECT_EQ(read("Get OEM data: Error 0xc1, Invalid command\n", read_oem_power_supplies).all(),
               "gap 1: no power supply\nerror 1: Get OEM data: Error 0xc1, Invalid command\n");
@@ -213,10 +213,10 @@ TEST(JoinPowerSupplies, OneOfAllThatIsSaid) {
     made.found.frus.clear();
     EXPECT_EQ(
         made.entities(),
-        "power_supplies 1: slot='PSU1' present=true serial='PS A1 0001' part='EX-PS800' firmware='4.52'\n"
-        "power_supplies 4: slot='PSU2' present=true input_state='Power Supply AC lost' input_watts=7 model='PSU 750W' serial='PS-A1-0002'\n"
-        "power_supplies 6: slot='PSU3' present=false\n"
-        "power_supplies 7: slot='Power Supply 4' present=true state='Present, OK'\n");
+        "power_supplies 1: slot=PSU1 present=yes serial=PS A1 0001 part=EX-PS800 firmware=4.52\n"
+        "power_supplies 4: slot=PSU2 present=yes input_state=Power Supply AC lost input_watts=7 model=PSU 750W serial=PS-A1-0002\n"
+        "power_supplies 6: slot=PSU3 present=no\n"
+        "power_supplies 7: slot=Power Supply 4 present=yes state=Present, OK\n");
 }
 
 TEST(JoinBmc, OneOfAllThatIsSaid) {
@@ -229,7 +229,7 @@ TEST(JoinBmc, OneOfAllThatIsSaid) {
     join_bmc(made.found);
     EXPECT_EQ(
         made.entities(),
-        "bmcs 1: firmware='2.71' ipmi='2.0' self_test='passed' address='192.0.2.81' mac='02:00:00:00:80:11'\n");
+        "bmcs 1: firmware=2.71 ipmi=2.0 self_test=passed address=192.0.2.81 mac=02:00:00:00:80:11\n");
 }
 
 TEST(Chassis, StatesPowerAndClock) {

@@ -23,21 +23,21 @@ constexpr std::string_view kSensors =
     "Margin           | -57.500    | degrees C  | ok    | na        | na        | na        | na        | na        | na        \n";
 
 constexpr std::string_view kSensorEntities =
-    "sensors 1: name='CPU1 Temp' kind='temperature' reading=48 unit='degrees C' status='ok' lc=0 lnc=5 unc=90 uc=95 unr=100\n"
-    "sensors 2: name='CPU2 Temp' status='na' unc=90 uc=95 unr=100\n"
-    "sensors 3: name='FAN1' kind='fan' reading=480 unit='RPM' status='nr' lnr=480 lc=720 lnc=960\n"
-    "sensors 4: name='FAN2' kind='fan' reading=33.32 unit='percent' status='ok'\n"
-    "sensors 5: kind='voltage' reading=12.096 unit='Volts' status='ok' lc=10.593 unc=13.097\n"
-    "sensors 6: name='PSU1 Status' kind='discrete' status='0x0180'\n"
-    "sensors 7: name='Chassis Intru' kind='discrete' status='0x0000'\n"
-    "sensors 8: name='Chassis Intru' kind='discrete' status='na'\n"
-    "sensors 9: name='Margin' kind='temperature' reading=-57.5 unit='degrees C' status='ok'\n";
+    "sensors 1: name=CPU1 Temp kind=temperature reading=48 unit=degrees C status=ok lc=0 lnc=5 unc=90 uc=95 unr=100\n"
+    "sensors 2: name=CPU2 Temp status=na unc=90 uc=95 unr=100\n"
+    "sensors 3: name=FAN1 kind=fan reading=480 unit=RPM status=nr lnr=480 lc=720 lnc=960\n"
+    "sensors 4: name=FAN2 kind=fan reading=33.32 unit=percent status=ok\n"
+    "sensors 5: kind=voltage reading=12.096 unit=Volts status=ok lc=10.593 unc=13.097\n"
+    "sensors 6: name=PSU1 Status kind=discrete status=0x0180\n"
+    "sensors 7: name=Chassis Intru kind=discrete status=0x0000\n"
+    "sensors 8: name=Chassis Intru kind=discrete status=na\n"
+    "sensors 9: name=Margin kind=temperature reading=-57.5 unit=degrees C status=ok\n";
 
 // The list of `sdr elist`, without "sensors".
 std::string sdr_rows(std::string_view text) {
     const auto made = read(text, read_sdr);
     std::string rows;
-    for (const auto& sensor : made.found.sdr_sensors) rows += text_of(sensor) + "\n";
+    for (const auto& sensor : made.found.sdr_sensors) rows += describe_one(sensor) + "\n";
     return rows + made.all();
 }
 
@@ -63,9 +63,8 @@ TEST(Sensor, ChatterIsPassedOverWhereverItStands) {
     EXPECT_TRUE(made.how.whole());
     EXPECT_EQ(made.how.not_understood, 0);
     ASSERT_EQ(made.found.sensors.size(), 9U);
-    EXPECT_EQ(
-        text_of(made.found.sensors[2]),
-        "6: name='FAN1' kind='fan' reading=480 unit='RPM' status='nr' lnr=480 lc=720 lnc=960");
+    EXPECT_EQ(describe_one(made.found.sensors[2]),
+              "6: name=FAN1 kind=fan reading=480 unit=RPM status=nr lnr=480 lc=720 lnc=960");
 }
 
 TEST(Sensor, WhatIsNoRowIsSaid) {
@@ -78,7 +77,7 @@ TEST(Sensor, WhatIsNoRowIsSaid) {
                  "gap 1: not a row of ten cells\ngap 1: no sensor\n", "the BMC stopped"},
             Case{
                 "CPU1 Temp        | 48.000     | degrees C  | ok    | na        | na        | na        | 90.000    | 95.000    | 10",
-                "sensors 1: name='CPU1 Temp' kind='temperature' reading=48 unit='degrees C' status='ok' unc=90 uc=95\n"
+                "sensors 1: name=CPU1 Temp kind=temperature reading=48 unit=degrees C status=ok unc=90 uc=95\n"
                 "gap 1: the capture ends in the middle of a row\n",
                 "100.000 may have been meant"},
             Case{
@@ -86,7 +85,7 @@ TEST(Sensor, WhatIsNoRowIsSaid) {
                 "gap 1: not a row of ten cells\ngap 1: no sensor\n", "half a row before a row"},
             Case{
                 "A|B              | 48.000     | degrees C  | ok    | na        | na        | na        | 90.000    | 95.000    | na        \n",
-                "sensors 1: name='A|B' kind='temperature' reading=48 unit='degrees C' status='ok' unc=90 uc=95\n",
+                "sensors 1: name=A|B kind=temperature reading=48 unit=degrees C status=ok unc=90 uc=95\n",
                 "a separator in a name"},
             Case{
                 "CPU1 Temp        | 48.000     | ok         | degrees C | na        | na        | na        | 90.000    | 95.000    | na        \n",
@@ -121,13 +120,13 @@ TEST(Sdr, ElistHasNumbersAndStates) {
         "PSU3 Status      | 35h | ok  | 10.3 | AC out-of-range, but present, Presence detected\n"
         "Memory ECC       | 39h | ok  |  8.15 | \n";
     const std::string rows =
-        "1: name='CPU1 Temp' number='01h' kind='temperature' reading=48 unit='degrees C' status='ok'\n"
-        "2: name='VBAT' number='27h' kind='voltage' reading=2.69 unit='Volts' status='lcr'\n"
-        "3: name='PSU2 Temp' number='09h' status='ns'\n"
-        "4: name='FAN3' number='1Eh' status='ns'\n"
-        "5: name='PSU2 Status' number='34h' kind='discrete' status='ok' states=[Presence detected][Power Supply AC lost]\n"
-        "6: name='PSU3 Status' number='35h' kind='discrete' status='ok' states=[AC out-of-range, but present][Presence detected]\n"
-        "7: name='Memory ECC' number='39h' kind='discrete' status='ok'\n";
+        "1: name=CPU1 Temp number=01h kind=temperature reading=48 unit=degrees C status=ok\n"
+        "2: name=VBAT number=27h kind=voltage reading=2.69 unit=Volts status=lcr\n"
+        "3: name=PSU2 Temp number=09h status=ns\n"
+        "4: name=FAN3 number=1Eh status=ns\n"
+        "5: name=PSU2 Status number=34h kind=discrete status=ok states=[Presence detected][Power Supply AC lost]\n"
+        "6: name=PSU3 Status number=35h kind=discrete status=ok states=[AC out-of-range, but present][Presence detected]\n"
+        "7: name=Memory ECC number=39h kind=discrete status=ok\n";
     EXPECT_EQ(sdr_rows(text), rows);
     EXPECT_EQ(sdr_rows(with_crlf(text)), rows);
 }
@@ -136,14 +135,14 @@ TEST(Sdr, OlderFormsAreReadToo) {
     EXPECT_EQ(sdr_rows("Fan 1            | 33.32 percent     | ok\n"
                        "Temp 18          | disabled          | ns\n"
                        "UID Light        | 0x00              | ok\n"),
-              "1: name='Fan 1' kind='fan' reading=33.32 unit='percent' status='ok'\n"
-              "2: name='Temp 18' status='ns'\n"
-              "3: name='UID Light' kind='discrete' status='ok'\n");
+              "1: name=Fan 1 kind=fan reading=33.32 unit=percent status=ok\n"
+              "2: name=Temp 18 status=ns\n"
+              "3: name=UID Light kind=discrete status=ok\n");
     EXPECT_EQ(
         sdr_rows(
             "HDD1,46h,ok,26.1,Drive Fault, In Critical Array\nHDD10,4Fh,ns,26.10,No Reading\n"),
-        "1: name='HDD1' number='46h' kind='discrete' status='ok' states=[Drive Fault][In Critical Array]\n"
-        "2: name='HDD10' number='4Fh' status='ns'\n");
+        "1: name=HDD1 number=46h kind=discrete status=ok states=[Drive Fault][In Critical Array]\n"
+        "2: name=HDD10 number=4Fh status=ns\n");
 }
 
 TEST(Sdr, WhatIsNoRowIsSaid) {
@@ -160,7 +159,7 @@ TEST(Sdr, WhatIsNoRowIsSaid) {
                  "no unit is called so"},
             Case{
                 "CPU1 Temp        | 01h | ok  |  3.1 | 48 degrees C",
-                "1: name='CPU1 Temp' number='01h' kind='temperature' reading=48 unit='degrees C' status='ok'\n",
+                "1: name=CPU1 Temp number=01h kind=temperature reading=48 unit=degrees C status=ok\n",
                 "only the line's end is missing"},
             Case{"CPU1 Temp        | 01h | o\n",
                  "gap 1: not a row of an SDR list\ngap 1: no sensor\n", "cut off"},
@@ -185,11 +184,11 @@ TEST(IpmiutilSensor, GivesNumbersAndKinds) {
         "ipmiutil sensor, completed successfully\n";
     const auto made = read(text, read_ipmiutil_sensors);
     std::string rows;
-    for (const auto& sensor : made.found.ipmiutil_sensors) rows += text_of(sensor) + "\n";
+    for (const auto& sensor : made.found.ipmiutil_sensors) rows += describe_one(sensor) + "\n";
     EXPECT_EQ(rows + made.all(),
-              "5: name='CPU1 Temp' number='0Ah' kind='temperature'\n"
-              "6: name='FAN1' number='1Ch' kind='fan'\n"
-              "7: name='PSU2 Status' number='2Ch' kind='discrete'\n");
+              "5: name=CPU1 Temp number=0Ah kind=temperature\n"
+              "6: name=FAN1 number=1Ch kind=fan\n"
+              "7: name=PSU2 Status number=2Ch kind=discrete\n");
     EXPECT_FALSE(read(text.substr(0, text.size() - 41), read_ipmiutil_sensors).how.whole());
 }
 
@@ -219,11 +218,11 @@ TEST(JoinSensors, OneSensorAThing) {
     join_bmc(made.found);
     EXPECT_EQ(
         made.entities(),
-        "sensors 1: name='Temp' number='01h' kind='temperature' reading=48 unit='degrees C' status='nc' unc=45\n"
-        "sensors 2: name='Temp' number='02h' kind='temperature' reading=51 unit='degrees C' status='ucr' unc=45\n"
-        "sensors 3: name='PSU2 Status' number='34h' kind='discrete' status='ok' states=[Presence detected][Power Supply AC lost]\n"
-        "sensors 4: name='FAN7' number='22h' kind='fan' status='na'\n"
-        "sensors 5: name='Only Here' number='40h' kind='fan' reading=100 unit='RPM' status='ok'\n");
+        "sensors 1: name=Temp number=01h kind=temperature reading=48 unit=degrees C status=nc unc=45\n"
+        "sensors 2: name=Temp number=02h kind=temperature reading=51 unit=degrees C status=ucr unc=45\n"
+        "sensors 3: name=PSU2 Status number=34h kind=discrete status=ok states=[Presence detected][Power Supply AC lost]\n"
+        "sensors 4: name=FAN7 number=22h kind=fan status=na\n"
+        "sensors 5: name=Only Here number=40h kind=fan reading=100 unit=RPM status=ok\n");
     const auto* const fan = &made.found.sensors[3];
     EXPECT_EQ(sensor_of_event(made.found, "FAN7"), fan);
     EXPECT_EQ(sensor_of_event(made.found, "Fan #22"), fan);
