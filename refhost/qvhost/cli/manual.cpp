@@ -40,7 +40,7 @@ std::string roff(const std::string& text) {
 std::string bold(const std::string& text) { return "\\fB" + roff(text) + "\\fR"; }
 std::string italic(const std::string& text) { return "\\fI" + roff(text) + "\\fR"; }
 
-std::string term_of(const CLI::Option& option) {
+std::string roff_term(const CLI::Option& option) {
     if (option.get_positional()) return italic(option.get_name(true));
     std::string term;
     for (const auto& name : option.get_snames()) term += bold("-" + name) + ", ";
@@ -53,7 +53,7 @@ std::string term_of(const CLI::Option& option) {
 
 void write_entries(std::ostream& out, const std::vector<const CLI::Option*>& options) {
     for (const auto* option : options) {
-        out << ".TP\n" << term_of(*option) << '\n' << roff(option->get_description());
+        out << ".TP\n" << roff_term(*option) << '\n' << roff(option->get_description());
         if (is_required_option(*option)) out << " (required)";
         if (!option->get_default_str().empty())
             out << "; by default " << roff(option->get_default_str());

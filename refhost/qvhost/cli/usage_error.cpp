@@ -51,7 +51,7 @@ std::string unknown_option(const CLI::App& command, const Words& arguments) {
     return "";
 }
 
-Words option_names(const CLI::App& command) {
+Words long_options(const CLI::App& command) {
     Words names;
     for (const auto* option : options_of(command)) {
         for (const auto& name : option->get_lnames()) names.push_back("--" + name);
@@ -80,14 +80,14 @@ std::string usage_error(const CLI::App& app, const Words& arguments, const CLI::
     if (!command) {
         const auto& word = arguments[0];
         const std::string kind = word.starts_with("-") ? "option " : "command ";
-        const auto meant = did_you_mean(word, word.starts_with("-") ? option_names(app) : commands);
+        const auto meant = did_you_mean(word, word.starts_with("-") ? long_options(app) : commands);
         if (!meant.empty()) return "there is no " + kind + word + meant;
         return "there is no " + kind + word + "; the commands are " + boost::join(commands, ", ");
     }
     if (const auto word = unknown_option(*command, arguments); !word.empty()) {
-        const auto meant = did_you_mean(word, option_names(*command));
+        const auto meant = did_you_mean(word, long_options(*command));
         return command->get_name() + " has no option " + word +
-               (meant.empty() ? "; it has " + boost::join(option_names(*command), ", ") : meant);
+               (meant.empty() ? "; it has " + boost::join(long_options(*command), ", ") : meant);
     }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
         const auto* last = option_named(*command, arguments.back());

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <iostream>
 #include <optional>
 #include <stdexcept>
 
@@ -27,12 +26,12 @@
 #include "qvhost/collect/progress.h"
 #include "qvhost/collect/selection.h"
 #include "qvhost/collect/supervise.h"
+#include "qvhost/collect/warn.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
 #include "qvhost/finish/lane_files.h"
 #include "qvhost/finish/runs.h"
 #include "qvhost/finish/summary.h"
-#include "show/visible.h"
 
 namespace qvhost {
 
@@ -62,8 +61,6 @@ std::string text_of_seconds_since(std::chrono::steady_clock::time_point begin) {
     std::snprintf(text, sizeof text, "%.3f", passed.count());
     return text;
 }
-
-void warn(const std::string& text) { std::cerr << "qvhost: " << one_line(text) << '\n'; }
 
 void warn_if_others_can_read(const fs::path& directory) {
     struct stat info {};

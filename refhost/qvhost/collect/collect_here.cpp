@@ -1,6 +1,5 @@
 #include "qvhost/collect/collect_here.h"
 
-#include <iostream>
 #include <optional>
 #include <stdexcept>
 
@@ -11,15 +10,13 @@
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/collect.h"
 #include "qvhost/collect/program_path.h"
-#include "show/visible.h"
+#include "qvhost/collect/warn.h"
 
 namespace qvhost {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-void warn(const std::string& text) { std::cerr << "qvhost: " << one_line(text) << '\n'; }
 
 fs::path installed_tools() { return program_file().parent_path() / "qv_tools"; }
 

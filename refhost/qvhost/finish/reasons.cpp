@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kCannotRun = 126;  // exit codes of a shell
 constexpr int kNotFound = 127;
-constexpr std::size_t kHeadBytes = 65536;     // read of a capture
+constexpr std::size_t kReadBytes = 65536;     // read of a capture
 constexpr std::size_t kMostCharacters = 200;  // of what a tool said
 
 // Whether the text is the declared one, with any text for each of its places: "'{P}tool_{x}' show".
@@ -65,7 +65,7 @@ Lines lines_of(const std::string& text) {
 
 Lines first_lines(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
-    std::string text(kHeadBytes, '\0');
+    std::string text(kReadBytes, '\0');
     in.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(in.gcount()));
     return lines_of(text);

@@ -160,14 +160,14 @@ std::optional<std::pair<std::string, unsigned>> age_of(const std::string& name) 
 // What its files take on the disk, which is less than their sizes where they have holes. Links are not
 // followed.
 std::uint64_t room_of(const fs::path& directory) {
-    constexpr std::uint64_t kBlock = 512;  // bytes, of st_blocks
+    constexpr std::uint64_t kBlockBytes = 512;  // of st_blocks
     std::uint64_t bytes = 0;
     std::error_code error;
     for (fs::recursive_directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
         struct stat info {};
         if (::lstat(entry->path().c_str(), &info) == 0)
-            bytes += static_cast<std::uint64_t>(info.st_blocks) * kBlock;
+            bytes += static_cast<std::uint64_t>(info.st_blocks) * kBlockBytes;
     }
     return bytes;
 }

@@ -27,10 +27,6 @@ namespace {
 
 using Tables = std::vector<ReportTable>;
 
-[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
-    throw std::runtime_error(path.string() + ": " + reason);
-}
-
 // A table's id as the name of a file, whatever bytes it has.
 std::string file_name(const std::string& id) {
     constexpr std::size_t kLongest = 200;

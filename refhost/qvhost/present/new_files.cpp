@@ -12,13 +12,9 @@ namespace qvhost {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
+void fail(const fs::path& path, const std::string& reason) {
     throw std::runtime_error(path.string() + ": " + reason);
 }
-
-}  // namespace
 
 NewFiles::NewFiles(fs::path directory) : directory_(std::move(directory)) {
     if (::mkdir(directory_.c_str(), 0700) == 0) {

@@ -7,6 +7,9 @@
 
 namespace qvhost {
 
+// Throws std::runtime_error "PATH: REASON".
+[[noreturn]] void fail(const std::filesystem::path& path, const std::string& reason);
+
 class NewFiles {
 public:
     // Makes the directory (mode 0700) if there is none. Throws std::runtime_error naming it if it cannot, or
