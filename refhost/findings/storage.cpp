@@ -333,13 +333,18 @@ std::string volume_words(const Volume& volume) {
     return text;
 }
 
-// RAID 6 survives the loss of a second drive, unless the tool has a word of its own for that.
-std::string_view with_raid_level(std::string_view rule_name, const Volume& volume,
-                                 std::string_view state) {
-    if (rule_name == "volume_no_redundancy" && at_least_raid6(volume.raid) &&
-        !same_word(state, "Dgrd"))
-        return "volume_degraded";
-    return rule_name;
+// "degraded [U_UU]": a software array's members that are there, and those that are not.
+std::string_view without_members(std::string_view state) {
+    return state.substr(0, state.find(" ["));
+}
+
+// Whether one more drive may be lost. RAID 6 survives the loss of a second drive, unless the tool has a word of
+// its own for that.
+bool has_redundancy(const Volume& volume, std::string_view state) {
+    const auto members = state.substr(without_members(state).size());
+    const auto lost = std::count(members.begin(), members.end(), '_');
+    if (volume.raid == "raid1") return std::count(members.begin(), members.end(), 'U') > 1;
+    return at_least_raid6(volume.raid) && lost < 2 && !same_word(state, "Dgrd");
 }
 
 void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& redundancy,
@@ -351,8 +356,10 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
     };
     if (volume.state) {
         for (const auto state : state_words(volume)) {
-            const auto found = rule_for(kVolumeStates, state);
-            const auto rule_name = with_raid_level(found.value_or("volume_state"), volume, state);
+            auto rule_name =
+                rule_for(kVolumeStates, without_members(state)).value_or("volume_state");
+            if (rule_name == "volume_no_redundancy" && has_redundancy(volume, state))
+                rule_name = "volume_degraded";
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
                 redundancy.is_lost(volume);
             if (!rule_name.empty()) remark(rule_name, "state", "state " + *volume.state);

@@ -94,12 +94,27 @@ TEST(Storage, StatesOfVolumes) {
          "warning volume_state:c0_v0 | Volume 0 of controller 0 (RAID1) | state Odd"},
         {"raid1", "clean, degraded, recovering",
          "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (raid1) | state clean, degraded, recovering"},
+        {"raid5", "active, sdc1 faulty, degraded [U_UU]",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (raid5) | state active, sdc1 faulty, degraded [U_UU]"},
+        {"raid1", "active, sdc1 faulty, degraded [UU_]",
+         "warning volume_degraded:c0_v0 | Volume 0 of controller 0 (raid1) | state active, sdc1 faulty, degraded [UU_]"},
+        {"raid1", "active, degraded [U_]",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (raid1) | state active, degraded [U_]"},
+        {"raid6", "active, degraded [U_UU]",
+         "warning volume_degraded:c0_v0 | Volume 0 of controller 0 (raid6) | state active, degraded [U_UU]"},
+        {"raid6", "active, degraded [U_U_]",
+         "critical volume_no_redundancy:c0_v0 | Volume 0 of controller 0 (raid6) | state active, degraded [U_U_]"},
+        {"raid1", "active, sdc1 faulty",
+         "warning volume_state:c0_v0 | Volume 0 of controller 0 (raid1) | state active, sdc1 faulty"},
     };
     for (const auto& one : cases) {
         Inventory inventory;
         inventory.volumes = {volume(0, one.raid, one.state)};
         EXPECT_EQ(judged(inventory), Lines{one.line});
     }
+    Inventory unwritten;
+    unwritten.volumes = {volume(0, "raid5", "active (auto-read-only)")};
+    EXPECT_EQ(judged(unwritten), Lines{});
 }
 
 TEST(Storage, TheVolumeDecidesHowBadAFailedDriveIs) {
