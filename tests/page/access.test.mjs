@@ -4,7 +4,7 @@ import {readFileSync} from "node:fs";
 import {createRequire} from "node:module";
 import {join} from "node:path";
 import {after, before, test} from "node:test";
-import {go, loaded, open, report, samples, start, stop} from "./browser.mjs";
+import {address, go, loaded, open, report, samples, start, stop} from "./browser.mjs";
 
 before(start);
 after(stop);
@@ -51,8 +51,7 @@ for (const [colorScheme, name, viewport] of looks) {
     const found = [];
     for (const view of views) {
       await go(page, view);
-      if (!view.startsWith("#/") && view !== "#ARRAY") await loaded(page);
-      await page.waitForTimeout(150);
+      await loaded(page);
       await page.evaluate(axe);
       const {violations} = await page.evaluate(() => window.axe.run(document, {resultTypes: ["violations"]}));
       for (const {id, nodes} of violations)
@@ -124,6 +123,7 @@ test("a table is one Tab stop, with arrows inside", async () => {
   assert.equal(await press("ArrowUp"), "heading Reading");
   await page.keyboard.press("Enter");
   await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
+  await loaded(page);
   assert.equal(await press("ArrowDown", "ArrowDown"), "cell 0");
   assert.deepEqual(page.trouble, []);
   await page.context().close();
@@ -140,7 +140,7 @@ test("the keys do what the list of keys says", async () => {
   await page.keyboard.type("fan");
   await page.keyboard.press("Enter");
   await page.getByRole("heading", {level: 1, name: "Search"}).waitFor();
-  assert.equal(new URL(page.url()).hash, "#/search/fan");
+  assert.equal(await address(page), "#/search/fan");
   await page.context().close();
 });
 
@@ -152,7 +152,7 @@ test("at 200 % and on a small screen nothing is cut off", async () => {
     const page = await open(made, "", {viewport, deviceScaleFactor: 2});
     for (const view of views) {
       await go(page, view);
-      await page.waitForTimeout(100);
+      await loaded(page);
       const over = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
       assert.ok(over <= 0, `${view} at ${viewport.width} is ${over} pixels too wide`);
     }

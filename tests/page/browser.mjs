@@ -23,10 +23,12 @@ const reports = new Map();
 export function report(machine) {
   if (!reports.has(machine)) {
     const directory = join(work, `report ${reports.size}`);
-    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", "5"], {
+    const isIncomplete = incomplete.has(basename(machine));
+    const patient = isIncomplete ? "5" : "300"; // seconds, which only a tool that hangs is to take
+    const ran = spawnSync(qvhost, ["replay", machine, "--log-dir", directory, "--quiet", "--tool-timeout", patient], {
       encoding: "utf8",
     });
-    if (ran.status !== (incomplete.has(basename(machine)) ? 3 : 0)) throw new Error(`${machine}: ${ran.stderr}`);
+    if (ran.status !== (isIncomplete ? 3 : 0)) throw new Error(`${machine}: ${ran.stderr}`);
     const json = JSON.parse(readFileSync(join(directory, "report/report.json"), "utf8"));
     reports.set(machine, {directory, json, summary: ran.stdout});
   }
@@ -75,21 +77,45 @@ export async function open({directory}, hash = "", options = {}) {
   return page;
 }
 
+// Goes there. The page draws a view in the event that tells of the new address; what the view loads comes later.
 export async function go(page, hash) {
-  await page.evaluate(to => {
-    location.hash = to;
-  }, hash);
+  await page.evaluate(
+    to =>
+      new Promise(drawn => {
+        const before = location.href;
+        const heard = ({newURL}) => {
+          if (newURL !== location.href) return; // of an earlier step
+          window.removeEventListener("hashchange", heard);
+          setTimeout(drawn);
+        };
+        window.addEventListener("hashchange", heard);
+        location.hash = to;
+        if (location.href === before) drawn();
+      }),
+    hash,
+  );
   await page.locator("main h1, main .empty").first().waitFor();
 }
 
-// Waits until the table has all its rows.
-export async function loaded(page) {
-  await page.waitForFunction(() => {
-    const count = document.querySelector(".tools .count");
-    return !count?.textContent.startsWith("loading");
-  });
-  await page.waitForFunction(() => !document.querySelector(".grid") || document.querySelector(".grid .slick-row"));
-}
+// The address by now: what the browser tells of a page's address comes later than what the page draws.
+export const address = page => page.evaluate(() => location.hash);
+
+// Waits until nothing says that it is still loading, reading, looking or sorting.
+export const loaded = page =>
+  page.waitForFunction(() =>
+    [...document.querySelectorAll("main [role=status]")].every(({textContent: said}) => !/^loading|\.\.\.$/.test(said)),
+  );
+
+// Waits until a list says how many rows it has, as a text or as a pattern that the text fits. What it says is drawn
+// together with its rows, and ends in "..." as long as others are shown.
+export const counted = (page, wanted) =>
+  page.waitForFunction(
+    ({text, pattern}) => {
+      const said = document.querySelector(".tools .count")?.textContent ?? "";
+      return text === undefined ? new RegExp(pattern).test(said) && !said.endsWith("...") : said === text;
+    },
+    typeof wanted === "string" ? {text: wanted} : {pattern: wanted.source},
+  );
 
 export async function screenshot(page, name) {
   if (pictures === "") return;

@@ -151,8 +151,7 @@ test("no view and no table comes alive", async () => {
     "#/storage?drive=c0 e1 s1",
   ]) {
     await go(page, view);
-    if (!view.startsWith("#/")) await loaded(page);
-    await page.waitForTimeout(80);
+    await loaded(page);
     await harmless(page, view);
   }
   await screenshot(page, "hostile");

@@ -1,11 +1,11 @@
 // What people do with a page: search, sort, filter, choose columns, copy, follow links, print.
 import assert from "node:assert/strict";
 import {spawnSync} from "node:child_process";
-import {readdirSync, readFileSync, renameSync} from "node:fs";
+import {readdirSync, readFileSync, renameSync, statSync} from "node:fs";
 import {join} from "node:path";
 import {after, before, test} from "node:test";
 import {parse} from "./csv.mjs";
-import {go, loaded, open, report, samples, screenshot, start, stop} from "./browser.mjs";
+import {address, counted, go, loaded, open, report, samples, screenshot, start, stop} from "./browser.mjs";
 import {checkSensors} from "./sensors.mjs";
 
 before(start);
@@ -28,23 +28,30 @@ const firstCells = (page, column = 0) =>
         .map(row => row.querySelectorAll(".slick-cell")[at].innerText.trim()),
     column,
   );
-// Rows that are sorted come after the header's mark.
-const untilFirst = (page, value) =>
-  page.waitForFunction(
-    wanted => document.querySelector(".slick-row[data-row='0'] .slick-cell")?.innerText.trim() === wanted,
-    value,
+// Rows that are sorted come after the header's mark: while they are awaited, the count says so.
+const sorted = async (page, order) => {
+  await page.waitForFunction(
+    wanted => (document.querySelector("[aria-sort]")?.getAttribute("aria-sort") ?? "") === wanted,
+    order,
   );
-const until = (page, text) =>
-  page.waitForFunction(wanted => document.querySelector(".tools .count")?.textContent.startsWith(wanted), text);
+  await loaded(page);
+};
+
+test("the page's own code is small", () => {
+  const assets = join(made.directory, "report/assets");
+  const sizes = readdirSync(assets).map(name => statSync(join(assets, name)).size);
+  assert.ok(sizes.length > 1);
+  assert.ok(sizes.reduce((sum, size) => sum + size, 0) <= 350_000, `${sizes} bytes`);
+});
 
 test("searching a table leaves the rows that have all words", async () => {
   const page = await open(made, "#SENSORINFO");
   await loaded(page);
   await page.getByPlaceholder("Search this table").fill("fan nr");
-  await until(page, "1 of 63");
+  await counted(page, "1 of 63 records");
   assert.deepEqual(await firstCells(page), ["FAN4"]);
   await page.getByRole("button", {name: "Show all"}).click();
-  await until(page, "63 records");
+  await counted(page, "63 records");
   await page.context().close();
 });
 
@@ -61,7 +68,7 @@ test("a column's filter knows parts, whole values, limits and the opposite", asy
     // Discrete readings such as 0x80 are numbers too.
     const wanted = records("SENSORINFO").filter(record => passes(value(record, "item2"))).length;
     await filter.fill(text);
-    await until(page, `${wanted} of 63`);
+    await counted(page, `${wanted} of 63 records`);
   }
   await page.context().close();
 });
@@ -74,18 +81,14 @@ test("sorting is by number where values are numbers, and back", async () => {
   assert.deepEqual(await slots(), order);
   const header = page.getByRole("columnheader", {name: "EID:Slt"});
   await header.click();
-  await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
-  await page.waitForFunction(
-    () => document.querySelector(".slick-row[data-row='1'] .slick-cell")?.innerText.trim() === "10:1",
-  );
+  await sorted(page, "ascending");
   assert.deepEqual((await slots()).slice(0, 3), ["10:0", "10:1", "10:2"]);
   assert.equal((await slots()).at(-1), "10:11");
   await header.click();
-  await page.waitForFunction(() => document.querySelector("[aria-sort=descending]"));
-  await untilFirst(page, "10:11");
+  await sorted(page, "descending");
+  assert.equal((await slots())[0], "10:11");
   await page.getByLabel("Sort").selectOption("as collected");
-  await page.waitForFunction(() => !document.querySelector("[aria-sort]"));
-  await untilFirst(page, "10:0");
+  await sorted(page, "");
   assert.deepEqual(await slots(), order);
   await page.context().close();
 });
@@ -112,9 +115,9 @@ test("copying takes what is shown", async () => {
   const page = await open(made, "#PINFO", {permissions: ["clipboard-read", "clipboard-write"]});
   await loaded(page);
   await page.getByPlaceholder("Search this table").fill("GHS");
-  await until(page, "1 of 12");
-  await page.getByRole("button", {name: "Copy"}).click();
-  await page.getByText("1 row copied").waitFor();
+  await counted(page, "1 of 12 records");
+  // It says so for a moment only.
+  await Promise.all([page.getByText("1 row copied").waitFor(), page.getByRole("button", {name: "Copy"}).click()]);
   const text = await page.evaluate(() => navigator.clipboard.readText());
   assert.equal(text.split("\n").length, 3);
   assert.match(text.split("\n")[1], /^10:7\t18\tGHS\t/);
@@ -179,7 +182,7 @@ test("searching everything counts hits by place: inventory, captures, events, ta
   await screenshot(page, "search");
   await page.locator("main").getByRole("link", {name: "EVENTLOG1", exact: true}).click();
   const there = wanted.filter(record => record.table === "EVENTLOG1").length;
-  await until(page, `${there.toLocaleString("en")} of 2,999`);
+  await counted(page, `${there.toLocaleString("en")} of 2,999 records`);
   await go(page, "#/search/EXS0002201");
   await page.locator("main section", {hasText: "Inventory"}).waitFor();
   await go(page, "#/search/EDAC MC1");
@@ -231,8 +234,8 @@ test("a click on a slot shows everything about its drive, and the address leads 
   const page = await open(made, "#/storage");
   await page.locator(".slots .slot.bad a", {hasText: "10:5"}).click();
   const panel = page.getByRole("region", {name: "Drive 10:5 of controller 0"});
-  await panel.getByText("events").first().waitFor();
-  await page.waitForFunction(() => !/Looking through/.test(document.querySelector(".chosen").textContent));
+  await panel.waitFor();
+  await loaded(page);
   const text = await panel.innerText();
   for (const words of ["EX220005", "5000220000000005", "EX02", "41 °C", "218", "1.089 TiB", "state Offln"])
     assert.ok(text.includes(words), words);
@@ -244,27 +247,25 @@ test("a click on a slot shows everything about its drive, and the address leads 
   for (const line of lines) assert.match(line, /^10:5\b|\/c0\/e10\/s5\b|EX220005/);
   assert.ok(lines.some(line => line.startsWith("10:5 ")) && lines.some(line => line.includes("/c0/e10/s5")));
   await panel.getByRole("link", {name: /^\d+ events$/}).click();
-  await page.locator(".slick-row").first().waitFor();
   const named = sql("SELECT count(*) FROM events WHERE source='controller 0' AND text LIKE '%(e0x0a/s5)%'");
-  await until(page, `${named} of `);
+  await counted(page, new RegExp(`^${named} of `));
   await page.goBack();
   await panel.waitFor();
   await page.keyboard.press("Escape");
   await panel.waitFor({state: "detached"});
-  assert.equal(new URL(page.url()).hash, "#/storage");
+  assert.equal(await address(page), "#/storage");
   assert.deepEqual(page.trouble, []);
   await page.context().close();
 });
 
 test("one list has the events of all sources, sorted by time, the repeated ones folded", async () => {
   const page = await open(made, "#/events");
-  await page.locator(".slick-row").first().waitFor();
   const total = sql("SELECT count(*) FROM events");
   const kinds = sql(
     "SELECT count(*) FROM (SELECT DISTINCT source, severity, ifnull(subject, char(0)), text FROM events)",
   );
   const number = n => Number(n).toLocaleString("en");
-  await until(page, `${number(total)} events, ${number(kinds)} rows`);
+  await counted(page, `${number(total)} events, ${number(kinds)} rows`);
   assert.match(
     (await page.locator(".slick-row[data-row='0']").innerText()).trim(),
     /^2026-11-18 09:23:15\s+critical\s+bmc/,
@@ -278,16 +279,16 @@ test("one list has the events of all sources, sorted by time, the repeated ones 
     Number(sql("SELECT count(*) FROM events WHERE time IS NOT NULL")),
   );
   await page.getByLabel("fold repeated").uncheck();
-  await until(page, `${number(total)} events`);
+  await counted(page, `${number(total)} events`);
   const times = (await firstCells(page)).filter(time => time !== "no clock");
   assert.deepEqual(times, times.toSorted().toReversed());
   await page.getByRole("button", {name: "critical"}).click();
   await page.getByLabel("Source").selectOption("bmc");
   const critical = sql("SELECT count(*) FROM events WHERE source='bmc' AND severity='critical'");
-  await until(page, `${critical} of ${number(total)}`);
+  await counted(page, `${critical} of ${number(total)} events`);
   await page.getByPlaceholder("Search the events").fill("uncorrectable");
   const uncorrectable = sql("SELECT count(*) FROM events WHERE source='bmc' AND text LIKE '%uncorrectable%'");
-  await until(page, `${uncorrectable} of ${number(total)}`);
+  await counted(page, `${uncorrectable} of ${number(total)} events`);
   await page.locator(".slick-row .slick-cell").first().click();
   await page.getByRole("region", {name: "Event"}).getByRole("link", {name: "selinfo.txt, line 81"}).click();
   await page.locator("mark[data-line='81']").waitFor();
@@ -336,23 +337,22 @@ test("a table's row leads to its line, and a line to its row, its event and its 
 
 test("a span of events ends at the time of the collection", async () => {
   const page = await open(made, "#/events?fold=no");
-  await page.locator(".slick-row").first().waitFor();
   await page.getByLabel("Time", {exact: true}).selectOption("last 7 days");
   // machine.json tells when the server was recorded.
   const within = sql("SELECT count(*) FROM events WHERE time BETWEEN '2026-11-11T10:42:19' AND '2026-11-18T10:42:19'");
-  await until(page, `${within} of `);
+  await counted(page, new RegExp(`^${within} of `));
   const [first] = await page.locator(".timeline a").all();
-  const counted = Number((await first.locator("title").textContent()).match(/^([\d,]+) event/)[1].replace(/,/g, ""));
+  const held = Number((await first.locator("title").textContent()).match(/^([\d,]+) event/)[1].replace(/,/g, ""));
   await first.click();
-  await until(page, `${counted} of `);
+  await counted(page, new RegExp(`^${held} of `));
   await page.goBack();
-  await until(page, `${within} of `);
+  await counted(page, new RegExp(`^${within} of `));
   await page.context().close();
 });
 
 test("events without a clock say so", async () => {
   const page = await open(made, "#/events?fold=no&sort=time");
-  await page.locator(".slick-row").first().waitFor();
+  await counted(page, /^[\d,]+ events$/);
   assert.ok((await firstCells(page)).includes("no clock"));
   assert.doesNotMatch(await page.locator(".grid").innerText(), /1970|2070/);
   await page.getByText("28 without a time").waitFor();
@@ -382,40 +382,39 @@ test("memory and power are drawn from the inventory", async () => {
 test("what is filtered, sorted and open stands in the address, and back undoes it", async () => {
   const page = await open(made, "#SENSORINFO");
   await loaded(page);
-  const hash = () => new URL(page.url()).hash;
   const warm = records("SENSORINFO").filter(record => value(record, "item1").toLowerCase().includes("temp"));
   const ok = warm.filter(record => value(record, "item4") === "ok").length;
   await page.getByPlaceholder("Search this table").fill("temp");
-  await until(page, `${warm.length} of 63`);
+  await counted(page, `${warm.length} of 63 records`);
   await page.getByRole("columnheader", {name: "Reading"}).click();
-  await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
+  await sorted(page, "ascending");
   await page.getByLabel("Filter Status").fill("=ok");
-  await until(page, `${ok} of 63`);
+  await counted(page, `${ok} of 63 records`);
   await page.locator(".slick-row[data-row='0'] .slick-cell").first().click();
   const panel = page.locator(".chosen");
   await panel.waitFor();
-  const [there, title] = [hash(), await panel.getAttribute("aria-label")];
+  const [there, title] = [await address(page), await panel.getAttribute("aria-label")];
   assert.match(there, /^#SENSORINFO@\d+\?search=temp&sort=item2&filter\.item4=%3Dok$/);
 
   const other = await open(made, there);
-  await loaded(other);
-  await until(other, `${ok} of 63`);
+  await counted(other, `${ok} of 63 records`);
   assert.equal(await other.locator(".chosen").getAttribute("aria-label"), title);
   assert.equal(await other.getByPlaceholder("Search this table").inputValue(), "temp");
   assert.equal(await other.getByLabel("Filter Status").inputValue(), "=ok");
   assert.equal(await other.locator("[aria-sort=ascending]").count(), 1);
-  assert.deepEqual(await firstCells(other), await firstCells(page));
+  // Of the rows above an open record some more may be drawn than fit.
+  assert.deepEqual((await firstCells(other)).slice(0, 8), (await firstCells(page)).slice(0, 8));
   await other.context().close();
 
   await page.goBack();
   await panel.waitFor({state: "detached"});
-  await until(page, `${ok} of 63`);
+  await counted(page, `${ok} of 63 records`);
   await page.goBack();
-  await page.waitForFunction(() => !document.querySelector("[aria-sort]"));
-  await until(page, `${warm.length} of 63`);
+  await sorted(page, "");
+  await counted(page, `${warm.length} of 63 records`);
   await page.goForward();
-  await page.waitForFunction(() => document.querySelector("[aria-sort=ascending]"));
-  await until(page, `${ok} of 63`);
+  await sorted(page, "ascending");
+  await counted(page, `${ok} of 63 records`);
   await page.context().close();
 });
 
@@ -425,7 +424,7 @@ test("a capture is evidence: its command, lines that can be linked, and finding 
   assert.ok(await page.locator(".command").first().isVisible());
   await page.locator(".line-numbers a", {hasText: /^85$/}).click();
   await page.locator("mark[data-line='85']").waitFor();
-  assert.equal(new URL(page.url()).hash, "#/capture/c0_showall.txt@85");
+  assert.equal(await address(page), "#/capture/c0_showall.txt@85");
   const text = readFileSync(join(made.directory, "c0_showall.txt"), "utf8").split("\n");
   const lines = text.flatMap((line, at) => (line.toLowerCase().includes("dgrd") ? [at + 1] : []));
   assert.ok(lines.length > 2);
@@ -438,7 +437,7 @@ test("a capture is evidence: its command, lines that can be linked, and finding 
   await page.getByRole("button", {name: "Previous"}).click();
   const before = lines.at(lines.indexOf(next) - 1);
   await page.locator(`mark[data-line='${before}']`).waitFor();
-  assert.equal(new URL(page.url()).hash, `#/capture/c0_showall.txt@${before}?find=dgrd`);
+  assert.equal(await address(page), `#/capture/c0_showall.txt@${before}?find=dgrd`);
   assert.equal((await page.locator("pre.capture").textContent()).trimEnd(), text.join("\n").trimEnd());
   await page.context().close();
 });

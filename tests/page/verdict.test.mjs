@@ -5,7 +5,7 @@ import {cpSync, mkdirSync, readFileSync, writeFileSync} from "node:fs";
 import {join} from "node:path";
 import {after, before, test} from "node:test";
 import {runInNewContext} from "node:vm";
-import {go, open, report, samples, start, stop, work} from "./browser.mjs";
+import {go, loaded, open, report, samples, start, stop, work} from "./browser.mjs";
 
 before(start);
 after(stop);
@@ -232,7 +232,7 @@ test("a hostile verdict is text", async () => {
     "#/capture/c0_showall.txt@90",
   ]) {
     await go(page, view);
-    await page.waitForTimeout(100);
+    await loaded(page);
     const found = await page.evaluate(() => ({
       hurt: window.hurt,
       made: document.querySelectorAll("img, main script, [onerror]").length,

@@ -1,6 +1,6 @@
 // The frame: what the report is about, where one is in it, and the way to everything else.
 import type {FunctionComponent} from "preact";
-import {useEffect, useMemo, useRef, useState} from "preact/hooks";
+import {useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
 import {CaptureView} from "./capture_view";
 import {CapturesView} from "./captures";
 import type {Overview} from "./data";
@@ -82,7 +82,8 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
   const main = useRef<HTMLElement>(null);
   const search = useRef<HTMLInputElement>(null);
 
-  useEffect(() => {
+  // What is drawn can be used: no address and no key is missed, and the colours come with it.
+  useLayoutEffect(() => {
     let last = places(routeOf(location.hash));
     const moved = () => {
       const next = routeOf(location.hash);
@@ -98,7 +99,7 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
     window.addEventListener("hashchange", moved);
     return () => window.removeEventListener("hashchange", moved);
   }, []);
-  useEffect(() => {
+  useLayoutEffect(() => {
     const pressed = (event: KeyboardEvent) => {
       if (event.ctrlKey || event.metaKey || event.altKey || event.defaultPrevented) return;
       const typing = (event.target as Element).closest("input, select, textarea") !== null;
@@ -118,8 +119,8 @@ export function App({overview, nonce}: {overview: Overview; nonce: string}) {
     window.addEventListener("keydown", pressed);
     return () => window.removeEventListener("keydown", pressed);
   }, []);
-  useEffect(() => applyTheme(theme), [theme]);
-  useEffect(() => {
+  useLayoutEffect(() => applyTheme(theme), [theme]);
+  useLayoutEffect(() => {
     document.title = `${oneLine(titleOf(route))} - ${serverName(overview)}`;
   }, [route]);
 

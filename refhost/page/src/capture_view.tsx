@@ -99,9 +99,10 @@ function CaptureText({
   const pre = useRef<HTMLPreElement>(null);
   useLayoutEffect(() => {
     if (!mark.current || !box.current) return;
-    // Within its box: what made the capture stays in sight above.
+    // Within its box; the page no further than needed: what made the capture stays in sight above.
     box.current.scrollTop = mark.current.offsetTop - box.current.clientHeight / 2;
-    box.current.scrollIntoView({block: "nearest"});
+    const below = mark.current.getBoundingClientRect().bottom + 48 - innerHeight;
+    if (below > 0) window.scrollBy(0, below);
   }, [text, line]);
   useEffect(() => {
     highlight(pre.current, found.starts, find.length);
@@ -266,7 +267,7 @@ export function CaptureView({capture, route, overview}: {capture: Capture; route
       )}
       {capture.kind !== "directory" && capture.size === 0 && <p class="empty">The file is empty.</p>}
       {capture.kind === "binary" && <p class="empty">Not a text.</p>}
-      {capture.data !== "" && text === null && failure === "" && <p>Reading ...</p>}
+      {capture.data !== "" && text === null && failure === "" && <p role="status">Reading ...</p>}
       {text !== null && capture.size > 0 && (
         <CaptureText capture={capture} text={text} route={route} overview={overview} />
       )}

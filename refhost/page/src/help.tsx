@@ -1,5 +1,5 @@
 // The keys that the page knows.
-import {useEffect, useRef} from "preact/hooks";
+import {useLayoutEffect, useRef} from "preact/hooks";
 
 const KEYS = [
   ["/", "search everything"],
@@ -13,7 +13,7 @@ const KEYS = [
 
 export function Help({close}: {close: () => void}) {
   const dialog = useRef<HTMLDialogElement>(null);
-  useEffect(() => dialog.current?.showModal(), []);
+  useLayoutEffect(() => dialog.current?.showModal(), []);
   return (
     <dialog ref={dialog} aria-label="Keys" onClose={close}>
       <h2>Keys</h2>

@@ -1,6 +1,6 @@
 // What is open beside or above a list: one record, one drive, one event. Esc closes it.
 import type {ComponentChildren} from "preact";
-import {useEffect, useRef} from "preact/hooks";
+import {useLayoutEffect, useRef} from "preact/hooks";
 
 export function Panel({
   title,
@@ -20,7 +20,7 @@ export function Panel({
   const panel = useRef<HTMLElement>(null);
   const latest = useRef(close);
   latest.current = close;
-  useEffect(() => {
+  useLayoutEffect(() => {
     if (focus) {
       panel.current?.focus({preventScroll: true});
       panel.current?.scrollIntoView({block: "nearest"});

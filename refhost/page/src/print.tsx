@@ -98,7 +98,7 @@ function NotOk({overview}: {overview: Overview}) {
 
 function Newest({overview}: {overview: Overview}) {
   const {found, reading, failure} = useEventsWith(overview, () => true, "newest");
-  if (reading) return <p class="reading">Reading the events ...</p>;
+  if (reading) return <p role="status">Reading the events ...</p>;
   if (failure !== "") return <p class="problem">{failure}</p>;
   if (found.length === 0) return <p>No capture tells of an event.</p>;
   return (

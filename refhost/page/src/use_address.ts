@@ -1,5 +1,5 @@
 // What a view shows, kept in the address: a link opens on the same thing, back and forward work.
-import {useEffect, useRef, useState} from "preact/hooks";
+import {useLayoutEffect, useRef, useState} from "preact/hooks";
 import {note, visit, type Route} from "./route";
 
 export type Change<Shown> = (next: Shown, isStep?: boolean) => void;
@@ -14,7 +14,7 @@ export function useAddress<Shown>(
   const [shown, setShown] = useState(() => read(route));
   const current = useRef(shown);
   current.current = shown;
-  useEffect(() => {
+  useLayoutEffect(() => {
     const next = read(route);
     if (hash(next) !== hash(current.current)) setShown(next);
   }, [route]);

@@ -148,7 +148,11 @@ function LinesOf({drive, overview}: {drive: Drive; overview: Overview}) {
           {more > 0 && <p class="note">{count(more, "more line")}</p>}
         </div>
       ))}
-      {reading ? <p>Looking through the captures ...</p> : found.length === 0 && <p class="empty">None names it.</p>}
+      {reading ? (
+        <p role="status">Looking through the captures ...</p>
+      ) : (
+        found.length === 0 && <p class="empty">None names it.</p>
+      )}
     </section>
   );
 }

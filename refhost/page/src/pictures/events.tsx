@@ -234,7 +234,7 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
         {failure}
       </p>
     );
-  if (!list || !events) return <p>Reading the events ...</p>;
+  if (!list || !events) return <p role="status">Reading the events ...</p>;
   const toggled = (severity: string) =>
     shown.severities.includes(severity)
       ? shown.severities.filter(word => word !== severity)

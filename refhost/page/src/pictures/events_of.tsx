@@ -28,7 +28,7 @@ export function EventsOf({
           {failure}
         </p>
       )}
-      {reading && <p>Looking through the events ...</p>}
+      {reading && <p role="status">Looking through the events ...</p>}
       {!reading && failure === "" && found.length === 0 && <p class="empty">No event names it.</p>}
       {found.length > 0 && (
         <>
