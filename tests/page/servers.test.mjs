@@ -125,7 +125,9 @@ for (const machine of machines) {
       const byPlace = (a, b) =>
         (a.controller ?? Infinity) - (b.controller ?? Infinity) ||
         (a.enclosure ?? Infinity) - (b.enclosure ?? Infinity) ||
-        (a.slot ?? Infinity) - (b.slot ?? Infinity);
+        (a.slot ?? Infinity) - (b.slot ?? Infinity) ||
+        (a.device_id ?? 0) - (b.device_id ?? 0) ||
+        (a.device ?? "").localeCompare(b.device ?? "", "en", {numeric: true});
       const inOrder = inventory.drives.toSorted(byPlace);
       holds(
         await texts(".slots .slot:not(.empty)"),
@@ -181,7 +183,10 @@ for (const machine of machines) {
         .evaluateAll(all =>
           all.map(one => [...one.querySelectorAll(".members > li")].map(line => line.textContent.replace(/\s+/g, " "))),
         );
-      const wanted = [...told.values()].map(members => [...members.values()]);
+      const inArray = ({span, position}) => (span ?? 0) * 1000 + (position ?? 999);
+      const wanted = [...told.values()].map(members =>
+        [...members.values()].toSorted((a, b) => inArray(a) - inArray(b)),
+      );
       assert.equal(drawn.length, wanted.length, "arrays");
       for (const members of wanted) {
         const at = drawn.findIndex(

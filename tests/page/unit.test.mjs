@@ -294,6 +294,11 @@ test("slots stand where the enclosure has them, empty ones between", () => {
   assert.deepEqual(numbers([1, 1], undefined), ["1", "1"]);
   assert.deepEqual(numbers([], 4), []);
   assert.ok(numbers([0, 1_000_000_000], 3).length < 2000);
+  const unplaced = [{device: "/dev/sdb"}, {device: "/dev/nvme10n1"}, {device: "/dev/nvme2n1"}, {device_id: 4}];
+  assert.deepEqual(
+    part.slotsOf(unplaced, undefined).map(({drive}) => drive.device ?? drive.device_id),
+    ["/dev/nvme2n1", "/dev/nvme10n1", "/dev/sdb", 4],
+  );
 });
 
 test("volumes and the drives that make them", () => {
@@ -323,15 +328,15 @@ test("volumes and the drives that make them", () => {
         {number: 4, controller: 0},
       ],
       volume_members: [
-        at(1, {...group, volume: 0, enclosure: 252, slot: 1, serial: "C"}),
-        at(1, {...group, volume: 1, enclosure: 252, slot: 1, serial: "C"}),
-        at(2, {...group, volume: 0, serial: "A"}),
+        at(1, {...group, volume: 0, position: 1, enclosure: 252, slot: 1, serial: "C"}),
+        at(1, {...group, volume: 1, position: 1, enclosure: 252, slot: 1, serial: "C"}),
+        at(2, {...group, volume: 0, position: 0, serial: "A"}),
         at(3, {...group, volume: 0, position: 2, state: "Msng"}),
         at(3, {...group, volume: 1, position: 2, state: "Msng"}),
         at(4, {controller: 0, is_spare: true, device_id: 7}),
       ],
     }),
-    ["0 group 0: 0,1 of 1,0,?3", "0 volume 4: 4 of "],
+    ["0 group 0: 0,1 of 0,1,?3", "0 volume 4: 4 of "],
   );
   // Software storage names devices, whatever controller they are behind.
   assert.deepEqual(

@@ -9,6 +9,9 @@ function Subsystem({health, overview}: {health: Health; overview: Overview}) {
   const own = (overview.findings ?? []).filter(
     ({subsystem, severity}) => subsystem === health.subsystem && severity !== "notice",
   );
+  const why = [...(own.length > 0 ? [count(own.length, "finding")] : []), ...missing.slice(0, 1).map(visible)].join(
+    "; ",
+  );
   const reason = [
     ...missing.map(words => `missing: ${visible(words)}`),
     ...(judged_by.length > 0 ? [`judged by ${judged_by.map(visible).join(", ")}`] : []),
@@ -20,12 +23,11 @@ function Subsystem({health, overview}: {health: Health; overview: Overview}) {
           <SeverityMark of={health.health} />
           <span class="name">{health.subsystem === "bmc" ? "BMC" : visible(health.subsystem)}</span>{" "}
           <strong class="word">{health.health}</strong>
-          {missing.length > 0 && (
+          {why !== "" && (
             <small class="why">
-              <bdi>{visible(missing[0]!)}</bdi>
+              <bdi>{why}</bdi>
             </small>
           )}
-          {missing.length === 0 && own.length > 0 && <small class="why">{count(own.length, "finding")}</small>}
         </summary>
         {own.length > 0 && (
           <p>

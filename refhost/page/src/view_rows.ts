@@ -56,7 +56,7 @@ function tests(rows: Rows, wanted: Wanted): Test[] {
 }
 
 const MANY = 100_000;
-const natural = new Intl.Collator("en", {numeric: true});
+export const natural = new Intl.Collator("en", {numeric: true});
 
 export function comparison(rows: Rows, column: number): (a: number, b: number) => number {
   const numbers = new Float64Array(rows.count);

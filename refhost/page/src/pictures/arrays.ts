@@ -41,7 +41,9 @@ function membersOf(told: VolumeMember[], drives: Drive[]): Member[] {
     const key = drive ?? `${one.capture} ${one.line} ${one.device ?? ""}`; // a line is told of each of its volumes
     if (!all.has(key)) all.set(key, {told: one, drive});
   }
-  return [...all.values()];
+  // As they stand in it, those without a place last.
+  const place = ({told: {span, position}}: Member) => (span ?? 0) * 1000 + (position ?? 999);
+  return [...all.values()].sort((a, b) => place(a) - place(b));
 }
 
 const HUES = 6; // of which style.css has a colour each

@@ -1,5 +1,6 @@
 // The slots of an enclosure in their order.
 import type {Drive} from "../data";
+import {natural} from "../view_rows";
 
 export interface PlacedSlot {
   number: number | undefined; // undefined: of a drive without a slot
@@ -10,7 +11,10 @@ export interface PlacedSlot {
 // without one of them only the slots between drives are drawn as empty.
 export function slotsOf(drives: Drive[], slots: number | undefined): PlacedSlot[] {
   const named = drives.filter(drive => drive.slot !== undefined).sort((a, b) => a.slot! - b.slot!);
-  const others = drives.filter(drive => drive.slot === undefined).map(drive => ({number: undefined, drive}));
+  const others = drives
+    .filter(drive => drive.slot === undefined)
+    .sort((a, b) => (a.device_id ?? 0) - (b.device_id ?? 0) || natural.compare(a.device ?? "", b.device ?? ""))
+    .map(drive => ({number: undefined, drive}));
   if (named.length === 0) return others;
   let [first, last] = [named[0]!.slot!, named.at(-1)!.slot!];
   if (slots !== undefined && first === 0) last = Math.max(last, slots - 1);

@@ -33,6 +33,13 @@ const size = (bytes: number | undefined) => (bytes === undefined ? undefined : c
 
 const holds = (drive: Drive) => (array: DriveArray) => array.members.some(member => member.drive === drive);
 
+// What its tool says; of a drive of the system's own arrays, what they say of it.
+function stateOf(drive: Drive, arrays: DriveArray[]): string {
+  const told = arrays.flatMap(({members}) => members.flatMap(one => (one.drive === drive && one.told.state) || []));
+  const states = drive.state ?? [...new Set(told)].join(", ");
+  return states || (drive.smart_alert === false ? "no SMART alert" : "state not told");
+}
+
 function Progress({percent, of}: {percent: number; of: string}) {
   return (
     <span class="progress">
@@ -67,6 +74,7 @@ function Slot({drive, drawing}: {drive: Drive; drawing: Drawing}) {
   const severity = worst(drawing.about(drive));
   const key = driveKey(drive);
   const isOpen = key === drawing.open;
+  const arrays = drawing.arrays.filter(holds(drive));
   return (
     <li class={`slot ${levelOf(severity)}`}>
       <a
@@ -77,8 +85,8 @@ function Slot({drive, drawing}: {drive: Drive; drawing: Drawing}) {
         <strong>
           <bdi>{visible(drivePlace(drive)) || "no slot"}</bdi>
         </strong>
-        <State printed={drive.state ?? "state not told"} words={driveStates} severity={severity} />
-        {drawing.arrays.filter(holds(drive)).map(array => (
+        <State printed={stateOf(drive, arrays)} words={driveStates} severity={severity} />
+        {arrays.map(array => (
           <span key={`${array.controller} ${array.name}`} class={`group hue${array.hue}`}>
             <bdi>{visible(array.name)}</bdi>
           </span>
@@ -132,7 +140,7 @@ function VolumeLine({volume, drawing}: {volume: Volume; drawing: Drawing}) {
         </span>
         {(operation !== undefined || progress !== undefined) && (
           <span class="what">
-            <bdi>{visible(operation ?? "")}</bdi>
+            <bdi>{visible(operation ?? "")}</bdi>{" "}
             {progress !== undefined && <Progress percent={progress} of={operation ?? "Progress"} />}
           </span>
         )}
@@ -143,7 +151,8 @@ function VolumeLine({volume, drawing}: {volume: Volume; drawing: Drawing}) {
 
 // A drive that makes a volume; one that no list has is missing.
 function MemberLine({member: {told, drive}, drawing}: {member: Member; drawing: Drawing}) {
-  const spare = told.is_spare === true && <small> spare</small>;
+  const isSpare = told.is_spare === true && !/spare/i.test(drive?.state ?? told.state ?? "");
+  const spare = isSpare && <small> spare</small>;
   if (drive !== undefined)
     return (
       <li>
@@ -199,7 +208,7 @@ function Arrays({arrays, drives, drawing}: {arrays: DriveArray[]; drives: Drive[
         ))}
         {spares.length > 0 && (
           <article class="array">
-            <h4>Hot spares of no single volume</h4>
+            <h4>Hot spares</h4>
             <ul class="spares members">
               {spares.map((drive, at) => (
                 <MemberLine key={at} member={{told: drive, drive}} drawing={drawing} />
@@ -230,11 +239,13 @@ const enclosureSays = ({model, serial, state, slots}: Enclosure) =>
 function EnclosurePart({
   enclosure,
   number,
+  isOnly,
   drives,
   drawing,
 }: {
   enclosure: Enclosure | undefined;
   number: number | undefined;
+  isOnly: boolean;
   drives: Drive[];
   drawing: Drawing;
 }) {
@@ -242,16 +253,18 @@ function EnclosurePart({
   const title = number === undefined ? "Without an enclosure" : `Enclosure ${number}`;
   return (
     <section class="enclosure">
-      <h3>
-        {title}{" "}
-        {enclosure !== undefined && (
-          <small>
-            <Standing overview={overview} place={enclosure}>
-              <State printed={enclosureSays(enclosure)} severity={worst(here(enclosure))} />
-            </Standing>
-          </small>
-        )}
-      </h3>
+      {(number !== undefined || !isOnly) && (
+        <h3>
+          {title}{" "}
+          {enclosure !== undefined && (
+            <small>
+              <Standing overview={overview} place={enclosure}>
+                <State printed={enclosureSays(enclosure)} severity={worst(here(enclosure))} />
+              </Standing>
+            </small>
+          )}
+        </h3>
+      )}
       {drives.length === 0 ? (
         <p class="empty">No drive in it is listed.</p>
       ) : (
@@ -299,6 +312,7 @@ function ControllerPart({number, drawing}: {number: number | undefined; drawing:
         <EnclosurePart
           key={enclosure}
           number={enclosure}
+          isOnly={numbers.length === 1}
           enclosure={enclosures.find(one => one.number === enclosure)}
           drives={drives.filter(one => one.enclosure === enclosure)}
           drawing={drawing}
