@@ -21,11 +21,11 @@ export function CapturesView({overview}: {overview: Overview}) {
               <th scope="col" class="number">
                 Size
               </th>
-              <th scope="col">Made by</th>
+              <th scope="col">Ended</th>
               <th scope="col" class="number">
                 Took
               </th>
-              <th scope="col">Ended</th>
+              <th scope="col">Made by</th>
             </tr>
           </thead>
           <tbody>
@@ -39,6 +39,10 @@ export function CapturesView({overview}: {overview: Overview}) {
                     </a>
                   </td>
                   <td class="number">{capture.kind === "directory" ? "folder" : bytes(capture.size)}</td>
+                  <td class={command && command.outcome !== "" ? "raised" : ""}>
+                    {command ? command.outcome || "well" : ""}
+                  </td>
+                  <td class="number">{command ? seconds(command.seconds) : ""}</td>
                   <td>
                     {command ? (
                       <code>
@@ -47,10 +51,6 @@ export function CapturesView({overview}: {overview: Overview}) {
                     ) : (
                       "no recorded command names it"
                     )}
-                  </td>
-                  <td class="number">{command ? seconds(command.seconds) : ""}</td>
-                  <td class={command && command.outcome !== "" ? "raised" : ""}>
-                    {command ? command.outcome || "well" : ""}
                   </td>
                 </tr>
               );
@@ -75,23 +75,23 @@ function Others({overview}: {overview: Overview}) {
         <table class="list">
           <thead>
             <tr>
-              <th scope="col">Command</th>
+              <th scope="col">Ended</th>
               <th scope="col" class="number">
                 Took
               </th>
-              <th scope="col">Ended</th>
+              <th scope="col">Command</th>
             </tr>
           </thead>
           <tbody>
             {others.map((command, at) => (
               <tr key={at}>
+                <td class={command.outcome !== "" ? "raised" : ""}>{command.outcome || "well"}</td>
+                <td class="number">{seconds(command.seconds)}</td>
                 <td>
                   <code>
                     <bdi>{visible(command.text)}</bdi>
                   </code>
                 </td>
-                <td class="number">{seconds(command.seconds)}</td>
-                <td class={command.outcome !== "" ? "raised" : ""}>{command.outcome || "well"}</td>
               </tr>
             ))}
           </tbody>
