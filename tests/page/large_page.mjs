@@ -72,27 +72,38 @@ async function openings(times) {
   return Math.round(all.toSorted((a, b) => a - b)[Math.floor(times / 2)]);
 }
 
-async function table(id) {
+// Waits until a list says how many it has, and is done: it tells its last rows together with that.
+const until = (page, pattern) =>
+  page.waitForFunction(
+    wanted => {
+      const told = document.querySelector(".tools .count")?.textContent ?? "";
+      return new RegExp(wanted).test(told) && !/^loading|\.\.\.$/.test(told);
+    },
+    pattern,
+    {timeout: 120_000},
+  );
+
+async function opened() {
   const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
   await page.goto(`${index}#/captures`);
   await page.locator("main h1").waitFor();
-  const until = text =>
-    page.waitForFunction(
-      wanted => {
-        const shown = document.querySelector(".tools .count")?.textContent ?? "";
-        return new RegExp(wanted).test(shown) && !/loading|\.\.\./.test(shown);
-      },
-      text,
-      {timeout: 120_000},
-    );
-  const result = {};
-  result["first rows"] = await watched(page, async () => {
+  return page;
+}
+
+// From the address to the first rows and to all of them.
+async function listed(page, hash) {
+  const first = await watched(page, async () => {
     await page.evaluate(to => {
       location.hash = to;
-    }, `#${id}`);
+    }, hash);
     await page.locator(".slick-row").first().waitFor();
   });
-  result["all rows"] = await watched(page, () => until("record"));
+  return {"first rows": first, "all rows": await watched(page, () => until(page, "record|event"))};
+}
+
+async function table(id) {
+  const page = await opened();
+  const result = await listed(page, `#${id}`);
   result["scroll through all"] = await watched(page, () =>
     page.evaluate(async () => {
       const view = document.querySelector(".slick-viewport-left.slick-viewport-top");
@@ -105,41 +116,39 @@ async function table(id) {
   );
   result["filter"] = await watched(page, async () => {
     await page.getByPlaceholder("Search this table").fill("9999");
-    await until(" of ");
+    await until(page, " of ");
   });
   result["sort"] = await watched(page, async () => {
     await page.getByRole("button", {name: "Show all"}).click();
     await page.getByLabel("Sort").selectOption({index: 1});
     await page.waitForFunction(() => document.querySelector("[aria-sort]"));
-    await until("record");
+    await until(page, "record");
   });
   result.heap_mib = await heap(page);
   await page.context().close();
   return result;
 }
 
+// The events of all sources, sorted by time, the repeated ones folded.
 async function events() {
-  const page = await (await browser.newContext({viewport: {width: 1280, height: 900}})).newPage();
-  await page.goto(`${index}#/captures`);
-  await page.locator("main h1").waitFor();
-  const drawn = await watched(page, async () => {
-    await page.evaluate(() => {
-      location.hash = "#/events";
-    });
-    await page.locator(".timeline").waitFor();
-  });
+  const page = await opened();
+  const result = await listed(page, "#/events");
+  result.heap_mib = await heap(page);
   await page.context().close();
-  return drawn;
+  return result;
 }
 
 const rows = [{row: "page", what: "first paint", took_ms: await openings(5)}];
 const note = (what, {took_ms, longest_freeze_ms}, more = {}) =>
   rows.push({row: "page", what, took_ms, longest_freeze_ms, ...more});
-for (const id of ["EVENTLOG5", "FWTERMLOG"]) {
-  const {heap_mib, ...steps} = await table(id);
+for (const [id, measure] of [
+  ["EVENTLOG5", table],
+  ["FWTERMLOG", table],
+  ["events", events],
+]) {
+  const {heap_mib, ...steps} = await measure(id);
   for (const [step, measured] of Object.entries(steps)) note(`${id}: ${step}`, measured);
   rows.push({row: "page", what: `${id}: memory of its values and the page`, heap_mib});
 }
-note("events over time", await events());
 await browser.close();
 console.log(JSON.stringify(rows, null, 1));
