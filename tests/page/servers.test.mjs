@@ -159,6 +159,9 @@ for (const machine of machines) {
         ]),
         "volumes",
       );
+      const ofGroups = made.json.findings.filter(({subject}) => /^Drive group \d+ of controller \d+$/.test(subject));
+      const groups = (await texts(".array h4")).join(" ");
+      for (const {says} of ofGroups) assert.ok(groups.includes(says), says);
       // Each volume with the drives that its captures name, and each spare of no volume.
       const arrayOf = ({controller, drive_group, volume, volume_name}) =>
         JSON.stringify([controller, drive_group ?? -1, drive_group === null ? (volume ?? volume_name) : null]);

@@ -175,9 +175,16 @@ function MemberLine({member: {told, drive}, drawing}: {member: Member; drawing: 
 }
 
 function ArrayPart({array, drawing}: {array: DriveArray; drawing: Drawing}) {
+  // Said of the group where no volume of it is listed.
+  const name = `Drive group ${array.group}`;
+  const found = drawing.overview.findings?.find(({subject}) => subject === `${name} of controller ${array.controller}`);
   return (
     <article class={`array hue${array.hue}`}>
-      {array.group !== undefined && <h4>Drive group {array.group}</h4>}
+      {array.group !== undefined && (
+        <h4>
+          {name} {found && <State printed={found.says} severity={found.severity} />}
+        </h4>
+      )}
       <ul class="volumes">
         {array.volumes.map((volume, at) => (
           <VolumeLine key={at} volume={volume} drawing={drawing} />
