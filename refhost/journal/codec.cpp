@@ -10,10 +10,25 @@ namespace qvhost::journal {
 
 namespace {
 
-// The kinds are the places of the alternatives in the variants.
+// The kinds of entries. A journal that an older program has left is read, so a number keeps its meaning and a new
+// kind gets a new one. Some builds after 1.0.0 wrote 5 for a question, never right behind a record, and 6 for a
+// record like the one before; 7 is left out for the same reason.
+constexpr std::uint8_t kModule = 0;
+constexpr std::uint8_t kTableStart = 1;
 constexpr std::uint8_t kRecord = 2;
-static_assert(std::is_same_v<std::variant_alternative_t<kRecord, JournalEntry>, Record>);
-constexpr std::uint8_t kLikeBefore = std::variant_size_v<JournalEntry>;
+constexpr std::uint8_t kTableEnd = 3;
+constexpr std::uint8_t kEnd = 4;
+constexpr std::uint8_t kLikeBefore = 5;
+constexpr std::uint8_t kOldLikeBefore = 6;
+constexpr std::uint8_t kQuestion = 8;
+constexpr std::uint8_t kModulesEnd = 9;
+
+std::uint8_t kind_of(const ModuleEntry&) { return kModule; }
+std::uint8_t kind_of(const TableStartEntry&) { return kTableStart; }
+std::uint8_t kind_of(const TableEndEntry&) { return kTableEnd; }
+std::uint8_t kind_of(const EndEntry&) { return kEnd; }
+std::uint8_t kind_of(const QuestionEntry&) { return kQuestion; }
+std::uint8_t kind_of(const ModulesEndEntry&) { return kModulesEnd; }
 
 template <class T>
 void put_number(T number, std::string& bytes) {
@@ -205,9 +220,18 @@ void get_values(Fields& fields, Record& record) {
     }
 }
 
+QuestionEntry get_question(Fields& fields) {
+    QuestionEntry question;
+    question.tool = fields.text();
+    question.subsystem = fields.text();
+    question.lack = fields.text();
+    return question;
+}
+
 void get_entry(Fields& fields, JournalEntry& entry) {
+    const bool is_behind_record = std::holds_alternative<Record>(entry);
     switch (fields.number<std::uint8_t>()) {
-        case 0: {
+        case kModule: {
             ModuleEntry module;
             module.name = fields.text();
             module.display = fields.text();
@@ -215,7 +239,7 @@ void get_entry(Fields& fields, JournalEntry& entry) {
             entry = std::move(module);
             break;
         }
-        case 1: {
+        case kTableStart: {
             TableStartEntry start;
             start.module = fields.text();
             start.table = fields.text();
@@ -223,15 +247,22 @@ void get_entry(Fields& fields, JournalEntry& entry) {
             break;
         }
         case kRecord:
-            if (!std::holds_alternative<Record>(entry)) entry = Record();
+            if (!is_behind_record) entry = Record();
             get_head(fields, std::get<Record>(entry));
             get_values(fields, std::get<Record>(entry));
             break;
         case kLikeBefore:
-            if (!std::holds_alternative<Record>(entry)) Fields::damaged();
+            if (is_behind_record) {
+                get_values(fields, std::get<Record>(entry));
+            } else {
+                entry = get_question(fields);
+            }
+            break;
+        case kOldLikeBefore:
+            if (!is_behind_record) Fields::damaged();
             get_values(fields, std::get<Record>(entry));
             break;
-        case 3: {
+        case kTableEnd: {
             TableEndEntry end;
             end.module = fields.text();
             end.table = fields.text();
@@ -240,26 +271,19 @@ void get_entry(Fields& fields, JournalEntry& entry) {
             entry = std::move(end);
             break;
         }
-        case 4: entry = EndEntry{std::string(fields.text())}; break;
-        case 5: {
-            QuestionEntry question;
-            question.tool = fields.text();
-            question.subsystem = fields.text();
-            question.lack = fields.text();
-            entry = std::move(question);
-            break;
-        }
-        case 6: entry = ModulesEndEntry{fields.number<std::uint8_t>() != 0}; break;
+        case kEnd: entry = EndEntry{std::string(fields.text())}; break;
+        case kQuestion: entry = get_question(fields); break;
+        case kModulesEnd: entry = ModulesEndEntry{fields.number<std::uint8_t>() != 0}; break;
         default: Fields::damaged();
     }
 }
 
 // Appends what `put_fields` puts, with the length and the kind before it.
 template <class PutFields>
-void put_entry(std::size_t kind, std::string& bytes, PutFields put_fields) {
+void put_entry(std::uint8_t kind, std::string& bytes, PutFields put_fields) {
     const auto start = bytes.size();
     put_number(std::uint32_t{0}, bytes);
-    put_number(static_cast<std::uint8_t>(kind), bytes);
+    put_number(kind, bytes);
     put_fields();
     const auto size = size_of(bytes.size() - start - kHeadSize);
     std::memcpy(bytes.data() + start, &size, sizeof size);
@@ -270,13 +294,12 @@ void put_entry(std::size_t kind, std::string& bytes, PutFields put_fields) {
 void Encoder::encode(const JournalEntry& entry, std::string& bytes) {
     if (const auto* record = std::get_if<Record>(&entry)) return encode(*record, bytes);
     forget();
-    put_entry(entry.index(), bytes, [&] {
-        std::visit(
-            [&](const auto& fields) {
-                if constexpr (!std::is_same_v<decltype(fields), const Record&>) put(fields, bytes);
-            },
-            entry);
-    });
+    std::visit(
+        [&](const auto& fields) {
+            if constexpr (!std::is_same_v<decltype(fields), const Record&>)
+                put_entry(kind_of(fields), bytes, [&] { put(fields, bytes); });
+        },
+        entry);
 }
 
 void Encoder::encode(const Record& record, std::string& bytes) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <system_error>
 
 #include "place.h"
@@ -72,6 +73,65 @@ TEST_F(Journal, ReadsWhatWasWritten) {
     struct stat info {};
     ASSERT_EQ(::stat(path().c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0600u);
+}
+
+// An entry as it stands in a journal: its length, its kind, its fields.
+std::string bytes_of(int kind, const std::string& fields) {
+    const auto size = static_cast<std::uint32_t>(1 + fields.size());
+    return std::string(reinterpret_cast<const char*>(&size), sizeof size) +
+           static_cast<char>(kind) + fields;
+}
+
+std::string bytes_of(const std::string& text) {
+    const auto size = static_cast<std::uint32_t>(text.size());
+    return std::string(reinterpret_cast<const char*>(&size), sizeof size) + text;
+}
+
+// A collection that an older program had begun. 1.0.0 wrote 5 for a record like the one before; a later build 6 for
+// it, and 5 for a question.
+TEST_F(Journal, OfAnOlderProgramIsRead) {
+    const std::string four("\4\0\0\0", 4);
+    const std::string one("\1\0\0\0", 4);
+    const std::string head = bytes_of("RAIDINFO") + bytes_of("Controller 0") +
+                             std::string("\xff\xff\xff\xff", 4) + one + bytes_of("Model") +
+                             bytes_of("Product");
+    const auto text = [](const std::string& value) { return '\0' + bytes_of(value); };
+    const auto begin = bytes_of(0, bytes_of("sampleModule1") + bytes_of("Sample Module 1") + one +
+                                       bytes_of("RAIDINFO")) +
+                       bytes_of(1, bytes_of("sampleModule1") + bytes_of("RAIDINFO")) +
+                       bytes_of(2, head + text("KP220"));
+    const auto end =
+        bytes_of(3, bytes_of("sampleModule1") + bytes_of("RAIDINFO") + '\0' + bytes_of("it threw"));
+    const auto last = bytes_of(4, bytes_of(""));
+    const auto question = bytes_of("smartctl") + bytes_of("") + bytes_of("");
+
+    const auto record = [](const auto& value) {
+        return Record{"RAIDINFO", "Controller 0", -1, {{"Model", "Product", value}}};
+    };
+    const std::vector<JournalEntry> expected{
+        ModuleEntry{"sampleModule1", "Sample Module 1", {"RAIDINFO"}},
+        TableStartEntry{"sampleModule1", "RAIDINFO"},
+        record("KP220"),
+        record("KP221"),
+        record(4),
+        TableEndEntry{"sampleModule1", "RAIDINFO", Layout{}, "it threw"},
+    };
+    for (const int like_before : {5, 6}) {
+        SCOPED_TRACE(like_before);
+        auto entries =
+            begin + bytes_of(like_before, text("KP221")) + bytes_of(like_before, '\1' + four) + end;
+        auto all = expected;
+        if (like_before == 6) {
+            entries += bytes_of(5, question);
+            all.emplace_back(QuestionEntry{"smartctl", "", ""});
+        }
+        entries += last;
+        all.emplace_back(EndEntry{""});
+        const std::uint64_t written = sizeof written + entries.size();
+        std::ofstream(path(), std::ios::binary)
+            << std::string(reinterpret_cast<const char*>(&written), sizeof written) << entries;
+        EXPECT_EQ(read_all(), all);
+    }
 }
 
 TEST_F(Journal, IsReadWhileItGrows) {
