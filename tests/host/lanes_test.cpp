@@ -60,6 +60,9 @@ TEST(LanesOf, AreCutWhereNothingIsShared) {
     EXPECT_EQ(lanes(tables), "raid | drives | bmc | disks notes");
     tables[0] = table("RAID", "", "");
     EXPECT_EQ(lanes(tables), "raid drives | bmc | disks notes") << "it runs nothing";
+    tables = declared();
+    tables[3].tool = "ipmiutil";
+    EXPECT_EQ(lanes(tables), "raid drives | bmc disks notes") << "both tools ask the BMC";
 }
 
 TEST(LanesOf, AreOneWhereNothingElseIsSafeOrWanted) {

@@ -4,7 +4,9 @@
 #include <iterator>
 #include <optional>
 #include <set>
+#include <string_view>
 
+#include "qvhost/base/ambient.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/collect/selection.h"
 
@@ -16,8 +18,16 @@ using Names = std::set<std::string>;
 
 struct Part {
     Lane modules;
-    Names uses;  // tools and captures
+    Names uses;  // devices, tools and captures
 };
+
+// Tools that ask the same device are one.
+std::string device_of(const std::string& tool) {
+    const bool asks_bmc =
+        std::any_of(kBmcTools.begin(), kBmcTools.end(),
+                    [&](std::string_view name) { return tool.starts_with(name); });
+    return asks_bmc ? "BMC" : "tool " + tool;
+}
 
 // What the module's tables are filled with; nothing: that is not known.
 std::optional<Names> used_by(const OfferedModule& module,
@@ -27,7 +37,7 @@ std::optional<Names> used_by(const OfferedModule& module,
         const auto table = std::find_if(declared.begin(), declared.end(),
                                         [&](const DeclaredTable& one) { return one.id == id; });
         if (table == declared.end()) return std::nullopt;
-        if (!table->tool.empty()) uses.insert("tool " + table->tool);
+        if (!table->tool.empty()) uses.insert(device_of(table->tool));
         if (!table->capture.empty()) uses.insert("capture " + table->capture);
     }
     return uses;

@@ -19,8 +19,8 @@ struct LaneModule {
 // The modules that are asked one after another.
 using Lane = std::vector<LaneModule>;
 
-// The selected modules in their order, cut where nothing before the cut shares a tool or a capture with anything
-// behind it, as the tables are declared. A module that runs no tool belongs to the lane before it. There is one lane
+// The selected modules in their order, cut where nothing before the cut shares a tool, the BMC or a capture with
+// anything behind it, as the tables are declared. A module that runs no tool belongs to the lane before it. There is one lane
 // alone if the user wants that, in a replay, if a module has a table that is not declared, and with --also, whose
 // operations go on with what the modules have left in their process. Never more than kMostLanes, never none.
 std::vector<Lane> lanes_of(const Offer& offer, const CollectOptions& options,
