@@ -72,7 +72,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::write_file(commands, input.rest());
 
     const auto log = qvhost::read_commands(commands, dir.path(), "user");
-    for (const bool broken_off : {false, true}) {
+    for (const std::set<std::string>& broken_off : {
+             std::set<std::string>{                              },
+             { "M", std::string(qvhost::kAlsoMark)}
+    }) {
         const qvhost::Evidence evidence(dir, {dir.path() / "qv_tools", "/usr/bin"}, log, store(),
                                         broken_off);
         qvhost::ModuleInfo module{.name = "M", .display = "", .tables = {}};

@@ -39,6 +39,8 @@ struct TableEndEntry {  // its callbacks are done
     std::string error;  // what a callback threw, as text; empty: nothing
     bool operator==(const TableEndEntry&) const = default;
 };
+// The error of a table that has as many records as are kept: its module goes on.
+inline constexpr const char* kRecordsCut = "its records had reached the size limit";
 struct QuestionEntry {  // a question of the host's own that is about to be asked, or that cannot be
     std::string tool;   // which is asked; empty: none
     std::string subsystem;  // whose verdict lacks what cannot be asked

@@ -207,7 +207,7 @@ TEST_P(UnrunnableTools, AreToldFor) {
     for (const std::vector<std::string>& options : {{}, std::vector<std::string>{"--no-compat"}}) {
         fs::remove_all(log_dir());
         const auto outcome = collect_storage(options);
-        EXPECT_EQ(outcome.exit, 0) << outcome.err;
+        EXPECT_EQ(outcome.exit, 3) << outcome.err;
         EXPECT_EQ(without_build(reason(log_dir(), "EVENTLOG1")),
                   std::string("storcli cannot be run: ") + GetParam().why);
     }
@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(Each, UnrunnableTools, testing::ValuesIn(kUnrunnable),
 TEST_F(MissingTools, AProgramWithoutItsLoaderIsToldFor) {
     const auto program = program_without_loader();
     for (const auto& tool : builds()) write_file(tool, program);
-    ASSERT_EQ(collect_storage().exit, 0);
+    ASSERT_EQ(collect_storage().exit, 3);
     const auto why = without_build(reason(log_dir(), "EVENTLOG1"));
     EXPECT_TRUE(why.starts_with("storcli cannot be run: it needs /LIB")) << why;
     EXPECT_TRUE(why.ends_with(", which is not installed")) << why;

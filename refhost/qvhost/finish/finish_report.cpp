@@ -30,7 +30,7 @@ void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, con
     const auto log = read_commands(dir, ending.stopped_by);
     store.set_commands(log.commands);
     note_files_of_run(store, dir);
-    const Evidence evidence(dir, tools, log, store, !ending.problem.empty());
+    const Evidence evidence(dir, tools, log, store, ending.broken_off);
     explain(store, evidence);
     store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence)
                                             : ending.problem);

@@ -1,6 +1,7 @@
 // Finishes a report once its store has all records.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ struct Ending {
     std::string problem = {};  // for people; empty: by itself
     // What stopped each lane, from the first one on: "user" or "run"; empty, or no text: neither.
     std::vector<std::string> stopped_by = {};
+    std::set<std::string> broken_off = {};  // as CollectionState has it, of all lanes
 };
 
 // Completes the store, which has the declarations of the tables, with what the captures and the command log

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "qvhost/finish/commands.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -21,17 +22,22 @@ Overloaded(Takers...) -> Overloaded<Takers...>;  // clang 14 does not deduce it
 }  // namespace
 
 void CollectionState::take(const JournalEntry& entry) {
-    std::visit(Overloaded{[&](const ModuleEntry& next) { titles_[next.name] = next.display; },
+    std::visit(Overloaded{[&](const ModuleEntry& next) { known_[next.name] = next; },
                           [&](const TableStartEntry& start) {
-                              if (start.module != module_) modules.push_back(titles_[start.module]);
-                              module_ = start.module;
+                              if (start.module != module)
+                                  modules.push_back(known_[start.module].display);
+                              module = start.module;
                               table = start.table;
                           },
                           [&](const Record&) { ++records; },
                           [&](const TableEndEntry& of_table) {
                               table.clear();
-                              if (!of_table.error.empty())
-                                  errors.push_back(of_table.table + ": " + of_table.error);
+                              const auto& tables = known_[of_table.module].tables;
+                              if (!tables.empty() && tables.back() == of_table.table)
+                                  module.clear();
+                              if (of_table.error.empty()) return;
+                              errors.push_back(of_table.table + ": " + of_table.error);
+                              if (of_table.error != kRecordsCut) threw.insert(of_table.module);
                           },
                           [&](const EndEntry& last) { end = last; },
                           [&](const QuestionEntry& asked) {
@@ -42,6 +48,14 @@ void CollectionState::take(const JournalEntry& entry) {
                               device_is_left = all.device_is_left;
                           }},
                entry);
+}
+
+std::set<std::string> CollectionState::broken_off() const {
+    auto found = threw;
+    if (!module.empty()) found.insert(module);
+    const bool ended_well = end ? end->error.empty() : modules_ended;
+    if (!ended_well) found.insert(std::string(kAlsoMark));
+    return found;
 }
 
 bool LaneJournal::follow() {

@@ -21,14 +21,18 @@ struct CollectionState {
     bool device_is_left = false;       // as ModulesEndEntry has it
     std::string question;              // the tool that the host itself asks now; empty: none yet
     std::vector<std::string> errors;   // what callbacks threw
+    std::set<std::string> threw;       // modules, by name
+    std::string module;                // by name, the one that is asked now; empty: none
     std::optional<EndEntry> end;
     std::size_t records = 0;
 
     void take(const JournalEntry& entry);
 
+    // If nothing follows: what ended before its time, modules by name, operations of --also as kAlsoMark.
+    std::set<std::string> broken_off() const;
+
 private:
-    std::map<std::string, std::string> titles_;  // of modules
-    std::string module_;
+    std::map<std::string, ModuleEntry> known_;
 };
 
 // A journal, and what it has told so far.

@@ -168,12 +168,12 @@ bool failed(const CommandInfo& command) {
 }  // namespace
 
 Evidence::Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
-                   bool broken_off)
+                   std::set<std::string> broken_off)
     : dir_(dir),
       places_(std::move(places)),
       log_(log),
       declared_(declared_tables(store)),
-      broken_off_(broken_off) {
+      broken_off_(std::move(broken_off)) {
     boost::split(also_, store.meta("also"), [](char c) { return c == ','; });
     std::ifstream messages(dir.log());
     const std::string words = "[repo] Product name(20bytes):";
@@ -418,11 +418,10 @@ std::string Evidence::why_gate_closed(const std::string& section,
     return why.empty() ? "" : "not asked: " + why;
 }
 
-std::string Evidence::why_not_asked(const std::string& section, const DeclaredTable& table) const {
-    const bool is_last =
-        log_.sections.empty() || log_.sections.back() == section || log_.sections.back().empty();
-    if (broken_off_ && is_last) return "not asked: the collection ended before";
-    if (auto why = why_gate_closed(section, table); !why.empty()) return why;
+std::string Evidence::why_not_asked(const std::string& module, const DeclaredTable& table) const {
+    if (broken_off_.contains(is_operation(table.filled) ? std::string(kAlsoMark) : module))
+        return "not asked: the collection ended before";
+    if (auto why = why_gate_closed(section_of(module, table), table); !why.empty()) return why;
     return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
 }
 
@@ -435,9 +434,8 @@ std::string Evidence::why_empty(const std::string& module, const std::string& id
     if (is_operation(filled) && std::find(also_.begin(), also_.end(), filled) == also_.end())
         return "collected only with --also " + filled;
     if (table->tool.empty()) return "nothing to report";
-    const auto section = section_of(module, *table);
-    const auto* command = maker(section, *table);
-    if (!command) return why_not_asked(section, *table);
+    const auto* command = maker(section_of(module, *table), *table);
+    if (!command) return why_not_asked(module, *table);
     if (auto why = trouble(*table, *command); !why.empty()) return why;
     const auto capture = dir_.path() / table->capture;
     std::error_code ignored;
@@ -474,7 +472,11 @@ std::string Evidence::why_failed(const ModuleInfo& module) const {
         const auto* table = declared(id);
         if (!table || table->tool.empty() || table->filled != "always") continue;
         const auto* command = maker(section_of(module.name, *table), *table);
-        if (!command || !why_not_run(*table, *command).empty()) continue;
+        if (!command) continue;
+        std::error_code ignored;
+        const bool is_there =
+            !places_.vendor_tools.empty() && fs::is_regular_file(file_of(*command), ignored);
+        if (!is_there && !why_not_run(*table, *command).empty()) continue;
         const auto why = trouble(*table, *command);
         if (why.empty() || tells_absence(answered_error(*table, *command)) ||
             has_answered(module.name, table->tool))

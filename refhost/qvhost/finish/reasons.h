@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,10 +27,10 @@ struct ToolPlaces {
 
 class Evidence {
 public:
-    // The store has the declarations of the tables. `broken_off`: the collection did not come to its end,
-    // so that what its last module did not ask is no answer.
+    // The store has the declarations of the tables. `broken_off`: modules by name, and operations
+    // as kAlsoMark, that ended before their time, so that what they did not ask is no answer.
     Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
-             bool broken_off);
+             std::set<std::string> broken_off);
 
     // Why the table of the module has no records, for people. Never empty.
     std::string why_empty(const std::string& module, const std::string& table) const;
@@ -37,7 +38,7 @@ public:
     // Why a table that has records may lack some; empty: nothing tells that it does.
     std::string why_partial(const std::string& module, const std::string& table) const;
 
-    // Why every tool of the module that could be run failed, by the first of its tables; empty: one did
+    // Why every tool of the module that is there failed, by the first of its tables; empty: one did
     // not, or none is installed.
     std::string why_failed(const ModuleInfo& module) const;
 
@@ -55,7 +56,7 @@ private:
         const CommandInfo& command) const;  // of its tool; empty: not found
     std::string why_not_started(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_run(const DeclaredTable& table, const CommandInfo& command) const;
-    std::string why_not_asked(const std::string& section, const DeclaredTable& table) const;
+    std::string why_not_asked(const std::string& module, const DeclaredTable& table) const;
     std::string why_pipeline_failed(const CommandInfo& pipeline) const;
     std::string why_gate_closed(const std::string& section, const DeclaredTable& table) const;
     std::string why_no_bmc() const;
@@ -71,7 +72,7 @@ private:
     std::vector<std::string> also_;  // what the user asked for beside the modules
     std::string product_;            // as the plug-in's log tells it
     bool product_is_logged_ = false;
-    bool broken_off_;
+    std::set<std::string> broken_off_;
 };
 
 }  // namespace qvhost

@@ -2,8 +2,10 @@
 
 #include <boost/algorithm/string/join.hpp>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "qvhost/base/ambient.h"
@@ -65,6 +67,7 @@ std::string recover(const LogDir& dir) {
         std::vector<std::string> tables;
         std::size_t records = 0;
         std::string damage;
+        std::set<std::string> broken_off;
         for (const unsigned lane : lanes_in(dir)) {
             LaneJournal journal(dir.journal(lane));
             if (const auto wrong = take_journal(importer, journal); !wrong.empty()) {
@@ -73,12 +76,13 @@ std::string recover(const LogDir& dir) {
             }
             if (!journal.state.table.empty()) tables.push_back(journal.state.table);
             records += journal.state.records;
+            broken_off.merge(journal.state.broken_off());
         }
         if (!tables.empty()) found += " while it collected " + boost::join(tables, " and ");
         found += ", with " + std::to_string(records) + " records" + damage;
         importer.explain_unreached();
         join_lane_logs(dir);
-        finish_report(store, dir, {}, {.problem = found});
+        finish_report(store, dir, {}, {.problem = found, .broken_off = std::move(broken_off)});
     }
     // What belonged to the old store must not lie beside the new one: SQLite would take it for its own.
     for (const char* part : {"-wal", "-shm", "-journal"}) fs::remove(dir.store().string() + part);
