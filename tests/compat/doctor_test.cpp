@@ -65,6 +65,10 @@ TEST_F(Doctor, TellsWordSizeAndProduct) {
     EXPECT_TRUE(said("product").ends_with("is of kind 5")) << said("product");
     has("dmidecode", "echo 'Product Name: Shoe Box'");
     EXPECT_NE(said("product").find("(kind 4)"), std::string::npos) << said("product");
+    has("dmidecode", "echo '# dmidecode 3.4'; echo '/dev/mem: Permission denied' >&2; exit 1");
+    EXPECT_EQ(
+        said("product"),
+        "warning: dmidecode does not tell it: the plug-in will not ask the BMC; /dev/mem: Permission denied");
     EXPECT_EQ(calls().empty(), false);
 }
 

@@ -57,6 +57,7 @@ constexpr auto kErrors = std::to_array<std::string_view>({
     "Unable to *",
     "unable to *",
     "Couldn't *",
+    "Could not enable event receiver*",
     "Failed to *",
     "No data available*",
     "Invalid *",

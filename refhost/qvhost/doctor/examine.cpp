@@ -239,6 +239,13 @@ Lines product(const Machine& machine) {
             return {
                 {"product", warning, "its name could not be read"}
             };
+        if (const auto said = answer_of("dmidecode -t system 2>&1");
+            said.find("Product Name") == std::string::npos)
+            return {
+                {"product", warning,
+                 "dmidecode does not tell it: the plug-in will not ask the BMC" +
+                     (said.empty() ? "" : "; " + said.substr(said.rfind('\n') + 1))}
+            };
         if (kind == kNoBmc)
             return {
                 {"product", machine.has("/dev/ipmi0") ? warning : ok,
