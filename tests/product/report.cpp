@@ -60,8 +60,10 @@ std::string meta(const fs::path& store, const std::string& key) {
 
 std::vector<std::string> log_texts(const fs::path& log_dir) {
     std::vector<std::string> texts;
+    // "2026-11-21T01:20:40.123Z 3 qvmodules/rbmcinfo:123 [repo] Enter EnumBMCInstances"
+    static const std::regex place("^[^ ]* [0-9] [^ ]* (\\[repo\\] )?");
     for (const auto& line : lines_of(read_file(log_dir / "qvhost.log")))
-        texts.push_back(line.substr(line.find("[repo] ") + 7));
+        texts.push_back(std::regex_replace(line, place, ""));
     return texts;
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -43,6 +44,7 @@
 #include "repository/sink.h"
 #include "runner/command_log.h"
 #include "runner/process.h"
+#include "xmodule.h"
 
 namespace qvhost {
 
@@ -79,7 +81,7 @@ public:
 
     // Why the table lacks records; empty: it has all.
     std::string why_cut(const std::string& table) const {
-        return cut_.contains(table) ? "its records had reached the size limit" : "";
+        return cut_.contains(table) ? kRecordsCut : "";
     }
 
 private:
@@ -110,8 +112,25 @@ std::string read_settings(const Descriptor& file) {
 }
 
 sem_t thread_stopped;
-sem_t lanes_ended;
-std::atomic<char> told_by_parent = 0;  // how the other lanes have ended
+
+// What the parent has said, word by word.
+sem_t word_came;
+std::array<std::atomic<char>, 2> words = {};
+
+void take_word(char word) {
+    static std::size_t came = 0;
+    if (came == words.size()) return;
+    words[came++] = word;
+    ::sem_post(&word_came);
+}
+
+// The next word of the parent's, which is waited for.
+char next_word() {
+    static std::size_t heard = 0;
+    while (::sem_wait(&word_came) != 0 && errno == EINTR) {
+    }
+    return words.at(heard++);
+}
 
 // The collecting thread stops here when the parent is gone.
 void stop_here(int) {
@@ -133,7 +152,7 @@ void stop_thread(pthread_t thread) {
 void end_with_parent(int lifeline) {
     ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
     ::sem_init(&thread_stopped, 0, 0);
-    ::sem_init(&lanes_ended, 0, 0);
+    ::sem_init(&word_came, 0, 0);
     struct sigaction action = {};
     action.sa_handler = stop_here;
     ::sigaction(SIGRTMIN, &action, nullptr);
@@ -143,8 +162,7 @@ void end_with_parent(int lifeline) {
             const auto size = ::read(lifeline, &byte, 1);
             if (size < 0 && errno == EINTR) continue;
             if (size <= 0) break;
-            told_by_parent = byte;
-            ::sem_post(&lanes_ended);
+            take_word(byte);
         }
         stop_thread(collecting);
         kill_descendants();
@@ -154,9 +172,7 @@ void end_with_parent(int lifeline) {
 
 // Waits until no other lane asks anything any more. What they have learned of the BMC holds here.
 void wait_for_other_lanes() {
-    while (::sem_wait(&lanes_ended) != 0 && errno == EINTR) {
-    }
-    if (told_by_parent == kLanesEndedDeviceLeft) ::setenv("QV_DEVICE_LEFT", "1", 1);
+    if (next_word() == kLanesEndedDeviceLeft) ::setenv("QV_DEVICE_LEFT", "1", 1);
     ::unsetenv("QV_DIRECTORY_SHARED");
 }
 
@@ -199,6 +215,35 @@ void call_also(const Plugin& plugin, const std::string& name, RRepository& repos
     }
 }
 
+void log_taken_over(const Offer& offer, const std::vector<SelectedModule>& modules) {
+    constexpr unsigned kProgress = 3;
+    if (XModule::Log::GetMinLogLevel() < kProgress) return;
+    std::string names;
+    for (const auto& module : modules)
+        names += (names.empty() ? "" : ", ") + offer[module.place].display;
+    XModule::Log(kProgress, "refhost/qvhost", __LINE__).Stream()
+        << "A further process could not be started, and this one asks all modules that are left: "
+        << names;
+}
+
+// The modules that this lane asks. Lanes are parts of the selected modules in their order.
+std::vector<SelectedModule> modules_of_lane(const CollectOptions& options, const Offer& offer) {
+    auto selected = select_modules(offer, options);
+    const auto& own = options.lane_modules;
+    if (own.empty()) return selected;
+    const auto is_own = [&](const SelectedModule& module) {
+        return std::find(own.begin(), own.end(), offer[module.place].name) != own.end();
+    };
+    selected.erase(selected.begin(), std::find_if(selected.begin(), selected.end(), is_own));
+    if (next_word() == kModulesBehindToo) {
+        log_taken_over(offer, selected);
+        if (options.lane == 1) ::unsetenv("QV_DIRECTORY_SHARED");
+    } else {
+        selected.erase(std::find_if_not(selected.begin(), selected.end(), is_own), selected.end());
+    }
+    return selected;
+}
+
 using Clock = std::chrono::steady_clock;
 
 // What the modules of the plug-in say. Why it is incomplete; empty: it is complete.
@@ -207,11 +252,7 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     const auto limits = limits_for(options);
     const Plugin plugin(options.plugin);
     const auto offer = offer_of(plugin);
-    auto selected = select_modules(offer, options);
-    if (const auto& own = options.lane_modules; !own.empty())
-        std::erase_if(selected, [&](const SelectedModule& module) {
-            return std::find(own.begin(), own.end(), offer[module.place].name) == own.end();
-        });
+    const auto selected = modules_of_lane(options, offer);
     JournalSink sink(journal, std::size_t{limits.table_mib} << 20);
     RRepository repository(sink);
     // All modules first, so that a collection that is cut off can say what it did not reach.

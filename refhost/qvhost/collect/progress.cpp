@@ -46,6 +46,12 @@ Progress::Progress(const LogDir& dir, bool quiet, const std::vector<Lane>& lanes
 
 Progress::~Progress() { clear(); }
 
+void Progress::no_lanes_behind(std::size_t started) {
+    clear();
+    lanes_.erase(lanes_.begin() + static_cast<std::ptrdiff_t>(started), lanes_.end());
+    lanes_.back().end = titles_.size();
+}
+
 // "2 of 3  BMC information"; how many commands and questions there will be, nobody knows before.
 std::string Progress::words_of(const std::string& mark, Shown& lane) const {
     if (mark == kHostMark) return "the program's own questions";

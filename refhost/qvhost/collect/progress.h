@@ -26,6 +26,9 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    // No lane runs beyond the first `started` ones: the last of these asks all modules that are left.
+    void no_lanes_behind(std::size_t started);
+
     // The lanes that were started, from the first one on.
     void update(const std::vector<LaneProgress>& lanes);
 

@@ -31,6 +31,7 @@
 #include "qvhost/collect/child.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/lane_files.h"
+#include "show/visible.h"
 
 namespace qvhost {
 
@@ -246,14 +247,28 @@ public:
           const sigset_t& blocked)
         : options_(options), lanes_(lanes), stage_(stage), blocked_(blocked) {
         processes_.reserve(lanes.size());
+        start_next();
+        all_started_ = lanes.size() == 1;
     }
 
-    // The first lane is started first, and the others when its journal is there: without that a collection that is
-    // broken off has left nothing.
-    void start() {
-        if (processes_.empty()) start_next();
-        if (all_started() || !std::filesystem::exists(LogDir(options_.log_dir).journal())) return;
-        while (!all_started()) start_next();
+    // Starts all lanes but the first one when the journal of that is there: without it a collection that is broken off
+    // has left nothing. If there is no process for a lane, the one before asks all modules that are left.
+    void start_others(Progress& progress) {
+        if (all_started_ || !std::filesystem::exists(LogDir(options_.log_dir).journal())) return;
+        all_started_ = true;
+        try {
+            while (processes_.size() < lanes_.size()) start_next();
+        } catch (const std::system_error& error) {
+            const auto started = processes_.size();
+            progress.no_lanes_behind(started);
+            std::fprintf(stderr, "qvhost: lane %zu asks all modules that are left: %s\n", started,
+                         one_line(error.what()).c_str());
+        }
+        for (const auto& lane : processes_) {
+            const bool is_last = &lane == &processes_.back();
+            lane.tell(is_last && processes_.size() < lanes_.size() ? kModulesBehindToo
+                                                                   : kOwnModules);
+        }
     }
 
     bool run() const {
@@ -271,7 +286,7 @@ public:
         }
         constexpr int kUsualMs = 100;
         constexpr int kStartMs = 5;
-        ::poll(waiting.data(), waiting.size(), more ? 0 : all_started() ? kUsualMs : kStartMs);
+        ::poll(waiting.data(), waiting.size(), more ? 0 : all_started_ ? kUsualMs : kStartMs);
     }
 
     // Returns processes that cannot be killed.
@@ -306,7 +321,7 @@ public:
     // The first lane waits for the end of the others. Before it goes on their logs are put behind its own. `more`:
     // not all that their journals tell is known yet.
     void let_first_go_on(bool more) {
-        if (first_goes_on_ || more || !all_started()) return;
+        if (first_goes_on_ || more || !all_started_) return;
         auto& first = processes_.front();
         bool is_left = false;
         for (const auto& lane : processes_) {
@@ -342,6 +357,7 @@ public:
         for (const auto& lane : processes_) {
             if (auto why = lane.why_incomplete(); !why.empty()) problems.push_back(std::move(why));
             ending.stopped_by.push_back(lane.stopped_by());
+            ending.broken_off.merge(lane.state().broken_off());
         }
         ending.problem = boost::join(problems, "; ");
         return ending;
@@ -354,8 +370,6 @@ public:
     }
 
 private:
-    bool all_started() const { return processes_.size() == lanes_.size(); }
-
     void start_next() {
         auto options = options_;
         options.lane = static_cast<unsigned>(processes_.size()) + 1;
@@ -379,6 +393,7 @@ private:
     const Stage& stage_;
     const sigset_t& blocked_;
     std::vector<LaneProcess> processes_;
+    bool all_started_ = false;  // or nothing could start those that are not
     bool first_goes_on_ = false;
 };
 
@@ -398,7 +413,8 @@ Ending supervise(const CollectOptions& options, const std::vector<Lane>& lanes, 
     Lanes all(options, lanes, stage, signals.mask_before());
     int signal = 0;
     bool more = false;
-    for (all.start(); all.run() && signal == 0; all.start()) {
+    while (all.run() && signal == 0) {
+        all.start_others(progress);
         all.let_first_go_on(more);
         all.wait(signals.fd(), more);
         signal = signals.arrived();
