@@ -32,14 +32,22 @@ bool asks_device(const std::string& command) {
     return false;
 }
 
+bool was_run(int status) {
+    constexpr int kCannotRun = 126;
+    constexpr int kNotFound = 127;
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+    return status != -1 && code != kCannotRun && code != kNotFound;
+}
+
 }  // namespace
 
 bool is_left(const std::string& command) {
     return !variable("QV_DEVICE_LEFT").empty() && asks_device(command);
 }
 
-std::optional<std::string> question_after(const std::string& command, const char* reason) {
-    if (!asks_device(command)) return std::nullopt;
+std::optional<std::string> question_after(const std::string& command, int status,
+                                          const char* reason) {
+    if (!asks_device(command) || (!reason && !was_run(status))) return std::nullopt;
     const bool stopped =
         reason && (std::string_view(reason) == kTimedOut || std::string_view(reason) == kSilent);
     stops = stopped ? stops + 1 : 0;
@@ -49,11 +57,7 @@ std::optional<std::string> question_after(const std::string& command, const char
 }
 
 void note_answer(int status, const char* reason) {
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
-    constexpr int kCannotRun = 126;
-    constexpr int kNotFound = 127;
-    const bool answered = !reason && status != -1 && code != kCannotRun && code != kNotFound;
-    if (answered) {
+    if (!reason && was_run(status)) {
         stops = 0;
     } else {
         ::setenv("QV_DEVICE_LEFT", "1", 1);

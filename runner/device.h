@@ -18,8 +18,10 @@ inline constexpr const char* kUnanswered = "unanswered";  // in the command log
 // Whether the command would ask a device that was left.
 bool is_left(const std::string& command);
 
-// Notes how the command ended: why it was stopped, or null. Returns the question that must be asked now.
-std::optional<std::string> question_after(const std::string& command, const char* reason);
+// Notes how the command ended: its wait status, and why it was stopped, or null. One that could not be run tells nothing
+// of the device. Returns the question that must be asked now.
+std::optional<std::string> question_after(const std::string& command, int status,
+                                          const char* reason);
 
 // Notes the wait status of the question, and why it was stopped.
 void note_answer(int status, const char* reason);

@@ -271,7 +271,7 @@ int run(const std::string& command, TimeoutKind kind) {
     Limits limits(kind, command);
     if (why_not_to_start(command, limits)) return SIGKILL;
     const auto end = run_within(command, limits, false);
-    if (const auto question = question_after(command, end.reason)) {
+    if (const auto question = question_after(command, end.status, end.reason)) {
         Limits short_limits(TimeoutKind::question, *question);
         const auto answer = run_within(*question, short_limits, true);
         note_answer(answer.status, answer.reason);

@@ -253,6 +253,20 @@ TEST_F(Device, IsLeftWhenTheQuestionIsNotAnsweredEither) {
     EXPECT_EQ(ends(), "0\n") << "what does not ask it is run";
 }
 
+TEST_F(Device, IsLeftThoughAToolThatIsNotThereWasAskedBetween) {
+    device_hangs();
+    tool("question", "sleep 60");
+    ::setenv("QV_TOOL_LIMITS", "ipmitool=1,question=1", 1);
+    ask();
+    tool("ipmitool", "exit 127");
+    ask();
+    device_hangs();
+    ask();
+    EXPECT_EQ(asked(),
+              "ipmitool: 9 time\nipmitool: 32512 \nipmitool: 9 time\n"
+              "question now >/dev/null 2>&1: 9 time\n");
+}
+
 TEST_F(Device, IsLeftWhenTheQuestionCannotBeAsked) {
     device_hangs();
     for (int i = 0; i < 3; ++i) ask();

@@ -239,13 +239,14 @@ Lines product(const Machine& machine) {
             return {
                 {"product", warning, "its name could not be read"}
             };
-        if (const auto said = answer_of("dmidecode -t system 2>&1");
-            said.find("Product Name") == std::string::npos)
+        if (answer_of("dmidecode -t system 2>&1 | grep 'Product Name'").empty()) {
+            const auto error = answer_of("dmidecode -t system 2>&1 >/dev/null");
             return {
                 {"product", warning,
                  "dmidecode does not tell it: the plug-in will not ask the BMC" +
-                     (said.empty() ? "" : "; " + said.substr(said.rfind('\n') + 1))}
+                     (error.empty() ? "" : "; " + error)}
             };
+        }
         if (kind == kNoBmc)
             return {
                 {"product", machine.has("/dev/ipmi0") ? warning : ok,
