@@ -263,7 +263,7 @@ TEST_F(Device, IsLeftThoughAToolThatIsNotThereWasAskedBetween) {
     device_hangs();
     ask();
     EXPECT_EQ(asked(),
-              "ipmitool: 9 time\nipmitool: 32512 \nipmitool: 9 time\n"
+              "ipmitool: 9 time\nipmitool: 32512\nipmitool: 9 time\n"
               "question now >/dev/null 2>&1: 9 time\n");
 }
 
