@@ -126,6 +126,10 @@ void add_missing_readings(const Survey& survey, Health& health) {
             is_read = is_read || sensor.reading;
         }
         if (is_there && !is_read) add_once(health.missing, row.words);
+        // A server may be cooled from outside; a BMC that measures no temperature has not told all.
+        if (!is_there && row.subsystem == Subsystem::temperature &&
+            !survey.inventory.sensors.empty())
+            add_once(health.missing, "no temperature sensor is listed");
     }
 }
 

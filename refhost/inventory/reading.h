@@ -21,6 +21,11 @@ struct Gap {
     std::string words;  // "3 virtual drives announced, 2 read"
 };
 
+struct CaptureGap {
+    std::string capture;
+    Gap gap;
+};
+
 // What the tool itself called an error: "Description = Un-supported command".
 struct ToolError {
     std::int64_t line = 0;

@@ -235,12 +235,13 @@ Survey survey(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins
     surveyor.read_all(storage_captures());
     surveyor.read_all(ipmi_captures());
     surveyor.read_all(system_captures());
-    for (auto& [name, gap] : join_storage(result.inventory)) {
-        for (auto& capture : result.captures) {
-            if (capture.name == name) capture.how.gaps.push_back(gap);
+    for (const auto& gaps : {join_storage(result.inventory), join_bmc(result.inventory)}) {
+        for (const auto& [name, gap] : gaps) {
+            for (auto& capture : result.captures) {
+                if (capture.name == name) capture.how.gaps.push_back(gap);
+            }
         }
     }
-    join_bmc(result.inventory);
     join_machine(result.inventory);
     return result;
 }

@@ -26,6 +26,9 @@ Survey healthy() {
         survey.captures.push_back(whole(name));
     survey.inventory.systems.push_back({{"dmidecode.log", 1}, {}, {}, {}, {}, {}, {}, false});
     survey.inventory.sensors.emplace_back();
+    survey.inventory.sensors.emplace_back();
+    survey.inventory.sensors.back().kind = "temperature";
+    survey.inventory.sensors.back().reading = 21;
     survey.inventory.controller_counts.push_back({{"ctrlcount.txt", 1}, "storcli", 1});
     survey.inventory.controllers.push_back(
         {{"c0_showall.txt", 1}, 0, {}, {}, {}, "Optimal", {}, {}, {}});
@@ -183,6 +186,14 @@ TEST(Health, DrivesBehindNoControllerMustHaveAnswered) {
     EXPECT_EQ(words_of(survey).at("storage"), "unknown");
     survey.captures.back().ended_badly = "exit code 127: not installed";
     EXPECT_EQ(words_of(survey), kAllWell);
+}
+
+TEST(Health, WithoutATemperatureSensorNoTemperatureIsWell) {
+    auto survey = healthy();
+    survey.inventory.sensors.pop_back();
+    auto expected = kAllWell;
+    expected["temperature"] = "unknown";
+    EXPECT_EQ(words_of(survey), expected);
 }
 
 // A pool calls a drive ONLINE that may be about to fail.

@@ -128,6 +128,46 @@ TEST_F(SurveyOfCaptures, TheEventLogsOwnCountIsHeld) {
     EXPECT_EQ(short_of_one.find("host_sel.txt")->how.gaps[0].words, "3 entries announced, 2 read");
 }
 
+// Cut off behind a line, a list looks whole; the other one tells that it is not.
+TEST_F(SurveyOfCaptures, TheSensorsOfTwoListsAreTheSame) {
+    const auto lines = [](const std::string& form, int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += std::string(1, static_cast<char>('A' + i)) + " Temp" + form + "\n";
+        return text;
+    };
+    const std::string sensor =
+        "           | 48.000     | degrees C  | ok    | na        | na        | na        | 85.000    "
+        "| 90.000    | na        ";
+    const std::string sdr = "           | 01h | ok  |  3.1 | 48 degrees C";
+    const struct {
+        int sensors, records;
+        const char* cut_off;  // the capture that is
+        const char* words;
+    } cases[] = {
+        {3, 3, "", ""},
+        {3, 2, "sdrinfo.txt", "2 of the 3 sensors that sensorinfo.txt lists"},
+        {1, 3, "sensorinfo.txt", "1 of the 3 sensors that sdrinfo.txt lists"},
+    };
+    for (const auto& one : cases) {
+        write("sensorinfo.txt", lines(sensor, one.sensors));
+        write("sdrinfo.txt", lines(sdr, one.records));
+        const auto found = survey_all();
+        for (const char* name : {"sensorinfo.txt", "sdrinfo.txt"}) {
+            const auto* const capture = found.find(name);
+            ASSERT_NE(capture, nullptr);
+            EXPECT_EQ(capture->whole(), std::string(name) != one.cut_off) << name;
+            if (!capture->whole()) {
+                EXPECT_EQ(capture->how.gaps.front().words, one.words);
+            }
+        }
+    }
+    // Other sensors behind the same ones are another list, not a shorter one.
+    write("sensorinfo.txt", lines(sensor, 2) + "Z Temp" + sensor + "\n");
+    write("sdrinfo.txt", lines(sdr, 5));
+    EXPECT_TRUE(survey_all().find("sensorinfo.txt")->whole());
+}
+
 TEST_F(SurveyOfCaptures, WhatIsNotThereIsAnAnswerWhereItMayBeNone) {
     const std::string absent =
         "Controller = 0\nStatus = Failure\nDescription = None\n\nDetailed Status :\n"

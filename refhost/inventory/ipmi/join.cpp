@@ -1,9 +1,11 @@
 #include "inventory/ipmi/join.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "inventory/ipmi/power_supply_name.h"
 #include "inventory/merge.h"
@@ -59,6 +61,33 @@ void join_lists(std::vector<Sensor>& into, std::vector<Sensor> from, bool adds) 
         else
             known.erase(at);
     }
+}
+
+using SensorsOf = std::map<std::string, std::vector<const Sensor*>>;  // by capture
+
+// One list is the beginning of the other: it was cut off behind a line.
+std::vector<CaptureGap> lists_cut_off(const Inventory& found) {
+    SensorsOf captures;
+    for (const auto* const list : {&found.sensors, &found.sdr_sensors})
+        for (const auto& sensor : *list) captures[sensor.place.capture].push_back(&sensor);
+    std::vector<CaptureGap> gaps;
+    for (const auto& [name, sensors] : captures) {
+        for (const auto& [other_name, others] : captures) {
+            const bool is_beginning =
+                sensors.size() < others.size() &&
+                std::equal(sensors.begin(), sensors.end(), others.begin(),
+                           [](const Sensor* a, const Sensor* b) { return a->name == b->name; });
+            if (!is_beginning) continue;
+            gaps.push_back({
+                name,
+                {sensors.back()->place.line, std::to_string(sensors.size()) + " of the " +
+                                                 std::to_string(others.size()) + " sensors that " +
+                                                 other_name + " lists"}
+            });
+            break;
+        }
+    }
+    return gaps;
 }
 
 std::vector<Sensor> one_list(std::vector<Sensor> all) {
@@ -193,14 +222,16 @@ const Sensor* sensor_of_event(const Inventory& found, std::string_view subject) 
     return meant;
 }
 
-void join_bmc(Inventory& found) {
+std::vector<CaptureGap> join_bmc(Inventory& found) {
     for (const auto& bmc : found.bmcs) {
         if (bmc.self_test) found.bmcs.front().elsewhere.push_back({"self_test", bmc.place});
     }
     merge_all(found.bmcs);
     keep_one_list(found.frus);
+    auto gaps = lists_cut_off(found);
     join_sensors(found);
     join_power_supplies(found);
+    return gaps;
 }
 
 }  // namespace qvhost::inventory

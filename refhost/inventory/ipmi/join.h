@@ -2,14 +2,17 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "inventory/inventory.h"
+#include "inventory/reading.h"
 
 namespace qvhost::inventory {
 
 // After all captures are read. Sensors are joined by name and, where a name repeats, by order; power
-// supplies by serial number or the number in their names; the BMC is one.
-void join_bmc(Inventory& found);
+// supplies by serial number or the number in their names; the BMC is one. Returns what each capture lacks that
+// another one has: `sensor` and `sdr elist` list the same sensors in the same order.
+std::vector<CaptureGap> join_bmc(Inventory& found);
 
 // The sensor that an event's subject means, after join_bmc(): by its name, or by its number where the
 // log has no more ("Fan #1f", "Fan #0x1f"). Null if there is none, or more than one.

@@ -9,11 +9,6 @@
 
 namespace qvhost::inventory {
 
-struct CaptureGap {
-    std::string capture;
-    Gap gap;
-};
-
 // Drives are the same by controller, enclosure and slot; behind no controller by serial number or
 // device. Of each field the first that is told counts, in the order in which the captures were read, and
 // an entity stands where its row in a list does, if it is in one. Returns what shows only now: a list of
