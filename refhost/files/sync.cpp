@@ -30,6 +30,8 @@ void sync_one(const fs::path& path) {
 
 }  // namespace
 
+void sync_names(const fs::path& directory) { sync_one(directory); }
+
 void sync_tree(const fs::path& directory, bool (*left_out)(const fs::path& name)) {
     std::vector<fs::path> files;
     std::vector<fs::path> directories{directory};

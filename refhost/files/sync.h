@@ -10,4 +10,7 @@ namespace qvhost {
 void sync_tree(const std::filesystem::path& directory,
                bool (*left_out)(const std::filesystem::path& name) = nullptr);
 
+// Waits until the disk has the names in the directory: what was made, moved or removed there.
+void sync_names(const std::filesystem::path& directory);
+
 }  // namespace qvhost

@@ -28,6 +28,7 @@
 #include "ask/ask.h"
 #include "compat/layer.h"
 #include "files/new_file.h"
+#include "files/sync.h"
 #include "inventory/exit_codes.h"
 #include "journal/journal.h"
 #include "logger/control.h"
@@ -378,6 +379,7 @@ int run_child(int settings, int lifeline) {
     JournalWriter journal(dir.journal(options.lane));
     std::string error;
     try {
+        sync_names(dir.report());  // half a store without a journal could be taken for a whole one
         end_with_parent(lifeline);
         redirect_standard_streams(dir.console(options.lane));
         set_tool_environment(options.search_path, limits_for(options),

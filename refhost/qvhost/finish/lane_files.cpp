@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "files/descriptor.h"
+#include "files/sync.h"
 
 namespace qvhost {
 
@@ -54,6 +55,7 @@ void remove_lane_files(const LogDir& dir, const std::vector<unsigned>& damaged) 
             fs::rename(journal, journal.string() + ".damaged");
         else
             fs::remove(journal);
+        if (lane == 1) sync_names(dir.report());
         fs::remove(dir.commands(lane));
     }
 }

@@ -15,7 +15,8 @@ std::vector<unsigned> lanes_in(const LogDir& dir);
 void join_lane_logs(const LogDir& dir);
 
 // Removes journals and logs of commands when the report is finished; the journals of lanes in `damaged` get that
-// ending. The first lane's goes before all others: it says that the report is not finished.
+// ending. The first lane's goes before all others, also on the disk: it says that the report is not finished, and if
+// a power cut brought it back, the report would be made anew.
 void remove_lane_files(const LogDir& dir, const std::vector<unsigned>& damaged = {});
 
 }  // namespace qvhost

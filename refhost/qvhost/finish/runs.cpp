@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "files/sync.h"
 #include "qvhost/base/options.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/recover.h"
@@ -140,6 +141,9 @@ void move_run(const LogDir& dir, const std::set<std::string>& files, const fs::p
     make_private_directory(place);
     for (const auto& name : files) fs::rename(dir.path() / name, place / name);
     fs::rename(dir.report(), LogDir(place).report());
+    // The disk has the new names before it is told that the old ones are gone.
+    sync_names(place);
+    sync_names(dir.runs());
 }
 
 // The time and the number of a run's directory: {"20261121T012040Z", 2}. Nothing: it is none.
