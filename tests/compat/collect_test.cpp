@@ -1,7 +1,7 @@
 // Whole collections with and without the layer.
 #include <algorithm>
-#include <regex>
 
+#include "expressions.h"
 #include "report.h"
 #include "store/store.h"
 #include "system.h"
@@ -55,10 +55,9 @@ protected:
 
     // The commands of the plug-in, under one name of the directory that they have the tools in.
     Texts commands() const {
-        const std::regex directory("'[^']*/bin/qv_tools");
         Texts texts;
         for (const auto& command : Store(store_in(log_dir()), Store::Mode::read).commands())
-            texts.push_back(std::regex_replace(command.text, directory, "'{P}qv_tools"));
+            texts.push_back(replaced(command.text, "'[^']*/bin/qv_tools", "'{P}qv_tools"));
         return texts;
     }
 

@@ -1,7 +1,7 @@
 // The host's own questions, asked by the built program: after the plug-in's, or alone.
 #include <algorithm>
-#include <regex>
 
+#include "expressions.h"
 #include "program.h"
 #include "report.h"
 #include "store/store.h"
@@ -58,15 +58,13 @@ protected:
 
     // Without the log directory and the directory of the stand-ins.
     Texts commands(const fs::path& log_dir) const {
-        static const std::regex place("/[^ ']*/bin/qv_tools/");
         Texts texts;
         for (const auto& command : Store(store_in(log_dir), Store::Mode::read).commands()) {
-            auto text = std::regex_replace(command.text, place, "");
+            auto text = replaced(command.text, "/[^ ']*/bin/qv_tools/", "");
             const auto log = log_dir.string() + "/";
             for (auto at = text.find(log); at != std::string::npos; at = text.find(log))
                 text.erase(at, log.size());
-            texts.push_back(
-                std::regex_replace(text, std::regex("'/[^ ']*/bin/qv_tools'"), "'qv_tools'"));
+            texts.push_back(replaced(text, "'/[^ ']*/bin/qv_tools'", "'qv_tools'"));
         }
         return texts;
     }

@@ -6,8 +6,8 @@
 #include <cctype>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <regex>
 
+#include "expressions.h"
 #include "program.h"
 #include "report.h"
 
@@ -170,13 +170,13 @@ TEST_F(Redaction, ParsersAndComparisonsSayWhatTheyHadSaid) {
                    sent = run({"diff", sent_monday, sent_friday});
         EXPECT_EQ(sent.exit, told.exit);
         const auto without_names = [](const std::string& text) {
-            return std::regex_replace(text, std::regex("\\([^()]*/(?:m|f|[^()/]*day)\\)"), "()");
+            return replaced(text, "\\([^()]*/(?:m|f|[^()/]*day)\\)", "()");
         };
         EXPECT_EQ(without_names(sent.out), without_names(by_map(told.out, map)));
         // What its captures say is read from them again.
         const auto judged = [&](const fs::path& place) {
-            return std::regex_replace(run({"check", place, "--rules", dir() / "rules"}).out,
-                                      std::regex("age=[0-9]+s"), "age");
+            return replaced(run({"check", place, "--rules", dir() / "rules"}).out, "age=[0-9]+s",
+                            "age");
         };
         EXPECT_EQ(judged(sent_monday), by_map(judged(monday), map));
         for (const auto* const name : {"m", "f"}) {
@@ -196,10 +196,9 @@ TEST_F(Redaction, AValueThatIsLeftLeavesNoBundle) {
                                "--map", dir() / "map"});
         EXPECT_EQ(made.exit, 1);
         EXPECT_EQ(made.out, "");
-        EXPECT_TRUE(std::regex_search(
-            made.err,
-            std::regex(name + ": there is no bundle: in \"qvhost[^\"/]*/manifest\\.json\" "
-                              "of it stood a value")))
+        EXPECT_TRUE(
+            has_match(made.err, name + ": there is no bundle: in \"qvhost[^\"/]*/manifest\\.json\" "
+                                       "of it stood a value"))
             << made.err;
         // No bundle, no map, nothing half done.
         EXPECT_EQ(files_of(log_dir()), before);
@@ -252,10 +251,9 @@ TEST_F(Redaction, IsReviewedFirst) {
     const auto before = files_of(dir());
     const auto reviewed = run({"bundle", log_dir(), "--redact", "serials,network", "--review"});
     EXPECT_EQ(reviewed.exit, 0) << reviewed.err;
-    EXPECT_TRUE(std::regex_search(
+    EXPECT_TRUE(has_match(
         reviewed.out,
-        std::regex(
-            "serials \\(serial numbers, UUIDs, asset tags, WWNs\\): [0-9]+ values, seen [0-9]+ times\n  ")))
+        "serials \\(serial numbers, UUIDs, asset tags, WWNs\\): [0-9]+ values, seen [0-9]+ times\n  "))
         << reviewed.out;
     EXPECT_NE(reviewed.out.find("192.0.2.100 -> "), std::string::npos) << reviewed.out;
     EXPECT_EQ(reviewed.out.find("users"), std::string::npos);

@@ -3,8 +3,7 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
-#include <regex>
-
+#include "expressions.h"
 #include "program.h"
 #include "store/store.h"
 
@@ -18,8 +17,8 @@ nlohmann::ordered_json report_json(const fs::path& log_dir) {
 
 nlohmann::ordered_json collected(const fs::path& log_dir) {
     const auto text = read_file(log_dir / "report" / "report.json");
-    const auto report = nlohmann::ordered_json::parse(
-        std::regex_replace(text, std::regex("qvhost-run-[A-Za-z0-9]{6}"), "qvhost-run"));
+    const auto report =
+        nlohmann::ordered_json::parse(replaced(text, "qvhost-run-[A-Za-z0-9]{6}", "qvhost-run"));
     return {{"modules", report["modules"]}, {"records", report["records"]}};
 }
 
@@ -61,9 +60,9 @@ std::string meta(const fs::path& store, const std::string& key) {
 std::vector<std::string> log_texts(const fs::path& log_dir) {
     std::vector<std::string> texts;
     // "2026-11-21T01:20:40.123Z 3 qvmodules/rbmcinfo:123 [repo] Enter EnumBMCInstances"
-    static const std::regex place("^[^ ]* [0-9] [^ ]* (\\[repo\\] )?");
+    const std::string place = "^[^ ]* [0-9] [^ ]* (\\[repo\\] )?";
     for (const auto& line : lines_of(read_file(log_dir / "qvhost.log")))
-        texts.push_back(std::regex_replace(line, place, ""));
+        texts.push_back(replaced(line, place, ""));
     return texts;
 }
 
@@ -115,8 +114,7 @@ std::string verdict(const std::string& report_json) {
         text += "\n";
     }
     // Commands name directories that are others in each run.
-    static const std::regex temporary("[^ '\"]*/qvhost-(replay|test)-\\w{6}/");
-    return std::regex_replace(text, temporary, "");
+    return replaced(text, "[^ '\"]*/qvhost-(replay|test)-\\w{6}/", "");
 }
 
 }  // namespace test

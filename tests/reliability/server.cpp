@@ -1,8 +1,8 @@
 #include "server.h"
 
 #include <cstdlib>
-#include <regex>
 
+#include "expressions.h"
 #include "store/store.h"
 
 namespace test {
@@ -68,8 +68,7 @@ std::string ServerTest::reason(const fs::path& log_dir, const std::string& table
 }
 
 std::string ServerTest::without_build(const std::string& text) {
-    static const std::regex build("_x(32|64)");
-    return std::regex_replace(text, build, "");
+    return replaced(text, "_x(32|64)", "");
 }
 
 std::string ServerTest::outcome(const fs::path& log_dir, const std::string& words) {
