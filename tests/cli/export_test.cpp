@@ -159,11 +159,11 @@ TEST_F(Export, NothingIsLostByEscapes) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"export", store, "--format", "json"},
           {"query", store, "SELECT a FROM T", "--format", "json"}}) {
-        const auto json = run(arguments).out;
+        const auto printed = run(arguments).out;
         for (const char* escape : {"\\u001b", "\\u009b", "\\u202e", "\\u200b", "\\ufeff", "\\u007f",
                                    "\\udb40\\udc20", "\xf0\x9f\x98\x80\xc3\xa4"})
-            EXPECT_NE(json.find(escape), std::string::npos) << escape << json;
-        const auto read = nlohmann::json::parse(json);
+            EXPECT_NE(printed.find(escape), std::string::npos) << escape << printed;
+        const auto read = nlohmann::json::parse(printed);
         EXPECT_EQ(
             arguments[0] == "query" ? read[0]["a"] : read["records"][0]["properties"][0]["value"],
             text);

@@ -52,9 +52,9 @@ TEST_P(FormatTest, IsReadAsItWas) {
     read += session({"query", store,
                      "SELECT id, sql_name, reason FROM qv_table WHERE reason <> '' ORDER BY id",
                      "--format", "csv"});
-    const auto json = run({"export", store, "--format", "json"});
-    EXPECT_EQ(json.exit, 0) << json.err;
-    read += "$ qvhost export REPORT --format json, a record a line\n" + condensed(json.out);
+    const auto made = run({"export", store, "--format", "json"});
+    EXPECT_EQ(made.exit, 0) << made.err;
+    read += "$ qvhost export REPORT --format json, a record a line\n" + condensed(made.out);
 
     const auto expected = fs::path(QV_FORMATS) / (GetParam() + ".txt");
     if (read == read_file(expected)) return;

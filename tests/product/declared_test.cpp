@@ -48,9 +48,9 @@ protected:
     }
 };
 
-using Texts = std::map<std::string, std::string>;
+using ById = std::map<std::string, std::string>;
 
-const Texts kUnknown = {
+const ById kUnknown = {
     {"ABSENT", "unknown"}, {"QUIET", "unknown"}, {"WORDY", "unknown"},
     {"LATER", "unknown"},  {"PLACE", "unknown"}, {"UNTOLD", "unknown"},
 };
@@ -61,7 +61,7 @@ TEST_F(Declared, TablesOfWhichTheHostHasNeverHeardAreExplained) {
     EXPECT_EQ(outcome.exit, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(reasons(store_in(log_dir())),
-              (Texts{
+              (ById{
                   {"ABSENT", "qv-absent-tool is not installed (exit code 127)"},
                   {"QUIET", "true printed nothing"},
                   {"WORDY", "nothing to report in wordy.txt"},
@@ -69,7 +69,7 @@ TEST_F(Declared, TablesOfWhichTheHostHasNeverHeardAreExplained) {
                   {"PLACE", "not collected"},
                   {"UNTOLD", "unknown"},
               }));
-    EXPECT_EQ(titles(), (Texts{
+    EXPECT_EQ(titles(), (ById{
                             {"ABSENT", "What is absent"},
                             {"QUIET", "Quiet \x1b[31mthings"},
                             {"WORDY", "Words"},
