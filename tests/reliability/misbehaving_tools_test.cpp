@@ -165,6 +165,16 @@ TEST_F(MissingTools, AreToldFor) {
     EXPECT_EQ(outcome(log_dir(), "show events > "), "exit code 127: not installed");
 }
 
+// A replay has a file for each recorded tool, also where the shell had found none.
+TEST_F(MissingTools, AreMissingInAReplayToo) {
+    for (const auto& tool : builds())
+        write_file(tool, "#!/bin/sh\necho \"sh: 1: ${0##*/}: not found\" >&2\nexit 127\n");
+    const auto outcome = collect_storage();
+    ASSERT_EQ(outcome.exit, 0) << outcome.err;
+    const auto why = reason(log_dir(), "EVENTLOG1");
+    EXPECT_TRUE(why.ends_with(" is not installed (exit code 127)")) << why;
+}
+
 // The collection makes what lies in qv_tools executable; what is no program stays one.
 TEST_F(MissingTools, ADirectoryIsNoTool) {
     for (const auto& tool : builds()) {

@@ -254,6 +254,25 @@ std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo&
     return "";
 }
 
+// What the shell said of the tool; empty: nothing.
+std::string Evidence::shells_words(const DeclaredTable& table, const CommandInfo& command) const {
+    for (const auto& lines :
+         {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
+        if (auto words = shells_words_on(command.tool, lines); !words.empty()) return words;
+    }
+    return "";
+}
+
+// Whether there is such a tool, be it one that cannot be run. In a replay a recorded one has a file also where the
+// shell had found none.
+bool Evidence::is_installed(const DeclaredTable& table, const CommandInfo& command) const {
+    std::error_code ignored;
+    const auto file = file_of(command);
+    if (places_.vendor_tools.empty() || !fs::is_regular_file(file, ignored)) return false;
+    return command.exit != kNotFound || !why_not_executable(file).empty() ||
+           shells_words(table, command).empty();
+}
+
 // Why the shell could not start it, or its loader could not load it; empty: it ran, and something that it
 // started did not.
 std::string Evidence::why_not_started(const DeclaredTable& table,
@@ -285,13 +304,9 @@ std::string Evidence::why_not_started(const DeclaredTable& table,
         if (const auto why = why_not_executable(file_of(command)); !why.empty())
             return tool + " cannot be run: " + why;
     }
-    for (const auto& lines :
-         {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
-        const auto words = shells_words_on(tool, lines);
-        if (words.empty()) continue;
+    if (const auto words = shells_words(table, command); !words.empty())
         return *command.exit == kNotFound ? tool + " is not installed" + code
                                           : tool + " cannot be run: " + words;
-    }
     if (*command.exit == kNotFound) return knows_places ? "" : tool + " is not installed" + code;
     return first_words(table, command).empty() ? tool + " cannot be run: exit code 126" : "";
 }
@@ -473,10 +488,7 @@ std::string Evidence::why_failed(const ModuleInfo& module) const {
         if (!table || table->tool.empty() || table->filled != "always") continue;
         const auto* command = maker(section_of(module.name, *table), *table);
         if (!command) continue;
-        std::error_code ignored;
-        const bool is_there =
-            !places_.vendor_tools.empty() && fs::is_regular_file(file_of(*command), ignored);
-        if (!is_there && !why_not_run(*table, *command).empty()) continue;
+        if (!is_installed(*table, *command) && !why_not_run(*table, *command).empty()) continue;
         const auto why = trouble(*table, *command);
         if (why.empty() || tells_absence(answered_error(*table, *command)) ||
             has_answered(module.name, table->tool))

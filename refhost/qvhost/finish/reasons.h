@@ -54,6 +54,8 @@ private:
     bool is_missing(const CommandInfo& command) const;
     std::filesystem::path file_of(
         const CommandInfo& command) const;  // of its tool; empty: not found
+    std::string shells_words(const DeclaredTable& table, const CommandInfo& command) const;
+    bool is_installed(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_started(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_run(const DeclaredTable& table, const CommandInfo& command) const;
     std::string why_not_asked(const std::string& module, const DeclaredTable& table) const;
