@@ -17,8 +17,7 @@ namespace qvhost::findings {
 using inventory::Event;
 using EventSeverity = inventory::Severity;
 
-// Which events are looked at, by their source and their words. The first row that fits decides; the rows of a
-// source stand together.
+// Which events are looked at, by their source and their words. The first row that fits decides.
 struct EventRow {
     std::string_view source;  // what the source's name begins with
     std::string_view words;   // what the text or the subject contains; "" for all
@@ -84,6 +83,8 @@ constexpr auto kEvents = std::to_array<EventRow>({
     {"kernel",     "",                                       kWarning,  "event_warning"         },
 });
 // clang-format on
+static_assert(std::ranges::is_sorted(kEvents, {}, &EventRow::source),
+              "rows of a source stand together");
 
 constexpr std::size_t kMostGroups = 10'000;  // a hostile log has no more subjects than that
 
