@@ -171,6 +171,15 @@ void end_with_parent(int lifeline) {
     }).detach();
 }
 
+// Nothing is started any more. Stopped in its own end, this thread could hold a lock that the other one needs to end
+// the process.
+void go_on_without_parent() {
+    sigset_t stopping;
+    ::sigemptyset(&stopping);
+    ::sigaddset(&stopping, SIGRTMIN);
+    ::pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
+}
+
 // Waits until no other lane asks anything any more. What they have learned of the BMC holds here.
 void wait_for_other_lanes() {
     if (next_word() == kLanesEndedDeviceLeft) ::setenv("QV_DEVICE_LEFT", "1", 1);
@@ -398,6 +407,7 @@ int run_child(int settings, int lifeline) {
         error = problem.what();
     }
     journal.append(EndEntry{error});
+    go_on_without_parent();
     return error.empty() ? 0 : 1;
 }
 
