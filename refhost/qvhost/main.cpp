@@ -35,6 +35,7 @@
 #include "qvhost/present/query.h"
 #include "qvhost/present/show.h"
 #include "qvhost/present/tables.h"
+#include "qvhost/replay/record.h"
 #include "qvhost/replay/replay.h"
 #include "show/visible.h"
 
@@ -75,6 +76,7 @@ constexpr struct {
     int (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
     {"config", [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
+    {"record", [](const ParsedArguments& parsed) { qvhost::record(parsed.record); return 0; }},
     {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
     {"list",   [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},

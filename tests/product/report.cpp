@@ -3,6 +3,8 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include "expressions.h"
 #include "program.h"
 #include "store/store.h"
@@ -64,6 +66,37 @@ std::vector<std::string> log_texts(const fs::path& log_dir) {
     for (const auto& line : lines_of(read_file(log_dir / "qvhost.log")))
         texts.push_back(replaced(line, place, ""));
     return texts;
+}
+
+std::vector<std::string> told_by(const fs::path& log_dir) {
+    std::vector<std::string> lines;
+    const auto add = [&](std::string line) {
+        boost::replace_all(line, log_dir.string(), "LOG");
+        lines.push_back(replaced(line, "[^ '\"]*/qvhost-(replay|run|test)-\\w{6}/", "PLACE/"));
+    };
+    for (const auto& one : qvhost::Store(store_in(log_dir), qvhost::Store::Mode::read).commands()) {
+        nlohmann::ordered_json line = {{"origin", one.origin},
+                                       {"text", one.text},
+                                       {"tool", one.tool},
+                                       {"exit", one.exit.value_or(-1)},
+                                       {"signal", one.signal.value_or(-1)},
+                                       {"stopped_by", one.stopped_by},
+                                       {"captures", one.captures},
+                                       {"stderr", one.standard_error},
+                                       {"remark", one.remark},
+                                       {"is_started", one.started.has_value()}};
+        add(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    }
+    auto report = report_json(log_dir);
+    for (const char* part : {"modules", "records", "findings", "health"}) {
+        for (const auto& one : report[part]) add(std::string(part) + " " + one.dump());
+    }
+    for (const auto& [kind, entities] : report["inventory"].items()) {
+        for (const auto& one : entities) add(kind + " " + one.dump());
+    }
+    for (const char* time : {"started", "finished", "seconds"}) report["collection"].erase(time);
+    add(report["collection"].dump());
+    return lines;
 }
 
 std::string condensed(const std::string& report_json) {

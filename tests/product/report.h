@@ -35,6 +35,10 @@ std::vector<std::string> log_texts(const std::filesystem::path& log_dir);
 // directory has one name.
 nlohmann::ordered_json collected(const std::filesystem::path& log_dir);
 
+// All that a collection says, a line each: its commands, modules, records, inventory, findings, health and the machine.
+// Times are left out; the log directory and the throw-away one have one name.
+std::vector<std::string> told_by(const std::filesystem::path& log_dir);
+
 // A report.json as a person reads it: modules and layouts as they are, and records a line each, their
 // values under one heading as long as table, name, ids and labels stay the same. Nothing is left out.
 std::string condensed(const std::string& report_json);

@@ -84,6 +84,12 @@ struct BundleOptions {
     bool review = false;           // say what would be replaced, and make no bundle
 };
 
+// What the user asked of `record`.
+struct RecordOptions {
+    std::filesystem::path from;    // a log directory
+    std::filesystem::path output;  // the recorded server's directory, which is new or empty
+};
+
 // What the user asked of `query`.
 struct QueryOptions {
     std::filesystem::path report;

@@ -43,6 +43,12 @@ const std::vector<CommandText> kTexts = {
      {"A recorded server is a directory with a file machine.json, which tells what each tool printed. No tool of this machine is asked."},
      {{"qvhost replay samples/x86_64-kp220-megaraid --log-dir out",         "Collect as if this machine were the recorded one."}}},
 
+    {"record", "Make a recorded server of a report",
+     {"A recorded server answers as the machine did: replay collects from it on any other machine, and gives the same commands, records, inventory and findings. It holds what the tools printed, how each ended, how long it took and the files that it wrote. What the report does not tell is printed, a line each, and stands in machine.json as not_known.",
+      "A recorded server holds what the report holds: serial numbers, addresses, logs."},
+     {{"qvhost record --from /var/tmp/collection --output samples/x86_64-kp220", "Make one of a collection."},
+      {"qvhost replay samples/x86_64-kp220 --log-dir out",                   "Collect from it."}}},
+
     {"tables", "List modules, tables and layouts",
      {},
      {{"qvhost tables",                                                     "What can be collected, and the properties that each table shows."}}},
@@ -391,6 +397,17 @@ void add_bundle(CLI::App& app, BundleOptions& options) {
     });
 }
 
+void add_record(CLI::App& record, RecordOptions& options) {
+    record.add_option("--from", options.from, "The report: a log directory")
+        ->required()
+        ->type_name("REPORT")
+        ->check(not_empty);
+    record.add_option("--output", options.output, "The recorded server: a new or empty directory")
+        ->required()
+        ->type_name("DIR")
+        ->check(not_empty);
+}
+
 void add_diff(CLI::App& app, DiffOptions& options) {
     auto& diff = add_command(app, "diff");
     diff.add_option("OLD", options.from, "The earlier report: a log directory or a store file")
@@ -449,6 +466,8 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     auto& replay = add_command(*app, "replay");
     replay.add_option("MACHINE", parsed.machine, "Its directory, with machine.json")->required();
     add_collect_options(replay, parsed.collect);
+
+    add_record(add_command(*app, "record"), parsed.record);
 
     add_plugin_option(add_command(*app, "tables"), parsed.collect);
 

@@ -17,6 +17,7 @@ namespace qvhost {
 struct ParsedArguments {
     CollectOptions collect;
     std::filesystem::path machine;
+    RecordOptions record;
     ShowOptions show;
     std::filesystem::path list;  // the log directory
     OpenOptions open;

@@ -185,6 +185,8 @@ int collect(CollectOptions options, const Stage& stage) {
         store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));
         note_machine(store, stage.machine);
         if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
+        if (!stage.lacks.empty())
+            store.set_meta("recorded_lacks", lines_of(stage.lacks, "\t") + "\n");
         if (has_modules) write_declared_tables(store, declared.tables);
         store.commit();
 

@@ -25,6 +25,8 @@ struct Stage {
     std::map<std::string, std::filesystem::path> started_files = {};
     std::map<std::string, std::string> refused_files = {};
     std::string search_path = {};  // behind the layer; empty: there is none
+    // Of what is replayed: what verdicts needed and could not be asked, by subsystem.
+    std::vector<std::pair<std::string, std::string>> lacks = {};
     std::string recorded;  // when what is replayed was recorded, by the server's clock; empty: now
 
     std::filesystem::path vendor_tools() const { return program.parent_path() / "qv_tools"; }

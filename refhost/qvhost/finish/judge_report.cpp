@@ -101,7 +101,7 @@ findings::Circumstances circumstances_of(const Store& store,
         if (circumstances.incomplete_because.empty())
             circumstances.incomplete_because = "it did not come to its end";
     }
-    circumstances.lacks = lacks_in(store.meta("lacks"));
+    circumstances.lacks = lacks_in(store.meta("recorded_lacks") + store.meta("lacks"));
     for (const auto& command : commands) {
         if (was_stopped_for_time(command) && asks_bmc(command))
             circumstances.unanswered_by_bmc.push_back(

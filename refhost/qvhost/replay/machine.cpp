@@ -60,6 +60,13 @@ public:
         if (root.contains("uptime_seconds"))
             machine.identity.uptime_seconds =
                 number(root, "uptime_seconds", std::numeric_limits<int>::max());
+        const auto lacks = root.value("lacks", json::array());
+        if (!lacks.is_array()) fail("\"lacks\" is not an array");
+        for (const auto& one : lacks) {
+            if (!one.is_object()) fail("one of \"lacks\" is not an object");
+            machine.lacks.emplace_back(one_line(text(one, "subsystem")),
+                                       one_line(text(one, "words")));
+        }
         if (!root.contains("commands") || !root["commands"].is_array())
             fail("\"commands\" is not an array");
         const auto& commands = root["commands"];

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qvhost/base/machine_identity.h"
@@ -30,6 +31,8 @@ struct Machine {
     // When it was recorded, by its own clock: "2026-11-20T07:30:05". Empty: nobody noted it.
     std::string recorded;
     MachineIdentity identity;
+    // What verdicts needed and could not be asked there: subsystem, words.
+    std::vector<std::pair<std::string, std::string>> lacks;
     std::vector<RecordedCommand> commands;
 };
 

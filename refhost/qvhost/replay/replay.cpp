@@ -40,6 +40,7 @@ int replay(const std::filesystem::path& machine_dir, CollectOptions options) {
     return collect(options, {.program = place.program(),
                              .kill_leftovers = true,
                              .machine = machine.identity,
+                             .lacks = machine.lacks,
                              .recorded = machine.recorded});
 }
 

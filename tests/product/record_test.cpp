@@ -1,0 +1,255 @@
+// "qvhost record": a recorded server of a report gives the same report again.
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "program.h"
+#include "report.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+class Record : public ProductTest {
+protected:
+    fs::path recorded() const { return dir() / "recorded"; }
+    fs::path again() const { return dir() / "again"; }
+
+    Outcome replay(const fs::path& machine, const fs::path& log_dir,
+                   const std::vector<std::string>& more = {}) {
+        std::vector<std::string> arguments{"replay",         machine, "--log-dir", log_dir,
+                                           "--tool-timeout", "5",     "--quiet"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run(arguments);
+    }
+    Outcome record() { return run({"record", "--from", log_dir(), "--output", recorded()}); }
+    json machine() const { return json::parse(read_file(recorded() / "machine.json")); }
+
+    void round_trip(const std::string& sample, const std::vector<std::string>& more = {}) {
+        const auto first = replay(fs::path(QV_SAMPLES) / sample, log_dir(), more);
+        const auto made = record();
+        ASSERT_EQ(made.exit, 0) << made.err;
+        const auto second = replay(recorded(), again(), more);
+        EXPECT_EQ(second.exit, first.exit) << second.err;
+        EXPECT_EQ(told_by(again()), told_by(log_dir()));
+        EXPECT_FALSE(told_by(log_dir()).empty());
+    }
+
+    // Changes what the store says of the commands.
+    void damage(const std::string& sql) {
+        SQLite::Database db(store_in(log_dir()).string(), SQLite::OPEN_READWRITE);
+        ASSERT_GT(db.exec(sql), 0) << sql;
+    }
+
+    // All that lies in the recorded server, as one text; only files of the owner's do.
+    std::string all_of(const fs::path& directory) {
+        std::string all;
+        for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+            EXPECT_TRUE(entry.symlink_status().type() == fs::file_type::regular) << entry.path();
+            struct stat info {};
+            EXPECT_EQ(::lstat(entry.path().c_str(), &info), 0);
+            EXPECT_EQ(info.st_mode & 07777, 0600u) << entry.path();
+            all += entry.path().filename().string() + "\n" + read_file(entry.path());
+        }
+        return all;
+    }
+};
+
+std::vector<std::string> samples() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(QV_SAMPLES)) {
+        if (fs::exists(entry.path() / "machine.json")) names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class RecordSample : public Record, public testing::WithParamInterface<std::string> {};
+
+TEST_P(RecordSample, GivesTheSameReport) { round_trip(GetParam()); }
+
+std::string test_name(const testing::TestParamInfo<std::string>& info) {
+    auto name = info.param;
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Recorded, RecordSample, testing::ValuesIn(samples()), test_name);
+
+TEST_F(Record, FilesBelowADirectoryAreRecorded) {
+    round_trip("x86_64-kn100-adaptec", {"--also", "pmc"});
+    EXPECT_EQ(read_file(again() / "Firmware" / "Controller 1 Config.txt"),
+              read_file(log_dir() / "Firmware" / "Controller 1 Config.txt"));
+}
+
+TEST_F(Record, HoldsHowEachCommandEnded) {
+    write_file(dir() / "machine" / "half.txt", "half a l");
+    const json commands = {
+        {{"tool", "dmidecode"}, {"args", ""}, {"stdout", "half.txt"}, {"signal", 11}},
+        {{"tool", "dmesg"},
+         {"args", ""},
+         {"stdout", "half.txt"},
+         {"stderr", "dmesg: no\n"},
+         {"exit", 3}},
+        {{"tool", "cat"}, {"args", "/proc/cpuinfo"}, {"stdout", "half.txt"}, {"seconds", 1}},
+        {{"tool", "mv"}, {"files", {{"nts_linux_x.txz", "half.txt"}}}, {"exit", 1}},
+        {{"tool", "lspci"}, {"args", ""}, {"stderr", "pcilib: \xc3\xa4"}},
+    };
+    write_file(dir() / "machine" / "machine.json",
+               json{{"uname", "x86_64"},
+                    {"host", "kp220"},
+                    {"recorded", "2026-11-20T07:30:05"},
+                    {"uptime_seconds", 77},
+                    {"lacks", {{{"subsystem", "storage"}, {"words", "smartctl is not installed"}}}},
+                    {"commands", commands}}
+                   .dump());
+    ASSERT_EQ(replay(dir() / "machine", log_dir()).exit, 0);
+    ASSERT_EQ(record().exit, 0);
+    const auto made = machine();
+    EXPECT_EQ(made["host"], "kp220");
+    EXPECT_EQ(made["recorded"], "2026-11-20T07:30:05");
+    EXPECT_EQ(made["uptime_seconds"], 77);
+    EXPECT_EQ(made["lacks"][0]["words"], "smartctl is not installed");
+    const auto entry = [&](const std::string& tool) {
+        for (const auto& one : made["commands"]) {
+            if (one["tool"] == tool && one.value("args", "") != "-t system") return one;
+        }
+        return json();
+    };
+    EXPECT_EQ(entry("dmidecode")["signal"], 11);
+    EXPECT_EQ(read_file(recorded() / entry("dmidecode")["stdout"]), "half a l");
+    EXPECT_EQ(entry("dmesg")["stderr"], "dmesg: no\n");
+    EXPECT_EQ(entry("dmesg")["exit"], 3);
+    EXPECT_EQ(entry("cat")["seconds"], 1);
+    EXPECT_EQ(entry("cat")["args"], "/proc/cpuinfo");
+    EXPECT_EQ(read_file(recorded() / entry("lspci")["stderr"]), "pcilib: \xc3\xa4")
+        << "a text that could be a file's name is in a file";
+    EXPECT_EQ(read_file(recorded() / entry("mv")["files"]["nts_linux_x.txz"]), "half a l");
+    EXPECT_EQ(entry("mv")["exit"], 1);
+    EXPECT_EQ(entry("ipmitool"), json()) << "what is not installed is not recorded";
+    ASSERT_EQ(replay(recorded(), again()).exit, 0);
+    EXPECT_EQ(told_by(again()), told_by(log_dir()));
+    const auto told = told_by(again());
+    EXPECT_TRUE(std::any_of(told.begin(), told.end(), [](const std::string& line) {
+        return line.starts_with("health ") &&
+               line.find("smartctl is not installed") != std::string::npos;
+    })) << "what could not be asked there is missing in the replay, too";
+}
+
+TEST_F(Record, SaysWhatTheReportDoesNotTell) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-kw120-debian12", log_dir()).exit, 0);
+    fs::remove(log_dir() / "dmidecode.log");
+    const auto made = record();
+    ASSERT_EQ(made.exit, 0) << made.err;
+    EXPECT_NE(
+        made.out.find("not known: dmidecode -t system: what it printed went to other commands"),
+        std::string::npos)
+        << made.out;
+    EXPECT_NE(made.out.find("not known: dmidecode: \"dmidecode.log\" is no file of the report"),
+              std::string::npos)
+        << made.out;
+    EXPECT_EQ(lines_of(made.out).size(), machine()["not_known"].size() + 1);
+}
+
+TEST_F(Record, NothingIsWrittenIntoWhatIsThere) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-virtual-machine", log_dir()).exit, 0);
+    write_file(recorded() / "mine", "mine");
+    EXPECT_EQ(record().exit, 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator(recorded()), {}), 1);
+    fs::remove_all(recorded());
+    fs::create_directory_symlink(dir(), recorded());
+    EXPECT_EQ(record().exit, 1);
+    fs::remove(recorded());
+    fs::create_directory(recorded());
+    EXPECT_EQ(record().exit, 0) << "an empty directory is as good as none";
+    EXPECT_EQ(fs::status(recorded()).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(run({"record", "--from", store_in(log_dir()), "--output", again()}).exit, 1)
+        << "a store alone has no captures";
+}
+
+// A report may come from anybody.
+TEST_F(Record, NothingOfThisMachineGetsIntoIt) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-kw120-debian12", log_dir()).exit, 0);
+    write_file(dir() / "secret.txt", "of this machine");
+    fs::remove(log_dir() / "dmesg.log");
+    fs::create_symlink(dir() / "secret.txt", log_dir() / "dmesg.log");
+    fs::create_directory_symlink(dir(), log_dir() / "way");
+    fs::remove(log_dir() / "cpuinfo.log");
+    ASSERT_EQ(::mkfifo((log_dir() / "cpuinfo.log").c_str(), 0600), 0);
+    const auto log = log_dir().string();
+    damage("UPDATE qv_command SET command = 'cat /proc/cmdline >''" + log +
+           "/../secret.txt''' "
+           "WHERE command LIKE 'cat /proc/cmdline%'");
+    damage("UPDATE qv_command SET command = 'cat /proc/interrupts >''" + log +
+           "/way/secret.txt''' "
+           "WHERE command LIKE 'cat /proc/interrupts%'");
+    for (const std::string name : {"../secret.txt", "way", "..", "."})
+        damage("UPDATE qv_command SET captures = '" + name + "' WHERE command LIKE 'dmidecode >%'");
+    damage("UPDATE qv_command SET captures = 'way' WHERE command LIKE 'dmesg%'");
+    damage(
+        "UPDATE qv_command SET exit = 4711, seconds = 1e300 WHERE command LIKE 'ipmitool sensor%'");
+    damage(
+        "UPDATE qv_command SET exit = NULL, signal = -9, seconds = -5 WHERE command LIKE 'ipmitool fru%'");
+    damage("UPDATE qv_command SET command = '../../tool x >''" + log +
+           "/a.txt''' "
+           "WHERE command LIKE 'chmod%'");
+    damage("UPDATE qv_command SET command = char(255) || ' ''unfinished $(touch " +
+           (dir() / "touched").string() + ")' WHERE command LIKE 'dmidecode -t%'");
+    const auto made = record();
+    ASSERT_EQ(made.exit, 0) << made.err;
+    EXPECT_EQ(all_of(recorded()).find("of this machine"), std::string::npos);
+    EXPECT_FALSE(fs::exists(dir() / "touched"));
+    const auto told = machine();
+    for (const auto& one : told["commands"]) {
+        EXPECT_LE(one.value("exit", 0), 255);
+        EXPECT_GE(one.value("signal", 0), 0);
+        EXPECT_LE(one.value("seconds", 0), 86400);
+    }
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(dir()))
+        names.insert(entry.path().filename().string());
+    EXPECT_EQ(names.count("recorded"), 1u);
+    EXPECT_EQ(std::count_if(names.begin(), names.end(),
+                            [](const auto& name) { return name.starts_with("recorded."); }),
+              0);
+}
+
+TEST_F(Record, AKillLeavesNoHalfServer) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-virtual-machine", log_dir()).exit, 0);
+    write_file(log_dir() / "dmesg.log", std::string(std::size_t{64} << 20, 'x'));
+    const auto is_begun = [&] {
+        for (const auto& entry : fs::directory_iterator(dir())) {
+            if (entry.path().filename().string().starts_with("recorded.")) return true;
+        }
+        return fs::exists(recorded());
+    };
+    const pid_t pid = start(Invocation{{"record", "--from", log_dir(), "--output", recorded()}});
+    wait_until("it writes", is_begun);
+    ::kill(pid, SIGKILL);
+    finish(pid);
+    if (fs::exists(recorded())) {
+        EXPECT_EQ(replay(recorded(), again()).exit, 0) << "it was quicker";
+    }
+    fs::remove_all(recorded());
+
+    // The disk is full, or a limit is reached.
+    const auto limited = run(Invocation{
+        .arguments = {"-c", "ulimit -f 1000; exec '" QV_PROGRAM "' record --from '" +
+                                log_dir().string() + "' --output '" + recorded().string() + "'"},
+        .program = {"/bin/bash"}});
+    EXPECT_EQ(limited.exit, 1);
+    EXPECT_NE(limited.err.find("File too large"), std::string::npos) << limited.err;
+    EXPECT_FALSE(fs::exists(recorded()));
+}
+
+}  // namespace
+
+}  // namespace test
