@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uintmax_t kMostBytes = 16u << 20;  // of a capture that is looked through
+constexpr std::uintmax_t kMostBytes = 2u << 20;  // of a capture that is looked through
 
 // "/dev/sda", "/dev/nvme0", "/dev/nvme0n1": a whole drive, whose name is safe in a command line.
 bool is_drive(std::string_view name) {

@@ -86,7 +86,16 @@ constexpr auto kEvents = std::to_array<EventRow>({
 static_assert(std::ranges::is_sorted(kEvents, {}, &EventRow::source),
               "rows of a source stand together");
 
-constexpr std::size_t kMostGroups = 10'000;  // a hostile log has no more subjects than that
+// What is kept of a log that names thousands of things, or says pages of them. The store has all.
+constexpr std::size_t kMostGroups = 2'000;
+constexpr std::size_t kMostKept = 1'000;  // bytes of a text
+
+std::string kept_of(const std::string& text) {
+    auto size = std::min(text.size(), kMostKept);
+    // Not in the middle of a character.
+    while (size < text.size() && size > 0 && (text[size] & 0xC0) == 0x80) --size;
+    return text.substr(0, size) + (size < text.size() ? "..." : "");
+}
 
 std::span<const EventRow> rows_for(std::string_view source) {
     const auto is_of_it = [&](const EventRow& row) { return source.starts_with(row.source); };
@@ -166,9 +175,9 @@ void EventJudge::take(const Event& event) {
     const auto* row = row_for(event, rows);
     if (!row) return;
 
-    auto subject = event.subject.value_or("");
+    auto subject = kept_of(event.subject.value_or(""));
     auto key = std::string(row->rule) + '\n' + event.source + '\n' + subject;
-    if (may_end(row->rule)) key += '\n' + std::string(without_end_word(event.text));
+    if (may_end(row->rule)) key += '\n' + kept_of(std::string(without_end_word(event.text)));
     if (groups_.size() >= kMostGroups && !groups_.contains(key)) {
         key = std::string(row->rule) + '\n' + event.source;
         subject.clear();
@@ -184,7 +193,7 @@ void EventJudge::take(const Event& event) {
     if (group.open == 0) group.opened = event.time;
     group.open = has_ended(event.text) ? 0 : group.open + 1;
     group.last = event.place;
-    group.says = event.text;
+    group.says = kept_of(event.text);
     group.time = event.time;
     group.dated = dated;
     if (event.time) {

@@ -18,6 +18,10 @@ CaptureLines::~CaptureLines() {
 // Moves what is unread to the front and fills the buffer behind it. Whether anything came.
 bool CaptureLines::refill() {
     if (at_end_) return false;
+    if (is_enough_ && is_enough_()) {
+        at_end_ = was_stopped_ = true;
+        return false;
+    }
     const std::size_t kept = unread_.size();
     if (kept > 0) std::memmove(buffer_.data(), unread_.data(), kept);
     ssize_t got = 0;
@@ -26,6 +30,7 @@ bool CaptureLines::refill() {
     } while (got < 0 && errno == EINTR);
     if (got < 0) error_ = errno;
     if (got <= 0) at_end_ = true;
+    if (got > 0) bytes_ += static_cast<std::size_t>(got);
     unread_ = {buffer_.data(), kept + static_cast<std::size_t>(got > 0 ? got : 0)};
     return got > 0;
 }
@@ -43,6 +48,7 @@ std::optional<CaptureLine> CaptureLines::next() {
         if (!refill()) break;
         end = unread_.find('\n', searched);
     }
+    if (end == std::string_view::npos && was_stopped_) unread_ = {};
     if (unread_.empty()) return std::nullopt;
 
     CaptureLine line;

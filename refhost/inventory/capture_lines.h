@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qvhost::inventory {
@@ -32,6 +34,13 @@ public:
 
     std::optional<CaptureLine> next();
 
+    // Asked before each further block of a file: whether to end with the last whole line before it.
+    void stop_when(std::function<bool()> is_enough) { is_enough_ = std::move(is_enough); }
+    bool was_stopped() const { return was_stopped_; }
+
+    // How many bytes of a file were read.
+    std::size_t bytes() const { return bytes_; }
+
     // The line that next() gave last is given once more.
     void again() { again_ = last_.has_value(); }
 
@@ -48,7 +57,10 @@ private:
     std::vector<char> buffer_;
     std::string_view unread_;
     std::string beginning_;  // of a line that is longer than is given
+    std::function<bool()> is_enough_;
+    std::size_t bytes_ = 0;
     bool at_end_ = false;
+    bool was_stopped_ = false;
     bool again_ = false;
     std::optional<CaptureLine> last_;
     std::int64_t count_ = 0;

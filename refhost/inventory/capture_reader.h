@@ -17,10 +17,13 @@ struct CaptureReader {
     const char* instead_of = nullptr;
     // A failure that says that there is none of what was asked for is an answer.
     bool may_be_none = false;
-    // Captures of one log tell the same events: of several, one is believed. Null: it tells of no log that
-    // others tell as well.
+    // A log, which may be of any size, since its events are handed on as they are read. Captures of one log
+    // tell the same events: of several, one is believed. Null: it is no log.
     const char* log = nullptr;
 };
+
+// A log that no other capture tells of.
+inline constexpr const char* kOwnLog = "";
 
 // The first row whose pattern fits the capture's name; null: there is none.
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture);

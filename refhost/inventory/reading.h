@@ -4,9 +4,11 @@
 // columns, and says what it could not read; it never throws for what a tool printed.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "inventory/inventory.h"
@@ -32,12 +34,40 @@ struct ToolError {
     std::string words;
 };
 
+// The first few, and no more, however much a capture gives cause for: nobody reads the others.
+template <class One>
+class FirstFew {
+public:
+    static constexpr std::size_t kMost = 100;
+
+    void push_back(One one) {
+        if (few_.size() < kMost) few_.push_back(std::move(one));
+    }
+    // Stands before the others.
+    void push_front(One one) { few_.insert(few_.begin(), std::move(one)); }
+
+    bool empty() const { return few_.empty(); }
+    std::size_t size() const { return few_.size(); }
+    const One& front() const { return few_.front(); }
+    const One& operator[](std::size_t at) const { return few_[at]; }
+    auto begin() const { return few_.begin(); }
+    auto end() const { return few_.end(); }
+
+    template <class Test>
+    std::size_t erase_if(Test test) {
+        return std::erase_if(few_, test);
+    }
+
+private:
+    std::vector<One> few_;
+};
+
 struct Understanding {
     std::int64_t lines = 0;
     std::int64_t not_understood = 0;  // lines that no reader knows
     std::int64_t first_not_understood = 0;
-    std::vector<Gap> gaps;
-    std::vector<ToolError> errors;
+    FirstFew<Gap> gaps;
+    FirstFew<ToolError> errors;
 
     bool whole() const { return lines > 0 && gaps.empty() && errors.empty(); }
     void unknown_line(std::int64_t number) {

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -58,6 +60,46 @@ int open_capture(const fs::path& path) {
     return fd;
 }
 
+// So much is kept in memory of a capture, and of all. A server with a thousand drives has a quarter of it.
+constexpr std::size_t kMostBytes = std::size_t{4}
+                                   << 20;  // a log is handed on, and may have any size
+constexpr std::size_t kMostAllBytes = std::size_t{16} << 20;
+constexpr std::size_t kMostEntities = 4'096;
+constexpr std::size_t kMostAllEntities = 12'288;
+
+template <class... Entities>
+std::size_t count_of(const std::vector<Entities>&... lists) {
+    return (lists.size() + ...);
+}
+
+std::size_t entities_in(const Inventory& i) {
+    return count_of(i.systems, i.processors, i.memory_modules, i.bmcs, i.sensors, i.power_supplies,
+                    i.frus, i.controllers, i.batteries, i.enclosures, i.volumes, i.drives,
+                    i.volume_members, i.topology, i.pci_devices, i.controller_counts, i.sel_logs,
+                    i.ipmi_devices, i.clocks, i.host_facts, i.empty_memory_slots, i.chassis_states,
+                    i.leds, i.component_versions, i.power_readings, i.sdr_sensors,
+                    i.ipmiutil_sensors, i.firmware_power_supplies, i.kernel_processors);
+}
+
+// Reads the capture as far as there is room for it; what is left out is a gap. Takes the descriptor, and what
+// it read off the room.
+void read_bounded(const CaptureReader& reader, int fd, Reading& reading, std::size_t& room) {
+    CaptureLines lines(fd);
+    const auto bytes = reader.log ? SIZE_MAX : std::min(room, kMostBytes);
+    const auto before = entities_in(reading.found);
+    const auto entities =
+        before + (reader.log ? kMostEntities
+                             : std::min(kMostEntities,
+                                        kMostAllEntities - std::min(before, kMostAllEntities)));
+    lines.stop_when([&] { return lines.bytes() > bytes || entities_in(reading.found) > entities; });
+    reader.read(lines, reading);
+    if (!reader.log) room -= std::min(room, lines.bytes());
+    if (lines.was_stopped())
+        reading.how.gaps.push_front({lines.count(), "it is too long: its first " +
+                                                        std::to_string(lines.bytes() >> 10) +
+                                                        " KiB were read"});
+}
+
 class Surveyor {
 public:
     Surveyor(const fs::path& log_dir, const std::vector<CaptureOrigin>& origins,
@@ -71,7 +113,7 @@ public:
         for (const auto& row : readers) {
             for (const auto& name : names_) {
                 if (reader_for(readers, name) != &row || !is_wanted(row, name)) continue;
-                if (row.log) {
+                if (row.log && row.log != std::string_view(kOwnLog)) {
                     logs_[row.log].push_back({&row, name});
                 } else {
                     read(row, name, events_);
@@ -131,10 +173,9 @@ private:
         };
         const auto best = std::max_element(captures.begin(), captures.end(), is_worse);
         if (const int fd = open_capture(log_dir_ / best->name); fd >= 0) {
-            CaptureLines lines(fd);
             Inventory known;
             Reading reading{best->name, known, events_};
-            best->reader->read(lines, reading);
+            read_bounded(*best->reader, fd, reading, room_);
         }
     }
 
@@ -168,8 +209,7 @@ private:
                 CaptureLines lines(*text);
                 reader.read(lines, reading);
             } else {
-                CaptureLines lines(fd);
-                reader.read(lines, reading);
+                read_bounded(reader, fd, reading, room_);
             }
             capture.how = std::move(reading.how);
             if (reader.may_be_none) forgive_absence(capture);
@@ -203,9 +243,8 @@ private:
     }
 
     static void forgive_absence(SurveyedCapture& capture) {
-        const auto forgiven = std::erase_if(capture.how.errors, [](const ToolError& error) {
-            return says_there_is_none(error.words);
-        });
+        const auto forgiven = capture.how.errors.erase_if(
+            [](const ToolError& error) { return says_there_is_none(error.words); });
         if (forgiven > 0 && capture.ended_badly.starts_with("exit code ") &&
             capture.ended_badly.find(':') == std::string::npos)
             capture.ended_badly.clear();
@@ -217,6 +256,7 @@ private:
     Survey& survey_;
     std::set<std::string> names_;
     std::map<std::string, std::vector<LogCapture>> logs_;
+    std::size_t room_ = kMostAllBytes;
 };
 
 }  // namespace
@@ -251,9 +291,9 @@ bool read_capture(const fs::path& log_dir, const std::string& name, Inventory& f
         const auto* reader = reader_for(readers, name);
         const int fd = reader ? open_capture(log_dir / name) : -1;
         if (fd < 0) continue;
-        CaptureLines lines(fd);
         Reading reading{name, found, [](Event&&) {}};
-        reader->read(lines, reading);
+        auto room = kMostBytes;
+        read_bounded(*reader, fd, reading, room);
         return reading.how.whole();
     }
     return false;

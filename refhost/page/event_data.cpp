@@ -67,6 +67,8 @@ public:
         put(values_, std::to_string(known->second));
     }
 
+    std::size_t bytes() const { return values_.size() + words_.size(); }
+
     // The cells so far. The next file's begin empty.
     std::string take() {
         auto json = "[" + std::exchange(values_, {}) + "]";
@@ -94,9 +96,10 @@ ordered_json write_events(const Store& store, const std::filesystem::path& data)
         heads.push_back({{"id", column.name}, {"label", label}, {"width", 0}});
     }
     std::size_t records = 0;
+    std::size_t rows = 0;  // of the file that is being made
     std::set<std::string> captures;
     auto files = ordered_json::array();
-    const auto write = [&](std::size_t rows) {
+    const auto write = [&] {
         auto json = R"({"count":)" + std::to_string(rows) + R"(,"names":[[)" +
                     std::to_string(rows) + R"(,"",-1]],"columns":[)";
         const char* separator = "";
@@ -106,14 +109,20 @@ ordered_json write_events(const Store& store, const std::filesystem::path& data)
         const auto name = "events-" + std::to_string(files.size() + 1) + ".js";
         write_new_file(data / name, data_script("rows", json + "]}"));
         files.push_back("data/" + name);
+        rows = 0;
     };
     each_typed_row(store, "events", columns, [&](const std::vector<TypedValue>& row) {
-        for (std::size_t i = 0; i < cells.size(); ++i) cells[i].add(row[i]);
+        std::size_t bytes = 0;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            cells[i].add(row[i]);
+            bytes += cells[i].bytes();
+        }
         if (const auto* capture = std::get_if<std::string>(&row[kCapture]))
             captures.insert(*capture);
-        if (++records % kRowsAFile == 0) write(kRowsAFile);
+        ++records;
+        if (++rows == kRowsAFile || bytes >= kBytesAFile) write();
     });
-    if (records % kRowsAFile != 0) write(records % kRowsAFile);
+    if (rows > 0) write();
     return {{"id", "events"},      {"title", "Events"},        {"module", ""},
             {"kind", "rows"},      {"columns", heads},         {"records", records},
             {"reason", ""},        {"chunk_rows", kRowsAFile}, {"chunks", std::move(files)},

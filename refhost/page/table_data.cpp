@@ -76,12 +76,17 @@ public:
                 cell = &property.value;
             }
         }
-        for (std::size_t i = 0; i < columns_.size(); ++i) put_cell(cells_[i], columns_[i]);
+        bytes_ = 0;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            put_cell(cells_[i], columns_[i]);
+            bytes_ += columns_[i].size();
+        }
         joined_.clear();
         ++count_;
     }
 
     std::size_t count() const { return count_; }
+    bool is_full() const { return count_ == kRowsAFile || bytes_ >= kBytesAFile; }
 
     // The rows so far as JSON. The next chunk begins empty.
     std::string take() {
@@ -120,6 +125,7 @@ private:
 
     std::unordered_map<std::string, std::size_t> place_;
     std::size_t count_ = 0;
+    std::size_t bytes_ = 0;  // of all columns
     std::string names_;
     std::vector<std::string> columns_;
 
@@ -148,7 +154,7 @@ ordered_json write_table(const Store& store, const ModuleInfo& module, const Tab
     };
     store.each_record(table.id, [&](const Record& record) {
         chunk.add(record);
-        if (chunk.count() == kRowsAFile) write();
+        if (chunk.is_full()) write();
     });
     if (chunk.count() > 0) write();
 

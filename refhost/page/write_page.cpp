@@ -6,13 +6,15 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <cerrno>
 #include <cstring>
-#include <iterator>
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
 #include "files/new_file.h"
@@ -95,26 +97,32 @@ ordered_json meta_of(const Store& store) {
     return meta;
 }
 
-// The inventory without the fields that no capture tells.
-ordered_json known_inventory(const Store& store) {
-    auto known = json_of(read_inventory(store));
-    for (auto& list : known) {
-        for (auto& entity : list) {
-            for (auto field = entity.begin(); field != entity.end();)
-                field = field->is_null() ? entity.erase(field) : std::next(field);
-        }
-    }
-    return known;
+// What a text of JSON says of the overview, as one line, which a script needs.
+void add_text(const char* key, const std::function<void(std::ostream&)>& write,
+              std::string& overview) {
+    std::ostringstream out;
+    write(out);
+    auto text = std::move(out).str();
+    std::erase(text, '\n');  // between the list's entries
+    overview.pop_back();
+    overview.append(",\"").append(key).append("\":").append(text) += '}';
 }
 
-// Nothing from a store without a verdict: the page says so.
-void add_verdict(const Store& store, const fs::path& data, ordered_json& overview) {
-    const auto verdict = read_verdict(store);
-    if (verdict.health.empty()) return;
+// The overview as JSON. A store without a verdict adds nothing: the page says so.
+std::string with_verdict(const Store& store, const fs::path& data, ordered_json overview) {
+    auto verdict = read_verdict(store);
+    if (verdict.health.empty()) return json_line(overview);
     overview["health"] = json_of(verdict.health);
-    overview["findings"] = json_of(verdict.findings);
-    overview["inventory"] = known_inventory(store);
     overview["events"] = write_events(store, data);
+    auto json = json_line(overview);
+    add_text(
+        "findings", [&](std::ostream& out) { put_findings(verdict.findings, out); }, json);
+    verdict = {};
+    // Without the fields that no capture tells.
+    add_text(
+        "inventory", [&](std::ostream& out) { put_inventory(read_inventory(store), false, out); },
+        json);
+    return json;
 }
 
 // The grid adds a style sheet while it runs. The page's policy admits only styles with this nonce.
@@ -176,9 +184,8 @@ void write_page(const Store& store, const fs::path& report, const fs::path& log_
                           {"modules", std::move(modules)},
                           {"commands", std::move(runs)},
                           {"captures", write_captures(captures, log_dir, data)}};
-    add_verdict(store, data, overview);
-    const auto json = json_line(overview);
-    write_new_file(data / "overview.js", data_script("overview", json));
+    write_new_file(data / "overview.js",
+                   data_script("overview", with_verdict(store, data, std::move(overview))));
     write_new_file(report / "index.html", with_nonce(html(), nonce));
 }
 

@@ -92,7 +92,7 @@ ordered_json collection_of(const Store& store) {
     // clang-format on
 }
 
-// One finding a line, one entity a line.
+// One a line.
 void put_list(const ordered_json& list, std::ostream& out) {
     out << '[';
     const char* separator = "\n";
@@ -108,16 +108,9 @@ void put_verdict(const Store& store, std::ostream& out) {
     out << "\"health\":";
     put_list(json_of(verdict.health), out);
     out << ",\n\"findings\":";
-    put_list(json_of(verdict.findings), out);
-    out << ",\n\"inventory\":{";
-    const char* separator = "\n";
-    const auto inventory = json_of(read_inventory(store));
-    for (const auto& [kind, entities] : inventory.items()) {
-        out << separator << json_line(kind) << ':';
-        put_list(entities, out);
-        separator = ",\n";
-    }
-    out << '}';
+    put_findings(verdict.findings, out);
+    out << ",\n\"inventory\":";
+    put_inventory(read_inventory(store), true, out);
 }
 
 // Records of a table follow each other: what their properties begin with is written once for all of them.

@@ -1,8 +1,11 @@
 #include "report/verdict_json.h"
 
+#include <ostream>
+#include <utility>
 #include <variant>
 
 #include "inventory/fields.h"
+#include "report/json_text.h"
 
 namespace qvhost {
 
@@ -57,49 +60,61 @@ ordered_json json_of(const std::vector<findings::Health>& health) {
     return all;
 }
 
+ordered_json json_of(const findings::Finding& finding) {
+    auto evidence = ordered_json::array();
+    for (const auto& place : finding.evidence)
+        evidence.push_back({
+            {"capture", place.capture},
+            {"line",    place.line   }
+        });
+    return {
+        {"id",           finding.id                       },
+        {"rule",         finding.rule                     },
+        {"severity",     word(finding.severity)           },
+        {"subsystem",    word(finding.subsystem)          },
+        {"subject",      finding.subject                  },
+        {"says",         finding.says                     },
+        {"time",         json_of_value(finding.time)      },
+        {"count",        finding.count                    },
+        {"evidence",     std::move(evidence)              },
+        {"first_seen",   json_of_value(finding.first_seen)},
+        {"growth",       json_of(finding.growth)          },
+        {"acknowledged", json_of(finding.acknowledged)    },
+    };
+}
+
 ordered_json json_of(const std::vector<findings::Finding>& findings) {
     auto all = ordered_json::array();
-    for (const auto& one : findings) {
-        auto evidence = ordered_json::array();
-        for (const auto& place : one.evidence)
-            evidence.push_back({
-                {"capture", place.capture},
-                {"line",    place.line   }
-            });
-        all.push_back({
-            {"id",           one.id                       },
-            {"rule",         one.rule                     },
-            {"severity",     word(one.severity)           },
-            {"subsystem",    word(one.subsystem)          },
-            {"subject",      one.subject                  },
-            {"says",         one.says                     },
-            {"time",         json_of_value(one.time)      },
-            {"count",        one.count                    },
-            {"evidence",     std::move(evidence)          },
-            {"first_seen",   json_of_value(one.first_seen)},
-            {"growth",       json_of(one.growth)          },
-            {"acknowledged", json_of(one.acknowledged)    },
-        });
-    }
+    for (const auto& one : findings) all.push_back(json_of(one));
     return all;
 }
 
-ordered_json json_of(const inventory::Inventory& inventory) {
-    auto all = ordered_json::object();
+void put_findings(const std::vector<findings::Finding>& findings, std::ostream& out) {
+    const char* separator = "[\n";
+    for (const auto& one : findings)
+        out << std::exchange(separator, ",\n") << json_line(json_of(one));
+    out << (findings.empty() ? "[]" : "]");
+}
+
+void put_inventory(const inventory::Inventory& inventory, bool may_be_null, std::ostream& out) {
+    const char* kind_separator = "{\n";
     inventory::each_kind([&](const auto& kind) {
-        auto list = ordered_json::array();
+        out << std::exchange(kind_separator, ",\n") << json_line(kind.name) << ":[";
+        const char* separator = "\n";
         for (const auto& entity : inventory.*kind.list) {
             auto json = ordered_json::object();
-            for (const auto& field : kind.fields)
-                json[field.name] = std::visit(
-                    [&](auto member) { return json_of_value(entity.*member); }, field.member);
+            for (const auto& field : kind.fields) {
+                auto value = std::visit([&](auto member) { return json_of_value(entity.*member); },
+                                        field.member);
+                if (may_be_null || !value.is_null()) json[field.name] = std::move(value);
+            }
             json["capture"] = entity.place.capture;
             json["line"] = entity.place.line;
-            list.push_back(std::move(json));
+            out << std::exchange(separator, ",\n") << json_line(json);
         }
-        all[kind.name] = std::move(list);
+        out << ']';
     });
-    return all;
+    out << '}';
 }
 
 }  // namespace qvhost

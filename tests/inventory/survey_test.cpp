@@ -189,5 +189,66 @@ TEST_F(SurveyOfCaptures, WhatIsNotThereIsAnAnswerWhereItMayBeNone) {
     EXPECT_FALSE(killed.find("host_storcli_c0_cv.txt")->whole());
 }
 
+std::string fan(int number, const std::string& rest = "") {
+    return "Fan" + std::to_string(number) + rest +
+           " | 5000.000 | RPM | ok | na | na | na | na | na | na\n";
+}
+
+TEST_F(SurveyOfCaptures, OfALongCaptureTheBeginningIsRead) {
+    constexpr std::size_t kRead = std::size_t{4} << 20;
+    constexpr std::size_t kSensors = 500;
+    const auto is_whole = [](const Survey& found) { return found.find("sensorinfo.txt")->whole(); };
+    std::string text;
+    for (std::size_t number = 1; number <= kSensors; ++number)
+        text += fan(static_cast<int>(number));
+    text.resize(kRead - 1, ' ');
+    text += '\n';
+    write("sensorinfo.txt", text);
+    EXPECT_TRUE(is_whole(survey_all()));
+    write("sensorinfo.txt", text + std::string(300'000, ' ') + '\n' + fan(0));
+    auto found = survey_all();
+    EXPECT_FALSE(is_whole(found));
+    EXPECT_EQ(found.find("sensorinfo.txt")->how.gaps.front().words,
+              "it is too long: its first 4224 KiB were read");
+    EXPECT_EQ(found.inventory.sensors.size(), kSensors);
+    // A log is handed on as it is read.
+    std::string log;
+    std::size_t lines = 0;
+    for (; log.size() < kRead + 300'000; ++lines)
+        log += "[1.0] blk_update_request: I/O error, dev sda, sector 7 " + std::string(500, ' ') +
+               "\n";
+    write("dmesg.log", log);
+    found = survey_all();
+    EXPECT_TRUE(found.find("dmesg.log")->whole());
+    EXPECT_EQ(events_.size(), lines);
+}
+
+TEST_F(SurveyOfCaptures, OfACaptureThatListsTooMuchTheBeginningIsRead) {
+    std::string text;
+    for (int number = 0; number < 4'000; ++number) text += fan(number);
+    write("sensorinfo.txt", text);
+    write("host_ipmitool_sensor.txt", fan(1));
+    EXPECT_TRUE(survey_all().find("sensorinfo.txt")->whole());
+    for (int number = 4'000; number < 40'000; ++number) text += fan(number);
+    write("sensorinfo.txt", text);
+    const auto found = survey_all();
+    const auto& capture = *found.find("sensorinfo.txt");
+    ASSERT_FALSE(capture.how.gaps.empty());
+    EXPECT_TRUE(capture.how.gaps.front().words.starts_with("it is too long: its first 25"))
+        << capture.how.gaps.front().words;
+    EXPECT_LT(found.inventory.sensors.size(), 8'000U);
+    EXPECT_TRUE(found.find("host_ipmitool_sensor.txt")->whole()) << "there is room for others";
+}
+
+TEST_F(SurveyOfCaptures, OfManyGapsTheFirstAreKept) {
+    std::string text;
+    for (int i = 0; i < 10'000; ++i) text += "0001 not an entry\n";
+    write("selinfo.txt", text);
+    const auto found = survey_all();
+    const auto& gaps = found.find("selinfo.txt")->how.gaps;
+    EXPECT_EQ(gaps.size(), FirstFew<Gap>::kMost);
+    EXPECT_EQ(gaps.front().line, 1);
+}
+
 }  // namespace
 }  // namespace qvhost::inventory

@@ -162,10 +162,25 @@ test("work that is no longer wanted stops", async () => {
 function rowsOf(ids, records) {
   const table = {id: "T", columns: ids.map(id => ({id, label: id})), chunk_rows: 1000, records: records.length};
   const rows = new part.Rows(table);
-  rows.chunks.push(ids.map((_, at) => records.map(record => record[at] ?? null)));
-  rows.count = records.length;
+  rows.add(
+    ids.map((_, at) => records.map(record => record[at] ?? null)),
+    records.length,
+  );
   return rows;
 }
+
+test("a row is found in chunks of any length", () => {
+  const table = {id: "T", columns: [{id: "N", label: "N"}], chunk_rows: 4};
+  const rows = new part.Rows(table);
+  let next = 0;
+  for (const size of [4, 1, 4, 2, 1, 1, 3]) {
+    rows.add([Array.from({length: size}, () => next++)], size);
+  }
+  assert.equal(rows.count, 16);
+  for (let row = 0; row < rows.count; ++row) assert.equal(rows.cell(row, 0), row);
+  assert.equal(rows.cell(16, 0), null);
+  assert.equal(new part.Rows(table).cell(0, 0), null);
+});
 
 const slicer = () => new part.Slicer(new AbortController().signal);
 
@@ -360,8 +375,10 @@ test("a row leads to its line where that is certain, else nowhere", async () => 
   const lines = (columns, records, text) => {
     const table = {columns: columns.map(id => ({id, label: id, width: 0})), chunk_rows: 100, records: records.length};
     const rows = new part.Rows(table);
-    rows.chunks.push(columns.map((_, column) => records.map(record => record[column])));
-    rows.count = records.length;
+    rows.add(
+      columns.map((_, column) => records.map(record => record[column])),
+      records.length,
+    );
     return part.linesOf(rows, text, new part.Slicer(new AbortController().signal)).then(found => [...found]);
   };
   // A line a row, in whatever order and with whatever blanks; what is no row's is left out.

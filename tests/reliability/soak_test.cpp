@@ -1,9 +1,9 @@
 // Many collections one after another: nothing grows. QV_TEST_SOAK says how many.
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 
+#include "peak.h"
 #include "server.h"
 #include "setting.h"
 
@@ -12,19 +12,6 @@ namespace test {
 namespace {
 
 namespace fs = std::filesystem;
-
-#ifdef QV_SANITIZED
-constexpr bool kMemoryTells = false;  // it keeps what is freed
-#else
-constexpr bool kMemoryTells = true;
-#endif
-
-// KiB, of the largest process of all runs so far.
-long peak_so_far() {
-    rusage usage{};
-    ::getrusage(RUSAGE_CHILDREN, &usage);
-    return usage.ru_maxrss;
-}
 
 using Soak = ServerTest;
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -69,7 +70,9 @@ protected:
             });
         const auto verdict = qvhost::findings::judge(survey, judge, circumstances);
         Json report;
-        report["inventory"] = qvhost::json_of(survey.inventory);
+        std::ostringstream inventory;
+        qvhost::put_inventory(survey.inventory, true, inventory);
+        report["inventory"] = Json::parse(inventory.str());
         report["findings"] = qvhost::json_of(verdict.findings);
         report["health"] = qvhost::json_of(verdict.health);
         report["events"] = events;

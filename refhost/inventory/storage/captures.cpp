@@ -40,38 +40,38 @@ void read_arcconf_list(CaptureLines& lines, Reading& reading) {
 // clang-format off
 constexpr auto kCaptures = std::to_array<CaptureReader>({
     // The plug-in's.
-    {"ctrlcount.txt",                    read_storcli},                            // how many controllers there are
-    {"c*_showall.txt",                   read_storcli},                            // a controller, its volumes and drives
-    {"c*_pdlist.txt",                    read_storcli, nullptr, true},             // controller 0's drives in detail, whatever the number
-    {"pdlist.txt",                       read_storcli, nullptr, true},             // controller 0's drives in detail
-    {"c*_raidevents.txt",                read_events, nullptr, true},              // a controller's events
-    {"raidevents.txt",                   read_events, "c0_raidevents.txt", true},  // controller 0's events
-    {"c*_fwtermlog.txt",                 read_storcli_termlog},                    // a controller's firmware log
-    {"fwtermlog.txt",                    read_storcli_termlog},                    // controller 0's firmware log
-    {"Firmware/Controller * Config.txt", read_arcconf_of},                         // an arcconf controller, its volumes and drives
-    {"ir.txt",                           read_ir_log},                             // the integrated RAID's events
+    {"ctrlcount.txt",                    read_storcli},                                     // how many controllers there are
+    {"c*_showall.txt",                   read_storcli},                                     // a controller, its volumes and drives
+    {"c*_pdlist.txt",                    read_storcli, nullptr, true},                      // controller 0's drives in detail, whatever the number
+    {"pdlist.txt",                       read_storcli, nullptr, true},                      // controller 0's drives in detail
+    {"c*_raidevents.txt",                read_events, nullptr, true, kOwnLog},              // a controller's events
+    {"raidevents.txt",                   read_events, "c0_raidevents.txt", true, kOwnLog},  // controller 0's events
+    {"c*_fwtermlog.txt",                 read_storcli_termlog, nullptr, false, kOwnLog},    // a controller's firmware log
+    {"fwtermlog.txt",                    read_storcli_termlog, nullptr, false, kOwnLog},    // controller 0's firmware log
+    {"Firmware/Controller * Config.txt", read_arcconf_of},                                  // an arcconf controller, its volumes and drives
+    {"ir.txt",                           read_ir_log, nullptr, false, kOwnLog},             // the integrated RAID's events
     // The host's own; N is a controller's number.
-    {"host_storcli_show.txt",            read_storcli},                            // storcli show: all controllers and their health
-    {"host_storcli_c*_show.txt",         read_storcli},                            // /cN show all: controllers behind the ninth as well
-    {"host_storcli_c*_drives.txt",       read_storcli, nullptr, true},             // /cN/eall/sall show all, /cN/sall show all
-    {"host_storcli_c*_volumes.txt",      read_storcli, nullptr, true},             // /cN/vall show all: device names, what runs
-    {"host_storcli_c*_rebuild.txt",      read_storcli, nullptr, true},             // /cN/eall/sall show rebuild
-    {"host_storcli_c*_enclosures.txt",   read_storcli, nullptr, true},             // /cN/eall show all: slots
-    {"host_storcli_c*_bbu.txt",          read_storcli, nullptr, true},             // /cN/bbu show all
-    {"host_storcli_c*_cv.txt",           read_storcli, nullptr, true},             // /cN/cv show all
-    {"host_storcli_c*_events.txt",       read_events, nullptr, true},              // /cN show events
-    {"host_arcconf_list.txt",            read_arcconf_list},                       // arcconf list
-    {"host_arcconf_status_*.txt",        read_arcconf_of},                         // arcconf getstatus N: what runs
-    {"host_arcconf_*.txt",               read_arcconf_of},                         // arcconf getconfig N
-    {"host_sas*ircu_*.txt",              read_ircu},                               // sas2ircu, sas3ircu: list, N display, N status
-    {"host_ssacli.txt",                  read_ssacli},                             // ssacli ctrl all show config detail
-    {"host_mdstat.txt",                  read_mdstat},                             // /proc/mdstat
-    {"host_mdadm*.txt",                  read_mdadm},                              // mdadm --detail /dev/mdN
-    {"host_zpool.txt",                   read_zpool},                              // zpool status
-    {"host_multipath.txt",               read_multipath},                          // multipath -ll
-    {"host_smartctl_scan.json",          read_smartctl_scan},                      // smartctl --scan -j
-    {"host_smartctl_*.json",             read_smartctl},                           // smartctl -x -j DEVICE
-    {"host_lsblk.json",                  read_lsblk},                              // lsblk -J -b -o NAME,TYPE,SIZE,MODEL,SERIAL,WWN,ROTA,TRAN,LOG-SEC
+    {"host_storcli_show.txt",            read_storcli},                                     // storcli show: all controllers and their health
+    {"host_storcli_c*_show.txt",         read_storcli},                                     // /cN show all: controllers behind the ninth as well
+    {"host_storcli_c*_drives.txt",       read_storcli, nullptr, true},                      // /cN/eall/sall show all, /cN/sall show all
+    {"host_storcli_c*_volumes.txt",      read_storcli, nullptr, true},                      // /cN/vall show all: device names, what runs
+    {"host_storcli_c*_rebuild.txt",      read_storcli, nullptr, true},                      // /cN/eall/sall show rebuild
+    {"host_storcli_c*_enclosures.txt",   read_storcli, nullptr, true},                      // /cN/eall show all: slots
+    {"host_storcli_c*_bbu.txt",          read_storcli, nullptr, true},                      // /cN/bbu show all
+    {"host_storcli_c*_cv.txt",           read_storcli, nullptr, true},                      // /cN/cv show all
+    {"host_storcli_c*_events.txt",       read_events, nullptr, true, kOwnLog},              // /cN show events
+    {"host_arcconf_list.txt",            read_arcconf_list},                                // arcconf list
+    {"host_arcconf_status_*.txt",        read_arcconf_of},                                  // arcconf getstatus N: what runs
+    {"host_arcconf_*.txt",               read_arcconf_of},                                  // arcconf getconfig N
+    {"host_sas*ircu_*.txt",              read_ircu},                                        // sas2ircu, sas3ircu: list, N display, N status
+    {"host_ssacli.txt",                  read_ssacli},                                      // ssacli ctrl all show config detail
+    {"host_mdstat.txt",                  read_mdstat},                                      // /proc/mdstat
+    {"host_mdadm*.txt",                  read_mdadm},                                       // mdadm --detail /dev/mdN
+    {"host_zpool.txt",                   read_zpool},                                       // zpool status
+    {"host_multipath.txt",               read_multipath},                                   // multipath -ll
+    {"host_smartctl_scan.json",          read_smartctl_scan},                               // smartctl --scan -j
+    {"host_smartctl_*.json",             read_smartctl},                                    // smartctl -x -j DEVICE
+    {"host_lsblk.json",                  read_lsblk},                                       // lsblk -J -b -o NAME,TYPE,SIZE,MODEL,SERIAL,WWN,ROTA,TRAN,LOG-SEC
 });
 // clang-format on
 

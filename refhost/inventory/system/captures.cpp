@@ -6,17 +6,18 @@
 
 namespace qvhost::inventory {
 
+// clang-format off
 std::span<const CaptureReader> system_captures() {
     static constexpr auto kCaptures = std::to_array<CaptureReader>({
-  // the plug-in's
+        // the plug-in's
         {"dmidecode.log",             read_dmidecode     },
-        {"dmesg.log",                 read_dmesg         },
+        {"dmesg.log",                 read_dmesg,          nullptr, false, kOwnLog},
         {"cpuinfo.log",               read_cpuinfo       },
         {"cmdline.log",               read_cmdline       },
- // the host's own questions
+        // the host's own questions
         {"host_dmidecode.txt",        read_dmidecode     },
         {"host_dmidecode_system.txt", read_dmidecode_part},
-        {"host_dmesg.txt",            read_dmesg         },
+        {"host_dmesg.txt",            read_dmesg,          nullptr, false, kOwnLog},
         {"host_cpuinfo.txt",          read_cpuinfo       },
         {"host_lspci.txt",            read_lspci         },
         {"host_cmdline.txt",          read_cmdline       },
@@ -29,5 +30,6 @@ std::span<const CaptureReader> system_captures() {
     });
     return kCaptures;
 }
+// clang-format on
 
 }  // namespace qvhost::inventory

@@ -265,15 +265,36 @@ export interface Overview {
 
 // The rows of one table, as far as they are loaded: for each chunk, for each column, the values.
 export class Rows {
-  readonly chunks: Value[][][] = [];
+  private readonly chunks: Value[][][] = [];
+  private readonly firsts: number[] = []; // of each chunk: the number of its first row
   readonly names: {first: number; name: string; index: number}[] = [];
   count = 0;
 
   constructor(readonly table: Table) {}
 
+  // The rows behind those that are there.
+  add(chunk: Value[][], rows: number): void {
+    this.firsts.push(this.count);
+    this.chunks.push(chunk);
+    this.count += rows;
+  }
+
   cell(row: number, column: number): Value {
-    const chunk = this.chunks[Math.floor(row / this.table.chunk_rows)];
-    return chunk?.[column]?.[row % this.table.chunk_rows] ?? null;
+    const at = this.chunkOf(row);
+    return this.chunks[at]?.[column]?.[row - this.firsts[at]!] ?? null;
+  }
+
+  // Most chunks have chunk_rows rows, and none has more.
+  private chunkOf(row: number): number {
+    let low = Math.floor(row / this.table.chunk_rows);
+    let high = this.firsts.length - 1;
+    if (low >= high || this.firsts[low + 1]! > row) return low;
+    while (low < high) {
+      const middle = Math.ceil((low + high) / 2);
+      if (this.firsts[middle]! <= row) low = middle;
+      else high = middle - 1;
+    }
+    return low;
   }
 
   record(row: number): Value[] {
@@ -379,11 +400,12 @@ export function loadRows(table: Table, progress?: (rows: Rows) => void): Promise
   const all = (async () => {
     for (const file of table.chunks) {
       const part = (await load(file)) as Arrived;
+      let first = rows.count;
       for (const [count, name, index] of part.names) {
-        rows.names.push({first: rows.count, name, index});
-        rows.count += count;
+        rows.names.push({first, name, index});
+        first += count;
       }
-      rows.chunks.push(part.columns.map(values));
+      rows.add(part.columns.map(values), part.count);
       progress?.(rows);
     }
     return rows;
