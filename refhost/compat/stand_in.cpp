@@ -26,6 +26,7 @@ constexpr struct {
     {"mv",       mv_stand_in      },
     {"note",     note_stand_in    },
     {"pack",     pack_stand_in    },
+    {"record",   record_stand_in  },
 };
 
 }  // namespace

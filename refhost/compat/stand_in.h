@@ -17,6 +17,7 @@ int note_stand_in(const StandInArguments& given);
 int ipmitool_stand_in(const StandInArguments& given);
 int pack_stand_in(const StandInArguments& given);
 int mv_stand_in(const StandInArguments& given);
+int record_stand_in(const StandInArguments& given);
 
 // Appends a line to the log, if its level lets progress through.
 void note(const StandInArguments& given, const std::string& text);

@@ -66,6 +66,7 @@ constexpr struct {
     int (*run)(const ParsedArguments& parsed);
 } kCollecting[] = {
     {"collect",             [](const ParsedArguments& parsed) { return qvhost::collect_here(parsed.collect); }},
+    {"record",              [](const ParsedArguments& parsed) { return qvhost::record(parsed.record, parsed.collect); }},
     {"replay",              [](const ParsedArguments& parsed) { return qvhost::replay(parsed.machine, parsed.collect); }},
     {qvhost::kChildCommand, [](const ParsedArguments& parsed) { return qvhost::run_child(parsed.child.settings, parsed.child.lifeline); }},
 };
@@ -76,7 +77,6 @@ constexpr struct {
     int (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
     {"config", [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
-    {"record", [](const ParsedArguments& parsed) { qvhost::record(parsed.record); return 0; }},
     {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
     {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
     {"list",   [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},

@@ -250,6 +250,139 @@ TEST_F(Record, AKillLeavesNoHalfServer) {
     EXPECT_FALSE(fs::exists(recorded()));
 }
 
+// A machine of scripts, at the head of the search path.
+class RecordHere : public Record {
+protected:
+    void SetUp() override {
+        Record::SetUp();
+        script("dmidecode", "echo '\tProduct Name: KP220 Rack Server'; echo 'half' >&2");
+        script("lsmod", "echo ipmi_devintf; exit 3");
+        script("lspci", "echo '01:00.0 RAID bus controller: SAS2308'; kill -SEGV $$");
+        script(
+            "ipmitool",
+            "case \"$*\" in\n"
+            "sensor) echo 'A | 1 | degrees C | ok | na | na | na | na | na | na';"
+            " echo nothing >&2; echo 'B | na | discrete | 0x0100 | na | na | na | na | na | na';;\n"
+            "fru) echo half; exit 1;;\n"
+            "*) echo \"no $*\"; exit 4;;\nesac");
+        script("storcli64", "echo \"storcli $*\"");
+        script(
+            "sas2ircu",
+            "case \"$*\" in *upload) echo 'on the console'; echo uploaded >logir.log; sleep 1.1;; esac");
+        script("service", "exit 0");
+        script("supportconfig", "exit 1");
+        script("hostname", "echo recorded");
+        for (const std::string name : {"dmesg", "smartctl", "lsblk", "modprobe"})
+            script(name, "echo");
+    }
+    void script(const std::string& name, const std::string& text) const {
+        const auto file = dir() / "path" / name;
+        write_file(file, "#!/bin/sh\n" + text + "\n");
+        fs::permissions(file.parent_path(), fs::perms::owner_all);
+        fs::permissions(file, fs::perms::owner_all);
+    }
+    Outcome here(std::vector<std::string> arguments) {
+        fs::create_directories(dir() / "temporary");
+        Invocation invocation{.arguments = std::move(arguments)};
+        invocation.environment = {{"PATH", (dir() / "path").string() + ":" + std::getenv("PATH")},
+                                  {"TMPDIR", (dir() / "temporary").string()}};
+        const auto outcome = run(invocation);
+        EXPECT_TRUE(fs::is_empty(dir() / "temporary")) << "nothing is left behind";
+        EXPECT_EQ(family(), std::vector<pid_t>());
+        return outcome;
+    }
+    Outcome record_here(const std::vector<std::string>& more = {}) {
+        std::vector<std::string> arguments{"record",    "--output", recorded(),
+                                           "--log-dir", log_dir(),  "--quiet"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return here(arguments);
+    }
+    json entry(const std::string& tool, const std::string& arguments) const {
+        const auto made = machine();
+        for (const auto& one : made["commands"]) {
+            if (one["tool"] == tool && one.value("args", "any") == arguments) return one;
+        }
+        ADD_FAILURE() << tool << " " << arguments << " is not recorded";
+        return json::object();
+    }
+    std::string file(const json& name) const { return read_file(recorded() / name); }
+};
+
+// The first lines that differ; empty: none.
+std::string difference(const std::vector<std::string>& one, const std::vector<std::string>& other) {
+    const auto [at, there] = std::mismatch(one.begin(), one.end(), other.begin(), other.end());
+    if (at == one.end() && there == other.end()) return "";
+    return (at == one.end() ? "nothing" : *at) + "\n" + (there == other.end() ? "nothing" : *there);
+}
+
+// Times and the machine's own words change from run to run.
+std::vector<std::string> lasting(const std::vector<std::string>& told) {
+    std::vector<std::string> lines;
+    for (const auto& line : told) {
+        if (line.find("uptime") == std::string::npos) lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_F(RecordHere, ThisMachineGivesTheSameReportElsewhere) {
+    const auto made = record_here();
+    EXPECT_EQ(made.exit, 0) << made.err;
+    EXPECT_NE(made.out.find("replayed: the same commands, records, inventory and findings\n"),
+              std::string::npos)
+        << made.out;
+    EXPECT_EQ(made.out.find("not known"), std::string::npos) << made.out;
+    const auto second = replay(recorded(), again());
+    EXPECT_EQ(difference(told_by(log_dir()), told_by(again())), "") << second.err;
+
+    // What pipes and the console took, and how tools ended in a pipe.
+    EXPECT_EQ(entry("lspci", "")["signal"], 11);
+    EXPECT_EQ(entry("lsmod", "")["exit"], 3);
+    EXPECT_EQ(file(entry("dmidecode", "-t system")["stdout"]),
+              "\tProduct Name: KP220 Rack Server\nhalf\n");
+    EXPECT_EQ(entry("dmidecode", "")["stderr"], "half\n");
+    EXPECT_EQ(file(entry("sas2ircu", "0 logir upload")["stdout"]), "on the console\n");
+    EXPECT_EQ(entry("sas2ircu", "0 logir upload")["seconds"], 1);
+    EXPECT_EQ(file(entry("sas2ircu", "0 logir upload")["files"]["logir.log"]), "uploaded\n");
+    EXPECT_EQ(entry("ipmitool", "fru")["exit"], 1);
+    EXPECT_EQ(file(entry("storcli", "/c0 show")["stdout"]), "storcli /c0 show\n");
+    EXPECT_EQ(entry("service", "ipmi start"), json({{"tool", "service"}, {"args", "ipmi start"}}));
+
+    // Whoever is watched says what it says otherwise.
+    const auto unwatched = dir() / "unwatched";
+    here({"collect", "--log-dir", unwatched, "--quiet"});
+    EXPECT_EQ(difference(lasting(told_by(unwatched)), lasting(told_by(log_dir()))), "");
+}
+
+TEST_F(RecordHere, WhatDoesNotReplayTheSameIsTold) {
+    // Two modules ask it, and each gets another answer.
+    const auto asked = dir().string() + "/asked";
+    script("storcli64", "echo >>'" + asked +
+                            "'; sed \"s/^Serial Number = .*/Serial Number = $(wc -l <'" + asked +
+                            "')/\" '" QV_SAMPLES "/x86_64-kp220-healthy/c0_show.txt'");
+    const auto made = record_here();
+    EXPECT_EQ(made.exit, 3) << made.out;
+    EXPECT_NE(made.err.find("qvhost: it does not replay the same: "), std::string::npos)
+        << made.err;
+    EXPECT_TRUE(fs::exists(recorded() / "machine.json"));
+}
+
+TEST_F(RecordHere, AToolThatNeverEndsDoesNotEndInAReplay) {
+    script("dmesg", "echo half a line; sleep 1000");
+    const auto made = record_here({"--tool-timeout", "3"});
+    EXPECT_EQ(made.exit, 0) << made.err;
+    EXPECT_EQ(entry("dmesg", "")["seconds"], 86400);
+    EXPECT_EQ(file(entry("dmesg", "")["stdout"]), "half a line\n");
+}
+
+TEST_F(RecordHere, AnOutputThatCannotBeMadeIsToldAtOnce) {
+    const auto made = here({"record", "--output", dir() / "none" / "recorded", "--quiet"});
+    EXPECT_EQ(made.exit, 1);
+    EXPECT_NE(made.err.find("cannot make a directory beside it"), std::string::npos) << made.err;
+    EXPECT_EQ(here({"record", "--output", recorded(), "--from", log_dir(), "--also", "pmc"}).exit,
+              2)
+        << "a report is collected already";
+}
+
 }  // namespace
 
 }  // namespace test

@@ -64,7 +64,7 @@ ProgramPlace::ProgramPlace(const std::string& name, const fs::path& also_in) {
         if (!path_.empty()) {
             held_ = hold_directory(path_);
             remove_leftovers(directory, {"qvhost-run", "qvhost-replay"},
-                             {"bin", "lib", "notes", "path"});
+                             {"bin", "lib", "notes", "path", "record"});
             break;
         }
         reasons += (reasons.empty() ? "" : "; ") + why;
@@ -74,6 +74,7 @@ ProgramPlace::ProgramPlace(const std::string& name, const fs::path& also_in) {
         fs::create_directories(vendor_tools());
         fs::create_directory(search_path());
         fs::create_directory(notes());
+        fs::create_directory(recorders());
         copy_program(program());
         fs::create_directory_symlink(program_file().parent_path().parent_path() / "lib",
                                      path_ / "lib");

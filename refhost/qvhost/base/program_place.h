@@ -27,6 +27,8 @@ public:
     std::filesystem::path program() const { return path_ / "bin" / "qvhost"; }
     std::filesystem::path vendor_tools() const { return path_ / "bin" / "qv_tools"; }
     std::filesystem::path search_path() const { return path_ / "path"; }  // for its head
+    // For the head of the search path of what is recorded.
+    std::filesystem::path recorders() const { return path_ / "record"; }
     std::filesystem::path notes() const { return notes_of(program()); }
 
 private:

@@ -43,10 +43,12 @@ const std::vector<CommandText> kTexts = {
      {"A recorded server is a directory with a file machine.json, which tells what each tool printed. No tool of this machine is asked."},
      {{"qvhost replay samples/x86_64-kp220-megaraid --log-dir out",         "Collect as if this machine were the recorded one."}}},
 
-    {"record", "Make a recorded server of a report",
-     {"A recorded server answers as the machine did: replay collects from it on any other machine, and gives the same commands, records, inventory and findings. It holds what the tools printed, how each ended, how long it took and the files that it wrote. What the report does not tell is printed, a line each, and stands in machine.json as not_known.",
+    {"record", "Make a recorded server of this machine or of a report",
+     {"A recorded server answers as the machine did: replay collects from it on any other machine, and gives the same commands, records, inventory and findings. It holds what the tools printed on standard output and standard error, how each ended, how long it took and the files that it wrote, as they answered behind the compatibility layer, which a replay has not.",
+      "Without --from this machine is collected while each tool is watched, and what was recorded is replayed: what differs is told, and the exit status is 3. With --from the server is made of what a report keeps; what it does not tell is printed, a line each, and stands in machine.json as not_known.",
       "A recorded server holds what the report holds: serial numbers, addresses, logs."},
-     {{"qvhost record --from /var/tmp/collection --output samples/x86_64-kp220", "Make one of a collection."},
+     {{"qvhost record --output samples/x86_64-kp220",                        "This machine, as root."},
+      {"qvhost record --from /var/tmp/collection --output samples/x86_64-kp220", "Make one of a collection."},
       {"qvhost replay samples/x86_64-kp220 --log-dir out",                   "Collect from it."}}},
 
     {"tables", "List modules, tables and layouts",
@@ -397,15 +399,26 @@ void add_bundle(CLI::App& app, BundleOptions& options) {
     });
 }
 
-void add_record(CLI::App& record, RecordOptions& options) {
-    record.add_option("--from", options.from, "The report: a log directory")
-        ->required()
-        ->type_name("REPORT")
-        ->check(not_empty);
+void add_record(CLI::App& record, RecordOptions& options, CollectOptions& collecting) {
+    auto& from = *record
+                      .add_option("--from", options.from,
+                                  "A report: a log directory. Without it this machine is collected")
+                      ->type_name("REPORT")
+                      ->check(not_empty);
     record.add_option("--output", options.output, "The recorded server: a new or empty directory")
         ->required()
         ->type_name("DIR")
         ->check(not_empty);
+    constexpr std::string_view kOfCollection[] = {"log-dir", "module", "tool-timeout",
+                                                  "limit",   "also",   "machine-lock",
+                                                  "plugin",  "serial", "quiet"};
+    for (const auto& row : collect_options()) {
+        if (std::find(std::begin(kOfCollection), std::end(kOfCollection), row.name) !=
+            std::end(kOfCollection))
+            add_row(record, row, collecting).required(false)->excludes(&from);
+    }
+    record.get_option("--log-dir")
+        ->description("Where the report goes that is made for it; without it, it goes again");
 }
 
 void add_diff(CLI::App& app, DiffOptions& options) {
@@ -467,7 +480,7 @@ std::unique_ptr<CLI::App> command_line(ParsedArguments& parsed) {
     replay.add_option("MACHINE", parsed.machine, "Its directory, with machine.json")->required();
     add_collect_options(replay, parsed.collect);
 
-    add_record(add_command(*app, "record"), parsed.record);
+    add_record(add_command(*app, "record"), parsed.record, parsed.collect);
 
     add_plugin_option(add_command(*app, "tables"), parsed.collect);
 

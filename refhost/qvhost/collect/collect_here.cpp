@@ -1,8 +1,11 @@
 #include "qvhost/collect/collect_here.h"
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 
+#include "ask/tools.h"
+#include "compat/recorder.h"
 #include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/log_dir.h"
@@ -29,6 +32,15 @@ void note_layer(Stage& stage, const std::vector<const compat::StandIn*>& stand_i
     }
 }
 
+// What the host's own questions would not run: a stand-in before it would hide whose file it is.
+bool is_refused(const fs::path& file) {
+    const auto names = ask::tool_names();
+    const auto asked = [&](const std::string& name) {
+        return file.filename() == name || file.filename() == name + "64";
+    };
+    return std::any_of(names.begin(), names.end(), asked) && !why_not_trusted(file).empty();
+}
+
 }  // namespace
 
 std::vector<compat::VendorFile> vendor_files_here(const fs::path& plugin) {
@@ -42,7 +54,7 @@ std::vector<compat::VendorFile> vendor_files_here(const fs::path& plugin) {
         });
 }
 
-int collect_here(CollectOptions options, bool summary) {
+int collect_here(CollectOptions options, bool summary, const fs::path& tool_notes) {
     expect_path_fits_plugin(program_file());
     const bool wanted = !options.no_compat;
     Stage stage{
@@ -66,6 +78,7 @@ int collect_here(CollectOptions options, bool summary) {
     try {
         programs.emplace("run", place.log_dir.parent_path());
     } catch (const std::exception& error) {
+        if (!tool_notes.empty()) throw;
         warn("without the compatibility layer: " + std::string(error.what()));
         return collect(options, stage);
     }
@@ -87,6 +100,11 @@ int collect_here(CollectOptions options, bool summary) {
         }
     }
     note_layer(stage, stand_ins, files);
+    if (!tool_notes.empty()) {
+        compat::write_recorders(place, programs->recorders(), programs->vendor_tools(), tool_notes,
+                                is_refused);
+        options.search_path = programs->recorders().string() + ":" + options.search_path;
+    }
     return collect(options, stage);
 }
 

@@ -67,6 +67,14 @@ public:
             machine.lacks.emplace_back(one_line(text(one, "subsystem")),
                                        one_line(text(one, "words")));
         }
+        if (root.contains("asked")) {
+            if (!root["asked"].is_array()) fail("\"asked\" is not an array");
+            machine.asked.emplace();
+            for (const auto& one : root["asked"]) {
+                if (!one.is_object()) fail("one of \"asked\" is not an object");
+                machine.asked->emplace_back(text(one, "tool"), text(one, "args"));
+            }
+        }
         if (!root.contains("commands") || !root["commands"].is_array())
             fail("\"commands\" is not an array");
         const auto& commands = root["commands"];

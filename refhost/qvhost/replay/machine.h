@@ -34,6 +34,8 @@ struct Machine {
     // What verdicts needed and could not be asked there: subsystem, words.
     std::vector<std::pair<std::string, std::string>> lacks;
     std::vector<RecordedCommand> commands;
+    // Which commands the host asked by itself: tool, arguments. Nothing: it may ask all.
+    std::optional<std::vector<std::pair<std::string, std::string>>> asked;
 };
 
 // Throws std::runtime_error naming the file and what is wrong with it.

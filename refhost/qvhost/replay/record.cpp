@@ -4,12 +4,17 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "compat/recorder.h"
 #include "files/sync.h"
+#include "files/temporary_directory.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/collect/collect_here.h"
 #include "qvhost/present/open_report.h"
 #include "qvhost/present/unfinished.h"
 #include "qvhost/replay/machine.h"
 #include "qvhost/replay/record_report.h"
+#include "qvhost/replay/replay.h"
+#include "qvhost/replay/same_report.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -17,6 +22,9 @@ namespace qvhost {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr int kSame = 0;
+constexpr int kNotTheSame = 3;
 
 void expect_free(const fs::path& output) {
     std::error_code error;
@@ -31,24 +39,25 @@ fs::path place_of(const fs::path& output) {
     return place.has_filename() ? place : place.parent_path();
 }
 
-Recording recording_of(const fs::path& report) {
-    if (!fs::is_directory(report))
-        throw std::runtime_error(report.string() +
+struct Source {
+    fs::path report;  // a log directory
+    std::vector<compat::ToolNote> notes = {};
+};
+
+Recording recording_of(const Source& source, const fs::path& plugin) {
+    if (!fs::is_directory(source.report))
+        throw std::runtime_error(source.report.string() +
                                  ": a server is recorded from a log directory, with its captures");
-    const LogDir dir(report);
-    const auto opened = open_report(report);
+    const LogDir dir(source.report);
+    const auto opened = open_report(source.report);
     if (fs::exists(dir.journal()))
-        throw std::runtime_error(report.string() + ": a collection is running here");
-    return record_report(opened.store, dir, vendor_tools_of({}));
+        throw std::runtime_error(source.report.string() + ": a collection is running here");
+    return record_report(opened.store, dir, vendor_tools_of(plugin), source.notes);
 }
 
-}  // namespace
-
-void record(const RecordOptions& options) {
-    const auto place = place_of(options.output);
-    expect_free(place);
-    auto recording = recording_of(options.from);
-    Unfinished made(place);
+// The directory that gets the recorded server, beside its name, is made before anything is collected.
+void write(const Source& source, const fs::path& place, Unfinished& made, const fs::path& plugin) {
+    auto recording = recording_of(source, plugin);
     write_recording(recording, made.path());
     const auto commands = read_machine(made.path()).commands.size();  // it can be replayed
     sync_tree(made.path());
@@ -57,6 +66,57 @@ void record(const RecordOptions& options) {
     std::cout << one_line(place.string()) << ": " << commands << " commands\n";
     for (const auto& line : recording.not_known)
         std::cout << "not known: " << one_line(line) << '\n';
+}
+
+// What a replay gives that differs. Tools take no time in it, but for those that did not end.
+std::vector<std::string> replayed_differently(const fs::path& machine_dir, const fs::path& original,
+                                              CollectOptions options, const fs::path& place) {
+    constexpr unsigned kSeconds = 10;  // enough for a stand-in on a busy machine
+    auto machine = read_machine(machine_dir);
+    for (auto& command : machine.commands) {
+        if (command.seconds < kNeverEnds) command.seconds = 0;
+    }
+    options.log_dir = place / "replay";
+    options.quiet = true;
+    options.machine_lock = false;
+    options.tool_seconds = kSeconds;
+    options.tool_limits.clear();
+    replay(machine, options, false);
+    return differences(original, options.log_dir);
+}
+
+void record_report_of(const RecordOptions& options) {
+    const auto place = place_of(options.output);
+    expect_free(place);
+    Unfinished made(place);
+    write({options.from}, place, made, {});
+}
+
+int record_here(const RecordOptions& options, CollectOptions collecting) {
+    const auto place = place_of(options.output);
+    expect_free(place);
+    Unfinished made(place);
+    const TemporaryDirectory temporary("qvhost-record");
+    if (collecting.log_dir.empty()) collecting.log_dir = temporary.path() / "log";
+    const auto notes = temporary.path() / "notes";
+    make_private_directory(notes);
+    collect_here(collecting, false, notes);
+    write({collecting.log_dir, compat::notes_in(notes)}, place, made, collecting.plugin);
+    const auto different =
+        replayed_differently(place, collecting.log_dir, collecting, temporary.path());
+    for (const auto& one : different)
+        std::cerr << "qvhost: it does not replay the same: " << one_line(one) << '\n';
+    if (different.empty())
+        std::cout << "replayed: the same commands, records, inventory and findings\n";
+    return different.empty() ? kSame : kNotTheSame;
+}
+
+}  // namespace
+
+int record(const RecordOptions& options, const CollectOptions& collecting) {
+    if (options.from.empty()) return record_here(options, collecting);
+    record_report_of(options);
+    return kSame;
 }
 
 }  // namespace qvhost

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -22,7 +23,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned kNeverEnds = 86400;  // seconds: the longest that a recorded server can say
 constexpr std::size_t kMostToRead = std::size_t{64} << 20;
 
 // The tool by the name that machine.json has for it: "storcli" of "/P/qv_tools/storcli_x64".
@@ -101,8 +101,13 @@ std::string said_by_tool(const CommandInfo& info) {
 
 class ReportRecorder {
 public:
-    ReportRecorder(const Store& store, const LogDir& dir, const std::vector<VendorTool>& vendors)
-        : store_(store), dir_(dir), vendors_(vendors), commands_(store.commands()) {
+    ReportRecorder(const Store& store, const LogDir& dir, const std::vector<VendorTool>& vendors,
+                   const std::vector<compat::ToolNote>& notes)
+        : store_(store),
+          dir_(dir),
+          vendors_(vendors),
+          tool_notes_(notes),
+          commands_(store.commands()) {
         log_dir_ = store.meta("log_dir");
         if (log_dir_.empty()) log_dir_ = fs::absolute(dir.path()).string();
         if (!log_dir_.ends_with('/')) log_dir_ += '/';
@@ -117,6 +122,7 @@ public:
             if (!capture.empty()) writers_[capture] = stages->front().words;
         }
         for (const auto& command : commands_) take(command);
+        take_notes();
         for (const auto& entry : entries_) {
             for (const auto& line : entry.notes) recording_.not_known.push_back(line);
         }
@@ -180,8 +186,11 @@ private:
     }
 
     void take(const CommandInfo& info) {
-        if (!info.started) return;
         const auto stages = stages_of(info.text);
+        if (stages && info.origin == "host" && !stages->front().has_pattern)
+            recording_.asked.emplace_back(tool_of(stages->front().words.front(), vendors_),
+                                          arguments_of(stages->front().words));
+        if (!info.started) return;
         if (!stages) {
             recording_.not_known.push_back(info.text +
                                            ": the line needs more of a shell than a replay has");
@@ -365,6 +374,48 @@ private:
                  "recorded");
     }
 
+    // A tool that was watched tells more than the shell that ran it.
+    void take_notes() {
+        std::set<std::size_t> is_noted;
+        for (const auto& note : tool_notes_) {
+            RecordingCommand seen;
+            seen.tool = tool_of(note.tool, vendors_);
+            auto words = note.arguments;
+            words.insert(words.begin(), seen.tool);
+            seen.arguments = arguments_of(words);
+            auto known = places_.find({seen.tool, seen.arguments});
+            if (known == places_.end()) known = places_.find({seen.tool, std::nullopt});
+            if (known == places_.end()) {
+                add(Entry{.command = std::move(seen)});
+                known =
+                    places_.find({entries_.back().command.tool, entries_.back().command.arguments});
+            }
+            if (is_noted.insert(known->second).second) take_note(entries_[known->second], note);
+        }
+    }
+
+    static void take_note(Entry& entry, const compat::ToolNote& note) {
+        auto& command = entry.command;
+        command.exit = note.exit;
+        command.signal = note.signal;
+        command.seconds = note.seconds >= 1
+                              ? static_cast<unsigned>(std::min<double>(note.seconds, kNeverEnds))
+                              : 0;
+        const auto noted = [&](const char* file) {
+            const auto from = open_below(note.directory, file);
+            return from ? read_bytes(from.get(), kMostToRead) : "";
+        };
+        if (note.has_errors) {
+            command.err = Content{.name = command.tool + "_stderr.txt", .bytes = noted("stderr")};
+            if (command.err->bytes.empty()) command.err.reset();
+        }
+        if (entry.output != Known::all && note.has_output) {
+            command.out = Content{.name = command.tool + ".txt", .bytes = noted("stdout")};
+            entry.output = Known::all;
+        }
+        if (entry.output == Known::all) entry.notes.clear();
+    }
+
     bool differs(const RecordingCommand& one, const RecordingCommand& other) const {
         if (one.exit != other.exit || one.signal != other.signal) return true;
         if (!one.out || !other.out) return one.out.has_value() != other.out.has_value();
@@ -385,6 +436,7 @@ private:
     const Store& store_;
     const LogDir& dir_;
     const std::vector<VendorTool>& vendors_;
+    const std::vector<compat::ToolNote>& tool_notes_;
     std::vector<CommandInfo> commands_;
     std::string log_dir_;
     std::vector<Entry> entries_;
@@ -397,8 +449,9 @@ private:
 }  // namespace
 
 Recording record_report(const Store& store, const LogDir& dir,
-                        const std::vector<VendorTool>& vendors) {
-    return ReportRecorder(store, dir, vendors).record();
+                        const std::vector<VendorTool>& vendors,
+                        const std::vector<compat::ToolNote>& notes) {
+    return ReportRecorder(store, dir, vendors, notes).record();
 }
 
 }  // namespace qvhost

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "compat/recorder.h"
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/replay/recording.h"
@@ -10,8 +11,10 @@
 
 namespace qvhost {
 
-// `vendors` are the tools that a plug-in runs from qv_tools.
+// `vendors` are the tools that a plug-in runs from qv_tools. `notes` are what the tools were seen to say while it was
+// collected, if anybody watched them: how they ended, and what no capture has.
 Recording record_report(const Store& store, const LogDir& dir,
-                        const std::vector<VendorTool>& vendors);
+                        const std::vector<VendorTool>& vendors,
+                        const std::vector<compat::ToolNote>& notes = {});
 
 }  // namespace qvhost

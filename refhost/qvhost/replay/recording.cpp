@@ -97,7 +97,9 @@ public:
             const auto entry = entry_of(command);
             if (entry) commands += (commands.empty() ? "\n    " : ",\n    ") + entry->dump();
         }
-        if (!recording_.lacks.empty()) root["lacks"] = lacks();
+        if (!recording_.lacks.empty())
+            root["lacks"] = objects(recording_.lacks, "subsystem", "words");
+        root["asked"] = objects(recording_.asked, "tool", "args");
         if (!recording_.not_known.empty()) root["not_known"] = recording_.not_known;
         auto text = root.dump(2, ' ', false, ordered_json::error_handler_t::replace);
         text.resize(text.rfind('\n'));
@@ -107,12 +109,13 @@ public:
     }
 
 private:
-    ordered_json lacks() const {
+    static ordered_json objects(const std::vector<std::pair<std::string, std::string>>& pairs,
+                                const char* first, const char* second) {
         auto all = ordered_json::array();
-        for (const auto& [subsystem, words] : recording_.lacks)
+        for (const auto& [one, other] : pairs)
             all.push_back({
-                {"subsystem", subsystem},
-                {"words",     words    }
+                {first,  one  },
+                {second, other}
             });
         return all;
     }

@@ -13,6 +13,9 @@
 
 namespace qvhost {
 
+// Seconds, the longest that a recorded server can say: of a tool that was stopped.
+inline constexpr unsigned kNeverEnds = 86400;
+
 // Bytes of a recorded server's file.
 struct Content {
     std::string name;                 // in `root`, and as a proposal for the file's own
@@ -38,6 +41,7 @@ struct Recording {
     MachineIdentity identity;
     std::vector<std::pair<std::string, std::string>> lacks = {};  // subsystem, words
     std::vector<RecordingCommand> commands = {};
+    std::vector<std::pair<std::string, std::string>> asked = {};  // by the host: tool, arguments
     std::vector<std::string> not_known = {};  // what the recorded server does not hold, for people
 };
 

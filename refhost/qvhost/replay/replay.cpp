@@ -1,6 +1,7 @@
 #include "qvhost/replay/replay.h"
 
 #include <boost/algorithm/string/replace.hpp>
+#include <utility>
 
 #include "qvhost/base/declared_tables.h"
 #include "qvhost/base/log_dir.h"
@@ -16,18 +17,29 @@ namespace {
 // Each as CollectOptions has it.
 std::vector<std::string> recorded_commands(const Machine& machine, const std::string& log_dir) {
     std::vector<std::string> texts;
+    const auto filled = [&](const std::string& arguments) {
+        return '\t' + boost::replace_all_copy(arguments, "{LOG}", log_dir);
+    };
+    if (machine.asked) {
+        for (const auto& [tool, arguments] : *machine.asked)
+            texts.push_back(tool + filled(arguments));
+        return texts;
+    }
     for (const auto& command : machine.commands) {
         texts.push_back(command.tool);
         if (!command.arguments) continue;
-        texts.back() += '\t' + boost::replace_all_copy(*command.arguments, "{LOG}", log_dir);
+        texts.back() += filled(*command.arguments);
     }
     return texts;
 }
 
 }  // namespace
 
-int replay(const std::filesystem::path& machine_dir, CollectOptions options) {
-    const auto machine = read_machine(machine_dir);
+int replay(const std::filesystem::path& machine, CollectOptions options) {
+    return replay(read_machine(machine), std::move(options), true);
+}
+
+int replay(const Machine& machine, CollectOptions options, bool summary) {
     options.log_dir = checked_log_dir(options.log_dir);
 
     const ProgramPlace place("replay");
@@ -40,6 +52,7 @@ int replay(const std::filesystem::path& machine_dir, CollectOptions options) {
     return collect(options, {.program = place.program(),
                              .kill_leftovers = true,
                              .machine = machine.identity,
+                             .summary = summary,
                              .lacks = machine.lacks,
                              .recorded = machine.recorded});
 }

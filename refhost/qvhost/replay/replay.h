@@ -4,10 +4,12 @@
 #include <filesystem>
 
 #include "qvhost/base/options.h"
+#include "qvhost/replay/machine.h"
 
 namespace qvhost {
 
 // Collects from a recorded server as if it were this machine. Returns the exit status.
 int replay(const std::filesystem::path& machine, CollectOptions options);
+int replay(const Machine& machine, CollectOptions options, bool summary);
 
 }  // namespace qvhost
