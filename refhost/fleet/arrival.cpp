@@ -9,11 +9,11 @@
 
 #include "bundle/digest.h"
 #include "bundle/read_bundle.h"
-#include "compare/keyed_hash.h"
 #include "fleet/times.h"
 #include "report/json_text.h"
 #include "store/typed_table.h"
 #include "store/typed_value.h"
+#include "text/keyed_hash.h"
 
 namespace qvhost::fleet {
 
@@ -72,7 +72,7 @@ void append_value(std::string& bytes, const std::string& name, const TypedValue&
 
 // Rows are compared with those of the same host alone, so the key need not be secret. It never changes: digests are
 // stored.
-const compare::KeyedHash kHash(compare::KeyedHash::Key{0x71766672656574, 0x686f73747320});
+const KeyedHash kHash(KeyedHash::Key{0x71766672656574, 0x686f73747320});
 
 std::int64_t signed_of(std::uint64_t number) { return std::bit_cast<std::int64_t>(number); }
 

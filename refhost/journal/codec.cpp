@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "text/keyed_hash.h"
+
 namespace qvhost::journal {
 
 namespace {
@@ -22,6 +24,15 @@ constexpr std::uint8_t kLikeBefore = 5;
 constexpr std::uint8_t kOldLikeBefore = 6;
 constexpr std::uint8_t kQuestion = 8;
 constexpr std::uint8_t kModulesEnd = 9;
+
+// Added to the kind: a sum of the entry's other bytes stands at its end. After a power cut a journal may have pages
+// that the disk never got, which are zeros.
+constexpr std::uint8_t kHasSum = 0x80;
+
+std::uint32_t sum_of(std::string_view bytes) {
+    constexpr KeyedHash kSum(KeyedHash::Key{0x6a6f75726e616c, 0x656e747279});
+    return static_cast<std::uint32_t>(kSum(bytes));
+}
 
 std::uint8_t kind_of(const ModuleEntry&) { return kModule; }
 std::uint8_t kind_of(const TableStartEntry&) { return kTableStart; }
@@ -134,6 +145,19 @@ public:
         return value;
     }
 
+    // What kind of entry it is. A sum at its end is looked at and taken off.
+    std::uint8_t kind() {
+        const auto whole = rest_;
+        const auto kind = number<std::uint8_t>();
+        if ((kind & kHasSum) == 0) return kind;
+        std::uint32_t sum = 0;
+        if (rest_.size() < sizeof sum) damaged();
+        rest_.remove_suffix(sizeof sum);
+        std::memcpy(&sum, rest_.data() + rest_.size(), sizeof sum);
+        if (sum != sum_of(whole.substr(0, whole.size() - sizeof sum))) damaged();
+        return kind & static_cast<std::uint8_t>(~kHasSum);
+    }
+
     std::string_view text() { return take(number<std::uint32_t>()); }
 
     // A count of fields of at least `least` bytes each, which must have room in what is left.
@@ -230,7 +254,7 @@ QuestionEntry get_question(Fields& fields) {
 
 void get_entry(Fields& fields, JournalEntry& entry) {
     const bool is_behind_record = std::holds_alternative<Record>(entry);
-    switch (fields.number<std::uint8_t>()) {
+    switch (fields.kind()) {
         case kModule: {
             ModuleEntry module;
             module.name = fields.text();
@@ -283,8 +307,9 @@ template <class PutFields>
 void put_entry(std::uint8_t kind, std::string& bytes, PutFields put_fields) {
     const auto start = bytes.size();
     put_number(std::uint32_t{0}, bytes);
-    put_number(kind, bytes);
+    put_number(static_cast<std::uint8_t>(kind | kHasSum), bytes);
     put_fields();
+    put_number(sum_of(std::string_view(bytes).substr(start + kHeadSize)), bytes);
     const auto size = size_of(bytes.size() - start - kHeadSize);
     std::memcpy(bytes.data() + start, &size, sizeof size);
 }

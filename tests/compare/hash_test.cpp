@@ -1,4 +1,4 @@
-#include "compare/keyed_hash.h"
+#include "text/keyed_hash.h"
 
 #include <string>
 

@@ -8,12 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include "compare/keyed_hash.h"
 #include "compare/multiset.h"
 #include "compare/told.h"
 #include "findings/judge.h"
 #include "inventory/survey.h"
 #include "setting.h"
+#include "text/keyed_hash.h"
 #include "truth.h"
 
 namespace qvhost::compare {

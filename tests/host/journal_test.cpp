@@ -237,6 +237,34 @@ TEST_F(Journal, DamageIsAnErrorAtWorst) {
     EXPECT_GT(refused, 0u);
 }
 
+// A page that a disk never got is zeros.
+TEST_F(Journal, APageThatIsLostTellsNothing) {
+    std::vector<JournalEntry> all;
+    {
+        JournalWriter writer(path());
+        for (int i = 0; i < 500; ++i) {
+            const auto text =
+                std::string(static_cast<std::size_t>(i % 90), 'x') + std::to_string(i);
+            all.emplace_back(Record{"SELINFO", "Entry", i / 50, {{"SEL1", "Event", text}}});
+            writer.append(all.back());
+        }
+        all.emplace_back(EndEntry{std::string(10'000, 'y')});  // longer than a page
+        writer.append(all.back());
+    }
+    constexpr std::size_t kSector = 512;
+    const auto bytes = test::content(path());
+    for (std::size_t at = kSector; at < bytes.size(); at += kSector) {
+        auto damaged = bytes;
+        damaged.replace(at, kSector, std::min(kSector, bytes.size() - at), '\0');
+        std::ofstream(path(), std::ios::binary) << damaged;
+        std::size_t read = 0;
+        JournalReader reader(path());
+        EXPECT_THROW(reader.read([&](const JournalEntry& entry) { EXPECT_EQ(entry, all[read++]); }),
+                     std::runtime_error)
+            << at;
+    }
+}
+
 TEST_F(Journal, CanBeReadInParts) {
     JournalWriter writer(path());
     const Record record{"T", "n", -1, {{"a", "b", std::string(1000, 'x')}}};

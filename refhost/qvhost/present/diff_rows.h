@@ -6,11 +6,11 @@
 #include <string>
 #include <utility>
 
-#include "compare/keyed_hash.h"
 #include "compare/multiset.h"
 #include "inventory/entities.h"
 #include "repository/record.h"
 #include "store/store.h"
+#include "text/keyed_hash.h"
 
 namespace qvhost {
 
@@ -68,7 +68,7 @@ private:
 
     Source from_, to_;
     Identity identity_;
-    compare::KeyedHash hash_;
+    KeyedHash hash_;
     std::string bytes_;
     compare::MultisetDifference difference_;
 };
