@@ -176,13 +176,13 @@ function MemberLine({member: {told, drive}, drawing}: {member: Member; drawing: 
 
 function ArrayPart({array, drawing}: {array: DriveArray; drawing: Drawing}) {
   // Said of the group where no volume of it is listed.
-  const name = `Drive group ${array.group}`;
-  const found = drawing.overview.findings?.find(({subject}) => subject === `${name} of controller ${array.controller}`);
+  const ending = `:c${array.controller}_dg${array.group}`;
+  const found = drawing.overview.findings?.find(({id}) => id.endsWith(ending));
   return (
     <article class={`array hue${array.hue}`}>
       {array.group !== undefined && (
         <h4>
-          {name} {found && <State printed={found.says} severity={found.severity} />}
+          Drive group {array.group} {found && <State printed={found.says} severity={found.severity} />}
         </h4>
       )}
       <ul class="volumes">
