@@ -144,15 +144,15 @@ int pack_stand_in(const StandInArguments& given) {
 namespace {
 
 // Whether this collection can have packed one: the stand-ins' search path has a tool for it.
-bool can_be_packed(const Archive& archive) {
+bool has_packer(const Archive& archive) {
     const char* const path = std::getenv("PATH");
     return path && std::any_of(std::begin(archive.tools), std::end(archive.tools),
                                [&](const char* tool) { return !found_in(path, tool).empty(); });
 }
 
 // Why a file is not moved; empty: it is this collection's.
-std::string why_not_ours(const struct stat& info, const std::set<std::string>& known, bool can_be) {
-    if (!can_be) return "no tool that packs such archives is installed";
+std::string why_not_ours(const struct stat& info, const std::set<std::string>& known, bool has_tool) {
+    if (!has_tool) return "no tool that packs such archives is installed";
     if (!S_ISREG(info.st_mode)) return "it is no file";
     if (info.st_uid != ::geteuid()) return "it belongs to user " + std::to_string(info.st_uid);
     if (info.st_nlink != 1) return "it has other names";
@@ -196,14 +196,14 @@ int mv_stand_in(const StandInArguments& given) {
     std::ifstream before(known_before(notes));
     for (std::string line; std::getline(before, line);) known.insert(line);
 
-    const bool can_be = was_private || can_be_packed(*archive);
+    const bool has_tool = was_private || has_packer(*archive);
     const Descriptor from(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     bool moved = false;
     for (const auto& name : names_in(directory)) {
         if (!from || !is_name_of(*archive, name)) continue;
         struct stat info {};
         if (::fstatat(from.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
-        auto why_not = why_not_ours(info, known, can_be);
+        auto why_not = why_not_ours(info, known, has_tool);
         Descriptor file;
         if (why_not.empty()) {
             file = Descriptor(
