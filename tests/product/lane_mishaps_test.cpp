@@ -319,9 +319,7 @@ TEST_F(LaneMishaps, HitsAtRandomMomentsLoseNothingAndLeaveNothing) {
             if (pid != 0) ::kill(pid, with);
         }
         const auto outcome = finish(program);
-        EXPECT_TRUE(outcome.exit == 0 || outcome.exit == 1 || outcome.exit == 3 ||
-                    outcome.signal == signal)
-            << outcome.exit << outcome.err;
+        expect_end_of_hit(outcome, signal);
         wait_until("no process is left", [&] { return family().empty(); });
         if (!fs::exists(log_dir() / "report")) continue;  // it had not begun
 

@@ -175,6 +175,12 @@ std::vector<std::string> ProductTest::collect(const std::string& name,
     return arguments;
 }
 
+void expect_end_of_hit(const Outcome& outcome, int signal) {
+    EXPECT_TRUE(outcome.exit == 0 || outcome.exit == 1 || outcome.exit == 3 ||
+                outcome.signal == signal)
+        << outcome.exit << outcome.err;
+}
+
 void wait_until(const std::string& what, const std::function<bool()>& is_so) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (!is_so()) {

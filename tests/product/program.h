@@ -73,6 +73,9 @@ private:
     int runs_ = 0;
 };
 
+// A program that this signal may have hit has ended in one of the ways that it promises.
+void expect_end_of_hit(const Outcome& outcome, int signal);
+
 // Waits until it is so; fails the test when it takes too long.
 void wait_until(const std::string& what, const std::function<bool()>& is_so);
 
