@@ -151,7 +151,8 @@ bool has_packer(const Archive& archive) {
 }
 
 // Why a file is not moved; empty: it is this collection's.
-std::string why_not_ours(const struct stat& info, const std::set<std::string>& known, bool has_tool) {
+std::string why_not_ours(const struct stat& info, const std::set<std::string>& known,
+                         bool has_tool) {
     if (!has_tool) return "no tool that packs such archives is installed";
     if (!S_ISREG(info.st_mode)) return "it is no file";
     if (info.st_uid != ::geteuid()) return "it belongs to user " + std::to_string(info.st_uid);

@@ -70,6 +70,14 @@ struct Growth {
     bool operator==(const Growth&) const = default;
 };
 
+// A value that has been the same since an earlier run.
+struct Unchanged {
+    EntityRef entity;
+    std::string field;  // "rebuild_percent"
+    std::string since;  // when that run started, UTC
+    bool operator==(const Unchanged&) const = default;
+};
+
 struct Finding {
     std::string id;    // of rule and entity; stays the same from run to run
     std::string rule;  // its name in the table of rules
@@ -100,6 +108,8 @@ struct Verdict {
     std::vector<Finding> findings;  // the worst first
     std::vector<Health> health;     // one a subsystem, in their order
     std::string started = {};       // when the collection began, UTC; empty: not known
+    // What of the inventory stands still, of the fields in which that says something.
+    std::vector<Unchanged> unchanged = {};
 };
 
 // Since when the finding is there, where that is not only since this collection, nor its own time; else empty.

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "findings/finding.h"
-#include "findings/history.h"
+#include "findings/past.h"
 #include "inventory/survey.h"
 
 namespace qvhost::findings {
@@ -15,6 +15,12 @@ namespace qvhost::findings {
 struct Lack {
     std::string subsystem;
     std::string words;
+};
+
+// How long the BMC took to say who it is.
+struct BmcAnswer {
+    double seconds = 0;
+    Place place;
 };
 
 // What is known of the collection as a whole.
@@ -26,8 +32,8 @@ struct Circumstances {
         {};  // commands to it that were stopped, in the same words
     // What could not be asked: "ipmitool is not installed (Debian package ipmitool)".
     std::vector<Lack> lacks = {};
-    // What earlier runs read as less.
-    std::vector<GrownCounter> grown = {};
+    Past past = {};
+    std::vector<BmcAnswer> bmc_answers = {};
 };
 
 std::vector<Health> judge_health(const inventory::Survey& survey,

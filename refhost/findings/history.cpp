@@ -1,26 +1,10 @@
 #include "findings/history.h"
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
-#include <map>
-
-#include "findings/storage.h"
 
 namespace qvhost::findings {
 
 namespace {
-
-// The rule for a counter of drives that grows.
-struct GrowthRow {
-    std::string_view field;
-    const char* rule;
-    const char* words;
-};
-constexpr auto kGrowth = std::to_array<GrowthRow>({
-    {"media_errors", "drive_media_errors_grow", "media errors"},
-    {"other_errors", "drive_other_errors_grow", "other errors"},
-});
 
 // Whether the run could tell that there is nothing of the kind.
 bool could_tell(const Verdict& verdict, Subsystem subsystem) {
@@ -62,26 +46,6 @@ bool goes_on(Open& open, const EarlierVerdict& earlier) {
 }
 
 }  // namespace
-
-void judge_growth(const inventory::Inventory& inventory, const std::vector<GrownCounter>& grown,
-                  Collector& findings) {
-    for (const auto& [entity, growth] : grown) {
-        const auto place = static_cast<std::size_t>(entity.number) - 1;
-        const auto& field = growth.field;
-        const auto* const row =
-            std::find_if(kGrowth.begin(), kGrowth.end(),
-                         [&](const GrowthRow& one) { return one.field == field; });
-        if (entity.kind != "drives" || row == kGrowth.end() || place >= inventory.drives.size())
-            continue;
-        const auto by = static_cast<double>(growth.now - growth.before);
-        if (by <= findings.rule(row->rule).threshold) continue;
-        const auto& drive = inventory.drives[place];
-        findings.add(subject_of(inventory, drive), row->rule,
-                     std::string(row->words) + " grew from " + std::to_string(growth.before) +
-                         " to " + std::to_string(growth.now) + " since " + growth.since,
-                     place_of(drive, field));
-    }
-}
 
 void add_growth(const std::vector<GrownCounter>& grown, std::vector<Finding>& findings) {
     for (auto& finding : findings) {

@@ -1,5 +1,4 @@
-// What earlier runs on the same machine add to a verdict: counters that have grown, and since when a finding
-// is there.
+// What earlier runs on the same machine add to findings: what has grown, and since when they are there.
 #pragma once
 
 #include <functional>
@@ -8,20 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "findings/collector.h"
-#include "inventory/inventory.h"
+#include "findings/finding.h"
+#include "findings/past.h"
 
 namespace qvhost::findings {
-
-// A counter of an entity of the inventory that is judged, which an earlier run read as less.
-struct GrownCounter {
-    EntityRef entity;
-    Growth growth;
-};
-
-// Says of drives whose errors grow that they do.
-void judge_growth(const inventory::Inventory& inventory, const std::vector<GrownCounter>& grown,
-                  Collector& findings);
 
 // Gives each finding what has grown of the entities that it is about.
 void add_growth(const std::vector<GrownCounter>& grown, std::vector<Finding>& findings);

@@ -49,6 +49,16 @@ void judge_clocks(const inventory::Inventory& inventory, Collector& findings) {
     }
 }
 
+void judge_bmc_answers(const std::vector<BmcAnswer>& answers, Collector& findings) {
+    for (const auto& [seconds, place] : answers) {
+        if (seconds < findings.rule("bmc_slow").threshold) continue;
+        char text[32];
+        std::snprintf(text, sizeof text, "%.1f", seconds);
+        findings.add({"answers", "BMC"}, "bmc_slow",
+                     std::string("it took ") + text + " seconds to say who it is", place);
+    }
+}
+
 void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings) {
     for (const auto& capture : survey.captures) {
         if (is_not_installed(capture)) {
@@ -77,18 +87,20 @@ void tell_what_was_not_read(const inventory::Survey& survey, Collector& findings
 Verdict judge(const inventory::Survey& survey, EventJudge& events,
               const Circumstances& circumstances, const Rules& rules) {
     Collector findings(rules);
-    judge_storage(survey.inventory, findings);
+    const auto redundancy = judge_storage(survey.inventory, circumstances.past, findings);
     judge_sensors(survey.inventory, findings);
     judge_power_supplies(survey.inventory, findings);
     judge_bmc(survey.inventory, findings);
     judge_clocks(survey.inventory, findings);
     events.finish(survey.inventory, circumstances.now, findings);
     tell_what_was_not_read(survey, findings);
-    judge_growth(survey.inventory, circumstances.grown, findings);
+    judge_storage_past(survey.inventory, circumstances.past, redundancy, findings);
+    judge_bmc_answers(circumstances.bmc_answers, findings);
 
     Verdict verdict;
     verdict.findings = findings.take();
-    add_growth(circumstances.grown, verdict.findings);
+    verdict.unchanged = circumstances.past.unchanged;
+    add_growth(circumstances.past.grown, verdict.findings);
     for (auto& finding : verdict.findings) {
         if (!finding.first_seen) finding.first_seen = events.began(finding.entities);
     }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "findings/states.h"
+#include "findings/storage_names.h"
 
 namespace qvhost::findings {
 
@@ -223,8 +224,6 @@ constexpr auto kEnclosureStates = std::to_array<StateRow>({
 });
 // clang-format on
 
-std::string number_text(const Integer& number) { return number ? std::to_string(*number) : ""; }
-
 std::string percent_text(double percent) {
     char text[32];
     std::snprintf(text, sizeof text, "%.4g %%", percent);
@@ -248,91 +247,6 @@ std::vector<std::string_view> state_words(const Volume& volume) {
     }
 }
 
-// The volumes and drive groups of which nothing more may be lost. Each tool counts controllers for itself.
-class Redundancy {
-public:
-    explicit Redundancy(const Inventory& inventory) {
-        for (const auto& member : inventory.volume_members) {
-            if (member.drive) members_[&inventory.drives[*member.drive]].push_back(&member);
-        }
-        for (const auto& volume : inventory.volumes) {
-            if (volume.drive_group) has_groups_.insert(controller_of(volume));
-        }
-        for (const auto& drive : inventory.drives) {
-            if (drive.drive_group) has_groups_.insert(controller_of(drive));
-        }
-    }
-    void is_lost(const Volume& volume) {
-        controllers_.insert(controller_of(volume));
-        volumes_.insert(volume.controller ? Name{controller_of(volume), volume.number, {}}
-                                          : Name{{}, {}, volume.name});
-        if (volume.drive_group) groups_.insert(group_of(volume));
-    }
-    void is_lost(const TopologyRow& row) {
-        controllers_.insert(controller_of(row));
-        groups_.insert(group_of(row));
-    }
-    bool is_lost_for(const Drive& drive) const {
-        if (drive.drive_group) return groups_.contains(group_of(drive));
-        if (const auto known = members_.find(&drive); known != members_.end())
-            return std::any_of(known->second.begin(), known->second.end(),
-                               [&](const VolumeMember* member) { return is_lost_in(*member); });
-        // Where the tool says nothing of members, each of its drives may be one.
-        return !has_groups_.contains(controller_of(drive)) &&
-               controllers_.contains(controller_of(drive));
-    }
-    bool is_lost_in(const VolumeMember& member) const {
-        const bool is_known =
-            member.controller ? member.volume.has_value() : member.volume_name.has_value();
-        const auto name = member.controller ? Name{controller_of(member), member.volume, {}}
-                                            : Name{{}, {}, member.volume_name};
-        return (is_known && volumes_.contains(name)) ||
-               (member.drive_group && groups_.contains(group_of(member)));
-    }
-
-private:
-    using ControllerName = std::pair<std::string, Integer>;  // the tool, its number
-    using Group = std::pair<ControllerName, Integer>;
-    using Name =
-        std::tuple<ControllerName, Integer, inventory::Text>;  // a controller's number; else a name
-
-    template <class Entity>
-    static ControllerName controller_of(const Entity& entity) {
-        return entity.controller ? ControllerName{entity.tool, entity.controller}
-                                 : ControllerName{};
-    }
-    template <class Entity>
-    static Group group_of(const Entity& entity) {
-        return {controller_of(entity), entity.drive_group};
-    }
-
-    std::map<const Drive*, std::vector<const VolumeMember*>> members_;
-    std::set<ControllerName> has_groups_, controllers_;
-    std::set<Group> groups_;
-    std::set<Name> volumes_;
-};
-
-std::string at_controller(const Integer& controller) {
-    return controller ? " of controller " + std::to_string(*controller) : "";
-}
-
-std::string volume_key(const Volume& volume) {
-    if (volume.controller)
-        return "c" + number_text(volume.controller) + "_v" +
-               (volume.number ? number_text(volume.number) : volume.name.value_or(""));
-    return volume.device.value_or(volume.name.value_or(""));
-}
-
-std::string volume_words(const Volume& volume) {
-    std::string text = "Volume";
-    if (volume.number) text += " " + number_text(volume.number);
-    if (volume.name) text += " \"" + *volume.name + "\"";
-    if (volume.device && !volume.controller) text += " " + *volume.device;
-    text += at_controller(volume.controller);
-    if (volume.raid) text += " (" + *volume.raid + ")";
-    return text;
-}
-
 // "degraded [U_UU]": a software array's members that are there, and those that are not.
 std::string_view without_members(std::string_view state) {
     return state.substr(0, state.find(" ["));
@@ -351,8 +265,7 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
                   Collector& findings) {
     const auto remark = [&](std::string_view rule_name, const char* field,
                             const std::string& says) {
-        findings.add({volume_key(volume), volume_words(volume), {ref_to(inventory, volume)}},
-                     rule_name, says, place_of(volume, field));
+        findings.add(subject_of(inventory, volume), rule_name, says, place_of(volume, field));
     };
     if (volume.state) {
         for (const auto state : state_words(volume)) {
@@ -389,33 +302,12 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
         if (rule_name != "topology_state") redundancy.is_lost(row);
         if (told.contains({row.controller, row.drive_group})) continue;
         const auto group = number_text(row.drive_group);
-        findings.add({"c" + number_text(row.controller) + "_dg" + group,
+        findings.add({controller_key(row.tool, row.controller) + "_dg" + group,
                       "Drive group " + group + at_controller(row.controller)},
                      rule_name,
                      "topology says " + *row.state + (row.type ? " for " + *row.type : ""),
                      row.place);
     }
-}
-
-std::string drive_place(const Drive& drive) {
-    if (drive.slot)
-        return (drive.enclosure ? number_text(drive.enclosure) : "") + ":" +
-               number_text(drive.slot);
-    if (drive.device_id) return "device " + number_text(drive.device_id);
-    return drive.device.value_or("");
-}
-
-std::string drive_key(const Drive& drive) {
-    if (drive.serial) return *drive.serial;
-    return (drive.controller ? "c" + number_text(drive.controller) + "_" : "") + drive_place(drive);
-}
-
-std::string drive_words(const Drive& drive) {
-    auto text = "Drive " + drive_place(drive) + at_controller(drive.controller);
-    if (drive.device && drive.slot) text += ", " + *drive.device;
-    if (drive.model) text += ", " + *drive.model;
-    if (drive.serial) text += ", serial " + *drive.serial;
-    return text;
 }
 
 // Below the drive's own threshold. One that tells none says itself whether its spare blocks are few; of
@@ -427,8 +319,24 @@ bool has_low_spare(const Drive& drive, double threshold) {
     return !drive.nvme_warnings && *drive.available_spare_percent <= threshold;
 }
 
+// A count that stays the same for long is no news.
+void judge_media_errors(const Inventory& inventory, const Drive& drive, const Past& past,
+                        Collector& findings) {
+    const auto& rule = findings.rule("drive_media_errors");
+    if (!drive.media_errors || static_cast<double>(*drive.media_errors) <= rule.threshold) return;
+    constexpr double kLong = 30 * 24 * 3600;  // seconds
+    const auto since = past.unchanged_for(kLong, ref_to(inventory, drive), "media_errors");
+    auto says = std::to_string(*drive.media_errors) + " media errors";
+    if (!since.empty()) says += ", none new for 30 days";
+    findings.add(subject_of(inventory, drive),
+                 Remark{&rule,
+                        says,
+                        {place_of(drive, "media_errors")},
+                        since.empty() ? rule.severity : Severity::notice});
+}
+
 void judge_drive(const Inventory& inventory, const Drive& drive, const Redundancy& redundancy,
-                 Collector& findings) {
+                 const Past& past, Collector& findings) {
     const auto remark = [&](std::string_view rule_name, std::string_view field,
                             const std::string& says) {
         findings.add(subject_of(inventory, drive), rule_name, says, place_of(drive, field));
@@ -454,7 +362,7 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
             remark(rule_name, field, std::to_string(*value) + " " + words);
     };
     count(predicted, "predicted_failures", drive.predicted_failures, "predicted failures");
-    count("drive_media_errors", "media_errors", drive.media_errors, "media errors");
+    judge_media_errors(inventory, drive, past, findings);
     count("drive_other_errors", "other_errors", drive.other_errors, "other errors");
     if (drive.percentage_used && *drive.percentage_used >= findings.rule("drive_wear").threshold)
         remark("drive_wear", "percentage_used",
@@ -462,29 +370,6 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
     if (has_low_spare(drive, findings.rule("drive_spare_low").threshold))
         remark("drive_spare_low", "available_spare_percent",
                percent_text(*drive.available_spare_percent) + " of its spare blocks left");
-}
-
-// "Drive 8:1 of controller 1", "Drive at row 0 of drive group 0 of controller 1"
-Subject missing_drive(const VolumeMember& member) {
-    Drive drive;
-    drive.controller = member.controller;
-    drive.enclosure = member.enclosure;
-    drive.slot = member.slot;
-    drive.serial = member.serial;
-    if (drive.serial || drive.slot) return {drive_key(drive), drive_words(drive)};
-    std::string key = "c" + number_text(member.controller);
-    std::string subject;
-    const auto name = [&](const Integer& number, const char* short_name, const char* words) {
-        if (!number) return;
-        key += short_name + number_text(number);
-        subject = words + number_text(number) + (subject.empty() ? "" : " of ") + subject;
-    };
-    name(member.drive_group, "_dg", "drive group ");
-    if (!member.drive_group) name(member.volume, "_v", "volume ");
-    name(member.span, "_array", "array ");
-    name(member.position, "_row", "row ");
-    subject = "Drive" + (subject.empty() ? "" : " at " + subject);
-    return {key, subject + at_controller(member.controller)};
 }
 
 // Drives that a controller's topology tells and no list of drives, or not so: one is missing there. The
@@ -522,27 +407,29 @@ const Volume* forced_write_back(const Inventory& inventory, const inventory::Bat
 
 }  // namespace
 
-Subject subject_of(const Inventory& inventory, const Drive& drive) {
-    return {drive_key(drive), drive_words(drive), {ref_to(inventory, drive)}};
+bool is_rebuilt(const Volume& volume) {
+    return volume.operation && rule_for(kOperations, *volume.operation) == "volume_rebuild";
 }
 
-void judge_storage(const Inventory& inventory, Collector& findings) {
+Redundancy judge_storage(const Inventory& inventory, const Past& past, Collector& findings) {
     Redundancy redundancy(inventory);
     for (const auto& controller : inventory.controllers) {
         if (!controller.status) continue;
         const auto rule_name =
             rule_for(kControllerStates, *controller.status).value_or("controller_attention");
         if (rule_name.empty()) continue;
-        findings.add({controller.serial.value_or("c" + number_text(controller.number)),
-                      "Controller " + number_text(controller.number) +
-                          (controller.model ? ", " + *controller.model : ""),
-                      {ref_to(inventory, controller)}},
-                     rule_name, "status " + *controller.status, controller.place);
+        findings.add(
+            {controller.serial.value_or(controller_key(controller.tool, controller.number)),
+             "Controller " + number_text(controller.number) +
+                 (controller.model ? ", " + *controller.model : ""),
+             {ref_to(inventory, controller)}},
+            rule_name, "status " + *controller.status, controller.place);
     }
     for (const auto& volume : inventory.volumes)
         judge_volume(inventory, volume, redundancy, findings);
     judge_topology(inventory, redundancy, findings);
-    for (const auto& drive : inventory.drives) judge_drive(inventory, drive, redundancy, findings);
+    for (const auto& drive : inventory.drives)
+        judge_drive(inventory, drive, redundancy, past, findings);
     judge_members(inventory, redundancy, findings);
     for (const auto& battery : inventory.batteries) {
         if (!battery.state) continue;
@@ -554,7 +441,7 @@ void judge_storage(const Inventory& inventory, Collector& findings) {
             rule_name = "battery_write_back_forced";
             says += "; cache " + *forced->cache + " of volume " + number_text(forced->number);
         }
-        findings.add({"c" + number_text(battery.controller) + "_battery",
+        findings.add({controller_key(battery.tool, battery.controller) + "_battery",
                       "Battery" + at_controller(battery.controller) +
                           (battery.model ? ", " + *battery.model : ""),
                       {ref_to(inventory, battery)}},
@@ -563,11 +450,13 @@ void judge_storage(const Inventory& inventory, Collector& findings) {
     for (const auto& enclosure : inventory.enclosures) {
         if (!enclosure.state || rule_for(kEnclosureStates, *enclosure.state)) continue;
         findings.add(
-            {"c" + number_text(enclosure.controller) + "_e" + number_text(enclosure.number),
+            {controller_key(enclosure.tool, enclosure.controller) + "_e" +
+                 number_text(enclosure.number),
              "Enclosure " + number_text(enclosure.number) + at_controller(enclosure.controller),
              {ref_to(inventory, enclosure)}},
             "enclosure_state", "state " + *enclosure.state, enclosure.place);
     }
+    return redundancy;
 }
 
 }  // namespace qvhost::findings

@@ -30,12 +30,12 @@ struct DeclaredTypedTable {
 
 // Their names. No table of records takes one of them.
 inline constexpr auto kTypedTables = std::to_array<std::string_view>({
-    "systems",          "processors",     "memory_modules", "bmcs",
-    "sensors",          "power_supplies", "frus",           "controllers",
-    "batteries",        "enclosures",     "volumes",        "drives",
-    "volume_members",   "events",         "findings",       "finding_evidence",
-    "finding_entities", "finding_growth", "health",         "health_captures",
-    "health_missing",
+    "systems",          "processors",       "memory_modules", "bmcs",
+    "sensors",          "power_supplies",   "frus",           "controllers",
+    "batteries",        "enclosures",       "volumes",        "drives",
+    "volume_members",   "events",           "findings",       "finding_evidence",
+    "finding_entities", "finding_growth",   "health",         "health_captures",
+    "health_missing",   "unchanged_values",
 });
 
 // Writes rows to a new table. A table of that name that an earlier writer made goes.

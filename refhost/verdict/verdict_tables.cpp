@@ -49,6 +49,13 @@ constexpr auto kGrowth = std::to_array<TypedColumn>({
     {"value_now",    ColumnType::integer},
     {"since",        ColumnType::text   }, // when the run started that read the one before
 });
+// What the next run has to know: which values of the inventory are as they were.
+constexpr auto kUnchanged = std::to_array<TypedColumn>({
+    {"kind",   ColumnType::text   }, // the table that the entity stands in
+    {"number", ColumnType::integer}, // its rowid there
+    {"field",  ColumnType::text   },
+    {"since",  ColumnType::text   }, // when the run started that first read the same
+});
 constexpr auto kHealth = std::to_array<TypedColumn>({
     {"subsystem", ColumnType::text},
     {"health",    ColumnType::text},
@@ -63,7 +70,7 @@ constexpr auto kHealthMissing = std::to_array<TypedColumn>({
 });
 
 // What write_verdict() writes, in its order, but for what compares the report with earlier ones (`first_seen`,
-// the last column of its table, and `finding_growth`): who keeps many reports has those.
+// the last column of its table, `finding_growth` and `unchanged_values`): who keeps many reports has those.
 constexpr struct {
     const char* name;
     std::span<const TypedColumn> columns;
@@ -118,6 +125,9 @@ void write_verdict(Store& store, const Verdict& verdict) {
         for (const auto& [field, before, now, since] : one.growth)
             growth.add({one.id, field, before, now, since});
     }
+    TypedTableWriter unchanged(store, "unchanged_values", kUnchanged);
+    for (const auto& [entity, field, since] : verdict.unchanged)
+        unchanged.add({entity.kind, entity.number, field, since});
     TypedTableWriter health(store, "health", kHealth);
     TypedTableWriter captures(store, "health_captures", kHealthCaptures);
     TypedTableWriter missing(store, "health_missing", kHealthMissing);
@@ -169,6 +179,12 @@ Verdict read_verdict(const Store& store) {
         if (found != by_id.end())
             verdict.findings[found->second].growth.push_back(
                 {text_of(row[1]), integer_of(row[2]), integer_of(row[3]), text_of(row[4])});
+    });
+    each_typed_row(store, "unchanged_values", kUnchanged, [&](const std::vector<TypedValue>& row) {
+        verdict.unchanged.push_back({
+            {text_of(row[0]), integer_of(row[1])},
+            text_of(row[2]), text_of(row[3])
+        });
     });
     std::map<std::string, std::size_t> by_subsystem;
     each_typed_row(store, "health", kHealth, [&](const std::vector<TypedValue>& row) {

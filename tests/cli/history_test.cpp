@@ -89,8 +89,10 @@ TEST_F(History, ACountThatStaysIsOldAndOneThatGrowsIsNews) {
     const auto second = collect_with(1);
     EXPECT_EQ(finding(second, id).at("first_seen"), long_ago);
     EXPECT_EQ(finding(second, id).at("growth"), nlohmann::json::array());
-    EXPECT_NE(summary_.find("1 media errors, since " + long_ago), std::string::npos) << summary_;
-    EXPECT_NE(run({"check", log_dir()}).out.find(", since " + long_ago), std::string::npos);
+    EXPECT_EQ(finding(second, id).at("severity"), "notice");
+    EXPECT_NE(summary_.find("1 media errors, none new for 30 days, since " + long_ago),
+              std::string::npos)
+        << summary_;
     EXPECT_NE(run({"explain", log_dir(), id}).out.find("  first seen    " + long_ago),
               std::string::npos);
 
@@ -120,6 +122,21 @@ TEST_F(History, ACountThatStaysIsOldAndOneThatGrowsIsNews) {
         run({"check", log_dir(), "--rules", dir() / "rules", "--format", "json"}).out);
     EXPECT_EQ(finding(judged, grown.at("id")).at("severity"), "critical");
     EXPECT_EQ(finding(judged, grown.at("id")).at("first_seen"), grown.at("first_seen"));
+}
+
+// The run of yesterday knows it from the one of last month.
+TEST_F(History, WhatStaysIsKnownFromRunToRun) {
+    collect_with(1);
+    const auto last_month = days_ago(31);
+    date(last_month);
+    collect_with(1);
+    date(days_ago(1));
+    for (const auto& run : fs::directory_iterator(log_dir() / "runs")) fs::remove_all(run.path());
+    const auto third = collect_with(1);
+    EXPECT_EQ(finding(third, drive_id(third, "drive_media_errors")).at("severity"), "notice");
+    const auto sql = "SELECT DISTINCT since FROM unchanged_values WHERE field = 'media_errors'";
+    EXPECT_EQ(run({"query", log_dir(), sql, "--format", "jsonl"}).out,
+              "{\"since\":\"" + last_month + "\"}\n");
 }
 
 // A report of another machine, and one that is damaged, tell nothing.

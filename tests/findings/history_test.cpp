@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "findings/storage.h"
+#include "findings/storage_names.h"
 #include "told.h"
 
 namespace qvhost::findings {
@@ -104,7 +105,9 @@ TEST(Growth, IsSaidOfDrives) {
     };
     Collector collector;
     collector.add(subject_of(found, drive), "drive_media_errors", "50 media errors", drive.place);
-    judge_growth(found, grown, collector);
+    Past past;
+    past.grown = grown;
+    judge_storage_past(found, past, Redundancy(found), collector);
     auto findings = collector.take();
     ASSERT_EQ(findings.size(), 1u);
     EXPECT_EQ(findings[0].id, "drive_media_errors_grow:Z1");
@@ -112,6 +115,82 @@ TEST(Growth, IsSaidOfDrives) {
               "media errors grew from 1 to 50 since 2026-10-23T02:00:00Z; 50 media errors");
     add_growth(grown, findings);
     EXPECT_EQ(findings[0].growth, (std::vector<Growth>{grown[0].growth, grown[1].growth}));
+}
+
+Drive rebuilt_drive(const std::string& serial, double percent) {
+    Drive drive;
+    drive.controller = 0;
+    drive.enclosure = 252;
+    drive.slot = 1;
+    drive.serial = serial;
+    drive.rebuild_percent = percent;
+    return drive;
+}
+
+EarlierRun earlier_run(const std::vector<Drive>& drives,
+                       const std::vector<Unchanged>& unchanged = {}) {
+    EarlierRun run{"2026-11-21T02:00:00Z", {}, {}};
+    run.inventory.drives = drives;
+    run.verdict.unchanged = unchanged;
+    return run;
+}
+
+TEST(Unchanged, IsWhatTheRunBeforeReadOfTheSameDrive) {
+    Inventory now;
+    now.drives = {rebuilt_drive("Z0", 1), rebuilt_drive("Z1", 40)};
+    const EntityRef second{"drives", 2};
+    EXPECT_EQ(unchanged_since(earlier_run({rebuilt_drive("Z1", 40)}), now),
+              (std::vector<Unchanged>{{second, "rebuild_percent", "2026-11-21T02:00:00Z"}}));
+    EXPECT_EQ(unchanged_since(earlier_run({rebuilt_drive("Z1", 39)}), now),
+              std::vector<Unchanged>{});
+    EXPECT_EQ(unchanged_since(earlier_run({rebuilt_drive("Z2", 40)}), now),
+              std::vector<Unchanged>{})
+        << "another drive in its slot";
+}
+
+TEST(Unchanged, IsTakenOverFromTheRunBefore) {
+    Inventory now;
+    now.drives = {rebuilt_drive("Z1", 40)};
+    now.drives[0].media_errors = 3;
+    auto before = rebuilt_drive("Z1", 40);
+    before.media_errors = 2;
+    const EntityRef drive{"drives", 1};
+    EXPECT_EQ(
+        unchanged_since(earlier_run({before}, {{drive, "rebuild_percent", "2026-11-20T02:00:00Z"},
+                                               {drive, "media_errors", "2026-11-19T02:00:00Z"}}),
+                        now),
+        (std::vector<Unchanged>{{drive, "rebuild_percent", "2026-11-20T02:00:00Z"}}));
+}
+
+TEST(Unchanged, IsNothingWhereThereAreNoErrors) {
+    Inventory now;
+    now.drives = {rebuilt_drive("Z1", 40)};
+    now.drives[0].rebuild_percent.reset();
+    now.drives[0].media_errors = 0;
+    EXPECT_EQ(unchanged_since(earlier_run(now.drives), now), std::vector<Unchanged>{});
+}
+
+TEST(FormerSpares, AreNoSparesNow) {
+    auto spare = rebuilt_drive("Z1", 0), other = rebuilt_drive("Z2", 0);
+    spare.spare = "global";
+    Inventory now;
+    now.drives = {other, rebuilt_drive("Z1", 0)};
+    EXPECT_EQ(former_spares_of(earlier_run({spare, other}), now), std::set<std::size_t>{1});
+    EXPECT_EQ(former_spares_of(earlier_run({other}), now), std::set<std::size_t>{});
+    now.drives[1].spare = "global";
+    EXPECT_EQ(former_spares_of(earlier_run({spare}), now), std::set<std::size_t>{});
+}
+
+// The run before knew it as one in use, and no longer as a spare.
+TEST(FormerSpares, AreKnownFromTheFindingOfTheRunBefore) {
+    Inventory now;
+    now.drives = {rebuilt_drive("Z1", 0)};
+    auto earlier = earlier_run({rebuilt_drive("Z0", 0), rebuilt_drive("Z1", 0)});
+    Finding finding = storage_finding("spare_in_use:c0_spares");
+    finding.rule = "spare_in_use";
+    finding.entities = {{"drives", 2}, {"drives", 9}, {"volumes", 1}};
+    earlier.verdict.findings = {finding};
+    EXPECT_EQ(former_spares_of(earlier, now), std::set<std::size_t>{0});
 }
 
 }  // namespace

@@ -29,7 +29,8 @@ constexpr const char* kNow = "2026-11-21T12:00:00";
 struct Server {
     Survey survey;
     Events events;
-    std::vector<GrownCounter> grown;
+    Past past;
+    std::vector<BmcAnswer> bmc_answers;
     Inventory& has() { return survey.inventory; }
 };
 
@@ -46,7 +47,9 @@ Lines judged(const Case& one, const Rules& rules = built_in_rules()) {
     for (const auto& event : server.events) events.take(event);
     Circumstances circumstances;
     circumstances.now = kNow;
-    circumstances.grown = server.grown;
+    circumstances.past = server.past;
+    circumstances.past.started = "2026-11-21T12:00:00Z";
+    circumstances.bmc_answers = server.bmc_answers;
     Lines lines;
     for (const auto& finding : judge(server.survey, events, circumstances, rules).findings)
         lines.push_back(std::string(word(finding.severity)) + " " + finding.rule);
@@ -194,12 +197,79 @@ Case drive(const char* fault, const char* volume_state, const char* state, Lines
 }
 
 // A drive whose counter an earlier run read as 3.
-Case growing(const char* fault, const char* field, std::int64_t now, Lines findings) {
+Case growing(const char* fault, const char* field, std::int64_t now, Lines findings,
+             const char* raid = "", const char* volume_state = "Optl") {
     return {fault,
             [=](Server& s) {
+                if (*raid) add_volume(s, raid, volume_state);
                 auto& one = add_drive(s, "Onln");
                 (std::string(field) == "media_errors" ? one.media_errors : one.other_errors) = now;
-                s.grown.push_back({{"drives", 1}, {field, 3, now, "2026-11-01T02:00:00Z"}});
+                s.past.grown.push_back({{"drives", 1}, {field, 3, now, "2026-11-01T02:00:00Z"}});
+            },
+            std::move(findings)};
+}
+
+// A drive that is rebuilt, a volume that is, and media errors, each of which was the same at that time.
+Case rebuilt_drive(const char* fault, const char* since, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                add_drive(s, "Rbld").rebuild_percent = 40;
+                s.past.unchanged.push_back({{"drives", 1}, "rebuild_percent", since});
+            },
+            std::move(findings)};
+}
+Case rebuilt_volume(const char* fault, const char* operation, const char* since, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                add_volume(s, "RAID1", "Optl");
+                s.has().volumes[0].operation = operation;
+                s.has().volumes[0].progress_percent = 40;
+                s.past.unchanged.push_back({{"volumes", 1}, "progress_percent", since});
+            },
+            std::move(findings)};
+}
+Case steady_errors(const char* fault, const char* since, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                add_drive(s, "Onln").media_errors = 3;
+                s.past.unchanged.push_back({{"drives", 1}, "media_errors", since});
+            },
+            std::move(findings)};
+}
+
+// A drive that was a hot spare before, which is now in this state, beside another one.
+Case former_spare(const char* fault, const char* state, const char* other, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                add_drive(s, state);
+                if (state == std::string("UGood")) s.has().drives[0].drive_group.reset();
+                auto& two = add_drive(s, other);
+                if (other == std::string("GHS")) two.spare = "global";
+                s.past.former_spares = {0};
+            },
+            std::move(findings)};
+}
+
+Case pool_spares(const char* fault, const char* one, const char* two, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                for (const char* state : {one, two}) {
+                    inventory::VolumeMember member;
+                    member.place = {"host_zpool.txt", 20};
+                    member.volume_name = "tank";
+                    member.is_spare = true;
+                    member.state = state;
+                    member.device = "sdz";
+                    s.has().volume_members.push_back(member);
+                }
+            },
+            std::move(findings)};
+}
+
+Case answer(const char* fault, double seconds, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                s.bmc_answers.push_back({seconds, {"mcinfo.txt", 0}});
             },
             std::move(findings)};
 }
@@ -345,7 +415,24 @@ const std::vector<Case>& cases() {
         drive("counters of zero, degraded array",  "Dgrd", "Onln",         {"critical volume_no_redundancy"},               [](Drive& d) { d.predicted_failures = 0; }),
         growing("media errors grow",               "media_errors", 4, {"warning drive_media_errors_grow"}),
         growing("media errors stay",               "media_errors", 3, {"warning drive_media_errors"}),
-        growing("other errors grow",               "other_errors", 4, {"notice drive_other_errors_grow"}),
+        growing("media errors grow in RAID 5",     "media_errors", 4, {"warning drive_media_errors_grow"}, "RAID5"),
+        growing("media errors grow in RAID 0",     "media_errors", 4, {"critical drive_media_errors_grow_no_redundancy"}, "RAID0"),
+        growing("media errors grow where redundancy is lost", "media_errors", 4, {"critical volume_no_redundancy", "critical drive_media_errors_grow_no_redundancy"}, "RAID5", "Dgrd"),
+        growing("media errors stay where redundancy is lost", "media_errors", 3, {"critical volume_no_redundancy", "warning drive_media_errors"}, "RAID5", "Dgrd"),
+        growing("other errors grow where redundancy is lost", "other_errors", 4, {"critical volume_no_redundancy", "warning drive_other_errors_grow"}, "RAID5", "Dgrd"),
+        steady_errors("media errors as many for 30 days", "2026-10-22T12:00:00Z", {"notice drive_media_errors"}),
+        steady_errors("media errors as many for less",    "2026-10-22T12:00:01Z", {"warning drive_media_errors"}),
+        rebuilt_drive("rebuild goes on",           "2026-11-21T06:00:01Z", {"warning drive_rebuild"}),
+        rebuilt_drive("rebuild stands still",      "2026-11-21T06:00:00Z", {"critical drive_rebuild_still"}),
+        rebuilt_volume("rebuild of a volume goes on", "Rebuild",    "2026-11-21T06:00:01Z", {"warning volume_rebuild"}),
+        rebuilt_volume("rebuild of a volume stands still", "Rebuild", "2026-11-21T06:00:00Z", {"critical volume_rebuild_still"}),
+        rebuilt_volume("a check that stands still", "CC",           "2026-11-21T06:00:00Z", {"notice volume_maintenance"}),
+        former_spare("hot spare in use, none left", "Onln", "Onln", {"warning spare_in_use"}),
+        former_spare("hot spare in use, one left", "Onln", "GHS",   {}),
+        former_spare("hot spare that was taken out", "UGood", "Onln", {}),
+        pool_spares("spare of a pool in use, none left", "INUSE", "INUSE", {"warning spare_in_use"}),
+        pool_spares("spare of a pool in use, one left", "INUSE", "AVAIL", {}),
+        growing("other errors grow",               "other_errors", 4, {"warning drive_other_errors_grow"}),
         growing("other errors stay",               "other_errors", 3, {"notice drive_other_errors"}),
         nvme("healthy NVMe drive",                 [](Drive& d) { d.percentage_used = 79; d.available_spare_percent = 11; },             {}),
         nvme("80 % of its life used",              [](Drive& d) { d.percentage_used = 80; },                                             {"warning drive_wear"}),
@@ -429,6 +516,9 @@ const std::vector<Case>& cases() {
 
         // The BMC and clocks.
         {"self test passed", [](Server& s) { s.has().bmcs.push_back({{"selfinfo.txt", 1}, {}, {}, "passed", {}, {}, {}}); }, {}},
+        {"no self test", [](Server& s) { s.has().bmcs.push_back({{"selfinfo.txt", 1}, {}, {}, "not implemented", {}, {}, {}}); }, {}},
+        answer("BMC answers at once",  4.9, {}),
+        answer("BMC answers slowly",   5,   {"notice bmc_slow"}),
         {"self test failed", [](Server& s) { s.has().bmcs.push_back({{"selfinfo.txt", 1}, {}, {}, "device corrupted", {}, {}, {}}); }, {"warning self_test"}},
         sel_log("SEL 89 % full",                   89,                          {}),
         sel_log("SEL 90 % full",                   90,                          {"warning sel_nearly_full"}),

@@ -57,7 +57,7 @@ VolumeMember member(int group, const char* state) {
 
 Lines judged(const Inventory& inventory) {
     Collector findings;
-    judge_storage(inventory, findings);
+    judge_storage(inventory, {}, findings);
     return told(findings);
 }
 
@@ -149,7 +149,7 @@ TEST(Storage, EachRemarkHasItsOwnLine) {
     inventory.drives[0].smart_alert = true;
     inventory.drives[0].elsewhere = {{"smart_alert", {"pdlist.txt", 120}}};
     Collector findings;
-    judge_storage(inventory, findings);
+    judge_storage(inventory, {}, findings);
     const auto all = findings.take();
     ASSERT_EQ(all.size(), 1U);
     EXPECT_EQ(all[0].evidence, (std::vector<Place>{{"c0_showall.txt", 43}, {"pdlist.txt", 120}}));

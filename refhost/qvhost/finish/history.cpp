@@ -60,13 +60,14 @@ compare::Side side_of(const Store& store) {
     return {collection_of(store), read_inventory(store), read_verdict(store)};
 }
 
-std::vector<findings::GrownCounter> grown_counters(const Store& store, const LogDir& dir,
-                                                   const inventory::Inventory& inventory) {
-    std::vector<findings::GrownCounter> grown;
-    const auto runs = earlier_runs(dir.path());
-    if (runs.empty()) return grown;
+findings::Past past_of(const Store& store, const LogDir& dir,
+                       const inventory::Inventory& inventory) {
     const compare::Side now{collection_of(store), inventory, {}};
-    // The oldest in the window says how much a counter grew; the newest knows what came since.
+    findings::Past past;
+    past.started = now.collection.started;
+    const auto runs = earlier_runs(dir.path());
+    if (runs.empty()) return past;
+    // The oldest in the window says how much a counter grew; the newest knows what came since, and what was before.
     auto oldest = std::find_if(runs.rbegin(), runs.rend(), [&](const auto& run) {
         return is_within_window(run, now.collection.started);
     });
@@ -75,16 +76,20 @@ std::vector<findings::GrownCounter> grown_counters(const Store& store, const Log
         compared.insert(compared.begin(), *oldest);
     for (const auto& run : compared) {
         const auto side = read_run(run);
-        if (!side) continue;
+        if (!side || compare::machines_of(*side, now) == compare::Machines::two) continue;
         for (auto& one : compare::grown_counters(*side, now)) {
-            const bool is_known =
-                std::any_of(grown.begin(), grown.end(), [&](const findings::GrownCounter& other) {
+            const bool is_known = std::any_of(
+                past.grown.begin(), past.grown.end(), [&](const findings::GrownCounter& other) {
                     return other.entity == one.entity && other.growth.field == one.growth.field;
                 });
-            if (!is_known) grown.push_back(std::move(one));
+            if (!is_known) past.grown.push_back(std::move(one));
         }
+        const findings::EarlierRun earlier{side->collection.started, side->inventory,
+                                           side->verdict};
+        past.former_spares.merge(findings::former_spares_of(earlier, inventory));
+        if (run == runs.front()) past.unchanged = findings::unchanged_since(earlier, inventory);
     }
-    return grown;
+    return past;
 }
 
 void add_first_seen(const Store& store, const LogDir& dir, const inventory::Inventory& inventory,

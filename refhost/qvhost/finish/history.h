@@ -14,10 +14,11 @@ namespace qvhost {
 // What a comparison reads of a report.
 compare::Side side_of(const Store& store);
 
-// Which counters have grown within the last thirty days, by what the earlier runs of the same machine read.
-// `store` has the collection's own facts. A run whose report is damaged tells nothing.
-std::vector<findings::GrownCounter> grown_counters(const Store& store, const LogDir& dir,
-                                                   const inventory::Inventory& inventory);
+// What the earlier runs of the same machine say of the inventory: which counters have grown within the last
+// thirty days, what has stayed the same, which hot spares are in use. `store` has the collection's own facts. A run whose
+// report is damaged tells nothing.
+findings::Past past_of(const Store& store, const LogDir& dir,
+                       const inventory::Inventory& inventory);
 
 // Says of each finding since when it is there.
 void add_first_seen(const Store& store, const LogDir& dir, const inventory::Inventory& inventory,

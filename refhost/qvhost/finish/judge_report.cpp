@@ -89,6 +89,15 @@ bool asks_bmc(const CommandInfo& command) {
                        [&](std::string_view tool) { return command.tool.starts_with(tool); });
 }
 
+// Whether the BMC was asked who it is, which it answers without looking anything up, and has answered.
+bool asks_identity(const CommandInfo& command) {
+    constexpr std::string_view kIdentity[] = {"mcinfo.txt", "host_mc_info.txt"};
+    return asks_bmc(command) && command.exit == 0 && command.seconds &&
+           command.captures.size() == 1 &&
+           std::find(std::begin(kIdentity), std::end(kIdentity), command.captures.front()) !=
+               std::end(kIdentity);
+}
+
 findings::Circumstances circumstances_of(const Store& store,
                                          const std::vector<CommandInfo>& commands,
                                          const LogDir& dir) {
@@ -103,6 +112,10 @@ findings::Circumstances circumstances_of(const Store& store,
     }
     circumstances.lacks = lacks_in(store.meta("recorded_lacks") + store.meta("lacks"));
     for (const auto& command : commands) {
+        if (asks_identity(command))
+            circumstances.bmc_answers.push_back({
+                *command.seconds, {command.captures.front(), 0}
+            });
         if (was_stopped_for_time(command) && asks_bmc(command))
             circumstances.unanswered_by_bmc.push_back(
                 cut_off_words(command, named_in_commands(store, dir)));
@@ -128,7 +141,7 @@ findings::Verdict judged(const Store& store, const LogDir& dir, const inventory:
                          findings::EventJudge& events, const std::vector<CommandInfo>& commands,
                          const findings::Rules& rules) {
     auto circumstances = circumstances_of(store, commands, dir);
-    circumstances.grown = grown_counters(store, dir, survey.inventory);
+    circumstances.past = past_of(store, dir, survey.inventory);
     auto verdict = findings::judge(survey, events, circumstances, rules);
     add_first_seen(store, dir, survey.inventory, verdict);
     verdict.started = store.meta("started");
