@@ -3,6 +3,8 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <boost/algorithm/string/replace.hpp>
 
 #include "expressions.h"
@@ -97,6 +99,12 @@ std::vector<std::string> told_by(const fs::path& log_dir) {
     for (const char* time : {"started", "finished", "seconds"}) report["collection"].erase(time);
     add(report["collection"].dump());
     return lines;
+}
+
+std::string difference(const std::vector<std::string>& one, const std::vector<std::string>& other) {
+    const auto [at, there] = std::mismatch(one.begin(), one.end(), other.begin(), other.end());
+    if (at == one.end() && there == other.end()) return "";
+    return (at == one.end() ? "nothing" : *at) + "\n" + (there == other.end() ? "nothing" : *there);
 }
 
 std::string condensed(const std::string& report_json) {

@@ -39,6 +39,9 @@ nlohmann::ordered_json collected(const std::filesystem::path& log_dir);
 // Times are left out; the log directory and the throw-away one have one name.
 std::vector<std::string> told_by(const std::filesystem::path& log_dir);
 
+// The first lines that differ; empty: none.
+std::string difference(const std::vector<std::string>& one, const std::vector<std::string>& other);
+
 // A report.json as a person reads it: modules and layouts as they are, and records a line each, their
 // values under one heading as long as table, name, ids and labels stay the same. Nothing is left out.
 std::string condensed(const std::string& report_json);

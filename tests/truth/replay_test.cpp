@@ -5,6 +5,7 @@
 
 #include "compare.h"
 #include "program.h"
+#include "report.h"
 #include "setting.h"
 #include "truth.h"
 
@@ -48,6 +49,35 @@ TEST_F(Replay, TellsTheTruthOfRandomServers) {
         for (const auto& difference : compare(made->truth, report))
             ADD_FAILURE() << "truth_server --machine --seed " << seed << " --now "
                           << iso(options.now) << ": " << difference;
+    }
+}
+
+// What is recorded of a report gives that report again.
+TEST_F(Replay, RecordsOfRandomServersReplayTheSame) {
+    const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
+    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 4, 400);
+    for (long seed = first; seed < first + seeds; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Options options;
+        options.seed = static_cast<std::uint64_t>(seed);
+        options.now = today();
+        options.is_recorded = true;
+        const auto made = make(options);
+        for (const char* name : {"machine", "log", "recorded", "again"})
+            std::filesystem::remove_all(dir() / name);
+        write_machine(*made, dir() / "machine");
+        const auto replay = [&](const char* machine, const char* log) {
+            return run({"replay", dir() / machine, "--log-dir", dir() / log, "--quiet", "--also",
+                        "pmc"})
+                .exit;
+        };
+        const int exit = replay("machine", "log");
+        const auto recorded =
+            run({"record", "--from", dir() / "log", "--output", dir() / "recorded"});
+        ASSERT_EQ(recorded.exit, 0) << recorded.err;
+        EXPECT_EQ(replay("recorded", "again"), exit);
+        EXPECT_EQ(test::difference(test::told_by(dir() / "log"), test::told_by(dir() / "again")),
+                  "");
     }
 }
 

@@ -201,6 +201,10 @@ private:
         entry.command.tool = tool_of(first.words.front(), vendors_);
         if (!first.has_pattern) entry.command.arguments = arguments_of(first.words);
         if (stages->size() > 1) {
+            if (shell_found_none(info)) return;
+            if (!info.standard_error.empty() && first.err.to == Stream::To::caller)
+                entry.command.err = Content{.name = entry.command.tool + "_stderr.txt",
+                                            .bytes = info.standard_error};
             // How its first stage ended nobody knows.
             derive(entry, *stages);
         } else if (is_not_installed(info)) {
@@ -210,6 +214,15 @@ private:
             set_output(entry, info, first);
         }
         add(std::move(entry));
+    }
+
+    // "sh: 1: lsmod: not found", in a pipeline, whose exit status is that of its end.
+    static bool shell_found_none(const CommandInfo& info) {
+        std::istringstream lines(info.standard_error);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.ends_with(": " + info.tool + ": not found")) return true;
+        }
+        return false;
     }
 
     // As the shell says it itself, in a replay as well.
@@ -307,8 +320,14 @@ private:
             entry.notes = {named(command) + "what it printed is made " + from};
         };
         if (command.tool == "dmidecode" && command.arguments == "-t system") {
-            if (const auto text = capture_of_command("dmidecode"))
-                derived(system_part(*text), "from what dmidecode printed as a whole");
+            const auto part = system_part(capture_of_command("dmidecode").value_or(""));
+            if (part.find("Product Name") != std::string::npos) {
+                derived(part, "from what dmidecode printed as a whole");
+            } else if (const auto name = logged_product(); !name.empty()) {
+                derived(part + "\tProduct Name:" + name + "\n", "of what the plug-in logged of it");
+            } else if (!part.empty()) {
+                derived(part, "from what dmidecode printed as a whole");
+            }
             return;
         }
         const bool counts = stages.size() == 3 && stages[1].words.front() == "grep" &&
@@ -339,6 +358,16 @@ private:
         const auto file = open_below(dir_.path(), capture);
         if (!file) return std::nullopt;
         return read_bytes(file.get(), kMostToRead);
+    }
+
+    // The plug-in's line on the product, as far as it has read the name. Empty: it was not logged.
+    std::string logged_product() const {
+        const auto log = read(dir_.log().filename()).value_or("");
+        constexpr std::string_view kWords = "Product name(20bytes):";
+        const auto at = log.find(kWords);
+        if (at == std::string::npos) return "";
+        const auto begin = at + kWords.size();
+        return log.substr(begin, log.find('\n', begin) - begin);
     }
 
     // What the tool printed when it was asked without arguments.
