@@ -2,7 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <optional>
 #include <string_view>
+#include <variant>
+
+#include "text/size.h"
 
 namespace qvhost::compare {
 
@@ -25,6 +30,17 @@ std::string label_of(std::string_view field) {
     std::string label(field);
     std::replace(label.begin(), label.end(), '_', ' ');
     return label;
+}
+
+// "931.5 GiB -> 1.8 TiB" of bytes, unless both are the same so.
+std::optional<std::string> sizes_of(const FieldChange& change) {
+    const auto* const from = std::get_if<std::int64_t>(&change.from);
+    const auto* const to = std::get_if<std::int64_t>(&change.to);
+    if (change.unit != "bytes" || !from || !to || *from < 0 || *to < 0) return std::nullopt;
+    const auto size = size_text(static_cast<std::uint64_t>(*from));
+    const auto other = size_text(static_cast<std::uint64_t>(*to));
+    if (size == other) return std::nullopt;
+    return size + " -> " + other;
 }
 
 const KindRow* kind_of(const std::string& name) {
@@ -55,7 +71,9 @@ const char* word(Trend trend) {
 }
 
 std::string words_of(const FieldChange& change) {
-    auto text = label_of(change.field) + " " + text_of(change.from) + " -> " + text_of(change.to);
+    auto text = label_of(change.field) + " ";
+    if (const auto sizes = sizes_of(change)) return text + *sizes;
+    text += text_of(change.from) + " -> " + text_of(change.to);
     if (!change.unit.empty()) text += " " + change.unit;
     if (is_known(change.by)) {
         const auto by = text_of(change.by);

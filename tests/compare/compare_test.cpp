@@ -241,6 +241,15 @@ const std::vector<Case> kCases = {
      },
      {"worse Drive 8:1 of controller 0, serial D1: changed: media errors 3 -> 218 (+215)",
       "Drive 8:2 of controller 0, serial D2: changed: media errors 3 -> 0 (-3)"}},
+    {"sizes are told as people read them, and in bytes where that is the same",
+     [](Side& from, Side& to) {
+         from.inventory.drives[0].capacity_bytes = 1'000'204'886'016;
+         to.inventory.drives[0].capacity_bytes = 2'000'398'934'016;
+         from.inventory.drives[1].capacity_bytes = 1'000'204'886'016;
+         to.inventory.drives[1].capacity_bytes = 1'000'204'886'017;
+     },
+     {"Drive 8:1 of controller 0, serial D1: changed: capacity 931.5 GiB -> 1.8 TiB",
+      "Drive 8:2 of controller 0, serial D2: changed: capacity 1000204886016 -> 1000204886017 bytes"}},
     {"firmware",
      [](Side&, Side& to) {
          to.inventory.drives[0].firmware = "F2";
