@@ -138,8 +138,8 @@ std::set<std::int64_t> only(std::set<std::int64_t> numbers, Keep keep) {
     return numbers;
 }
 
-bool has_drive(const Facts& facts, std::int64_t controller,
-               bool (*is_meant)(const inventory::Drive&)) {
+template <class IsMeant>
+bool has_drive(const Facts& facts, std::int64_t controller, IsMeant is_meant) {
     return std::any_of(facts.captures().begin(), facts.captures().end(), [&](const auto& capture) {
         const auto& drives = capture.second.drives;
         return std::any_of(drives.begin(), drives.end(), [&](const inventory::Drive& drive) {
@@ -228,15 +228,17 @@ Call called_for(When when, const Facts& facts, const fs::path& root) {
     const auto all = [&] { return controllers(facts); };
     const auto those = [&](auto keep) { return each_of(texts_of(only(all(), keep))); };
     using inventory::Drive;
+    const auto those_with_drive = [&](const char* state) {
+        return those([&](std::int64_t n) {
+            return has_drive(facts, n, [&](const Drive& drive) { return drive.state == state; });
+        });
+    };
     switch (when) {
         case When::controller: return each_of(texts_of(all()));
         case When::first_controller: return those([](std::int64_t n) { return n == 0; });
         case When::further_controller: return those([](std::int64_t n) { return n > 0; });
-        case When::rebuilding:
-            return those([&](std::int64_t n) {
-                return has_drive(facts, n,
-                                 [](const Drive& drive) { return drive.state == "Rbld"; });
-            });
+        case When::rebuilding: return those_with_drive("Rbld");
+        case When::copying: return those_with_drive("Cpybck");
         case When::bare_slots:
             return those([&](std::int64_t n) {
                 return has_drive(facts, n, [](const Drive& drive) { return !drive.enclosure; });

@@ -24,6 +24,7 @@ enum class When {
     first_controller,    // of these number 0, whose drives plug-ins ask about
     further_controller,  // of these all others
     rebuilding,          // each of those that rebuilds a drive
+    copying,             // each of those that copies a drive back
     bare_slots,          // each that has drives in no enclosure
     battery,             // each that says it has a BBU
     capacitor,           // each that says it has a CacheVault

@@ -111,6 +111,7 @@ constexpr auto kDetails = std::to_array<DetailRow>({  // the first row's tell th
     {{"c{n}_raidevents.txt", "host_storcli_c{n}_events.txt"},  {"raidevents.txt", ""}         },
     {{"host_storcli_c{n}_bare_drives.txt", ""},                {"", ""}                       },
     {{"host_storcli_c{n}_rebuild.txt", ""},                    {"", ""}                       },
+    {{"host_storcli_c{n}_copyback.txt", ""},                   {"", ""}                       },
     {{"host_storcli_c{n}_bbu.txt", ""},                        {"", ""}                       },
     {{"host_storcli_c{n}_cv.txt", ""},                         {"", ""}                       },
 });

@@ -118,9 +118,10 @@ TEST_F(Conditions, SummariesCallForDetails) {
         "--------------------------------------------------------------\n"
         "EID:Slt DID State DG     Size Intf Med SED PI SeSz Model Sp \n"
         "--------------------------------------------------------------\n"
-        " :5       9 JBOD   - 1.818 TB SAS  HDD N   N  512B EX1   U  \n"
+        " :5       9 Cpybck - 1.818 TB SAS  HDD N   N  512B EX1   U  \n"
         "--------------------------------------------------------------\n\nBBU_Info :\n========\n");
     EXPECT_EQ(call(When::rebuilding), "yes 0");
+    EXPECT_EQ(call(When::copying), "yes 1");
     EXPECT_EQ(call(When::capacitor), "yes 0");
     EXPECT_EQ(call(When::battery), "yes 1");
     EXPECT_EQ(call(When::bare_slots), "yes 1");

@@ -56,6 +56,7 @@ constexpr auto kCaptures = std::to_array<CaptureReader>({
     {"host_storcli_c*_drives.txt",       read_storcli, nullptr, true},                      // /cN/eall/sall show all, /cN/sall show all
     {"host_storcli_c*_volumes.txt",      read_storcli, nullptr, true},                      // /cN/vall show all: device names, what runs
     {"host_storcli_c*_rebuild.txt",      read_storcli, nullptr, true},                      // /cN/eall/sall show rebuild
+    {"host_storcli_c*_copyback.txt",     read_storcli, nullptr, true},                      // /cN/eall/sall show copyback
     {"host_storcli_c*_enclosures.txt",   read_storcli, nullptr, true},                      // /cN/eall show all: slots
     {"host_storcli_c*_bbu.txt",          read_storcli, nullptr, true},                      // /cN/bbu show all
     {"host_storcli_c*_cv.txt",           read_storcli, nullptr, true},                      // /cN/cv show all

@@ -326,7 +326,7 @@ bool read_controller(const Row& row, const Where&, std::int64_t line, Reading& r
     return true;
 }
 
-// storcli /c0/eall/sall show rebuild:
+// storcli /c0/eall/sall show rebuild, show copyback:
 // Drive-ID    Progress% Status          Estimated Time Left
 // ----------------------------------------------------------
 // /c0/e252/s6 -         Not in progress -
