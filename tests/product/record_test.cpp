@@ -147,6 +147,7 @@ TEST_F(Record, HoldsHowEachCommandEnded) {
 TEST_F(Record, SaysWhatTheReportDoesNotTell) {
     ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-kw120-debian12", log_dir()).exit, 0);
     fs::remove(log_dir() / "dmidecode.log");
+    fs::remove(log_dir() / "qvhost.log");  // has a line on the product
     const auto made = record();
     ASSERT_EQ(made.exit, 0) << made.err;
     EXPECT_NE(
@@ -173,6 +174,38 @@ TEST_F(Record, NothingIsWrittenIntoWhatIsThere) {
     EXPECT_EQ(fs::status(recorded()).permissions(), fs::perms::owner_all);
     EXPECT_EQ(run({"record", "--from", store_in(log_dir()), "--output", again()}).exit, 1)
         << "a store alone has no captures";
+}
+
+TEST_F(Record, WithoutItsSecretsItReplaysTheSameShape) {
+    const std::string sample = "x86_64-kp220-healthy";
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / sample, log_dir()).exit, 0);
+    const auto made =
+        run({"record", "--from", log_dir(), "--output", recorded(), "--redact", "serials,network"});
+    ASSERT_EQ(made.exit, 0) << made.err;
+    const auto all = all_of(recorded());
+    const auto report = report_json(log_dir());
+    int values = 0;
+    for (const auto& drive : report["inventory"]["drives"]) {
+        EXPECT_NE(read_file(log_dir() / "pdlist.txt").find(drive["serial"]), std::string::npos);
+        EXPECT_EQ(all.find(drive["serial"]), std::string::npos) << drive["serial"];
+        ++values;
+    }
+    EXPECT_GT(values, 1);
+    for (const std::string key : {"host", "machine_id"}) {
+        const std::string value = report["collection"][key];
+        EXPECT_EQ(all.find(value), std::string::npos) << value;
+        EXPECT_EQ(machine()[key].get<std::string>().size(), value.size());
+    }
+    EXPECT_EQ(machine()["redacted"], "serials,network");
+    ASSERT_EQ(replay(recorded(), again()).exit, 0);
+    const auto second = report_json(again());
+    EXPECT_EQ(second["health"], report["health"]);
+    EXPECT_EQ(second["records"].size(), report["records"].size());
+    for (const auto& [kind, entities] : report["inventory"].items())
+        EXPECT_EQ(second["inventory"][kind].size(), entities.size()) << kind;
+    EXPECT_EQ(
+        run({"record", "--from", log_dir(), "--output", dir() / "x", "--redact", "names"}).exit, 2);
+    EXPECT_FALSE(fs::exists(dir() / "x"));
 }
 
 // A report may come from anybody.

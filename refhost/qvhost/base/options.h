@@ -88,6 +88,7 @@ struct BundleOptions {
 struct RecordOptions {
     std::filesystem::path from;    // a log directory
     std::filesystem::path output;  // the recorded server's directory, which is new or empty
+    std::string redact;            // classes, joined by commas; empty: nothing is replaced
 };
 
 // What the user asked of `query`.

@@ -8,11 +8,13 @@
 #include "files/sync.h"
 #include "files/temporary_directory.h"
 #include "qvhost/base/log_dir.h"
+#include "qvhost/base/misuse.h"
 #include "qvhost/collect/collect_here.h"
 #include "qvhost/present/open_report.h"
 #include "qvhost/present/unfinished.h"
 #include "qvhost/replay/machine.h"
 #include "qvhost/replay/record_report.h"
+#include "qvhost/replay/redact_recording.h"
 #include "qvhost/replay/replay.h"
 #include "qvhost/replay/same_report.h"
 #include "show/visible.h"
@@ -55,14 +57,30 @@ Recording recording_of(const Source& source, const fs::path& plugin) {
     return record_report(opened.store, dir, vendor_tools_of(plugin), source.notes);
 }
 
-// The directory that gets the recorded server, beside its name, is made before anything is collected.
-void write(const Source& source, const fs::path& place, Unfinished& made, const fs::path& plugin) {
+Recording write(const Source& source, const fs::path& directory, const fs::path& plugin) {
     auto recording = recording_of(source, plugin);
-    write_recording(recording, made.path());
+    write_recording(recording, directory);
+    return recording;
+}
+
+// Gives what was made its name, without its secrets if that is wanted.
+void finish(const Recording& recording, Unfinished& made, const fs::path& place,
+            const fs::path& report, const std::string& redact) {
     const auto commands = read_machine(made.path()).commands.size();  // it can be replayed
-    sync_tree(made.path());
-    made.become(place);
-    sync_names(place.parent_path());
+    const auto keep = [&](Unfinished& one) {
+        sync_tree(one.path());
+        one.become(place);
+        sync_names(place.parent_path());
+    };
+    if (redact.empty()) {
+        keep(made);
+    } else {
+        Unfinished redacted(place);
+        redact_recording(Store(LogDir(report).store(), Store::Mode::read), made.path(),
+                         redacted.path(), redact::classes_of(redact));
+        (void)read_machine(redacted.path());
+        keep(redacted);
+    }
     std::cout << one_line(place.string()) << ": " << commands << " commands\n";
     for (const auto& line : recording.not_known)
         std::cout << "not known: " << one_line(line) << '\n';
@@ -89,7 +107,8 @@ void record_report_of(const RecordOptions& options) {
     const auto place = place_of(options.output);
     expect_free(place);
     Unfinished made(place);
-    write({options.from}, place, made, {});
+    const auto recording = write({options.from}, made.path(), {});
+    finish(recording, made, place, options.from, options.redact);
 }
 
 int record_here(const RecordOptions& options, CollectOptions collecting) {
@@ -101,9 +120,11 @@ int record_here(const RecordOptions& options, CollectOptions collecting) {
     const auto notes = temporary.path() / "notes";
     make_private_directory(notes);
     collect_here(collecting, false, notes);
-    write({collecting.log_dir, compat::notes_in(notes)}, place, made, collecting.plugin);
+    const auto recording =
+        write({collecting.log_dir, compat::notes_in(notes)}, made.path(), collecting.plugin);
     const auto different =
-        replayed_differently(place, collecting.log_dir, collecting, temporary.path());
+        replayed_differently(made.path(), collecting.log_dir, collecting, temporary.path());
+    finish(recording, made, place, collecting.log_dir, options.redact);
     for (const auto& one : different)
         std::cerr << "qvhost: it does not replay the same: " << one_line(one) << '\n';
     if (different.empty())
@@ -114,6 +135,9 @@ int record_here(const RecordOptions& options, CollectOptions collecting) {
 }  // namespace
 
 int record(const RecordOptions& options, const CollectOptions& collecting) {
+    if (!options.redact.empty() && redact::classes_of(options.redact).empty())
+        throw Misuse("--redact: " + options.redact +
+                     " is none of serials, network, users, secrets and all");
     if (options.from.empty()) return record_here(options, collecting);
     record_report_of(options);
     return kSame;

@@ -321,9 +321,9 @@ private:
         };
         if (command.tool == "dmidecode" && command.arguments == "-t system") {
             const auto part = system_part(capture_of_command("dmidecode").value_or(""));
-            if (part.find("Product Name") != std::string::npos) {
-                derived(part, "from what dmidecode printed as a whole");
-            } else if (const auto name = logged_product(); !name.empty()) {
+            const auto name =
+                part.find("Product Name") == std::string::npos ? logged_product() : "";
+            if (!name.empty()) {
                 derived(part + "\tProduct Name:" + name + "\n", "of what the plug-in logged of it");
             } else if (!part.empty()) {
                 derived(part, "from what dmidecode printed as a whole");
