@@ -3,6 +3,7 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <limits>
 #include <sstream>
@@ -297,6 +298,26 @@ TEST_F(VerdictTables, WordsThatAreNoneOfOursAreLeftOut) {
         {"", "", Severity::critical, Subsystem::bmc, "", "", {}, 0, {{"", 0}}});
     expected.health.push_back({Subsystem::storage, HealthWord::warning, {}, {}});
     EXPECT_EQ(told(verdict()), told(expected));
+}
+
+TEST_F(VerdictTables, ARowIsToldAsItStands) {
+    using Rows = std::vector<std::vector<TypedValue>>;
+    const Rows rows{{"a text"s, std::int64_t{7}, 1.5},
+                    {TypedValue(), TypedValue(), TypedValue()},
+                    {""s, std::int64_t{-1}, 0.25}};
+    constexpr auto kColumns = std::to_array<TypedColumn>({
+        {"one", ColumnType::text},
+        {"two", ColumnType::integer},
+        {"three", ColumnType::real},
+    });
+    fill([&](Store& store) {
+        TypedTableWriter table(store, "sensors", kColumns);
+        for (const auto& row : rows) table.add(row);
+    });
+    Rows told;
+    each_stored_row(Store(path(), Store::Mode::read), "sensors",
+                    [&](const std::vector<TypedValue>& row) { told.push_back(row); });
+    EXPECT_EQ(told, rows);
 }
 
 // A view may never end; SQLite's message of a table without row ids names the file.
