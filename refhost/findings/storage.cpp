@@ -345,9 +345,10 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
     if (drive.state) {
         auto rule_name = rule_for(kDriveStates, *drive.state).value_or("drive_state");
         if (rule_name == "drive_failed" && exposed) rule_name = "drive_failed_no_redundancy";
-        auto says = "state " + *drive.state;
-        if (drive.rebuild_percent) says += ", rebuilt to " + percent_text(*drive.rebuild_percent);
-        if (!rule_name.empty()) remark(rule_name, "state", says);
+        if (!rule_name.empty()) remark(rule_name, "state", "state " + *drive.state);
+        if (!rule_name.empty() && drive.rebuild_percent)
+            remark(rule_name, "rebuild_percent",
+                   "rebuilt to " + percent_text(*drive.rebuild_percent));
     }
     if (drive.is_foreign == true) remark("drive_foreign", "is_foreign", "foreign configuration");
     const auto* const predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";

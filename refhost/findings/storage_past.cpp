@@ -62,7 +62,7 @@ void judge_rebuild(const Inventory& inventory, const Past& past, const Entity& o
     const auto since =
         past.unchanged_for(findings.rule(rule).threshold * kHour, ref_to(inventory, one), field);
     if (!since.empty())
-        findings.add(subject_of(inventory, one), rule, "no further since " + since,
+        findings.add(subject_of(inventory, one), rule, "rebuilt no further since " + since,
                      place_of(one, field));
 }
 

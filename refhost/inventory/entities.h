@@ -144,7 +144,8 @@ struct Drive {
     Flag smart_alert;
     Real percentage_used, available_spare_percent;
     Integer power_on_hours;
-    std::vector<FieldPlace> elsewhere;  // counters and alerts that stand in the drive's details
+    std::vector<FieldPlace>
+        elsewhere;  // counters, alerts and progress that stand in the drive's details
     // No fields: what NVMe drives say of themselves.
     Integer nvme_warnings;           // bits, NVM Express: Critical Warning
     Real available_spare_threshold;  // percent

@@ -155,6 +155,19 @@ TEST(Storage, EachRemarkHasItsOwnLine) {
     EXPECT_EQ(all[0].evidence, (std::vector<Place>{{"c0_showall.txt", 43}, {"pdlist.txt", 120}}));
 }
 
+TEST(Storage, HowFarARebuildIsStandsWhereItWasAsked) {
+    Inventory inventory;
+    inventory.drives = {drive(3, "Rbld", 0)};
+    inventory.drives[0].rebuild_percent = 40;
+    const Place asked{"host_storcli_c0_rebuild.txt", 13};
+    inventory.drives[0].elsewhere = {{"rebuild_percent", asked}};
+    Collector findings;
+    judge_storage(inventory, {}, findings);
+    const auto all = findings.take();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all[0].evidence, (std::vector<Place>{{"c0_showall.txt", 43}, asked}));
+}
+
 TEST(Storage, CountersAtTheirThresholds) {
     Inventory inventory;
     inventory.drives = {drive(0, "Onln"), drive(1, "Onln"), drive(2, "Onln"), drive(3, "Onln")};
@@ -196,7 +209,7 @@ TEST(Storage, RebuildsAndRoutineWork) {
     EXPECT_EQ(
         judged(inventory),
         (Lines{
-            "warning drive_rebuild:Z0 | Drive 8:0 of controller 0, serial Z0 | state Rbld, rebuilt to 42 %",
+            "warning drive_rebuild:Z0 | Drive 8:0 of controller 0, serial Z0 | state Rbld; rebuilt to 42 %",
             "notice volume_maintenance:c0_v1 | Volume 1 of controller 0 (RAID1) | CC at 12.5 %"}));
 }
 

@@ -348,6 +348,7 @@ bool read_drive_progress(const Row& row, const Where&, std::int64_t line, Readin
     drive.enclosure = path->enclosure;
     drive.slot = path->slot;
     drive.rebuild_percent = percent;
+    drive.elsewhere.push_back({"rebuild_percent", drive.place});
     reading.found.drives.push_back(std::move(drive));
     return true;
 }
