@@ -1,8 +1,8 @@
-// The file begins with the offset of its written end (64 bits); what lies behind that is not written
-// yet. The entries follow. How an entry stands there: its length (32 bits, of all that follows), its kind (one byte),
-// its fields, a sum of these (32 bits; those of older programs have none). Numbers are little-endian as the processor keeps them; a text is its length and its
-// bytes. A record is its head (all but the values) and its values; one that has the head of the entry
-// before it is its values alone, which is half of it or less.
+// The file begins with the offset of its written end (64 bits); what lies behind that is not written yet. The
+// entries follow. How an entry stands there: its length (32 bits, of all that follows), its kind (one byte), its
+// fields, a sum of these (32 bits; those of older programs have none). Numbers are little-endian as the
+// processor keeps them; a text is its length and its bytes. A record is its head (all but the values) and its
+// values; one that has the head of the entry before it is its values alone, which is half of it or less.
 #pragma once
 
 #include <cstddef>

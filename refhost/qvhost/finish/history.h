@@ -15,8 +15,8 @@ namespace qvhost {
 compare::Side side_of(const Store& store);
 
 // What the earlier runs of the same machine say of the inventory: which counters have grown within the last
-// thirty days, what has stayed the same, which hot spares are in use. `store` has the collection's own facts. A run whose
-// report is damaged tells nothing.
+// thirty days, what has stayed the same, which hot spares are in use. `store` has the collection's own facts. A
+// run whose report is damaged tells nothing.
 findings::Past past_of(const Store& store, const LogDir& dir,
                        const inventory::Inventory& inventory);
 
