@@ -20,6 +20,7 @@
 #include "bundle/summary_text.h"
 #include "files/descriptor.h"
 #include "files/new_file.h"
+#include "text/utc.h"
 
 namespace qvhost::bundle {
 
@@ -68,9 +69,7 @@ std::string sha256_of(std::string_view bytes) {
 
 // "2026-11-21T01:20:40Z"; 0: it is none.
 std::time_t time_of(const std::string& text) {
-    std::tm time{};
-    const char* const end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
-    return end ? std::max<std::time_t>(::timegm(&time), 0) : 0;
+    return std::max<std::time_t>(seconds_of_utc(text).value_or(0), 0);
 }
 
 // The directory that is in the bundle: "qvhost-web1-20261121T012040Z".

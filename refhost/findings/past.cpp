@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <ctime>
 #include <map>
-#include <optional>
 
 #include "findings/collector.h"
 #include "findings/storage_names.h"
+#include "text/utc.h"
 
 namespace qvhost::findings {
 
@@ -20,13 +20,6 @@ using inventory::Volume;
 // Where it says something that a value stays the same.
 bool is_told(const inventory::Integer& count) { return count.value_or(0) > 0; }
 bool is_told(const inventory::Real& percent) { return percent.has_value(); }
-
-std::optional<std::time_t> seconds_of(const std::string& utc) {
-    std::tm parts{};
-    const char* const end = ::strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    if (!end || *end != '\0') return std::nullopt;
-    return ::timegm(&parts);
-}
 
 // Since when the entity's field had the value that the earlier run read.
 std::string began(const EarlierRun& earlier, const EntityRef& entity, std::string_view field) {
@@ -74,7 +67,7 @@ std::string Past::unchanged_for(double seconds, const EntityRef& entity,
                                 std::string_view field) const {
     for (const auto& one : unchanged) {
         if (one.entity != entity || one.field != field) continue;
-        const auto now = seconds_of(started), then = seconds_of(one.since);
+        const auto now = seconds_of_utc(started), then = seconds_of_utc(one.since);
         if (now && then && std::difftime(*now, *then) >= seconds) return one.since;
     }
     return "";

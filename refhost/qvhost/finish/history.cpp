@@ -10,6 +10,7 @@
 
 #include "compare/growth.h"
 #include "qvhost/finish/runs.h"
+#include "text/utc.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -19,13 +20,6 @@ namespace {
 
 constexpr std::time_t kWindow = std::time_t{30} * 24 * 3600;  // seconds within which growth is news
 constexpr std::size_t kMostRuns = 100;                        // that a beginning is looked for in
-
-std::optional<std::time_t> seconds_of(const std::string& utc) {
-    std::tm parts{};
-    const char* const end = ::strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    if (!end || *end != '\0') return std::nullopt;
-    return ::timegm(&parts);
-}
 
 compare::Collection collection_of(const Store& store) {
     return {store.meta("host"),    store.meta("machine_id"), store.meta("os"),
@@ -47,7 +41,7 @@ std::optional<compare::Side> read_run(const std::filesystem::path& run) {
 
 // Whether the run was within the window, by the name of its directory: runs/20261121T012040Z.
 bool is_within_window(const std::filesystem::path& run, const std::string& now) {
-    const auto latest = seconds_of(now);
+    const auto latest = seconds_of_utc(now);
     std::tm parts{};
     const auto name = run.filename().string();
     if (!latest || !::strptime(name.c_str(), "%Y%m%dT%H%M%SZ", &parts)) return false;

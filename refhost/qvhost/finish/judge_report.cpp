@@ -18,6 +18,7 @@
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/history.h"
 #include "qvhost/finish/runs.h"
+#include "text/utc.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -57,18 +58,6 @@ std::string cut_off_words(const CommandInfo& command, const std::filesystem::pat
            outcome(command);
 }
 
-// "2026-11-21T01:20:40Z" as this system's clock shows it: captures have local times.
-std::string local_time(const std::string& utc) {
-    std::tm parts{};
-    if (!::strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts)) return "";
-    const auto seconds = ::timegm(&parts);
-    std::tm local{};
-    ::localtime_r(&seconds, &local);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
-    return text;
-}
-
 // "storage\tsmartctl is not installed\n", one a line.
 std::vector<findings::Lack> lacks_in(const std::string& text) {
     std::vector<findings::Lack> lacks;
@@ -104,7 +93,7 @@ findings::Circumstances circumstances_of(const Store& store,
     findings::Circumstances circumstances;
     // A server that was recorded long ago is judged as of then, today and next year.
     circumstances.now = store.meta("recorded");
-    if (circumstances.now.empty()) circumstances.now = local_time(store.meta("finished"));
+    if (circumstances.now.empty()) circumstances.now = local_time_of_utc(store.meta("finished"));
     if (store.meta("status") != "complete") {
         circumstances.incomplete_because = store.meta("incomplete_because");
         if (circumstances.incomplete_because.empty())

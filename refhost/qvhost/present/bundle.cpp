@@ -100,13 +100,8 @@ std::string bundle_misuse(const BundleOptions& options) {
 }
 
 void make_bundle(const BundleOptions& options) {
-    if (!fs::is_directory(options.report))
-        throw std::runtime_error(options.report.string() +
-                                 ": a bundle is made of a log directory, with its captures");
     const LogDir dir(options.report);
-    const auto report = open_report(options.report);
-    if (fs::exists(dir.journal()))
-        throw std::runtime_error(options.report.string() + ": a collection is running here");
+    const auto report = open_with_captures(options.report, "a bundle is made of");
     std::error_code error;
     if (fs::exists(fs::symlink_status(options.output, error)))
         throw std::runtime_error(options.output.string() + ": exists already; it is not replaced");
@@ -153,10 +148,7 @@ void open_bundle(const OpenOptions& options) {
         throw std::runtime_error(options.report.string() + ": it holds no report");
     const auto place =
         fs::absolute(options.output.empty() ? fs::path(known.directory) : options.output);
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(place, error)) &&
-        !(fs::is_directory(place) && fs::is_empty(place)))
-        throw std::runtime_error(place.string() + ": exists already; nothing is written into it");
+    expect_free(place);
     Unfinished made(place);
     bundle::unpack_bundle(options.report, made.path());
     const LogDir dir(made.path());

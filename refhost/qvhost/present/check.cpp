@@ -20,6 +20,7 @@
 #include "report/json_text.h"
 #include "report/verdict_json.h"
 #include "show/visible.h"
+#include "text/utc.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -56,14 +57,6 @@ struct Checked {
     std::optional<std::int64_t> age_seconds;
 };
 
-// Seconds since 1970 of "2026-11-21T01:20:40Z".
-std::optional<std::time_t> utc_seconds(const std::string& text) {
-    std::tm parts{};
-    const char* end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    if (!end || *end != '\0') return std::nullopt;
-    return ::timegm(&parts);
-}
-
 // Other rules need what the verdict was made from.
 Verdict judged_by_rules(const CheckOptions& options, const Store& store) {
     const auto rules = rules_in(read_rules_file(options.rules));
@@ -81,7 +74,7 @@ Checked read_report(const CheckOptions& options) {
                                  ": the report holds no verdict; it is an older version's");
     if (!options.rules.empty()) checked.verdict = judged_by_rules(options, report.store);
     checked.sensors = read_inventory(report.store).sensors;
-    if (const auto finished = utc_seconds(report.store.meta("finished")))
+    if (const auto finished = seconds_of_utc(report.store.meta("finished")))
         checked.age_seconds = std::max<std::int64_t>(0, std::time(nullptr) - *finished);
     return checked;
 }

@@ -16,6 +16,7 @@
 #include "inventory/inventory.h"
 #include "report/json_text.h"
 #include "report/report_json.h"
+#include "text/utc.h"
 #include "verdict/inventory_tables.h"
 #include "verdict/verdict_tables.h"
 
@@ -134,12 +135,10 @@ void write_collection(const Store& store, std::ostream& out) {
             1);
     Metric(out, "qvhost_collection_complete", "gauge", "Whether nothing cut the collection off.")
         .add({}, store.meta("status") == "complete" ? 1 : 0);
-    std::tm parts{};
-    const auto finished = store.meta("finished");
-    if (::strptime(finished.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts))
+    if (const auto finished = seconds_of_utc(store.meta("finished")))
         Metric(out, "qvhost_collection_end_timestamp_seconds", "gauge",
                "When the collection ended, since 1970.")
-            .add({}, static_cast<double>(::timegm(&parts)));
+            .add({}, static_cast<double>(*finished));
     double seconds = 0;
     if (std::sscanf(store.meta("seconds").c_str(), "%lf", &seconds) == 1)
         Metric(out, "qvhost_collection_duration_seconds", "gauge", "How long the collection took.")

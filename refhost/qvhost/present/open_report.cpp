@@ -42,4 +42,14 @@ Report open_report(const fs::path& report) {
     return opened;
 }
 
+Report open_with_captures(const fs::path& log_dir, const std::string& use) {
+    if (!fs::is_directory(log_dir))
+        throw std::runtime_error(log_dir.string() + ": " + use +
+                                 " a log directory, with its captures");
+    auto opened = open_report(log_dir);
+    if (fs::exists(LogDir(log_dir).journal()))
+        throw std::runtime_error(log_dir.string() + ": a collection is running here");
+    return opened;
+}
+
 }  // namespace qvhost

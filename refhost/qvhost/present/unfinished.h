@@ -5,6 +5,9 @@
 
 namespace qvhost {
 
+// Throws std::runtime_error if something lies there; an empty directory is nothing.
+void expect_free(const std::filesystem::path& directory);
+
 class Unfinished {
 public:
     // "NAME.XXXXXX", mode 0700. Goes with the object. Throws std::system_error.

@@ -1,8 +1,6 @@
 #include "qvhost/replay/record.h"
 
 #include <iostream>
-#include <stdexcept>
-#include <system_error>
 
 #include "compat/recorder.h"
 #include "files/sync.h"
@@ -28,13 +26,6 @@ namespace {
 constexpr int kSame = 0;
 constexpr int kNotTheSame = 3;
 
-void expect_free(const fs::path& output) {
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(output, error)) &&
-        !(fs::symlink_status(output).type() == fs::file_type::directory && fs::is_empty(output)))
-        throw std::runtime_error(output.string() + ": exists already; nothing is written into it");
-}
-
 // "samples/NAME/" is "samples/NAME": what is made gets its name at the end.
 fs::path place_of(const fs::path& output) {
     auto place = fs::absolute(output).lexically_normal();
@@ -47,14 +38,9 @@ struct Source {
 };
 
 Recording recording_of(const Source& source, const fs::path& plugin) {
-    if (!fs::is_directory(source.report))
-        throw std::runtime_error(source.report.string() +
-                                 ": a server is recorded from a log directory, with its captures");
-    const LogDir dir(source.report);
-    const auto opened = open_report(source.report);
-    if (fs::exists(dir.journal()))
-        throw std::runtime_error(source.report.string() + ": a collection is running here");
-    return record_report(opened.store, dir, vendor_tools_of(plugin), source.notes);
+    const auto opened = open_with_captures(source.report, "a server is recorded from");
+    return record_report(opened.store, LogDir(source.report), vendor_tools_of(plugin),
+                         source.notes);
 }
 
 Recording write(const Source& source, const fs::path& directory, const fs::path& plugin) {
@@ -128,7 +114,9 @@ int record_here(const RecordOptions& options, CollectOptions collecting) {
     for (const auto& one : different)
         std::cerr << "qvhost: it does not replay the same: " << one_line(one) << '\n';
     if (different.empty())
-        std::cout << "replayed: the same commands, records, inventory and findings\n";
+        std::cout << (options.redact.empty() ? "replayed: "
+                                             : "replayed before values were replaced: ")
+                  << "the same commands, records, inventory and findings\n";
     return different.empty() ? kSame : kNotTheSame;
 }
 

@@ -16,6 +16,7 @@
 #include "qvhost/finish/commands.h"
 #include "qvhost/replay/shell_line.h"
 #include "runner/command_log.h"
+#include "text/utc.h"
 
 namespace qvhost {
 
@@ -37,19 +38,6 @@ std::string tool_of(const fs::path& file, const std::vector<VendorTool>& vendors
         if (name.ends_with(build)) return name.substr(0, name.size() - build.size());
     }
     return name;
-}
-
-// "2026-11-21T01:20:40Z" as this system's clock shows it.
-std::string local_time(const std::string& utc) {
-    std::tm parts{};
-    const char* const end = ::strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    if (!end || *end != '\0') return "";
-    const auto seconds = ::timegm(&parts);
-    std::tm local{};
-    ::localtime_r(&seconds, &local);
-    char text[32];
-    const auto size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
-    return std::string(text, size);
 }
 
 // What `dmidecode -t system` says, of what `dmidecode` does: these types, dmidecode(8).
@@ -150,7 +138,8 @@ private:
             return value.empty() ? std::nullopt : std::optional(std::move(value));
         };
         recording_.recorded = store_.meta("recorded");
-        if (recording_.recorded.empty()) recording_.recorded = local_time(store_.meta("finished"));
+        if (recording_.recorded.empty())
+            recording_.recorded = local_time_of_utc(store_.meta("finished"));
         recording_.identity = {.host = text("host"),
                                .machine_id = text("machine_id"),
                                .os = text("os"),

@@ -46,7 +46,6 @@ struct Recording {
 };
 
 // Opens a regular file of that name below the directory, through no link. Returns no descriptor if there is none.
-
 Descriptor open_below(const std::filesystem::path& directory, const std::filesystem::path& name);
 
 // The names of the regular files that `name` is or holds, below the directory; links are not followed.
