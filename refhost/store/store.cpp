@@ -266,12 +266,14 @@ std::vector<PropertyInfo> Store::properties(const std::string& table) const {
     return with_file_name(impl_->path, [&] {
         if (impl_->transaction) impl_->save_run();
         std::vector<PropertyInfo> properties;
+        const auto* known = impl_->find_table(table);
+        if (!known) return properties;
         std::set<std::string> seen;
         Statement q(impl_->db,
-                    "SELECT s.id, s.display FROM qv_shape s WHERE s.shape IN "
-                    "(SELECT shape FROM qv_run WHERE tab = (SELECT tab FROM qv_table WHERE id=?)) "
-                    "ORDER BY s.shape, s.position");
-        q.bind(1, table);
+                    "SELECT id, display FROM qv_shape "
+                    "WHERE shape IN (SELECT shape FROM qv_run WHERE tab=?) "
+                    "ORDER BY shape, position");
+        q.bind(1, known->key);
         while (q.executeStep()) {
             const auto id = q.getColumn(0).getString();
             if (seen.insert(id).second) properties.push_back({id, q.getColumn(1).getString()});
