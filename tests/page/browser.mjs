@@ -5,6 +5,7 @@ import {tmpdir} from "node:os";
 import {basename, join, resolve} from "node:path";
 import {pathToFileURL} from "node:url";
 import {chromium} from "playwright-core";
+import {inside} from "./inside.mjs";
 
 export const top = resolve(import.meta.dirname, "../..");
 export const samples = join(top, "samples");
@@ -61,6 +62,7 @@ export const stop = () => browser.close();
 export async function open({directory}, hash = "", options = {}) {
   const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...options});
   context.setDefaultTimeout(patience);
+  await context.addInitScript(inside);
   const page = await context.newPage();
   page.trouble = [];
   page.on("console", message => {
@@ -78,33 +80,13 @@ export async function open({directory}, hash = "", options = {}) {
 }
 
 // Goes there. The page draws a view in the event that tells of the new address; what the view loads comes later.
-export async function go(page, hash) {
-  await page.evaluate(
-    to =>
-      new Promise(drawn => {
-        const before = location.href;
-        const heard = ({newURL}) => {
-          if (newURL !== location.href) return; // of an earlier step
-          window.removeEventListener("hashchange", heard);
-          setTimeout(drawn);
-        };
-        window.addEventListener("hashchange", heard);
-        location.hash = to;
-        if (location.href === before) drawn();
-      }),
-    hash,
-  );
-  await page.locator("main h1, main .empty").first().waitFor();
-}
+export const go = (page, hash) => page.evaluate(to => globalThis.inside.go(to), hash);
 
 // The address by now: what the browser tells of a page's address comes later than what the page draws.
 export const address = page => page.evaluate(() => location.hash);
 
 // Waits until nothing says that it is still loading, reading, looking or sorting.
-export const loaded = page =>
-  page.waitForFunction(() =>
-    [...document.querySelectorAll("main [role=status]")].every(({textContent: said}) => !/^loading|\.\.\.$/.test(said)),
-  );
+export const loaded = page => page.evaluate(() => globalThis.inside.until(globalThis.inside.isLoaded).then(() => {}));
 
 // Waits until a list says how many rows it has, as a text or as a pattern that the text fits. What it says is drawn
 // together with its rows, and ends in "..." as long as others are shown.
