@@ -20,4 +20,12 @@ inline std::string size_text(std::uint64_t bytes) {
     return text;
 }
 
+// Without loss, as a command line takes it again: "256MiB", "1536KiB", "1000".
+inline std::string exact_size_text(std::uint64_t bytes) {
+    constexpr const char* kUnits[] = {"", "KiB", "MiB", "GiB", "TiB"};
+    std::size_t unit = 0;
+    for (; bytes > 0 && bytes % 1024 == 0 && unit + 1 < std::size(kUnits); ++unit) bytes /= 1024;
+    return std::to_string(bytes) + kUnits[unit];
+}
+
 }  // namespace qvhost

@@ -25,11 +25,16 @@ protected:
 };
 
 TEST_F(Settings, AreInForceAndSayWhere) {
-    const auto shown =
-        with("# a comment\n\n tool-timeout=50 # so long\nlimit = ipmitool=900\n", {"config"});
+    const auto shown = with(
+        "# a comment\n\n tool-timeout=50 # so long\nlimit = ipmitool=900\n"
+        "run-size = 1536MiB\n",
+        {"config"});
     EXPECT_EQ(shown.exit, 0) << shown.err;
     for (const std::string& row : {"tool-timeout     50            " + file().string() + ":3",
                                    "limit            ipmitool=900  " + file().string() + ":4",
+                                   "run-size         1536MiB       " + file().string() + ":5",
+                                   std::string("archive-size     1536MiB       follows from"),
+                                   std::string("capture-size     256MiB        default"),
                                    std::string("silence-timeout  50            follows from"),
                                    std::string("module-timeout   3600          default")})
         EXPECT_NE(shown.out.find(row), std::string::npos) << row << "\n" << shown.out;
@@ -55,6 +60,7 @@ TEST_F(Settings, ThatAreWrongAreErrorsByNumber) {
         {"\nbogus = 1\n", "2: there is no option \"bogus\""},
         {"search-path = /x\n", "1: there is no option"},
         {"tool-timeout = 0\n", "1: --tool-timeout: "},
+        {"run-size = 1.5G\n", "1: --run-size: 1.5G is no size from 1MiB to 1TiB"},
         {"limit = ipmitool\n", "1: --limit ipmitool is not"},
         {"tool-timeout =\n", "1: tool-timeout has no value"},
         {"run-timeout = 9\nrun-timeout = 8\n", "2: run-timeout stands in line 1"},

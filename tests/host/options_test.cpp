@@ -8,6 +8,7 @@
 #include "qvhost/base/collect_options.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/cli/command_line.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -32,12 +33,11 @@ const std::map<std::string, std::string> kValues = {
     {"NAME", "BMC_Info"},
     {"ID", "SENSORINFO=1"},
     {"SECONDS", "77"},
-    {"MIB", "78"},
     {"TOOL=SECONDS", "ipmitool=900"},
     {"pmc|fru0|bios", "fru0,bios"},
     {"FILE", "a\nplug-in --table=x"},
     {"full|health", "health"},
-    {"SIZE", "20G"},
+    {"SIZE", "78M"},
 };
 
 struct Seconds {
@@ -101,7 +101,75 @@ TEST(Options, AllArriveTogether) {
     EXPECT_EQ(options.rules, "/r");
     EXPECT_EQ(limits_for(options), with_usual_sizes({7, 6, 6, 5, 4}));
     EXPECT_EQ(options_from(settings_of({})), CollectOptions{});
-    EXPECT_EQ(parsed({"--keep-size", "20G"}).keep_bytes, std::uint64_t{20} << 30);
+}
+
+// The bytes that the option gets; none: it is refused, and the message is kept.
+struct ParsedSize {
+    std::optional<std::uint64_t> bytes;
+    std::string message;
+};
+
+ParsedSize parsed_size(const std::string& option, const std::string& text) {
+    try {
+        const auto options = parsed({option + "=" + text});
+        return {option == "--keep-size" ? options.keep_bytes : options.capture_bytes, ""};
+    } catch (const CLI::ParseError& error) {
+        return {std::nullopt, error.what()};
+    }
+}
+
+TEST(Options, SizesHaveUnits) {
+    constexpr std::uint64_t kOne = 1;
+    const struct {
+        const char* text;
+        std::uint64_t bytes;
+    } sizes[] = {
+        {"1M", kOne << 20},          {"1MiB", kOne << 20},     {"1024K", kOne << 20},
+        {"1536K", 3 * (kOne << 19)}, {"64MiB", kOne << 26},    {"0064M", kOne << 26},
+        {"1G", kOne << 30},          {"1GiB", kOne << 30},     {"1T", kOne << 40},
+        {"1TiB", kOne << 40},        {"1048576M", kOne << 40}, {"1073741824K", kOne << 40},
+    };
+    for (const auto& [text, bytes] : sizes) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(parsed_size("--capture-size", text).bytes, bytes);
+        EXPECT_EQ(parsed_size("--keep-size", text).bytes, bytes);
+        EXPECT_EQ(parsed_size("--keep-size", exact_size_text(bytes)).bytes, bytes);
+    }
+    EXPECT_EQ(parsed_size("--capture-size", "1").bytes, kOne << 20);
+    EXPECT_EQ(parsed_size("--capture-size", "1048576").bytes, kOne << 40);
+    EXPECT_EQ(parsed_size("--keep-size", "1").bytes, 1);
+    EXPECT_EQ(parsed_size("--keep-size", "16777215T").bytes, 16777215 * (kOne << 40));
+    EXPECT_EQ(parsed({"--free-space=0"}).free_bytes, 0);
+    EXPECT_EQ(parsed({"--free-space=512K"}).free_bytes, 512 * 1024);
+}
+
+TEST(Options, OtherSizesAreRefusedByName) {
+    for (const std::string text : {"-1",        "-1M",
+                                   "+1M",       "1.5G",
+                                   "1,5G",      "M",
+                                   "MiB",       "1m",
+                                   "1MB",       "1Mi",
+                                   "1MiBs",     "1MM",
+                                   "1 M",       "1M ",
+                                   " 1M",       "0x10",
+                                   "1e3",       "1B",
+                                   "1P",        "99999999T",
+                                   "16777216T", "18446744073709551616",
+                                   "much"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(parsed_size("--capture-size", text).message,
+                  "--capture-size: " + text +
+                      " is no size from 1MiB to 1TiB: a whole number with K, M, G or T (by 1024), "
+                      "such as 20M or 20MiB; without one it counts MiB");
+        EXPECT_EQ(parsed_size("--keep-size", text).message,
+                  "--keep-size: " + text +
+                      " is no size: a whole number with K, M, G or T (by 1024), such as 20M or "
+                      "20MiB; without one it counts bytes");
+    }
+    for (const auto* text : {"0", "0M", "1023K", "1025G", "1048577", "2T"})
+        EXPECT_NE(parsed_size("--capture-size", text).message, "") << text;
+    for (const auto* text : {"0", "0K", ""})
+        EXPECT_NE(parsed_size("--keep-size", text).message, "") << text;
 }
 
 TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
@@ -110,16 +178,17 @@ TEST(Options, DefaultsAreTheOnesThatTheHelpShows) {
     EXPECT_EQ(limits, kUsualLimits);
     const std::map<std::string, std::string> used = {
         {"keep", none.keep ? std::to_string(*none.keep) : "all"},
+        {"keep-size", none.keep_bytes ? exact_size_text(*none.keep_bytes) : "all"},
         {"log-level", std::to_string(none.log_level)},
         {"tool-timeout", std::to_string(limits.tool_seconds)},
         {"silence-timeout", std::to_string(limits.silence_seconds)},
         {"module-timeout", std::to_string(limits.module_seconds)},
         {"run-timeout", std::to_string(limits.run_seconds)},
-        {"capture-size", std::to_string(limits.capture_mib)},
-        {"table-size", std::to_string(limits.table_mib)},
-        {"archive-size", std::to_string(limits.archive_mib)},
-        {"run-size", std::to_string(limits.run_mib)},
-        {"free-space", std::to_string(kMostFreeMib)},
+        {"capture-size", exact_size_text(limits.capture_bytes)},
+        {"table-size", exact_size_text(limits.table_bytes)},
+        {"archive-size", exact_size_text(limits.archive_bytes)},
+        {"run-size", exact_size_text(limits.run_bytes)},
+        {"free-space", exact_size_text(kMostFreeBytes)},
         {"tool-processes", std::to_string(limits.processes)},
         {"profile", none.profile},
     };

@@ -108,7 +108,8 @@ TEST_F(Bundle, IsMadeOfARunThatIsOver) {
               std::string::npos);
     for (const std::string size : {"many", "0", "-1", "1.5M", "99999999T", "M"})
         EXPECT_NE(refusal({"bundle", log_dir(), "--output", file, "--max-size=" + size})
-                      .find("--max-size: " + size + " is no size such as 500K, 20M or 1G"),
+                      .find("--max-size: " + size +
+                            " is no size: a whole number with K, M, G or T (by 1024)"),
                   std::string::npos)
             << size;
     write_file(file, "mine");

@@ -100,8 +100,8 @@ TEST_F(Bounds, ALargerCaptureIsCutAndRead) {
     EXPECT_EQ(counts(store_in(log_dir())).at("EVENTLOG1"), 2999);
     EXPECT_EQ(
         meta(store_in(log_dir()), "limits"),
-        "run 7200 s, module 3600 s, archive 1800 s, tool 300 s, silence 120 s; all files 8192 MiB, "
-        "an archive 4096 MiB, a capture 1 MiB, a table 1 MiB; 512 processes of a tool");
+        "run 7200 s, module 3600 s, archive 1800 s, tool 300 s, silence 120 s; all files 8GiB, "
+        "an archive 4GiB, a capture 1MiB, a table 1MiB; 512 processes of a tool");
 }
 
 // It gets an error instead of the signal, and takes no notice.

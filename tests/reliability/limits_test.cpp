@@ -96,8 +96,8 @@ TEST_F(CollectionLimits, WhatIsPartialIsCalledSoEverywhere) {
     const auto page = read_file(log_dir() / "report" / "data" / "overview.js");
     EXPECT_NE(page.find("\"reason\":\"" + why + "\""), std::string::npos);
     EXPECT_EQ(meta(store_in(log_dir()), "limits"),
-              "run 7200 s, module 3600 s, archive 30 s, tool 5 s, silence 5 s; all files 8192 MiB, "
-              "an archive 4096 MiB, a capture 256 MiB, a table 256 MiB; 512 processes of a tool");
+              "run 7200 s, module 3600 s, archive 30 s, tool 5 s, silence 5 s; all files 8GiB, "
+              "an archive 4GiB, a capture 256MiB, a table 256MiB; 512 processes of a tool");
 }
 
 TEST_F(CollectionLimits, AModuleThatHangsItselfIsEnded) {

@@ -49,11 +49,13 @@ void set_tool_environment(const std::string& search_path, const Limits& limits,
     set_number("QV_TOOL_TIMEOUT", limits.tool_seconds);
     set_number("QV_ARCHIVE_TIMEOUT", limits.archive_seconds);
     set_number("QV_SILENCE_TIMEOUT", limits.silence_seconds);
-    constexpr long long kMib = 1 << 20;
-    set_number("QV_CAPTURE_BYTES", limits.capture_mib * kMib);
-    set_number("QV_ARCHIVE_BYTES", limits.archive_mib * kMib);
-    set_number("QV_RUN_BYTES", limits.run_mib * kMib);
-    set_number("QV_FREE_BYTES", static_cast<long long>(free_bytes));
+    const auto set_size = [](const char* variable, std::uint64_t bytes) {
+        set_number(variable, static_cast<long long>(bytes));
+    };
+    set_size("QV_CAPTURE_BYTES", limits.capture_bytes);
+    set_size("QV_ARCHIVE_BYTES", limits.archive_bytes);
+    set_size("QV_RUN_BYTES", limits.run_bytes);
+    set_size("QV_FREE_BYTES", free_bytes);
     set_number("QV_VALUE_BYTES", kMostValueBytes);
     set_number("QV_PROCESSES", limits.processes);
     ::setenv("QV_TOOL_LIMITS", tool_limits.c_str(), 1);

@@ -6,6 +6,7 @@
 
 #include "qvhost/base/limits.h"
 #include "qvhost/base/plugin.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -40,7 +41,9 @@ constexpr CollectOption::Range limit(unsigned usual_seconds) {
     return {usual_seconds, 1, kMaxSeconds};
 }
 
-constexpr CollectOption::Range size(unsigned usual_mib) { return {usual_mib, 1, kMaxMib}; }
+constexpr CollectOption::Range size(std::uint64_t usual_bytes) {
+    return {usual_bytes, kMib, kMaxBytes, kMib};
+}
 
 constexpr CollectOption::Range kNoRange{};
 constexpr CollectOption::Range kLogLevels{kUsualLogLevel, 0, 4};
@@ -49,11 +52,11 @@ constexpr auto kTool = limit(kUsualLimits.tool_seconds);
 constexpr auto kSilence = limit(kUsualLimits.silence_seconds);
 constexpr auto kModule = limit(kUsualLimits.module_seconds);
 constexpr auto kRun = limit(kUsualLimits.run_seconds);
-constexpr auto kCaptureSize = size(kUsualLimits.capture_mib);
-constexpr auto kTableSize = size(kUsualLimits.table_mib);
-constexpr auto kArchiveSize = size(kUsualLimits.archive_mib);
-constexpr auto kRunSize = size(kUsualLimits.run_mib);
-constexpr CollectOption::Range kFreeSpace{kMostFreeMib, 0, kMaxMib};
+constexpr auto kCaptureSize = size(kUsualLimits.capture_bytes);
+constexpr auto kTableSize = size(kUsualLimits.table_bytes);
+constexpr auto kArchiveSize = size(kUsualLimits.archive_bytes);
+constexpr auto kRunSize = size(kUsualLimits.run_bytes);
+constexpr CollectOption::Range kFreeSpace{kMostFreeBytes, 0, kMaxBytes, kMib};
 constexpr CollectOption::Range kProcesses{kUsualLimits.processes, 1, kMaxProcesses};
 
 // A row for each member of CollectOptions, in the order in which the help tells them.
@@ -63,7 +66,7 @@ std::vector<CollectOption> all_rows() {
     return {
         {"log-dir",         &Options::log_dir,         required, "DIR",             kNoRange,   "Where captures, log and report go"},
         {"keep",            &Options::keep,            optional, "N",               kKept,      "How many earlier collections of the log directory stay, the newest ones, below DIR/runs; without it all"},
-        {"keep-size",       &Options::keep_bytes,      optional, "SIZE",            kNoRange,   "How much room these may take together, such as 500M or 20G: the oldest go first"},
+        {"keep-size",       &Options::keep_bytes,      optional, "SIZE",            kAnySize,   "How much room these may take together: the oldest go first"},
         {"log-level",       &Options::log_level,       optional, "N",               kLogLevels, "How much is logged, " + range_text(kLogLevels) + ": 2 silences the modules, 4 tells details"},
         {"module",          &Options::modules,         optional, "NAME",            kNoRange,   "Only this module, by its name or title, in any case (more than one: repeat). The program's own questions are left out, so that much of the health is unknown"},
         {"table",           &Options::tables,          optional, "ID",              kNoRange,   "Only this table, by its id or title, in any case (more than one: repeat). A module collects all its tables at once: it takes as long as --module with the table's module, and what the other tables got stays in the report"},
@@ -72,11 +75,11 @@ std::vector<CollectOption> all_rows() {
         {"silence-timeout", &Options::silence_seconds, optional, "SECONDS",         kSilence,   "Stop a tool that has neither printed nor written nor worked (used a processor) for so many seconds"},
         {"module-timeout",  &Options::module_seconds,  optional, "SECONDS",         kModule,    "Stop what runs when a module has taken so many seconds"},
         {"run-timeout",     &Options::run_seconds,     optional, "SECONDS",         kRun,       "Stop what runs when the whole collection has taken so many seconds"},
-        {"capture-size",    &Options::capture_mib,     optional, "MIB",             kCaptureSize, "Stop a tool that writes more than so many MiB into a file; what is there is read"},
-        {"table-size",      &Options::table_mib,       optional, "MIB",             kTableSize, "File at most so many MiB of records for a table"},
-        {"archive-size",    &Options::archive_mib,     optional, "MIB",             kArchiveSize, "Instead of --capture-size for tools that pack the logs of the whole system"},
-        {"run-size",        &Options::run_mib,         optional, "MIB",             kRunSize,   "Stop what runs, and begin nothing more, when the collection has written so many MiB"},
-        {"free-space",      &Options::free_mib,        optional, "MIB",             kFreeSpace, "The same when the disk has less than so many MiB left; unless set, less than " + std::to_string(kFreePercent) + " % of a disk where that is less"},
+        {"capture-size",    &Options::capture_bytes,   optional, "SIZE",            kCaptureSize, "Stop a tool that writes more than this into a file; what is there is read"},
+        {"table-size",      &Options::table_bytes,     optional, "SIZE",            kTableSize, "File at most this much of records for a table"},
+        {"archive-size",    &Options::archive_bytes,   optional, "SIZE",            kArchiveSize, "Instead of --capture-size for tools that pack the logs of the whole system"},
+        {"run-size",        &Options::run_bytes,       optional, "SIZE",            kRunSize,   "Stop what runs, and begin nothing more, when the collection has written this much"},
+        {"free-space",      &Options::free_bytes,      optional, "SIZE",            kFreeSpace, "The same when the disk has less than this left; unless set, less than " + std::to_string(kFreePercent) + " % of a disk where that is less"},
         {"tool-processes",  &Options::processes,       optional, "N",               kProcesses, "Stop a tool that has more than so many processes"},
         {"also",            &Options::also,            optional, operation_names(), kNoRange,   "Also call what no module calls: " + operation_meanings() + "; more than one: with commas"},
         {"rules",           &Options::rules,           optional, "FILE",            kNoRange,   "Severities, thresholds and acknowledged findings of this site (docs/findings.md)"},
@@ -101,8 +104,8 @@ std::vector<CollectOption> all_rows() {
 [[maybe_unused]] void expect_all_members(const CollectOptions& options) {
     [[maybe_unused]] const auto& [log_dir, keep, keep_bytes, log_level, modules, tables,
                                   tool_seconds, tool_limits, silence_seconds, module_seconds,
-                                  run_seconds, capture_mib, table_mib, archive_mib, run_mib,
-                                  free_mib, processes, also, rules, plugin, profile, plug_in_only,
+                                  run_seconds, capture_bytes, table_bytes, archive_bytes, run_bytes,
+                                  free_bytes, processes, also, rules, plugin, profile, plug_in_only,
                                   dry_run, machine_lock, serial, quiet, no_compat, search_path,
                                   lane, lane_modules, replayed, recorded] = options;
 }
@@ -148,8 +151,14 @@ const std::vector<CollectOption>& collect_options() {
     return rows;
 }
 
-std::string usual_text(const CollectOption::Range& range) {
-    return range.usual > range.most ? "all" : std::to_string(range.usual);
+bool is_size(const CollectOption& row) {
+    return std::holds_alternative<std::optional<std::uint64_t> Options::*>(row.place);
+}
+
+std::string usual_text(const CollectOption& row) {
+    const auto usual = row.range.usual;
+    if (usual > row.range.most) return "all";
+    return is_size(row) ? exact_size_text(usual) : std::to_string(usual);
 }
 
 std::string settings_of(const CollectOptions& options) {

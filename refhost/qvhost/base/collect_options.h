@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,11 +29,13 @@ struct CollectOption {
         required,
         internal,  // never offered on the command line: for the collecting child alone
     };
-    // For numbers. The unit is the option's `value`.
+    // For numbers, in the option's `value`, and sizes, in bytes.
     struct Range {
-        unsigned usual = 0;  // what it is unless the user says otherwise; more than `most`: all
-        unsigned least = 0;
-        unsigned most = 0;
+        std::uint64_t usual =
+            0;  // what it is unless the user says otherwise; more than `most`: all
+        std::uint64_t least = 0;
+        std::uint64_t most = 0;
+        std::uint64_t plain = 1;  // what a size counts that has no unit
     };
 
     const char* name;  // on the command line with "--" before it
@@ -45,8 +48,14 @@ struct CollectOption {
 
 const std::vector<CollectOption>& collect_options();
 
-// "300", "all"
-std::string usual_text(const CollectOption::Range& range);
+// A size of any number of bytes but none. It is not limited unless the user says so.
+inline constexpr auto kAllBytes = std::numeric_limits<std::uint64_t>::max();
+inline constexpr CollectOption::Range kAnySize{kAllBytes, 1, kAllBytes - 1};
+
+bool is_size(const CollectOption& row);
+
+// "300", "256MiB", "all"
+std::string usual_text(const CollectOption& row);
 
 // The options as "NAME=VALUE" texts, each ended by a NUL, for the collecting child. A value has no NUL in
 // it, since it came from a command line.

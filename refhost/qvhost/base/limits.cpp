@@ -8,16 +8,22 @@
 #include <system_error>
 #include <utility>
 
+#include "text/size.h"
+
 namespace qvhost {
 
 namespace {
 
-void expect_no_less(const char* outer_name, unsigned outer, const char* inner_name,
-                    unsigned inner) {
+// `text_of_one` tells a limit to people.
+template <class Number, class Text>
+void expect_no_less(const char* outer_name, Number outer, const char* inner_name, Number inner,
+                    Text text_of_one) {
     if (outer >= inner) return;
-    throw std::invalid_argument(std::string(outer_name) + " " + std::to_string(outer) +
-                                " is less than " + inner_name + " " + std::to_string(inner));
+    throw std::invalid_argument(std::string(outer_name) + " " + text_of_one(outer) +
+                                " is less than " + inner_name + " " + text_of_one(inner));
 }
+
+std::string seconds_text(unsigned seconds) { return std::to_string(seconds); }
 
 struct ToolLimit {
     std::string tool;
@@ -57,15 +63,15 @@ namespace {
 void set_sizes(const CollectOptions& asked, Limits& limits) {
     struct Size {
         const char* name;
-        std::optional<unsigned> asked;
-        unsigned usual;
-        unsigned Limits::*place;
+        std::optional<std::uint64_t> asked;
+        std::uint64_t usual;
+        std::uint64_t Limits::*place;
     };
     const Size sizes[] = {
-        {"--table-size",   asked.table_mib,   kUsualLimits.table_mib,   &Limits::table_mib  },
-        {"--capture-size", asked.capture_mib, kUsualLimits.capture_mib, &Limits::capture_mib},
-        {"--archive-size", asked.archive_mib, kUsualLimits.archive_mib, &Limits::archive_mib},
-        {"--run-size",     asked.run_mib,     kUsualLimits.run_mib,     &Limits::run_mib    },
+        {"--table-size",   asked.table_bytes,   kUsualLimits.table_bytes,   &Limits::table_bytes  },
+        {"--capture-size", asked.capture_bytes, kUsualLimits.capture_bytes, &Limits::capture_bytes},
+        {"--archive-size", asked.archive_bytes, kUsualLimits.archive_bytes, &Limits::archive_bytes},
+        {"--run-size",     asked.run_bytes,     kUsualLimits.run_bytes,     &Limits::run_bytes    },
     };
     for (const auto* inner = std::begin(sizes); inner != std::end(sizes); ++inner) {
         auto size = inner->asked.value_or(inner->usual);
@@ -73,7 +79,8 @@ void set_sizes(const CollectOptions& asked, Limits& limits) {
             if (!other->asked || other == inner) continue;
             const bool is_outer = other > inner;
             if (inner->asked && is_outer)
-                expect_no_less(other->name, *other->asked, inner->name, *inner->asked);
+                expect_no_less(other->name, *other->asked, inner->name, *inner->asked,
+                               exact_size_text);
             if (!inner->asked)
                 size = is_outer ? std::min(size, *other->asked) : std::max(size, *other->asked);
         }
@@ -99,7 +106,7 @@ Limits limits_for(const CollectOptions& asked) {
              {tool,   silence}
     }) {
         if (outer.seconds && inner.seconds)
-            expect_no_less(outer.name, *outer.seconds, inner.name, *inner.seconds);
+            expect_no_less(outer.name, *outer.seconds, inner.name, *inner.seconds, seconds_text);
     }
 
     // The longest limit of a single tool.
@@ -108,7 +115,8 @@ Limits limits_for(const CollectOptions& asked) {
         const auto [name, seconds] = tool_limit(one);
         for (const auto& outer : {run, module}) {
             if (outer.seconds)
-                expect_no_less(outer.name, *outer.seconds, ("--limit " + name).c_str(), seconds);
+                expect_no_less(outer.name, *outer.seconds, ("--limit " + name).c_str(), seconds,
+                               seconds_text);
         }
         longest = std::max(longest, seconds);
     }
@@ -136,30 +144,30 @@ Limits limits_for(const CollectOptions& asked) {
 }
 
 std::uint64_t free_bytes_for(const CollectOptions& asked, const std::filesystem::path& directory) {
-    constexpr std::uint64_t kMib = 1 << 20;
-    if (asked.free_mib) return *asked.free_mib * kMib;
+    if (asked.free_bytes) return *asked.free_bytes;
     std::error_code unknown;
     const auto space = std::filesystem::space(directory, unknown);
     if (unknown) return 0;
-    return std::min<std::uint64_t>(space.capacity / 100 * kFreePercent, kMostFreeMib * kMib);
+    return std::min<std::uint64_t>(space.capacity / 100 * kFreePercent, kMostFreeBytes);
 }
 
 std::string free_text(const CollectOptions& asked) {
-    if (asked.free_mib) return std::to_string(*asked.free_mib) + " MiB";
+    if (asked.free_bytes) return exact_size_text(*asked.free_bytes);
     return std::to_string(kFreePercent) + " % of the disk, at most " +
-           std::to_string(kMostFreeMib) + " MiB";
+           exact_size_text(kMostFreeBytes);
 }
 
 std::string text_of(const Limits& limits) {
     const auto part = [](const char* name, unsigned seconds) {
         return std::string(name) + " " + std::to_string(seconds) + " s";
     };
-    const auto size = [](unsigned mib) { return std::to_string(mib) + " MiB"; };
     return part("run", limits.run_seconds) + ", " + part("module", limits.module_seconds) + ", " +
            part("archive", limits.archive_seconds) + ", " + part("tool", limits.tool_seconds) +
-           ", " + part("silence", limits.silence_seconds) + "; all files " + size(limits.run_mib) +
-           ", an archive " + size(limits.archive_mib) + ", a capture " + size(limits.capture_mib) +
-           ", a table " + size(limits.table_mib) + "; " + std::to_string(limits.processes) +
+           ", " + part("silence", limits.silence_seconds) + "; all files " +
+           exact_size_text(limits.run_bytes) + ", an archive " +
+           exact_size_text(limits.archive_bytes) + ", a capture " +
+           exact_size_text(limits.capture_bytes) + ", a table " +
+           exact_size_text(limits.table_bytes) + "; " + std::to_string(limits.processes) +
            " processes of a tool";
 }
 

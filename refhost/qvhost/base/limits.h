@@ -15,17 +15,19 @@ struct Limits {
     unsigned module_seconds = 0;
     unsigned archive_seconds = 0;  // a tool that packs the logs of a whole system
     unsigned tool_seconds = 0;
-    unsigned silence_seconds = 0;  // of a tool that neither prints nor writes nor works
-    unsigned run_mib = 0;          // of all that a collection writes
-    unsigned archive_mib = 0;  // of a file that a tool writes that packs the logs of a whole system
-    unsigned capture_mib = 0;  // of a file that another tool writes
-    unsigned table_mib = 0;    // of the records of a table
-    unsigned processes = 0;    // of a tool, at a time
+    unsigned silence_seconds = 0;     // of a tool that neither prints nor writes nor works
+    std::uint64_t run_bytes = 0;      // of all that a collection writes
+    std::uint64_t archive_bytes = 0;  // of a file that such a packing tool writes
+    std::uint64_t capture_bytes = 0;  // of a file that another tool writes
+    std::uint64_t table_bytes = 0;    // of the records of a table
+    unsigned processes = 0;           // of a tool, at a time
     bool operator==(const Limits&) const = default;
 };
 
 // A tool that packs the logs of a whole system may take so many times as long as another tool.
 inline constexpr unsigned kArchiveTimes = 6;
+
+inline constexpr std::uint64_t kMib = 1 << 20;
 
 // What they are unless the user says otherwise.
 inline constexpr Limits kUsualLimits{
@@ -34,10 +36,10 @@ inline constexpr Limits kUsualLimits{
     .archive_seconds = kArchiveTimes * 300,
     .tool_seconds = 300,
     .silence_seconds = 120,
-    .run_mib = 8192,
-    .archive_mib = 4096,
-    .capture_mib = 256,
-    .table_mib = 256,
+    .run_bytes = 8192 * kMib,
+    .archive_bytes = 4096 * kMib,
+    .capture_bytes = 256 * kMib,
+    .table_bytes = 256 * kMib,
     .processes = 512,
 };
 
@@ -48,16 +50,16 @@ inline constexpr Limits kHealthLimits{
     .archive_seconds = 240,
     .tool_seconds = 60,
     .silence_seconds = 60,
-    .run_mib = kUsualLimits.run_mib,
-    .archive_mib = kUsualLimits.archive_mib,
-    .capture_mib = kUsualLimits.capture_mib,
-    .table_mib = kUsualLimits.table_mib,
+    .run_bytes = kUsualLimits.run_bytes,
+    .archive_bytes = kUsualLimits.archive_bytes,
+    .capture_bytes = kUsualLimits.capture_bytes,
+    .table_bytes = kUsualLimits.table_bytes,
     .processes = kUsualLimits.processes,
 };
 
 // The highest limits that can be set.
 inline constexpr unsigned kMaxSeconds = 86400;
-inline constexpr unsigned kMaxMib = 1 << 20;
+inline constexpr std::uint64_t kMaxBytes = kMib << 20;
 inline constexpr unsigned kMaxProcesses = 1 << 20;
 
 inline constexpr unsigned kMostValueBytes = 1
@@ -65,7 +67,7 @@ inline constexpr unsigned kMostValueBytes = 1
 
 // What the disk keeps free unless the user says otherwise: a share of it, at most so much.
 inline constexpr unsigned kFreePercent = 5;
-inline constexpr unsigned kMostFreeMib = 1024;
+inline constexpr std::uint64_t kMostFreeBytes = 1024 * kMib;
 
 // Limits that do not contradict each other: what was asked for stands, what was not fits around it.
 // Throws std::invalid_argument, with both limits named, if those that were asked for do.
@@ -81,7 +83,7 @@ std::uint64_t free_bytes_for(const CollectOptions& asked, const std::filesystem:
 // "run 7200 s, module 3600 s, ..." for people.
 std::string text_of(const Limits& limits);
 
-// "5 % of the disk, at most 1024 MiB", "100 MiB"
+// "5 % of the disk, at most 1GiB", "100MiB"
 std::string free_text(const CollectOptions& asked);
 
 }  // namespace qvhost

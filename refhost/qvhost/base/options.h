@@ -30,11 +30,11 @@ struct CollectOptions {
     std::optional<unsigned> module_seconds;
     std::optional<unsigned> run_seconds;
     std::vector<std::string> tool_limits;  // "ipmitool=900": limits of single tools, in seconds
-    std::optional<unsigned> capture_mib;
-    std::optional<unsigned> table_mib;
-    std::optional<unsigned> archive_mib;
-    std::optional<unsigned> run_mib;
-    std::optional<unsigned> free_mib;
+    std::optional<std::uint64_t> capture_bytes;
+    std::optional<std::uint64_t> table_bytes;
+    std::optional<std::uint64_t> archive_bytes;
+    std::optional<std::uint64_t> run_bytes;
+    std::optional<std::uint64_t> free_bytes;
     std::optional<unsigned> processes;
     std::vector<std::string> also;  // operations that no module calls, by their names (plugin.h)
     std::filesystem::path rules;    // the site's own (findings/rules_file.h); empty: none

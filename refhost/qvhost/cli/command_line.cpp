@@ -27,6 +27,8 @@ namespace qvhost {
 namespace {
 
 // clang-format off
+constexpr const char* kSizes = "A SIZE is a whole number with a unit, by 1024: 512K, 64M, 1G or 512KiB, 64MiB, 1GiB. Without one it counts MiB; that of --keep-size counts bytes.";
+
 const std::vector<CommandText> kTexts = {
     {"qvhost", "Gathers what a Linux server knows about itself into one report",
      {"It runs the tools that know something (of the BMC, of RAID controllers, of the system), keeps what each of them printed in a log directory, and files it as records in named tables, which can be read in a terminal, queried with SQL, or handed to other programs."},
@@ -34,13 +36,15 @@ const std::vector<CommandText> kTexts = {
       {"qvhost show /var/tmp/collection SENSORINFO",     "Read a table of it."}}},
 
     {"collect", "Collect from this machine",
-     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. What an earlier collection has left there moves as a whole to DIR/runs/TIME, where it is a report to every command; other files stay. With --keep and --keep-size only so many of these stay, and no more than fit."},
+     {"The log directory is made for its owner alone: captures hold serial numbers, addresses and logs. What an earlier collection has left there moves as a whole to DIR/runs/TIME, where it is a report to every command; other files stay. With --keep and --keep-size only so many of these stay, and no more than fit.",
+      kSizes},
      {{"qvhost collect --log-dir /var/tmp/collection",                      "Everything."},
       {"qvhost collect --log-dir bmc --module BMC_Info --quiet",            "One module, without progress. \"qvhost tables\" lists them."},
       {"qvhost collect --log-dir adaptec --also pmc --tool-timeout 60",     "With the Adaptec controller; no tool may take more than a minute."}}},
 
     {"replay", "Collect from a recorded server",
-     {"A recorded server is a directory with a file machine.json, which tells what each tool printed. No tool of this machine is asked."},
+     {"A recorded server is a directory with a file machine.json, which tells what each tool printed. No tool of this machine is asked.",
+      kSizes},
      {{"qvhost replay samples/x86_64-kp220-megaraid --log-dir out",         "Collect as if this machine were the recorded one."}}},
 
     {"record", "Make a recorded server of this machine or of a report",
@@ -162,7 +166,7 @@ template <class Number>
 CLI::Option& add_number(CLI::App& command, const CollectOption& row, Number& number) {
     return *command.add_option("--" + std::string(row.name), number, row.meaning)
                 ->check(range(row.range.least, row.range.most))
-                ->default_str(usual_text(row.range));
+                ->default_str(usual_text(row));
 }
 CLI::Option& add_option(CLI::App& command, const CollectOption& row, unsigned& number) {
     return add_number(command, row, number);
@@ -174,7 +178,8 @@ CLI::Option& add_option(CLI::App& command, const CollectOption& row,
 CLI::Option& add_option(CLI::App& command, const CollectOption& row,
                         std::optional<std::uint64_t>& bytes) {
     return *command.add_option("--" + std::string(row.name), bytes, row.meaning)
-                ->transform(bytes_of_size());
+                ->transform(bytes_of_size(row.range))
+                ->default_str(usual_text(row));
 }
 
 template <class Text>
@@ -374,9 +379,10 @@ void add_bundle(CLI::App& app, BundleOptions& options) {
         ->type_name("FILE")
         ->check(not_empty);
     bundle
-        .add_option("--max-size", options.most_bytes,
-                    "Leave out the largest captures until it has at most this size, such as 20M")
-        ->transform(bytes_of_size())
+        .add_option(
+            "--max-size", options.most_bytes,
+            "Leave out the largest captures until it has at most this size: 512K, 20M, 20MiB; without a unit it counts bytes")
+        ->transform(bytes_of_size(kAnySize))
         ->type_name("SIZE");
     bundle
         .add_option("--redact", options.redact,

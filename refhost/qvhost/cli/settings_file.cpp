@@ -16,6 +16,7 @@
 #include "qvhost/cli/command_line.h"
 #include "show/terminal.h"
 #include "show/text_table.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -132,15 +133,15 @@ void print_settings() {
     } catch (const CLI::ParseError& error) {
         throw std::runtime_error(file.string() + ": " + error.what());
     }
-    const std::vector<std::pair<std::string, unsigned>> derived = {
-        {"tool-timeout",    limits.tool_seconds   },
-        {"silence-timeout", limits.silence_seconds},
-        {"module-timeout",  limits.module_seconds },
-        {"run-timeout",     limits.run_seconds    },
-        {"capture-size",    limits.capture_mib    },
-        {"table-size",      limits.table_mib      },
-        {"archive-size",    limits.archive_mib    },
-        {"run-size",        limits.run_mib        },
+    const std::vector<std::pair<std::string, std::string>> derived = {
+        {"tool-timeout",    std::to_string(limits.tool_seconds)   },
+        {"silence-timeout", std::to_string(limits.silence_seconds)},
+        {"module-timeout",  std::to_string(limits.module_seconds) },
+        {"run-timeout",     std::to_string(limits.run_seconds)    },
+        {"capture-size",    exact_size_text(limits.capture_bytes) },
+        {"table-size",      exact_size_text(limits.table_bytes)   },
+        {"archive-size",    exact_size_text(limits.archive_bytes) },
+        {"run-size",        exact_size_text(limits.run_bytes)     },
     };
 
     std::vector<std::vector<std::string>> rows;
@@ -154,12 +155,12 @@ void print_settings() {
                 {row.name, setting.value, file.string() + ":" + std::to_string(setting.line)});
         }
         if (is_set) continue;
-        std::string value = row.range.most > 0 ? usual_text(row.range) : "";
+        std::string value = row.range.most > 0 ? usual_text(row) : "";
         std::string from = "default";
-        for (const auto& [name, number] : derived) {
+        for (const auto& [name, in_force] : derived) {
             if (name != row.name) continue;
-            if (std::to_string(number) != value) from = "follows from the others";
-            value = std::to_string(number);
+            if (in_force != value) from = "follows from the others";
+            value = in_force;
         }
         rows.push_back({row.name, value, from});
     }

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "qvhost/base/nearest.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -46,27 +47,21 @@ std::optional<unsigned> seconds(std::string_view text) {
     return static_cast<unsigned>(*number * each);
 }
 
-std::optional<std::uint64_t> bytes(std::string_view text) {
-    constexpr struct {
-        char unit;
-        unsigned bits;
-    } kUnits[] = {
-        {'K', 10},
-        {'M', 20},
-        {'G', 30},
-        {'T', 40}
-    };
-    unsigned shift = 0;
-    for (const auto& [unit, bits] : kUnits) {
-        if (!text.ends_with(unit)) continue;
-        shift = bits;
-        text.remove_suffix(1);
-        break;
+// "20M" and "20MiB", by 1024.
+std::optional<std::uint64_t> bytes(std::string_view text, std::uint64_t plain) {
+    constexpr std::string_view kUnits = "KMGT";
+    const auto end = std::min(text.find_first_not_of("0123456789"), text.size());
+    const auto number = whole_number<std::uint64_t>(text.substr(0, end));
+    const auto unit = text.substr(end);
+    auto each = plain;
+    if (!unit.empty()) {
+        const auto place = kUnits.find(unit.front());
+        if (place == std::string_view::npos || (unit.size() > 1 && unit.substr(1) != "iB"))
+            return std::nullopt;
+        each = std::uint64_t{1} << 10 * (place + 1);
     }
-    const auto number = whole_number<std::uint64_t>(text);
-    if (!number || *number == 0 || *number > (std::numeric_limits<std::uint64_t>::max() >> shift))
-        return std::nullopt;
-    return *number << shift;
+    if (!number || *number > std::numeric_limits<std::uint64_t>::max() / each) return std::nullopt;
+    return *number * each;
 }
 
 }  // namespace
@@ -84,7 +79,7 @@ CLI::Validator one_of(const std::vector<std::string>& values) {
             ""};
 }
 
-CLI::Validator range(unsigned least, unsigned most) {
+CLI::Validator range(std::uint64_t least, std::uint64_t most) {
     return {[least, most](std::string& given) {
                 const auto number = whole_number(given);
                 if (number && *number >= least && *number <= most) return std::string();
@@ -104,10 +99,19 @@ CLI::Validator seconds_of_time() {
             ""};
 }
 
-CLI::Validator bytes_of_size() {
-    return {[](std::string& given) {
-                const auto number = bytes(given);
-                if (!number) return given + " is no size such as 500K, 20M or 1G";
+CLI::Validator bytes_of_size(const CollectOption::Range& range) {
+    return {[range](std::string& given) {
+                const auto number = bytes(given, range.plain);
+                if (!number || *number < range.least || *number > range.most) {
+                    const auto bounds = range.most == kAnySize.most
+                                            ? ""
+                                            : " from " + exact_size_text(range.least) + " to " +
+                                                  exact_size_text(range.most);
+                    return given + " is no size" + bounds +
+                           ": a whole number with K, M, G or T (by 1024), such as 20M or 20MiB; "
+                           "without one it counts " +
+                           (range.plain == 1 ? "bytes" : "MiB");
+                }
                 given = std::to_string(*number);
                 return std::string();
             },

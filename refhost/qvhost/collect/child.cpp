@@ -263,7 +263,7 @@ std::string ask_modules(const CollectOptions& options, Clock::time_point end,
     const Plugin plugin(options.plugin);
     const auto offer = offer_of(plugin);
     const auto selected = modules_of_lane(options, offer);
-    JournalSink sink(journal, std::size_t{limits.table_mib} << 20);
+    JournalSink sink(journal, limits.table_bytes);
     RRepository repository(sink);
     // All modules first, so that a collection that is cut off can say what it did not reach.
     for (const auto& [place, tables] : selected)

@@ -17,6 +17,7 @@
 #include "show/terminal.h"
 #include "show/text_table.h"
 #include "show/visible.h"
+#include "text/size.h"
 
 namespace qvhost {
 
@@ -79,7 +80,9 @@ void print_plan(CollectOptions options, const Stage& stage) {
     const auto at_most = [](unsigned seconds) {
         return "at most " + std::to_string(seconds) + " s";
     };
-    const auto at_most_mib = [](unsigned mib) { return "at most " + std::to_string(mib) + " MiB"; };
+    const auto at_most_size = [](std::uint64_t bytes) {
+        return "at most " + exact_size_text(bytes);
+    };
     // clang-format off
     const std::vector<std::vector<std::string>> facts{
         {"Log directory",                     checked_log_dir(options.log_dir).string()},
@@ -89,10 +92,10 @@ void print_plan(CollectOptions options, const Stage& stage) {
         {"Tool",                              at_most(limits.tool_seconds)},
         {"Tool that packs the system's logs", at_most(limits.archive_seconds)},
         {"Silence of a tool",                 at_most(limits.silence_seconds)},
-        {"All files",                         at_most_mib(limits.run_mib)},
-        {"A capture",                         at_most_mib(limits.capture_mib)},
-        {"An archive of the system's logs",   at_most_mib(limits.archive_mib)},
-        {"The records of a table",            at_most_mib(limits.table_mib)},
+        {"All files",                         at_most_size(limits.run_bytes)},
+        {"A capture",                         at_most_size(limits.capture_bytes)},
+        {"An archive of the system's logs",   at_most_size(limits.archive_bytes)},
+        {"The records of a table",            at_most_size(limits.table_bytes)},
         {"Left free on the disk",             free_text(options)},
         {"Processes of a tool",               "at most " + std::to_string(limits.processes)},
     };
