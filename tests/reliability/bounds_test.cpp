@@ -2,6 +2,8 @@
 // why it is not more, and all other tables are as they would have been.
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -146,6 +148,57 @@ TEST_F(Bounds, SoManyProcessesAndNoMore) {
     expect_whole({"--tool-processes", "20"});
     events_do(some + some + "sleep 600");
     expect_stopped({"--tool-processes", "20", "--tool-timeout", "60"}, "it had too many processes");
+    EXPECT_EQ(others(log_dir()), expected());
+}
+
+// A fork bomb. It runs as a user of its own, whom the system gives so many processes and no more, and for so many
+// seconds: should the limit not work, it is bounded all the same.
+class ForkBomb : public Bounds {
+protected:
+    static constexpr const char* kUser = "61234";
+    static constexpr const char* kMost = "400";
+
+    void SetUp() override {
+        Bounds::SetUp();
+        if (::geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+        // More processes at a time than they may be.
+        if (run(as_user("8",
+                        {"/bin/sh", "-c", "for i in 1 2 3 4 5 6 7 8 9; do sleep 1 & done; wait"}))
+                .exit == 0)
+            GTEST_SKIP() << "the system does not bound a user's processes";
+        fs::permissions(dir(), fs::perms{0755});
+        fs::create_directory(log_dir());
+        fs::permissions(log_dir(), fs::perms::owner_all);
+        ASSERT_EQ(::chown(log_dir().c_str(), user(), user()), 0) << std::strerror(errno);
+    }
+
+    static Invocation as_user(const std::string& most, std::vector<std::string> command) {
+        std::vector<std::string> program{"prlimit",
+                                         "--nproc=" + most,
+                                         "setpriv",
+                                         "--reuid=" + std::string(kUser),
+                                         "--regid=" + std::string(kUser),
+                                         "--clear-groups"};
+        program.insert(program.end(), command.begin(), command.end());
+        return Invocation{.arguments = {}, .program = program};
+    }
+
+    static uid_t user() { return static_cast<uid_t>(std::stoul(kUser)); }
+};
+
+TEST_F(ForkBomb, EndsWithItsTool) {
+    events_do(
+        "exec perl -e '$end = time + 30; while (time < $end) { fork; select(undef, undef, undef, 0.01) }'");
+    for (const auto& tool : builds()) fs::permissions(tool, fs::perms{0755});
+    auto invocation = as_user(kMost, {collecting().program});
+    invocation.arguments =
+        collecting({"--tool-processes", "100", "--tool-timeout", "60"}).arguments;
+    const auto ended = run(invocation);
+    EXPECT_EQ(family(), std::vector<pid_t>()) << "nothing outlives the command";
+    EXPECT_EQ(ended.exit, 3) << ended.err;
+    EXPECT_EQ(reason(log_dir(), "EVENTLOG1"),
+              "storcli: " + (kStopped + std::string("it had too many processes")));
+    EXPECT_EQ(stopped_by(), "size");
     EXPECT_EQ(others(log_dir()), expected());
 }
 
