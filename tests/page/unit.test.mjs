@@ -29,12 +29,15 @@ before(async () => {
         "events/list",
         "events/memory",
         "events/shown",
+        "events/timeline",
       ]
         .map(name => `export * from "./src/${name}";`)
         .join("\n"),
       resolveDir: page,
     },
     bundle: true,
+    jsx: "automatic",
+    jsxImportSource: "preact",
     format: "esm",
     write: false,
   });
@@ -183,6 +186,34 @@ test("a row is found in chunks of any length", () => {
 });
 
 const slicer = () => new part.Slicer(new AbortController().signal);
+
+test("few different values are sorted as many are: numbers first, equal ones as collected", async () => {
+  const few = ["disk 10", "5", "disk 9", " 7 ", "05", null, "0x7", "disk 9 ", "na"];
+  for (const more of [0, 3000]) {
+    const values = [...few, ...Array.from({length: more}, (_, at) => `row ${at}`)];
+    const rows = rowsOf(
+      ["N"],
+      values.map(value => [value]),
+    );
+    const sorted = async ascending =>
+      [
+        ...(await part.shownRows(
+          rows,
+          {...part.everything(), sort: {column: 0, ascending}},
+          new AbortController().signal,
+        )),
+      ].filter(row => row < few.length);
+    assert.deepEqual(await sorted(true), [1, 4, 3, 6, 5, 2, 7, 0, 8]);
+    assert.deepEqual(await sorted(false), [8, 0, 2, 7, 5, 3, 6, 1, 4]);
+  }
+});
+
+test("times under the events are as short as they can be", () => {
+  const words = ["2026-01-01", "2026-11-01", "2026-11-18", "2026-11-18T09:30Z", "2026-11-18T09:30:15Z"].map(time =>
+    part.tickWords(new Date(time)),
+  );
+  assert.deepEqual(words, ["2026", "Nov", "Nov 18", "09:30", "09:30:15"]);
+});
 
 // Events as [time, severity, source, text], or with their time in UTC in the end.
 async function listOf(events) {

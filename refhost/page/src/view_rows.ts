@@ -56,22 +56,54 @@ function tests(rows: Rows, wanted: Wanted): Test[] {
 }
 
 const MANY = 100_000;
+const FEW = 1000; // different values: each is compared with the others once, not row by row
 export const natural = new Intl.Collator("en", {numeric: true});
 
-export function comparison(rows: Rows, column: number): (a: number, b: number) => number {
+// Orders rows by a column: numbers first, as numbers.
+export async function comparison(
+  rows: Rows,
+  column: number,
+  slicer: Slicer,
+): Promise<(a: number, b: number) => number> {
+  const text = (row: number) => plain(rows.cell(row, column)).trim();
   const numbers = new Float64Array(rows.count);
-  for (let row = 0; row < rows.count; ++row) numbers[row] = number(rows.cell(row, column));
+  const values = new Map<string, number>();
+  const firsts: number[] = []; // a row of each value
+  const places = new Int32Array(rows.count); // of each row's value in there
+  for (let row = 0; row < rows.count; ++row) {
+    numbers[row] = number(rows.cell(row, column));
+    if (firsts.length <= FEW) {
+      const value = text(row);
+      let place = values.get(value);
+      if (place === undefined) {
+        place = firsts.push(row) - 1;
+        values.set(value, place);
+      }
+      places[row] = place;
+    }
+    if (row % 256 === 255 && slicer.due) await slicer.rest();
+  }
+  const isFew = firsts.length <= FEW;
   // "disk 9" before "disk 10" costs too much where there are many.
-  const texts = rows.count > MANY ? (a: string, b: string) => (a < b ? -1 : a > b ? 1 : 0) : natural.compare;
-  return (a, b) => {
+  const texts = rows.count > MANY && !isFew ? (a: string, b: string) => (a < b ? -1 : a > b ? 1 : 0) : natural.compare;
+  const compare = (a: number, b: number) => {
     const x = numbers[a]!;
     const y = numbers[b]!;
     const isX = !Number.isNaN(x);
     const isY = !Number.isNaN(y);
     if (isX && isY) return x - y;
     if (isX !== isY) return isX ? -1 : 1;
-    return texts(plain(rows.cell(a, column)).trim(), plain(rows.cell(b, column)).trim());
+    return texts(text(a), text(b));
   };
+  if (!isFew) return compare;
+  const ranks = new Int32Array(firsts.length);
+  let [rank, last] = [0, -1];
+  for (const row of firsts.slice().sort(compare)) {
+    if (last >= 0 && compare(last, row) !== 0) ++rank;
+    ranks[places[row]!] = rank;
+    last = row;
+  }
+  return (a, b) => ranks[places[a]!]! - ranks[places[b]!]!;
 }
 
 export async function shownRows(rows: Rows, wanted: Wanted, signal: AbortSignal): Promise<Int32Array> {
@@ -80,7 +112,7 @@ export async function shownRows(rows: Rows, wanted: Wanted, signal: AbortSignal)
   let shown = await selected(rows.count, row => all.every(test => test(row)), slicer);
   if (wanted.sort) {
     const {column, ascending} = wanted.sort;
-    const compare = comparison(rows, column);
+    const compare = await comparison(rows, column, slicer);
     shown = await sorted(shown, ascending ? compare : (a, b) => compare(b, a), slicer);
   }
   return shown;

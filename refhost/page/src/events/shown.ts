@@ -65,7 +65,7 @@ function byTime({times}: EventList, ascending: boolean): (a: number, b: number) 
 const KIND = [SEVERITY, SOURCE, SUBJECT, TEXT];
 
 // Leaves the first of those that say the same. Found by a hash of what they say, since a map of a million texts
-// would take more memory than the texts.
+// would take more memory than the texts. Severities and sources are few: only same() looks at them.
 async function folded(list: EventList, order: Int32Array, slicer: Slicer) {
   const {rows} = list;
   const times = new Int32Array(list.count);
@@ -75,7 +75,7 @@ async function folded(list: EventList, order: Int32Array, slicer: Slicer) {
   let size = 0;
   const hash = (row: number) => {
     let sum = 0x811c9dc5;
-    for (const column of KIND) {
+    for (const column of [SUBJECT, TEXT]) {
       const text = plain(rows.cell(row, column));
       for (let at = 0; at < text.length; ++at) sum = Math.imul(sum ^ text.charCodeAt(at), 0x01000193);
       sum = Math.imul(sum ^ 0x1f, 0x01000193);
@@ -128,7 +128,7 @@ export async function shownEvents(list: EventList, wanted: WantedEvents, signal:
   await list.grow(slicer);
   const found = await selected(list.count, passes(list, wanted), slicer);
   const {column, ascending} = wanted.sort;
-  const other = column === TIME ? undefined : comparison(list.rows, column);
+  const other = column === TIME ? undefined : await comparison(list.rows, column, slicer);
   const compare =
     other === undefined ? byTime(list, ascending) : ascending ? other : (a: number, b: number) => other(b, a);
   const order = await sorted(found, compare, slicer);

@@ -1,5 +1,6 @@
 // The events that are shown, over time: a bar a bin, the severe ones at its foot. A bar leads to its span.
-import {scaleUtc} from "d3-scale";
+import {utcTicks} from "d3-time";
+import {scale} from "../pictures/scale";
 import {count, written} from "../text";
 import {levelOfEvent} from "./severity_dot";
 import {BINS, LEVELS, type Bins} from "./shown";
@@ -7,6 +8,18 @@ import {BINS, LEVELS, type Bins} from "./shown";
 const WIDTH = 900;
 const HEIGHT = 84;
 const FOOT = 20;
+
+const MONTHS = ["Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"];
+
+// What begins there: "2026", "Nov", "Nov 18", "09:30", "09:30:15".
+export function tickWords(tick: Date): string {
+  const [month, day] = [MONTHS[tick.getUTCMonth()]!, tick.getUTCDate()];
+  const clock = tick.toISOString().slice(11, 19);
+  if (!clock.endsWith(":00")) return clock;
+  if (clock !== "00:00:00") return clock.slice(0, 5);
+  if (day > 1) return `${month} ${day}`;
+  return month === "Jan" ? String(tick.getUTCFullYear()) : month;
+}
 
 export function Timeline({
   bins: {start, end, counts},
@@ -16,7 +29,9 @@ export function Timeline({
   hrefOf: (from: number, to: number) => string;
 }) {
   if (Number.isNaN(start)) return null;
-  const x = scaleUtc().domain([start, end]).range([0, WIDTH]);
+  const x = scale(start, end, WIDTH);
+  // Logs tell whole seconds.
+  const ticks = utcTicks(new Date(start), new Date(end), 6).filter(tick => tick.getUTCMilliseconds() === 0);
   const step = WIDTH / BINS;
   const totals = Array.from({length: BINS}, (_, bin) =>
     LEVELS.reduce((sum, _level, level) => sum + counts[bin * LEVELS.length + level]!, 0),
@@ -60,15 +75,15 @@ export function Timeline({
           );
         })}
         <line class="base" x1={0} x2={WIDTH} y1={HEIGHT} y2={HEIGHT} />
-        {x.ticks(6).map(tick => (
+        {ticks.map(tick => (
           <text
             key={+tick}
             class="tick"
-            x={Math.min(Math.max(x(tick), 24), WIDTH - 24)}
+            x={Math.min(Math.max(x(+tick), 24), WIDTH - 24)}
             y={HEIGHT + 14}
             text-anchor="middle"
           >
-            {x.tickFormat(6)(tick)}
+            {tickWords(tick)}
           </text>
         ))}
       </svg>

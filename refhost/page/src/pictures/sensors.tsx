@@ -1,5 +1,4 @@
 // Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
-import {scaleLinear} from "d3-scale";
 import type {Overview, Sensor, Severity} from "../data";
 import {Standing} from "../evidence";
 import {SeverityMark} from "../severity_mark";
@@ -9,6 +8,7 @@ import {sensorFindings, worst} from "../verdict";
 import {levelOf, type Level} from "./level";
 import {Nothing} from "./nothing";
 import type {PictureProps} from "./props";
+import {scale} from "./scale";
 
 const WIDTH = 360;
 const HEIGHT = 26;
@@ -34,9 +34,7 @@ function scaleOf(sensor: Sensor) {
   const low = hasLower ? Math.min(...known) : Math.min(0, ...known);
   const high = Math.max(...known);
   const room = (high - low || Math.abs(high) || 1) * 0.08;
-  return scaleLinear()
-    .domain([hasLower || low < 0 ? low - room : low, high + room])
-    .range([0, WIDTH]);
+  return scale(hasLower || low < 0 ? low - room : low, high + room, WIDTH);
 }
 
 // What lies beyond each threshold, the worse the later: it covers what is less bad.
