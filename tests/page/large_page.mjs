@@ -129,10 +129,26 @@ async function table(id) {
   return result;
 }
 
-// The events of all sources, sorted by time, the repeated ones folded.
+// The events of all sources: sorted by time, the repeated ones folded; each as they are; sorted by severity; searched.
 async function events() {
   const page = await opened();
   const result = await listed(page, "#/events");
+  const to = hash =>
+    watched(page, async () => {
+      await page.evaluate(
+        one =>
+          new Promise(heard => {
+            window.addEventListener("hashchange", () => setTimeout(heard), {once: true});
+            location.hash = one;
+          }),
+        hash,
+      );
+      await until(page, "event");
+    });
+  result["unfold"] = await to("#/events?fold=no");
+  result["sort"] = await to("#/events?fold=no&sort=severity");
+  result["filter"] = await to("#/events?fold=no&text=9999");
+  result["fold"] = await to("#/events");
   result.heap_mib = await heap(page);
   await page.context().close();
   return result;
