@@ -563,6 +563,17 @@ test("a drive's severity comes from where it stands or from findings that begin 
   assert.equal(of({capture: "b.txt", line: 91}), undefined);
 });
 
+test("a finding of a capture names it once", () => {
+  for (const [subject, says, wanted] of [
+    ["sel.txt", "sel.txt: ipmitool: exit code 1", "ipmitool: exit code 1"],
+    ["sel.txt", "sel.txt, line 1: Node busy", "line 1: Node busy"],
+    ["sel.txt", "sel.txt2: cut off", "sel.txt2: cut off"],
+    ["sel.txt", "sel.txt", "sel.txt"],
+    ["Sensor FAN4", "480 RPM", "480 RPM"],
+  ])
+    assert.equal(part.saysBesideSubject({subject, says}), wanted);
+});
+
 test("a volume is named as findings name it, whichever line is their evidence", () => {
   const finding = (severity, subject) => ({severity, subject, evidence: [{capture: "a.txt", line: 91}]});
   const found = part.volumeFindings({

@@ -7,7 +7,7 @@ import {SeverityMark} from "./severity_mark";
 import {StandingHere} from "./standing_here";
 import {bytes, count, cutAtLine, seconds, visible} from "./text";
 import {useAddress} from "./use_address";
-import {findingsAt} from "./verdict";
+import {findingsAt, saysBesideSubject} from "./verdict";
 
 const MOST_FOUND = 5000; // places that are highlighted
 
@@ -137,7 +137,7 @@ function CaptureText({
             <SeverityMark of={finding.severity} />
             <p>
               <strong>{finding.severity}</strong>: <bdi>{visible(finding.subject)}</bdi>{" "}
-              <bdi class="says">{visible(finding.says)}</bdi>
+              <bdi class="says">{visible(saysBesideSubject(finding))}</bdi>
             </p>
           </li>
         ))}

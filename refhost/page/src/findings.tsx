@@ -3,7 +3,7 @@ import type {Finding, Overview, Severity} from "./data";
 import {addressOf, Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";
 import {count, visible} from "./text";
-import {bySeverity, isAcknowledged, sinceOf} from "./verdict";
+import {bySeverity, isAcknowledged, saysBesideSubject, sinceOf} from "./verdict";
 
 const TITLES: Record<Severity, [one: string, many: string]> = {
   critical: ["critical finding", "critical findings"],
@@ -23,7 +23,7 @@ function FindingLine({finding, overview}: {finding: Finding; overview: Overview}
         <p>
           <span class="unseen">{finding.severity}: </span>
           {address === undefined ? <strong>{subject}</strong> : <a href={address}>{subject}</a>}{" "}
-          <bdi class="says">{visible(finding.says)}</bdi>
+          <bdi class="says">{visible(saysBesideSubject(finding))}</bdi>
         </p>
         <p class="from">
           <span>{visible(finding.subsystem)}</span>

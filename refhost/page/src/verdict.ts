@@ -37,6 +37,13 @@ export function findingsAt(overview: Overview, capture: string, line: number): F
   );
 }
 
+// What it says beside its subject. Of a capture the verdict's words begin with the capture's name, as they stand alone
+// elsewhere: "sel.txt, line 1: Node busy".
+export function saysBesideSubject({subject, says}: Finding): string {
+  const rest = says.startsWith(subject) ? says.slice(subject.length) : "";
+  return /^[:,] ./.test(rest) ? rest.slice(2) : says;
+}
+
 // Findings by a text that stands for an entity: where it stands, or its name.
 class Index {
   private readonly all = new Map<string, Finding[]>();
