@@ -1,9 +1,10 @@
 // Debian's Chromium, and reports to open in it.
 import {spawnSync} from "node:child_process";
-import {mkdirSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
+import {cpSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from "node:fs";
 import {tmpdir} from "node:os";
 import {basename, join, resolve} from "node:path";
 import {pathToFileURL} from "node:url";
+import {runInNewContext} from "node:vm";
 import {chromium} from "playwright-core";
 import {inside} from "./inside.mjs";
 
@@ -34,6 +35,25 @@ export function report(machine) {
     reports.set(machine, {directory, json, summary: ran.stdout});
   }
   return reports.get(machine);
+}
+
+// The report with its overview's data changed.
+export function changed(made, change) {
+  const directory = join(work, `changed ${Math.random()}`);
+  cpSync(made.directory, directory, {recursive: true});
+  const file = join(directory, "report/data/overview.js");
+  let json;
+  runInNewContext(readFileSync(file, "utf8"), {
+    qv: {
+      overview: text => {
+        json = JSON.parse(text);
+      },
+    },
+  });
+  change(json);
+  const text = JSON.stringify(json).replace(/[\\']/g, "\\$&");
+  writeFileSync(file, `qv.overview('${text}')\n`);
+  return {directory};
 }
 
 // A browser among other tests on two processors may stand still for a while.

@@ -4,7 +4,7 @@ import {mkdirSync, readFileSync, writeFileSync} from "node:fs";
 import {join} from "node:path";
 import {after, before, test} from "node:test";
 import {parse} from "./csv.mjs";
-import {go, loaded, open, report, screenshot, start, stop, work} from "./browser.mjs";
+import {changed, go, loaded, open, report, screenshot, start, stop, work} from "./browser.mjs";
 
 const evil = [
   "<script>window.hurt=1</script>",
@@ -25,6 +25,8 @@ const evil = [
   "__proto__",
   "\u2028\u2029line ends",
   "<meta http-equiv=refresh content=0;url=http://127.0.0.1:9/>",
+  "W".repeat(5000),
+  "",
 ];
 
 const machine = join(work, "hostile machine");
@@ -238,3 +240,68 @@ test("the page's policy lets nothing in that it did not bring", async () => {
   assert.equal(await page.evaluate(() => window.hurt), undefined);
   await page.context().close();
 });
+
+// A report in which every text that a tool, a file or a machine may have chosen says something else. What only the
+// program itself writes stays: names of data files, kinds, severities and words of health.
+const OWN = new Set(["chunks", "data", "kind", "severity", "health", "version", "format"]);
+const ODD = {
+  "markup, escapes and marks": at =>
+    `</script><img src=x onerror=window.hurt=1>'"&lt;\u202e\u001b[31m\u0000\u200b ${at}`,
+  "very long": at => `${at}${"W".repeat(2000)}`,
+  empty: () => "",
+};
+
+function everyText(value, odd) {
+  let at = 0;
+  const walk = (one, key) => {
+    if (typeof one === "string") return OWN.has(key) ? one : odd(++at);
+    if (Array.isArray(one)) return one.map(part => walk(part, key));
+    if (one === null || typeof one !== "object") return one;
+    for (const [name, part] of Object.entries(one)) one[name] = walk(part, name);
+    return one;
+  };
+  walk(value, "");
+  return at;
+}
+
+for (const [name, odd] of Object.entries(ODD)) {
+  test(`every field of a report may be odd: ${name}`, async () => {
+    let texts = 0;
+    const strange = changed(report(recorded), overview => {
+      texts = everyText(overview, odd);
+    });
+    assert.ok(texts > 1000, `${texts} texts`);
+    // Where there is little room, odd texts need the most.
+    const narrow = {width: 390, height: 844};
+    for (const viewport of process.env["QV_TEST_LONG"] ? [narrow, {width: 1280, height: 900}] : [narrow]) {
+      const page = await open(strange, "", {viewport});
+      const links = await page.evaluate(() =>
+        [...document.querySelectorAll("nav a")].map(link => link.getAttribute("href")),
+      );
+      assert.ok(links.length > 40);
+      // Some tables: all are drawn by the same view. A drive, a line and an event are opened as well.
+      const views = links
+        .filter(link => link.startsWith("#/"))
+        .concat(links.filter(link => !link.startsWith("#/")).slice(0, 6));
+      await go(page, "#/storage");
+      views.push(
+        ...(await page.locator(".slots .slot a").evaluateAll(all => all.slice(0, 2).map(a => a.getAttribute("href")))),
+      );
+      await go(page, "#/captures");
+      views.push(
+        ...(await page.locator("main table a").evaluateAll(all => all.slice(0, 2).map(a => a.getAttribute("href")))),
+      );
+      for (const view of [...views, "#/events?open=2", "#/search/hurt"]) {
+        const where = `${view.slice(0, 60)} at ${viewport.width}`;
+        await go(page, view);
+        await loaded(page);
+        await harmless(page, where);
+        const wide = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
+        assert.ok(wide <= 0, `${where} is ${wide} pixels too wide`);
+      }
+      await screenshot(page, `odd ${name} ${viewport.width}`);
+      assert.deepEqual(page.trouble, []);
+      await page.context().close();
+    }
+  });
+}

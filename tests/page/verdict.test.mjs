@@ -1,35 +1,15 @@
 // The first screen shows the report's verdict, and each finding leads to the line that says so.
 import assert from "node:assert/strict";
 import {spawnSync} from "node:child_process";
-import {cpSync, mkdirSync, readFileSync, writeFileSync} from "node:fs";
+import {cpSync, mkdirSync, readFileSync} from "node:fs";
 import {join} from "node:path";
 import {after, before, test} from "node:test";
-import {runInNewContext} from "node:vm";
-import {go, loaded, open, report, samples, start, stop, work} from "./browser.mjs";
+import {changed, go, loaded, open, report, samples, start, stop, work} from "./browser.mjs";
 
 before(start);
 after(stop);
 
 const sample = name => report(join(samples, name));
-
-// The overview's data, changed.
-function changed(made, change) {
-  const directory = join(work, `changed ${Math.random()}`);
-  cpSync(made.directory, directory, {recursive: true});
-  const file = join(directory, "report/data/overview.js");
-  let json;
-  runInNewContext(readFileSync(file, "utf8"), {
-    qv: {
-      overview: text => {
-        json = JSON.parse(text);
-      },
-    },
-  });
-  change(json);
-  const text = JSON.stringify(json).replace(/[\\']/g, "\\$&");
-  writeFileSync(file, `qv.overview('${text}')\n`);
-  return {directory};
-}
 
 for (const name of ["x86_64-kp220-megaraid", "x86_64-kp420-two-megaraid", "x86_64-kn100-adaptec"]) {
   test(`every finding of ${name} leads to its line`, async () => {

@@ -211,7 +211,7 @@ function CommandLine({command}: {command: Command}) {
         <small>
           {!Number.isNaN(began) && `at ${new Date(began).toISOString().slice(0, 19).replace("T", " ")} UTC, `}
           took {seconds(command.seconds)},{" "}
-          <span class={command.outcome === "" ? "" : "raised"}>ended {command.outcome || "well"}</span>
+          <span class={command.outcome === "" ? "" : "raised"}>ended {visible(command.outcome) || "well"}</span>
         </small>
       </p>
       {command.stderr && (

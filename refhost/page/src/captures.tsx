@@ -40,7 +40,7 @@ export function CapturesView({overview}: {overview: Overview}) {
                   </td>
                   <td class="number">{capture.kind === "directory" ? "folder" : bytes(capture.size)}</td>
                   <td class={command && command.outcome !== "" ? "raised" : ""}>
-                    {command ? command.outcome || "well" : ""}
+                    {command ? visible(command.outcome) || "well" : ""}
                   </td>
                   <td class="number">{command ? seconds(command.seconds) : ""}</td>
                   <td>
@@ -85,7 +85,7 @@ function Others({overview}: {overview: Overview}) {
           <tbody>
             {others.map((command, at) => (
               <tr key={at}>
-                <td class={command.outcome !== "" ? "raised" : ""}>{command.outcome || "well"}</td>
+                <td class={command.outcome !== "" ? "raised" : ""}>{visible(command.outcome) || "well"}</td>
                 <td class="number">{seconds(command.seconds)}</td>
                 <td>
                   <code>

@@ -19,6 +19,6 @@ const HARMLESS = /^[^.]*$|\.(txt|log|out|conf|txz|tgz|tbz|gz|xz|bz2|zst|tar|zip)
 
 // The address of the file itself, if opening it is safe.
 export function captureAddress(capture: Capture): string | undefined {
-  if (capture.kind === "other" || !HARMLESS.test(capture.name)) return undefined;
+  if (capture.kind === "other" || capture.name === "" || !HARMLESS.test(capture.name)) return undefined;
   return `../${encodeURIComponent(capture.name)}`;
 }

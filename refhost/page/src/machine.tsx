@@ -28,7 +28,7 @@ export function MachineFacts({overview}: {overview: Overview}) {
     <dl class="facts">
       {facts.map(fact => (
         <div key={fact.label}>
-          <dt>{fact.label}</dt>
+          <dt>{visible(fact.label)}</dt>
           <dd>
             <bdi>{visible(fact.value)}</bdi>
             {fact.source !== "" && (

@@ -26,7 +26,7 @@ export function Sheet({
   return (
     <div class="scroll" tabIndex={0} role="region" aria-label={`${rows.table.id}, records`}>
       <table class="sheet">
-        <caption class="unseen">{rows.table.id}</caption>
+        <caption class="unseen">{visible(rows.table.id)}</caption>
         {order.length > 1 && (
           <thead>
             <tr>
