@@ -3,10 +3,10 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
-#include <cstdint>
 #include <functional>
 #include <map>
 
+#include "hot_journal.h"
 #include "program.h"
 #include "report.h"
 #include "store/store.h"
@@ -16,31 +16,6 @@ namespace test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string big_endian(std::uint32_t number) {
-    std::string bytes;
-    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
-    return bytes;
-}
-
-// A rollback journal that SQLite takes for one of a program that crashed: without pages, and with the
-// name of a super-journal, which SQLite removes when it has rolled back. The form is that of SQLite's
-// "Database File Format", section 3.
-std::string hot_journal(const fs::path& database, const std::string& super_journal) {
-    const auto bytes = read_file(database);
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes.at(at)); };
-    const std::uint32_t page_size = byte(16) * 256u + byte(17);
-    const auto pages = static_cast<std::uint32_t>(bytes.size() / page_size);
-    std::string journal("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
-    journal +=
-        big_endian(0) + big_endian(0) + big_endian(pages) + big_endian(512) + big_endian(page_size);
-    journal.resize(512);
-    std::uint32_t sum = 0;
-    for (const char c : super_journal) sum += static_cast<std::uint32_t>(c);
-    return journal + big_endian(0x40000000 / page_size + 1) + super_journal +
-           big_endian(static_cast<std::uint32_t>(super_journal.size())) + big_endian(sum) +
-           std::string("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
-}
 
 // Everything below a directory, by name, with the time of its last change and what tells its contents.
 std::map<std::string, std::string> everything_in(const fs::path& directory) {
@@ -85,7 +60,8 @@ protected:
 };
 
 TEST_F(Received, AJournalBesideTheStoreIsNotRolledBack) {
-    write_file(report() / "report.sqlite-journal", hot_journal(store_in(log_dir()), victim()));
+    write_file(report() / "report.sqlite-journal",
+               hot_journal(read_file(store_in(log_dir())), victim()));
     const auto before = everything_in(log_dir());
     for (const auto& arguments : readers()) {
         const auto outcome = run(arguments);
@@ -102,7 +78,7 @@ TEST_F(Received, AJournalBesideTheStoreIsNotRolledBack) {
 
 // The journal of a collection that seems to be broken off lets the report be completed.
 TEST_F(Received, CompletingAReportRollsNothingBack) {
-    const auto journal = hot_journal(store_in(log_dir()), victim());
+    const auto journal = hot_journal(read_file(store_in(log_dir())), victim());
     for (const char* name : {"report.sqlite-journal", "report.sqlite.new-journal",
                              "unfinished/report.sqlite-journal"}) {
         for (const auto& arguments : readers()) {
@@ -120,8 +96,35 @@ TEST_F(Received, CompletingAReportRollsNothingBack) {
     EXPECT_EQ(read_file(victim()), "kept");
 }
 
+// A terabyte of holes, where the logs of the collection should be.
+TEST_F(Received, CompletingAReportReadsABoundedPartOfItsLogs) {
+    for (const fs::path& log :
+         {report() / "commands.log", report() / "commands-2.log", report() / "qvhost-2.log",
+          report() / "console-2.txt", log_dir() / "qvhost.log"}) {
+        write_file(report() / "collection.journal", {8, 0, 0, 0, 0, 0, 0, 0});
+        write_file(log, "a line\n");
+        fs::resize_file(log, std::uintmax_t{1} << 40);
+    }
+    EXPECT_EQ(run({"show", log_dir()}).exit, 0);
+    EXPECT_LT(fs::file_size(log_dir() / "console.txt"), std::uintmax_t{1} << 20);
+    EXPECT_EQ(fs::file_size(log_dir() / "qvhost.log"), std::uintmax_t{1} << 40);
+    EXPECT_FALSE(fs::exists(report() / "collection.journal"));
+}
+
+// A copy of the directory that is made of hard links stays as it is.
+TEST_F(Received, CompletingAReportLeavesACopyAsItIs) {
+    const auto before = read_file(log_dir() / "qvhost.log");
+    fs::create_hard_link(log_dir() / "qvhost.log", dir() / "copy");
+    write_file(report() / "collection.journal", {8, 0, 0, 0, 0, 0, 0, 0});
+    write_file(report() / "qvhost-2.log", "what another lane did\n");
+    EXPECT_EQ(run({"show", log_dir()}).exit, 0);
+    EXPECT_EQ(read_file(dir() / "copy"), before);
+    EXPECT_EQ(read_file(report() / "qvhost-2.log"), "what another lane did\n");
+}
+
 TEST_F(Received, ANewCollectionRollsNothingBack) {
-    write_file(report() / "report.sqlite-journal", hot_journal(store_in(log_dir()), victim()));
+    write_file(report() / "report.sqlite-journal",
+               hot_journal(read_file(store_in(log_dir())), victim()));
     EXPECT_EQ(run(collect("calm")).exit, 0);
     EXPECT_EQ(read_file(victim()), "kept");
 }

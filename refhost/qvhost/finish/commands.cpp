@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <set>
@@ -13,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "page/captures.h"
 #include "qvhost/finish/lane_files.h"
 #include "runner/shell_words.h"
 
@@ -233,8 +233,8 @@ void leave_captures_to_their_lanes(std::vector<CommandInfo>& commands, const fs:
 CommandLog read_commands(const fs::path& log, const fs::path& log_dir,
                          const std::string& stopped_by) {
     LogReader reader(log_dir);
-    std::ifstream file(log, std::ios::binary);
-    for (std::string line; std::getline(file, line);) reader.take(line);
+    std::istringstream lines(page::beginning_of(log, kMostLogBytes));
+    for (std::string line; std::getline(lines, line);) reader.take(line);
     auto read = reader.finish();
     if (!read.commands.empty()) {
         auto& last = read.commands.back();

@@ -18,6 +18,9 @@ inline constexpr std::string_view kModuleMark = "module ";  // and its name
 inline constexpr std::string_view kAlsoMark = "also ";      // and the operation's name
 inline constexpr std::string_view kHostMark = "host";       // the host's own questions
 
+// So much of a collection's own logs is read at most: a file with holes costs who sends it nothing.
+inline constexpr std::size_t kMostLogBytes = 8 << 20;
+
 struct CommandLog {
     // In the order in which they were started; none if there is no log.
     std::vector<CommandInfo> commands;
