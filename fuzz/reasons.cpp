@@ -3,6 +3,7 @@
 #include "qvhost/finish/reasons.h"
 
 #include "check.h"
+#include "declared.h"
 #include "scratch.h"
 
 namespace {
@@ -12,46 +13,7 @@ const qvhost::Store& store() {
     static const fuzz::Scratch scratch;
     static const qvhost::Store store = [] {
         qvhost::Store made((scratch.path() / "store").string(), qvhost::Store::Mode::create);
-        const std::vector<qvhost::DeclaredTable> tables = {
-            {.id = "SELFINFO",
-             .title = "",
-             .filled = "always",
-             .tool = "ipmitool",
-             .command = "ipmitool mc selftest",
-             .capture = "selfinfo.txt",
-             .log_label = "selftest",
-             .not_asked = "",
-             .gates = {}                                                         },
-            {.id = "FRUINFO",
-             .title = "",
-             .filled = "always",
-             .tool = "ipmitool",
-             .command = "ipmitool fru",
-             .capture = "fruinfo.txt",
-             .log_label = "FRU",
-             .not_asked = "",
-             .gates = {"dmidecode -t system", "uname -i", "service ipmi start >"}},
-            {.id = "RAIDINFO",
-             .title = "",
-             .filled = "always",
-             .tool = "storcli",
-             .in_qv_tools = true,
-             .command = "'{P}storcli' >'{L}c0_showall.txt'",
-             .capture = "c0_showall.txt",
-             .log_label = "",
-             .not_asked = "",
-             .gates = {}},
-            {.id = "PMCINFO",
-             .title = "",
-             .filled = "pmc",
-             .tool = "",
-             .command = "",
-             .capture = "",
-             .log_label = "",
-             .not_asked = "",
-             .gates = {}                                                     },
-        };
-        qvhost::write_declared_tables(made, tables);
+        qvhost::write_declared_tables(made, fuzz::declared_tables());
         made.commit();
         return made;
     }();
