@@ -102,12 +102,13 @@ public:
     // Hands over every entry that is there by now and has not been handed over before, or those
     // in the next `most` bytes (at least one entry) and a little more; returns how many: none only if
     // there is none yet. A file that ends within an entry may have the rest later. Memory does not
-    // grow with the file. Throws std::runtime_error on an entry that cannot be one.
+    // grow with the file, nor with its holes. Throws std::runtime_error on an entry that cannot be one.
     std::size_t read(const std::function<void(const JournalEntry&)>& take,
                      std::size_t most = std::numeric_limits<std::size_t>::max());
 
 private:
     std::size_t written() const;
+    void expect_room_for(std::size_t entry) const;
 
     std::string path_;
     Descriptor file_;

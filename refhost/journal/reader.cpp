@@ -1,10 +1,12 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -41,6 +43,18 @@ std::size_t JournalReader::written() const {
     return end;
 }
 
+// A file with holes costs its maker nothing, and may announce any length.
+void JournalReader::expect_room_for(std::size_t entry) const {
+    constexpr std::size_t kSmall = 64 << 20;
+    constexpr std::size_t kUnitOfBlocks = 512;  // of st_blocks, whatever the disk's are
+    if (entry <= kSmall) return;
+    struct stat info {};
+    if (::fstat(file_.get(), &info) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot read " + path_);
+    if (entry > static_cast<std::size_t>(info.st_blocks) * kUnitOfBlocks)
+        throw std::runtime_error(path_ + ": an entry is longer than what the file holds");
+}
+
 std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& take,
                                 std::size_t most) {
     constexpr std::size_t kBlock = 262144;
@@ -68,7 +82,10 @@ std::size_t JournalReader::read(const std::function<void(const JournalEntry&)>& 
         while (rest.size() >= journal::kHeadSize) {
             std::uint32_t length = 0;
             std::memcpy(&length, rest.data(), sizeof length);
-            if (rest.size() - journal::kHeadSize < length) break;
+            if (rest.size() - journal::kHeadSize < length) {
+                expect_room_for(length);
+                break;
+            }
             journal::decode(rest.substr(journal::kHeadSize, length), entry_);
             rest.remove_prefix(journal::kHeadSize + length);
             take(entry_);

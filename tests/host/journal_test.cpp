@@ -7,6 +7,8 @@
 
 #include <csignal>
 #include <cstdint>
+#include <cstring>
+#include <stdexcept>
 #include <system_error>
 
 #include "place.h"
@@ -238,6 +240,22 @@ TEST_F(Journal, DamageIsAnErrorAtWorst) {
 }
 
 // A page that a disk never got is zeros.
+TEST_F(Journal, AHoleIsNoEntry) {
+    constexpr std::uint64_t kEnd = std::uint64_t{1} << 40;
+    constexpr std::uint32_t kLength = 0xffff'fff0;
+    std::string head(sizeof kEnd + sizeof kLength, '\0');
+    std::memcpy(head.data(), &kEnd, sizeof kEnd);
+    std::memcpy(head.data() + sizeof kEnd, &kLength, sizeof kLength);
+    std::ofstream(path(), std::ios::binary) << head;
+    std::filesystem::resize_file(path(), kEnd);
+    try {
+        read_all();
+        FAIL() << "it was read";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(error.what(), path() + ": an entry is longer than what the file holds");
+    }
+}
+
 TEST_F(Journal, APageThatIsLostTellsNothing) {
     std::vector<JournalEntry> all;
     {
