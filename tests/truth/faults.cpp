@@ -1,6 +1,7 @@
 // What can be wrong with a server. Each fault is a row: its name, and what it does to the server.
 #include <algorithm>
 
+#include "print.h"
 #include "server.h"
 
 namespace truth {
@@ -8,12 +9,6 @@ namespace truth {
 namespace {
 
 // ---- Storage ----------------------------------------------------------------------------------------
-
-// The plug-in reads its count of controllers as one digit: of ten and more it asks the first one alone.
-int asked_controllers(const Server& server) {
-    const int count = static_cast<int>(server.controllers.size());
-    return server.storage_tool == StorageTool::storcli && count > 9 ? 1 : count;
-}
 
 Controller* any_controller(Server& server, Random& random) {
     if (server.controllers.empty()) return nullptr;

@@ -605,7 +605,7 @@ void invent_controller_events(Controller& controller, Random& random, Seconds no
             int code, level, locale;
             const char* words;
         };
-        static constexpr Words kWords[] = {
+        static constexpr Words kEventWords[] = {
             {0x93, 0, 0x08, "Battery started charging"},
             {0x92, 0, 0x08, "Battery charge complete"},
             {0x27, 0, 0x20, "Patrol Read started"},
@@ -614,7 +614,7 @@ void invent_controller_events(Controller& controller, Random& random, Seconds no
             {0x1e, 0, 0x20, "Firmware version 4.680.00-8465"},
             {0x44, 0, 0x20, "Time established as 11/12/25 12:55:47; (31 seconds since power on)"},
         };
-        const auto& words = random.pick(kWords);
+        const auto& words = random.pick(kEventWords);
         event.code = words.code;
         event.level = words.level;
         event.locale = words.locale;
