@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kBlock = 1 << 16;
+constexpr std::size_t kReadAtOnce = 1 << 16;
 
 // Counts what is written to it.
 class CountingBuffer : public std::streambuf {
@@ -53,7 +53,7 @@ void each_block(const fs::path& file, const std::function<void(std::string_view)
     if (!fd) throw std::system_error(errno, std::generic_category(), file.string());
     for (;;) {
         errno = 0;
-        const auto block = read_bytes(fd.get(), kBlock);
+        const auto block = read_bytes(fd.get(), kReadAtOnce);
         if (block.empty() && errno != 0)
             throw std::system_error(errno, std::generic_category(), file.string());
         if (block.empty()) return;

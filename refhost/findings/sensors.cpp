@@ -49,7 +49,7 @@ struct KindRow {
     const char* critical;
 };
 
-constexpr auto kKinds = std::to_array<KindRow>({
+constexpr auto kSensorKinds = std::to_array<KindRow>({
     {"temperature", "temperature_warning", "temperature_critical"},
     {"fan",         "fan_warning",         "fan_warning"         },  // fan_critical, if redundancy is lost
     {"voltage",     "voltage_warning",     "voltage_critical"    },
@@ -404,7 +404,7 @@ bool cooling_redundancy_is_lost(const Inventory& inventory) {
     return false;
 }
 
-Subject subject_of(const Inventory& inventory, const Sensor& sensor) {
+Subject subject_of_sensor(const Inventory& inventory, const Sensor& sensor) {
     return {key_of(sensor), "Sensor " + name_of(sensor), {ref_to(inventory, sensor)}};
 }
 
@@ -414,12 +414,12 @@ void judge_status(const Inventory& inventory, const Sensor& sensor, bool fans_ex
     if (level == Level::well) return;
     const bool critical = level == Level::critical;
     std::string name = critical ? "sensor_critical" : "sensor_warning";
-    for (const auto& row : kKinds) {
+    for (const auto& row : kSensorKinds) {
         if (sensor.kind && row.kind == *sensor.kind) name = critical ? row.critical : row.warning;
     }
     if (name == "fan_warning" && critical && fans_exposed) name = "fan_critical";
     if (sensor.kind == "voltage" && measures_clock_battery(sensor)) name = "clock_battery";
-    findings.add(subject_of(inventory, sensor), name, reading_text(sensor), sensor.place);
+    findings.add(subject_of_sensor(inventory, sensor), name, reading_text(sensor), sensor.place);
 }
 
 // "PS2 Status" and the power supply 2 are one thing: the one number in the name tells.
@@ -440,7 +440,7 @@ bool is_of_power_supply(std::string_view rule_name) {
 
 void judge_words(const Inventory& inventory, const Sensor& sensor, Collector& findings) {
     for (const auto& state : sensor.states) {
-        auto subject = subject_of(inventory, sensor);
+        auto subject = subject_of_sensor(inventory, sensor);
         if (const auto* redundancy = redundancy_of(state)) {
             const auto& row = redundant_in(sensor);
             findings.add(subject, redundancy->is_insufficient ? row.insufficient : row.lost, state,

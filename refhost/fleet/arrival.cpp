@@ -114,7 +114,7 @@ bool is_capture(const bundle::BundledFile& file) {
            file.name != "SUMMARY.txt";
 }
 
-std::int64_t integer_of(std::uint64_t number) {
+std::int64_t stored_size(std::uint64_t number) {
     return number > static_cast<std::uint64_t>(kForever) ? kForever
                                                          : static_cast<std::int64_t>(number);
 }
@@ -213,7 +213,7 @@ void Arrival::read_digests() {
 void Arrival::each_row(std::size_t history, const TakeRow& take) const {
     if (history == kCaptures) {
         for (const auto& one : captures_)
-            take({clean(one.name), integer_of(one.bytes), clean(one.sha256)});
+            take({clean(one.name), stored_size(one.bytes), clean(one.sha256)});
         return;
     }
     const auto& of = histories()[history];

@@ -1,6 +1,7 @@
 #include "fleet/import.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/join.hpp>
 #include <set>
 #include <stdexcept>
 #include <unordered_map>
@@ -35,7 +36,9 @@ struct Planned {
     std::vector<Plan> plans;
 };
 
-TypedValue known(const std::string& text) { return text.empty() ? TypedValue() : TypedValue(text); }
+TypedValue text_or_null(const std::string& text) {
+    return text.empty() ? TypedValue() : TypedValue(text);
+}
 
 // "new installation of web1"
 std::string kinship(Database& db, const HostIdentity& identity) {
@@ -143,12 +146,6 @@ void in_lists(const std::vector<std::int64_t>& numbers,
     }
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string all;
-    for (const auto& name : names) all += (all.empty() ? "" : ", ") + name;
-    return all;
-}
-
 // Rows that are there already.
 void change(Database& db, const Planned& one) {
     const auto host = std::to_string(one.arrival->identity().host);
@@ -156,7 +153,7 @@ void change(Database& db, const Planned& one) {
     const auto after = std::to_string(one.after);
     for (std::size_t i = 0; i < histories().size(); ++i) {
         const auto& table = histories()[i].name;
-        const auto& told = joined(histories()[i].names);
+        const auto& told = boost::join(histories()[i].names, ", ");
         const auto of_host = " WHERE host = " + host + " AND digest IN ";
         const auto true_before =
             " AND run < " + run + " AND until >= " + after;  // and so nothing between
@@ -223,8 +220,8 @@ void note_host(Database& db, const Planned& one) {
         " name = CASE WHEN excluded.last_run > hosts.last_run OR excluded.first_run ="
         " excluded.last_run THEN excluded.name ELSE hosts.name END,"
         " first_run = excluded.first_run, last_run = excluded.last_run",
-        {host, known(machine_id), known(serial), known(one.arrival->name()), one.first_run,
-         one.last_run},
+        {host, text_or_null(machine_id), text_or_null(serial), text_or_null(one.arrival->name()),
+         one.first_run, one.last_run},
         [](const Row&) {});
 }
 

@@ -1,6 +1,7 @@
 #include "fleet/schema.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/join.hpp>
 
 #include "fleet/times.h"
 #include "verdict/inventory_tables.h"
@@ -90,12 +91,6 @@ const char* sql_type(ColumnType type, Dialect dialect) {
     return "";
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string all;
-    for (const auto& word : words) all += (all.empty() ? "" : ", ") + word;
-    return all;
-}
-
 }  // namespace
 
 const std::vector<History>& histories() {
@@ -126,8 +121,8 @@ std::string table_statement(const Table& table, Dialect dialect) {
                         (i < table.keys ? " NOT NULL" : ""));
         if (i < table.keys) keys.push_back(table.columns[i].name);
     }
-    parts.push_back("PRIMARY KEY (" + joined(keys) + ")");
-    std::string statement = "CREATE TABLE " + table.name + " (" + joined(parts) + ")";
+    parts.push_back("PRIMARY KEY (" + boost::join(keys, ", ") + ")");
+    std::string statement = "CREATE TABLE " + table.name + " (" + boost::join(parts, ", ") + ")";
     if (dialect == Dialect::sqlite) statement += " WITHOUT ROWID";
     if (dialect == Dialect::postgresql && table.by_month) statement += " PARTITION BY RANGE (run)";
     return statement;

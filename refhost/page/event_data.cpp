@@ -39,7 +39,7 @@ constexpr auto kShown = std::to_array<Shown>({
 
 constexpr std::size_t kCapture = 6;  // its place in that table
 
-std::string json_of(const TypedValue& value) {
+std::string json_cell(const TypedValue& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
         std::string json;
         put_json_text(*text, json);
@@ -60,7 +60,7 @@ public:
     explicit Cells(bool repeats) : repeats_(repeats) {}
 
     void add(const TypedValue& value) {
-        auto json = json_of(value);
+        auto json = json_cell(value);
         if (!repeats_) return put(values_, json);
         const auto [known, is_new] = places_.try_emplace(std::move(json), places_.size());
         if (is_new) put(words_, known->first);

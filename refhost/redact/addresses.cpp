@@ -33,11 +33,6 @@ constexpr auto kVersionWords = std::to_array<std::string_view>({
 });
 // clang-format on
 
-template <std::size_t Size>
-bool is_one_of(const std::array<std::string_view, Size>& list, std::string_view text) {
-    return std::find(list.begin(), list.end(), text) != list.end();
-}
-
 bool is_colon_part(char c) { return is_hex(c) || c == ':'; }
 bool is_dash_part(char c) { return is_hex(c) || c == '-'; }
 bool is_number_part(char c) { return is_digit(c) || c == '.'; }

@@ -86,10 +86,6 @@ constexpr auto kPartitionTypes = std::to_array<std::string_view>({
 constexpr auto kNoHex = std::to_array<std::string_view>({"0123456789abcdef", "123456789abc", "03000200040005000006000700080009"});
 // clang-format on
 
-bool is_one_of(std::span<const std::string_view> list, std::string_view text) {
-    return std::find(list.begin(), list.end(), text) != list.end();
-}
-
 // "0000", "xxxx", "ff:ff:ff:ff:ff:ff"
 bool is_of_one_character(std::string_view text) {
     char only = '\0';
@@ -116,6 +112,10 @@ bool is_common_ipv6(std::string_view digits) {
 }
 
 }  // namespace
+
+bool is_one_of(std::span<const std::string_view> list, std::string_view text) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
 
 bool says_nothing(Form form, std::string_view canonical) {
     switch (form) {

@@ -17,6 +17,8 @@ bool is_common_value(Form form, std::string_view canonical);
 // Whether a name of the Internet belongs to a maker or project that tools name, or to nobody.
 bool is_public_host(std::string_view host);
 
+bool is_one_of(std::span<const std::string_view> list, std::string_view text);
+
 std::span<const std::string_view> common_words();
 std::span<const std::string_view> public_domains();
 
