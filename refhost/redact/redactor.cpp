@@ -155,6 +155,20 @@ std::string Redactor::text(std::string_view text, Look look, std::vector<Lines>*
                 overwrite(made, text, found.at, found.size, found.form, found.in_own_field);
         });
     }
+    // The next round finds a value of which a part was replaced with another, and one that a replacement and what
+    // stands beside it spell by accident.
+    constexpr int kMostRounds = 8;
+    replace_found(text, made, over_lines);
+    std::string before(text);
+    for (int round = 1; made != before && round < kMostRounds; ++round) {
+        before = made;
+        replace_found(before, made, over_lines);
+    }
+    return made;
+}
+
+void Redactor::replace_found(std::string_view text, std::string& made,
+                             std::vector<Lines>* over_lines) const {
     std::string from;
     search_.each(text, [&](const SpellingSearch::Match& match) {
         auto to = match.spelling->to;
@@ -167,7 +181,6 @@ std::string Redactor::text(std::string_view text, Look look, std::vector<Lines>*
         if (over_lines != nullptr && match.places.back() - match.places.front() + 1 > to.size())
             over_lines->push_back({match.places.front(), match.places.back() + 1});
     });
-    return made;
 }
 
 std::string Redactor::field(std::string_view label, std::string_view value, Look look) const {

@@ -68,6 +68,9 @@ public:
     const SpellingSearch& search() const { return search_; }
 
 private:
+    // Writes the replacements of what stands in the text over the same places of `made`.
+    void replace_found(std::string_view text, std::string& made,
+                       std::vector<Lines>* over_lines) const;
     void overwrite(std::string& made, std::string_view text, std::size_t at, std::size_t size,
                    Form form, bool in_own_field) const;
 

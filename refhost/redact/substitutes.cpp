@@ -73,23 +73,31 @@ std::string Substitutes::assigned(const Value& value) {
     return made;
 }
 
-// Label by label, so that a host is in the same domain as its neighbours. The last label of several stays.
+// Label by label, so that a host is in the same domain as its neighbours. The last label of several stays, unless a
+// value would be left with it.
 std::string Substitutes::assigned_host(const Value& value) {
     std::string made;
-    std::string_view rest = value.canonical;
-    for (;;) {
-        const auto dot = rest.find('.');
-        const bool is_last = dot == std::string_view::npos;
-        const std::string label(rest.substr(0, dot));
-        const bool is_kept = label.empty() || (is_last && !made.empty());
-        made += is_kept ? label : assigned({Form::text, label});
-        if (is_last) break;
-        made += '.';
-        rest.remove_prefix(dot + 1);
+    for (const bool keeps_last : {true, false}) {
+        made = with_labels_assigned(value.canonical, keeps_last);
+        if (is_free(value, made)) break;
     }
     taken_.insert({value.form, made});
     known_[value] = made;
     return made;
+}
+
+std::string Substitutes::with_labels_assigned(std::string_view host, bool keeps_last) {
+    std::string made;
+    for (;;) {
+        const auto dot = host.find('.');
+        const bool is_last = dot == std::string_view::npos;
+        const std::string label(host.substr(0, dot));
+        const bool is_kept = label.empty() || (is_last && keeps_last && !made.empty());
+        made += is_kept ? label : assigned({Form::text, label});
+        if (is_last) return made;
+        made += '.';
+        host.remove_prefix(dot + 1);
+    }
 }
 
 void Substitutes::assign(const Values& values) {

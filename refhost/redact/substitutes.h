@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "redact/search.h"
 #include "redact/values.h"
@@ -31,6 +32,7 @@ public:
 private:
     std::string assigned(const Value& value);
     std::string assigned_host(const Value& value);
+    std::string with_labels_assigned(std::string_view host, bool keeps_last);
     bool is_free(const Value& value, const std::string& candidate) const;
 
     std::string key_;

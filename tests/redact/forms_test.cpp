@@ -115,6 +115,19 @@ TEST(Substitutes, OfNeighboursAreNeighbours) {
     EXPECT_TRUE(domain.ends_with(".org"));
 }
 
+// The last label of a host stays, but not if it is a value, or ends with one.
+TEST(Substitutes, OfHostsContainNoValue) {
+    for (const auto* const last : {"s3cret99", "orgs3cret99"}) {
+        Values values;
+        values.add("s3cret99", Class::secrets, Form::text, true);
+        values.add("db.example." + std::string(last), Class::network, Form::host, true);
+        Substitutes substitutes;
+        substitutes.assign(values);
+        for (const auto& [value, use] : values.all())
+            EXPECT_EQ(substitutes.of(value).find("s3cret99"), std::string::npos) << last;
+    }
+}
+
 }  // namespace
 
 }  // namespace qvhost::redact
