@@ -234,17 +234,25 @@ bool at_least_raid6(const inventory::Text& raid) {
     return raid && raid->find('6') != std::string::npos;
 }
 
-// "md0 : active": software arrays join several words, "clean, degraded, recovering".
-std::vector<std::string_view> state_words(const Volume& volume) {
+// "clean, degraded, recovering", "Failed, temperature: 110 C/ 230 F (Abnormal)": several words as one state.
+template <class Rows>
+std::vector<std::string_view> state_words(const Rows& rows, std::string_view text) {
     std::vector<std::string_view> words;
-    std::string_view text = *volume.state;
-    if (rule_for(kVolumeStates, text)) return {text};
+    if (rule_for(rows, text)) return {text};
     while (true) {
         const auto comma = text.find(", ");
         words.push_back(text.substr(0, comma));
         if (comma == std::string_view::npos) return words;
         text.remove_prefix(comma + 2);
     }
+}
+
+// A word of a state mostly stands where the state does.
+template <class Entity>
+Place place_of_word(const Entity& entity, std::string_view state_word) {
+    const auto at = std::find_if(entity.elsewhere.begin(), entity.elsewhere.end(),
+                                 [&](const auto& one) { return one.field == state_word; });
+    return at == entity.elsewhere.end() ? place_of(entity, "state") : at->place;
 }
 
 // "degraded [U_UU]": a software array's members that are there, and those that are not.
@@ -268,14 +276,16 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
         findings.add(subject_of(inventory, volume), rule_name, says, place_of(volume, field));
     };
     if (volume.state) {
-        for (const auto state : state_words(volume)) {
+        for (const auto state : state_words(kVolumeStates, *volume.state)) {
             auto rule_name =
                 rule_for(kVolumeStates, without_members(state)).value_or("volume_state");
             if (rule_name == "volume_no_redundancy" && has_redundancy(volume, state))
                 rule_name = "volume_degraded";
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
                 redundancy.is_lost(volume);
-            if (!rule_name.empty()) remark(rule_name, "state", "state " + *volume.state);
+            if (!rule_name.empty())
+                findings.add(subject_of(inventory, volume), rule_name, "state " + *volume.state,
+                             place_of_word(volume, state));
         }
     }
     if (volume.operation) {
@@ -350,6 +360,9 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
             remark(rule_name, "rebuild_percent",
                    "rebuilt to " + percent_text(*drive.rebuild_percent));
     }
+    if (drive.temperature_state)
+        remark("drive_temperature", "temperature_celsius",
+               "temperature " + *drive.temperature_state);
     if (drive.is_foreign == true) remark("drive_foreign", "is_foreign", "foreign configuration");
     const auto* const predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";
     if (drive.smart_alert == true) remark(predicted, "smart_alert", "SMART alert");
@@ -416,15 +429,17 @@ Redundancy judge_storage(const Inventory& inventory, const Past& past, Collector
     Redundancy redundancy(inventory);
     for (const auto& controller : inventory.controllers) {
         if (!controller.status) continue;
-        const auto rule_name =
-            rule_for(kControllerStates, *controller.status).value_or("controller_attention");
-        if (rule_name.empty()) continue;
-        findings.add(
-            {controller.serial.value_or(controller_key(controller.tool, controller.number)),
-             "Controller " + number_text(controller.number) +
-                 (controller.model ? ", " + *controller.model : ""),
-             {ref_to(inventory, controller)}},
-            rule_name, "status " + *controller.status, controller.place);
+        for (const auto word : state_words(kControllerStates, *controller.status)) {
+            const auto rule_name =
+                rule_for(kControllerStates, word).value_or("controller_attention");
+            if (rule_name.empty()) continue;
+            findings.add(
+                {controller.serial.value_or(controller_key(controller.tool, controller.number)),
+                 "Controller " + number_text(controller.number) +
+                     (controller.model ? ", " + *controller.model : ""),
+                 {ref_to(inventory, controller)}},
+                rule_name, "status " + *controller.status, place_of_word(controller, word));
+        }
     }
     for (const auto& volume : inventory.volumes)
         judge_volume(inventory, volume, redundancy, findings);
@@ -434,28 +449,33 @@ Redundancy judge_storage(const Inventory& inventory, const Past& past, Collector
     judge_members(inventory, redundancy, findings);
     for (const auto& battery : inventory.batteries) {
         if (!battery.state) continue;
-        auto rule_name = rule_for(kBatteryStates, *battery.state).value_or("battery");
-        if (rule_name.empty()) continue;
-        std::string says = "state " + *battery.state;
         const auto* const forced = forced_write_back(inventory, battery);
-        if (rule_name == "battery" && forced) {
-            rule_name = "battery_write_back_forced";
-            says += "; cache " + *forced->cache + " of volume " + number_text(forced->number);
+        for (const auto word : state_words(kBatteryStates, *battery.state)) {
+            auto rule_name = rule_for(kBatteryStates, word).value_or("battery");
+            if (rule_name.empty()) continue;
+            std::string says = "state " + *battery.state;
+            if (rule_name == "battery" && forced) {
+                rule_name = "battery_write_back_forced";
+                says += "; cache " + *forced->cache + " of volume " + number_text(forced->number);
+            }
+            findings.add({controller_key(battery.tool, battery.controller) + "_battery",
+                          "Battery" + at_controller(battery.controller) +
+                              (battery.model ? ", " + *battery.model : ""),
+                          {ref_to(inventory, battery)}},
+                         rule_name, says, place_of_word(battery, word));
         }
-        findings.add({controller_key(battery.tool, battery.controller) + "_battery",
-                      "Battery" + at_controller(battery.controller) +
-                          (battery.model ? ", " + *battery.model : ""),
-                      {ref_to(inventory, battery)}},
-                     rule_name, says, battery.place);
     }
     for (const auto& enclosure : inventory.enclosures) {
-        if (!enclosure.state || rule_for(kEnclosureStates, *enclosure.state)) continue;
-        findings.add(
-            {controller_key(enclosure.tool, enclosure.controller) + "_e" +
-                 number_text(enclosure.number),
-             "Enclosure " + number_text(enclosure.number) + at_controller(enclosure.controller),
-             {ref_to(inventory, enclosure)}},
-            "enclosure_state", "state " + *enclosure.state, enclosure.place);
+        if (!enclosure.state) continue;
+        for (const auto word : state_words(kEnclosureStates, *enclosure.state)) {
+            if (rule_for(kEnclosureStates, word)) continue;
+            findings.add(
+                {controller_key(enclosure.tool, enclosure.controller) + "_e" +
+                     number_text(enclosure.number),
+                 "Enclosure " + number_text(enclosure.number) + at_controller(enclosure.controller),
+                 {ref_to(inventory, enclosure)}},
+                "enclosure_state", "state " + *enclosure.state, place_of_word(enclosure, word));
+        }
     }
     return redundancy;
 }

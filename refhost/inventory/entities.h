@@ -23,9 +23,9 @@ struct Place {
     bool operator==(const Place&) const = default;
 };
 
-// A field that stands on another line than its entity.
+// A field that stands on another line than its entity, or one of the words that a state is made of.
 struct FieldPlace {
-    std::string field;  // its name in fields.h
+    std::string field;  // its name in fields.h, or the word: "temperature: 110 C/ 230 F (Abnormal)"
     Place place;
 };
 
@@ -93,6 +93,7 @@ struct Controller {
     Text status;              // as printed
     Integer volumes, drives;  // how many it says it has
     std::string tool;         // whose numbers these are: "storcli", "arcconf", ...; no field
+    std::vector<FieldPlace> elsewhere = {};  // words of the status that have lines of their own
 };
 
 struct Battery {  // a BBU, a CacheVault, a supercapacitor
@@ -102,6 +103,7 @@ struct Battery {  // a BBU, a CacheVault, a supercapacitor
     Integer charge_percent;
     Real temperature_celsius;
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
+    std::vector<FieldPlace> elsewhere = {};  // words of the state that have lines of their own
 };
 
 struct Enclosure {
@@ -109,6 +111,7 @@ struct Enclosure {
     Integer controller, number, slots;
     Text state, model, serial;
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
+    std::vector<FieldPlace> elsewhere = {};  // words of the state that have lines of their own
 };
 
 struct Volume {  // a virtual drive, a logical device, an md array, a ZFS pool
@@ -149,7 +152,9 @@ struct Drive {
     // No fields: what NVMe drives say of themselves.
     Integer nvme_warnings;           // bits, NVM Express: Critical Warning
     Real available_spare_threshold;  // percent
-    std::string tool;                // whose numbers these are: "storcli", "arcconf", ...; no field
+    // No field: what arcconf says of the temperature, "(Abnormal)".
+    Text temperature_state;
+    std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
 // A drive's place in a volume, or that of a hot spare. A volume has a member for each of its drives; of a

@@ -319,6 +319,45 @@ TEST(Storage, ControllersBatteriesEnclosures) {
             "notice battery_maintenance:c1_battery | Battery of controller 1, BBU | state Learning"}));
 }
 
+// Whatever stands beside it, a word of a state says what it says alone, and where.
+TEST(Storage, AStateOfSeveralWords) {
+    Inventory inventory;
+    const auto at = [](int line) { return inventory::Place{"host_arcconf_1.txt", line}; };
+    inventory.controllers.push_back(
+        {at(6), 1, {}, {}, {}, "Failed, temperature: 110 C (Abnormal)", 1, 5, {}});
+    inventory.controllers[0].elsewhere = {{"temperature: 110 C (Abnormal)", at(5)}};
+    inventory.batteries.push_back(
+        {at(12), 1, {}, "Charging, OK, hardware error: Short", {}, {}, {}});
+    inventory.batteries[0].elsewhere = {{"hardware error: Short", at(11)}};
+    inventory.enclosures.push_back(
+        {at(30), 1, 0, {}, "fan 1 status: Failed, power supply 2 status: Failed", {}, {}, {}});
+    inventory.enclosures[0].elsewhere = {{"power supply 2 status: Failed", at(31)}};
+    inventory.volumes = {volume(0, "5", "Failed, failed stripes: Yes")};
+    inventory.volumes[0].elsewhere = {{"state", at(18)}, {"failed stripes: Yes", at(17)}};
+    inventory.drives = {drive(0, "Failed", 0), drive(1, "Onln", 1)};
+    for (auto& one : inventory.drives) {
+        one.temperature_state = "(Abnormal)";
+        one.elsewhere = {{"temperature_celsius", at(50)}};
+    }
+    Collector findings;
+    judge_storage(inventory, {}, findings);
+    Lines lines;
+    for (const auto& finding : findings.take()) {
+        lines.push_back(told(finding));
+        for (const auto& place : finding.evidence)
+            lines.back() += " @" + std::to_string(place.line);
+    }
+    EXPECT_EQ(
+        lines,
+        (Lines{
+            "critical controller_failed:c1 | Controller 1 | status Failed, temperature: 110 C (Abnormal) @6 @5",
+            "critical volume_offline:c0_v0 | Volume 0 of controller 0 (5) | state Failed, failed stripes: Yes @18 @17",
+            "critical drive_failed_no_redundancy:Z0 | Drive 8:0 of controller 0, serial Z0 | state Failed; temperature (Abnormal) @40 @50",
+            "warning drive_temperature:Z1 | Drive 8:1 of controller 0, serial Z1 | temperature (Abnormal) @50",
+            "warning battery:c1_battery | Battery of controller 1 | state Charging, OK, hardware error: Short @11 @12",
+            "warning enclosure_state:c1_e0 | Enclosure 0 of controller 1 | state fan 1 status: Failed, power supply 2 status: Failed @30 @31"}));
+}
+
 TEST(Storage, WhereTheToolNamesNoGroupsItsControllerDecides) {
     Inventory inventory;
     Volume lost = volume(0, "5", "Degraded");

@@ -214,10 +214,35 @@ TEST(Arcconf, reads_other_answers) {
          "   --------\n   Green Backup Information\n   --------\n"
          "   Backup Power Status : Ok\n   Hardware Error : Capacitor short\n"
          "\nCommand completed successfully.\n",
-         "controllers 5: number=1 status=Optimal, temperature 110 C/ 230 F (Abnormal)\n"
-         "batteries 10: controller=1 state=Ok; hardware error: Capacitor short\n"
+         "controllers 5: number=1 status=Optimal, temperature: 110 C/ 230 F (Abnormal)\n"
+         "batteries 10: controller=1 state=Ok, hardware error: Capacitor short\n"
          "controller_count 1: tool=arcconf count=1\n",
          "13 lines\n"},
+        // The same above the status: the status still goes first.
+        {"Controllers found: 1\n--------\nController information\n--------\n"
+         "   Temperature : 110 C/ 230 F (Abnormal)\n   Controller Status : Failed\n"
+         "   --------\n   Green Backup Information\n   --------\n"
+         "   Hardware Error : Capacitor short\n   Backup Power Status : Failed\n"
+         "--------\nLogical device information\n--------\n"
+         "Logical device number 0\n   Failed stripes : Yes\n"
+         "   Status of Logical Device : Degraded\n\nCommand completed successfully.\n",
+         "controllers 6: number=1 status=Failed, temperature: 110 C/ 230 F (Abnormal)\n"
+         "batteries 11: controller=1 state=Failed, hardware error: Capacitor short\n"
+         "volumes 15: controller=1 number=0 state=Degraded, failed stripes: Yes consistent=no\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "19 lines\n"},
+        // Each part of an enclosure that is not well.
+        {"Controllers found: 1\n--------\nPhysical Device information\n--------\n"
+         "      Device #2\n         Device is an Enclosure Services Device\n"
+         "         Enclosure ID : 0\n         Status of Enclosure Services Device\n"
+         "            Fan 1 status : 0 rpm (Not Supported)\n"
+         "            Temperature Sensor Status 1 : 71 C/ 159 F (Abnormal)\n"
+         "            Temperature Sensor Status 2 : 23 C/ 73 F (Normal)\n"
+         "            Power supply 2 status : Failed\n\nCommand completed successfully.\n",
+         "enclosures 10: controller=1 number=0 state=temperature sensor status 1: 71 C/ 159 F "
+         "(Abnormal), power supply 2 status: Failed\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "14 lines\n"},
         // A part that tells no state, or in words that nobody knows.
         {"Controllers found: 1\n--------\nController information\n--------\n"
          "   Controller Status : Optimal\n"
@@ -239,6 +264,40 @@ TEST(Arcconf, reads_other_answers) {
         EXPECT_EQ(describe(read.found), c.found);
         EXPECT_EQ(describe(read.how), c.how);
     }
+}
+
+// Each word of a state, and the line that says it.
+TEST(Arcconf, words_of_a_state_have_their_own_lines) {
+    const auto read = read_text(
+        read_unknown,
+        "Controllers found: 1\n--------\nController information\n--------\n"
+        "   Temperature : 110 C/ 230 F (Abnormal)\n   Controller Status : Failed\n"
+        "   --------\n   Green Backup Information\n   --------\n"
+        "   Overall Backup Unit Status : Failed\n   Hardware Error : Capacitor short\n"
+        "   Backup Power Status : Ok\n"
+        "--------\nLogical device information\n--------\n"
+        "Logical device number 0\n   Failed stripes : Yes\n   Status of Logical Device : Degraded\n"
+        "--------\nPhysical Device information\n--------\n"
+        "      Device #0\n         Device is a Hard drive\n"
+        "         Temperature : 71 C/ 159 F (Abnormal)\n         State : Failed\n"
+        "      Device #2\n         Device is an Enclosure Services Device\n"
+        "            Temperature Sensor Status 1 : 71 C/ 159 F (Abnormal)\n"
+        "            Power supply 2 status : Failed\n\nCommand completed successfully.\n");
+    const auto told = [](const auto& entity) {
+        std::string text = std::to_string(entity.place.line);
+        for (const auto& [words, place] : entity.elsewhere)
+            text += "|" + std::to_string(place.line) + " " + words;
+        return text;
+    };
+    EXPECT_EQ(told(read.found.controllers.at(0)), "6|5 temperature: 110 C/ 230 F (Abnormal)");
+    EXPECT_EQ(told(read.found.batteries.at(0)),
+              "12|10 Failed|11 hardware error: Capacitor short|12 Ok");
+    EXPECT_EQ(told(read.found.volumes.at(0)), "16|17 failed stripes: Yes|18 state|18 operation");
+    EXPECT_EQ(told(read.found.drives.at(0)), "25|24 temperature_celsius");
+    EXPECT_EQ(read.found.drives.at(0).temperature_state, "(Abnormal)");
+    EXPECT_EQ(
+        told(read.found.enclosures.at(0)),
+        "28|28 temperature sensor status 1: 71 C/ 159 F (Abnormal)|29 power supply 2 status: Failed");
 }
 
 // The value behind the only key of a line that begins so, whatever stands around it.

@@ -109,6 +109,32 @@ TEST(Join, numbers_of_two_tools_are_not_the_same) {
     EXPECT_EQ(found.drives.size(), 2U);
 }
 
+// A list and the configuration tell the same state; the troubles of the one are not lost to the other.
+TEST(Join, troubles_behind_a_state_stay) {
+    const Named list = {
+        "host_arcconf_list.txt",
+        "Controllers found: 1\n---------\nController information\n---------\n"
+        "   Controller ID             : Status, Slot, Mode, Name, SerialNumber, WWN\n"
+        "---------\n   Controller 1:             : Optimal, Slot 16, Mixed, EX1, A1, 50000D\n"
+        "\nCommand completed successfully.\n"};
+    const Named configuration = {
+        "host_arcconf_1.txt",
+        "Controllers found: 1\n---------\nController information\n---------\n"
+        "   Controller Status : Optimal\n   Temperature : 110 C/ 230 F (Abnormal)\n"
+        "\nCommand completed successfully.\n"};
+    for (const bool is_list_first : {true, false}) {
+        const auto found =
+            is_list_first ? joined({list, configuration}) : joined({configuration, list});
+        ASSERT_EQ(found.controllers.size(), 1U);
+        const auto& controller = found.controllers[0];
+        EXPECT_EQ(controller.status, "Optimal, temperature: 110 C/ 230 F (Abnormal)");
+        EXPECT_EQ(controller.place, (Place{"host_arcconf_1.txt", 5}));
+        ASSERT_EQ(controller.elsewhere.size(), 1U);
+        EXPECT_EQ(controller.elsewhere[0].place, (Place{"host_arcconf_1.txt", 6}));
+        EXPECT_EQ(controller.serial, "A1");
+    }
+}
+
 TEST(Join, two_serial_numbers_are_two_drives) {
     const auto head = std::string("Controller = 0\nStatus = Success\nDescription = None\n");
     const auto found = joined({{"c0_pdlist.txt", head + details("/c0/e1/s1", "S1")},

@@ -18,6 +18,28 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
+// A state, and the troubles that lines of their own tell, above it or below: the state goes before them,
+// "Failed, temperature: 110 C/ 230 F (Abnormal)".
+template <auto Field>
+bool as_state(EntityOf<Field>& entity, std::string_view value) {
+    auto state = told(value);
+    if (!state) return true;
+    if (entity.*Field) *state += ", " + *(entity.*Field);
+    entity.*Field = std::move(state);
+    return true;
+}
+
+// What a temperature is called: "(Normal)" behind "60 C/ 140 F (Normal)"; empty where it is called nothing.
+std::string_view name_of_temperature(std::string_view value) {
+    const auto bracket = value.find('(');
+    return bracket == npos ? std::string_view() : value.substr(bracket);
+}
+
+bool is_abnormal(std::string_view value) {
+    const auto name = name_of_temperature(value);
+    return !name.empty() && name != "(Normal)";
+}
+
 // Controllers found: 1
 // ----------------------------------------------------------------------
 // Controller information
@@ -35,18 +57,10 @@ bool read_volume_count(Controller& controller, std::string_view value) {
     return as_number<&Controller::volumes>(controller, value.substr(0, value.find('/')));
 }
 
-bool read_temperature(Controller& controller, std::string_view value) {
-    const auto bracket = value.find('(');
-    if (bracket == npos || value.substr(bracket) == "(Normal)" || !controller.status) return true;
-    *controller.status += ", temperature " + std::string(value);
-    return true;
-}
-
 constexpr auto kController = std::to_array<Key<Controller>>({
-    {"controller status",               as_text<&Controller::status>    },
+    {"controller status",               as_state<&Controller::status>   },
     {"controller model",                as_text<&Controller::model>     },
     {"controller serial number",        as_identity<&Controller::serial>},
-    {"temperature",                     read_temperature                },
     {"logical devices/failed/degraded", read_volume_count               },
 });
 constexpr auto kVersions = std::to_array<Key<Controller>>({
@@ -61,17 +75,10 @@ constexpr auto kVersions = std::to_array<Key<Controller>>({
 //    Hardware Error                           : No Error
 //    Current Temperature                      : 19 deg C
 //    Relative Charge                          : 95 percent
-bool read_hardware_error(Battery& battery, std::string_view value) {
-    if (value == "No Error" || !told(value)) return true;
-    battery.state = battery.state.value_or("") + "; hardware error: " + std::string(value);
-    return true;
-}
-
 constexpr auto kBattery = std::to_array<Key<Battery>>({
-    {"status",                     as_text<&Battery::state>                 },
-    {"overall backup unit status", as_text<&Battery::state>                 },
-    {"backup power status",        as_text<&Battery::state>                 },
-    {"hardware error",             read_hardware_error                      },
+    {"status",                     as_state<&Battery::state>                },
+    {"overall backup unit status", as_state<&Battery::state>                },
+    {"backup power status",        as_state<&Battery::state>                },
     {"backup unit type",           as_text<&Battery::model>                 },
     {"power type",                 as_text<&Battery::model>                 },
     {"current temperature",        as_leading<&Battery::temperature_celsius>},
@@ -91,7 +98,7 @@ constexpr auto kBattery = std::to_array<Key<Battery>>({
 //    Failed stripes                           : No
 bool read_volume_state(Volume& volume, std::string_view value) {
     const auto bracket = value.find('(');
-    volume.state = told(value.substr(0, bracket));
+    as_state<&Volume::state>(volume, value.substr(0, bracket));
     if (bracket == npos) return true;
     const auto inside = value.substr(bracket + 1, value.find(')') - bracket - 1);
     const auto colon = inside.find(':');
@@ -106,14 +113,6 @@ bool read_device(Volume& volume, std::string_view value) {
     return true;
 }
 
-// Stands behind the status, and tells of lost data.
-bool read_failed_stripes(Volume& volume, std::string_view value) {
-    if (value == "No" || !told(value)) return true;
-    volume.consistent = false;
-    volume.state = volume.state.value_or("") + ", failed stripes: " + std::string(value);
-    return true;
-}
-
 constexpr auto kVolume = std::to_array<Key<Volume>>({
     {"logical device name",      as_text<&Volume::name>           },
     {"array",                    as_number<&Volume::drive_group>  },
@@ -124,7 +123,6 @@ constexpr auto kVolume = std::to_array<Key<Volume>>({
     {"caching",                  as_text<&Volume::cache>          },
     {"write-cache mode",         as_text<&Volume::cache>          },
     {"write-cache status",       as_text<&Volume::cache>          },
-    {"failed stripes",           read_failed_stripes              },
 });
 
 //       Device #4
@@ -145,6 +143,11 @@ constexpr auto kVolume = std::to_array<Key<Volume>>({
 //       Runtime Error Counters
 //          Hardware Error Count               : 0
 //          Medium Error Count                 : 0
+bool read_drive_temperature(Drive& drive, std::string_view value) {
+    if (is_abnormal(value)) drive.temperature_state = std::string(name_of_temperature(value));
+    return as_leading<&Drive::temperature_celsius>(drive, value);
+}
+
 bool read_state(Drive& drive, std::string_view value) {
     drive.state = told(value);
     if (!drive.state) return true;
@@ -219,7 +222,7 @@ constexpr auto kDrive = std::to_array<Key<Drive>>({
     {"s.m.a.r.t.",                   as_yes_or_no<&Drive::smart_alert>      },
     {"s.m.a.r.t. warnings",          as_number<&Drive::predicted_failures>  },
     {"ssd",                          read_is_ssd                            },
-    {"temperature",                  as_leading<&Drive::temperature_celsius>},
+    {"temperature",                  read_drive_temperature                 },
     {"current temperature",          as_leading<&Drive::temperature_celsius>},
     {"usage remaining",              read_remaining                         },
     {"medium error count",           as_number<&Drive::media_errors>        },
@@ -259,7 +262,7 @@ constexpr auto kEnclosure = std::to_array<Key<Enclosure>>({
 bool is_bad(std::string_view state) {
     const auto word = lowered(state);
     constexpr auto kBad = std::to_array<std::string_view>(
-        {"fail", "degraded", "critical", "warning", "error", "fault"});
+        {"fail", "degraded", "critical", "warning", "error", "fault", "abnormal"});
     return std::any_of(kBad.begin(), kBad.end(),
                        [&](auto bad) { return word.find(bad) != std::string::npos; });
 }
@@ -484,6 +487,14 @@ private:
         return result != KeyResult::unknown;
     }
 
+    template <auto State>
+    void trouble(EntityOf<State>& entity, const std::string& key, std::string_view value) {
+        const auto words = key + ": " + std::string(value);
+        auto& state = entity.*State;
+        state = state ? *state + ", " + words : words;
+        entity.elsewhere.push_back({words, reading_.at(line_)});
+    }
+
     void found_controllers(std::string_view value) {
         found_ = integer(value);
         if (!found_) return gap("a count that cannot be read");
@@ -506,6 +517,8 @@ private:
             controller_ = reading_.entity_at<Controller>(line_);
             controller_->number = number_;
         }
+        if (key == "temperature" && is_abnormal(value))
+            trouble<&Controller::status>(*controller_, key, value);
         if (!set(keys, key, value, *controller_)) return;
         if (key == "controller status") controller_->place.line = line_;
         if (key == "logical devices/failed/degraded") announced_ = controller_->volumes;
@@ -539,13 +552,22 @@ private:
             has_battery_state_ = true;
             return;
         }
-        if (!set(std::span<const Key<Battery>>(kBattery), key, value, *battery_)) return;
+        const bool is_trouble = key == "hardware error" && value != "No Error" && told(value);
+        if (is_trouble) trouble<&Battery::state>(*battery_, key, value);
+        if (!set(std::span<const Key<Battery>>(kBattery), key, value, *battery_) && !is_trouble)
+            return;
         battery_->controller = number_;
         if (battery_->state) has_battery_state_ = true;
-        if (is_state && battery_->state == value) battery_->place.line = line_;
+        if (!is_state || !told(value)) return;
+        battery_->place.line = line_;
+        battery_->elsewhere.push_back({std::string(value), reading_.at(line_)});
     }
 
     void volume_key(const std::string& key, std::string_view value) {
+        if (key == "failed stripes" && value != "No" && told(value)) {  // data is lost
+            volume_->consistent = false;
+            trouble<&Volume::state>(*volume_, key, value);
+        }
         if (!set(std::span<const Key<Volume>>(kVolume), key, value, *volume_)) return;
         if (key != "status of logical device") return;
         for (const char* field : {"state", "operation"})
@@ -598,9 +620,9 @@ private:
 
     void enclosure_key(const std::string& key, std::string_view value) {
         if (set(std::span<const Key<Enclosure>>(kEnclosure), key, value, *enclosure_)) return;
-        if (key.find("status") == std::string::npos || !is_bad(value) || enclosure_->state) return;
-        enclosure_->state = key + ": " + std::string(value);
-        enclosure_->place.line = line_;
+        if (key.find("status") == std::string::npos || !is_bad(value)) return;
+        if (!enclosure_->state) enclosure_->place.line = line_;
+        trouble<&Enclosure::state>(*enclosure_, key, value);
     }
 
     void end_entity() {

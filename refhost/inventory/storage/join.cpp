@@ -111,11 +111,17 @@ void join(std::vector<Entity>& entities, Merge merge) {
     entities = std::move(joined);
 }
 
-// The row of a list tells the state; an entity stands there.
+// The row of a list tells the state; an entity stands there. Where troubles follow the same state, it stands
+// with them: "Optimal, temperature: 110 C/ 230 F (Abnormal)".
 template <class Entity, class State>
 auto merge_by(State state) {
     return [state](Entity& entity, const Entity& other) {
-        if (!(entity.*state) && other.*state) entity.place = other.place;
+        const auto& [here, there] = std::tie(entity.*state, other.*state);
+        if (there && (!here || there->starts_with(*here + ", "))) {
+            here = there;
+            entity.place = other.place;
+            entity.elsewhere = other.elsewhere;
+        }
         fill(entity, other);
     };
 }
@@ -132,6 +138,7 @@ void merge_drive(Drive& drive, const Drive& other) {
     }
     if (!drive.state && other.state) drive.place = other.place;
     if (!drive.nvme_warnings) drive.nvme_warnings = other.nvme_warnings;
+    if (!drive.temperature_state) drive.temperature_state = other.temperature_state;
     if (!drive.available_spare_threshold)
         drive.available_spare_threshold = other.available_spare_threshold;
     fill(drive, other);
