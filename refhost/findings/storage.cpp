@@ -260,13 +260,27 @@ std::string_view without_members(std::string_view state) {
     return state.substr(0, state.find(" ["));
 }
 
+// How many of its members an array of the kernel can lose, whichever they are; empty: that depends.
+std::optional<std::int64_t> can_lose(const inventory::Text& raid, std::int64_t members) {
+    if (raid == "raid1") return members - 1;
+    if (raid == "raid4" || raid == "raid5") return 1;
+    if (raid == "raid6") return 2;
+    return std::nullopt;
+}
+
+// The rule for a degraded array whose members that are there its state shows.
+std::optional<std::string_view> rule_for_members(const Volume& volume, std::string_view members) {
+    const auto lost = std::count(members.begin(), members.end(), '_');
+    const auto most = can_lose(volume.raid, lost + std::count(members.begin(), members.end(), 'U'));
+    if (lost == 0 || !most) return std::nullopt;
+    if (lost > *most) return "volume_offline";
+    return lost == *most ? "volume_no_redundancy" : "volume_degraded";
+}
+
 // Whether one more drive may be lost. RAID 6 survives the loss of a second drive, unless the tool has a word of
 // its own for that.
 bool has_redundancy(const Volume& volume, std::string_view state) {
-    const auto members = state.substr(without_members(state).size());
-    const auto lost = std::count(members.begin(), members.end(), '_');
-    if (volume.raid == "raid1") return std::count(members.begin(), members.end(), 'U') > 1;
-    return at_least_raid6(volume.raid) && lost < 2 && !same_word(state, "Dgrd");
+    return at_least_raid6(volume.raid) && !same_word(state, "Dgrd");
 }
 
 void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& redundancy,
@@ -279,8 +293,11 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
         for (const auto state : state_words(kVolumeStates, *volume.state)) {
             auto rule_name =
                 rule_for(kVolumeStates, without_members(state)).value_or("volume_state");
-            if (rule_name == "volume_no_redundancy" && has_redundancy(volume, state))
-                rule_name = "volume_degraded";
+            const auto shown =
+                rule_for_members(volume, state.substr(without_members(state).size()));
+            if (rule_name == "volume_no_redundancy")
+                rule_name =
+                    shown.value_or(has_redundancy(volume, state) ? "volume_degraded" : rule_name);
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
                 redundancy.is_lost(volume);
             if (!rule_name.empty())

@@ -122,7 +122,11 @@ bool lacks_details(const Survey& survey, std::int64_t controller) {
     bool is_there = false;
     for (const auto& drive : survey.inventory.drives) {
         if (drive.tool != "storcli" || drive.controller != controller || !drive.enclosure) continue;
-        if (drive.media_errors) return false;
+        // A drive behind a host bus adapter may have "N/A" for each counter.
+        const bool is_detailed =
+            std::any_of(drive.elsewhere.begin(), drive.elsewhere.end(),
+                        [](const auto& at) { return at.field == "media_errors"; });
+        if (is_detailed) return false;
         is_there = true;
     }
     return is_there;

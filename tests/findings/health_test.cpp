@@ -60,6 +60,24 @@ const Words kAllWell{
 
 TEST(Health, OkWhereEverythingWasReadWhole) { EXPECT_EQ(words_of(healthy()), kAllWell); }
 
+// Behind a host bus adapter each counter may be "N/A": the drive told all that it has to tell.
+TEST(Health, DetailsWithoutANumberAreDetails) {
+    auto survey = healthy();
+    survey.inventory.controllers[0].tool = "storcli";
+    survey.captures.push_back(whole("c0_pdlist.txt"));
+    inventory::Drive drive;
+    drive.place = {"c0_showall.txt", 9};
+    drive.tool = "storcli";
+    drive.controller = 0;
+    drive.enclosure = 8;
+    drive.slot = 1;
+    drive.state = "JBOD";
+    survey.inventory.drives.push_back(drive);
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    survey.inventory.drives[0].elsewhere = {{"media_errors", {"c0_pdlist.txt", 27}}};
+    EXPECT_EQ(words_of(survey), kAllWell);
+}
+
 // Its self test and its readings came before; one question got no answer.
 TEST(Health, ABmcThatLeavesAQuestionWithoutAnAnswerIsNotWell) {
     Circumstances circumstances;
@@ -159,6 +177,7 @@ TEST(Health, DetailsThatWereAskedForMustBeWhole) {
         survey.captures.back() = whole(name);
     }
     // The same was told elsewhere.
+    survey.inventory.controllers[0].tool = "storcli";
     survey.captures.push_back(whole("c0_pdlist.txt"));
     capture(survey, "pdlist.txt").is_there = false;
     EXPECT_EQ(words_of(survey), kAllWell);

@@ -135,6 +135,31 @@ TEST(Join, troubles_behind_a_state_stay) {
     }
 }
 
+// The kernel has no word for an array that lacks too many members, and mdadm has.
+TEST(Join, mdadm_says_that_an_array_failed) {
+    const Named kernel = {
+        "host_mdstat.txt",
+        "Personalities : [raid10]\nmd0 : active raid10 sdb1[1](F) sda1[0](F) sdc1[2] sdd1[3]\n"
+        "      1046528 blocks super 1.2 512K chunks 2 near-copies [4/2] [__UU]\n"
+        "unused devices: <none>\n"};
+    const Named mdadm = {
+        "host_mdadm_md0.txt",
+        "/dev/md0:\n    Raid Level : raid10\n         State : clean, FAILED, checking\n"
+        "  Check Status : 5% complete\n"
+        "    Number   Major   Minor   RaidDevice State\n"
+        "       2       8       33        2      active sync   /dev/sdc1\n"};
+    for (const bool is_kernel_first : {true, false}) {
+        const auto found = is_kernel_first ? joined({kernel, mdadm}) : joined({mdadm, kernel});
+        ASSERT_EQ(found.volumes.size(), 1U);
+        const auto& volume = found.volumes[0];
+        EXPECT_EQ(volume.state, "clean, FAILED, checking");
+        EXPECT_EQ(volume.place, (Place{"host_mdadm_md0.txt", 3}));
+        ASSERT_EQ(volume.elsewhere.size(), 1U);
+        EXPECT_EQ(volume.elsewhere[0].field, "operation");
+        EXPECT_EQ(volume.elsewhere[0].place, (Place{"host_mdadm_md0.txt", 4}));
+    }
+}
+
 TEST(Join, two_serial_numbers_are_two_drives) {
     const auto head = std::string("Controller = 0\nStatus = Success\nDescription = None\n");
     const auto found = joined({{"c0_pdlist.txt", head + details("/c0/e1/s1", "S1")},

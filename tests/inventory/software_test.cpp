@@ -118,6 +118,25 @@ TEST(Mdadm, is_read) {
              "volume_members 11: volume_name=md0 position=1 is_spare=no state=removed\n"
              "volume_members 13: volume_name=md0 is_spare=no state=faulty device=/dev/sdb\n",
              "13 lines\n"},
+            // Each place has a row: with all of them read the state shows which members are there.
+            {"/dev/md2:\n    Raid Level : raid6\n  Raid Devices : 4\n         State : clean, degraded, recovering\n"
+             "    Number   Major   Minor   RaidDevice State\n"
+             "       -       0        0        0      removed\n"
+             "       4       8       17        1      spare rebuilding   /dev/sdb1\n"
+             "       2       8       33        2      active sync   /dev/sdc1\n"
+             "       3       8       49        3      active sync   /dev/sdd1\n",
+             "volumes 4: raid=raid6 state=clean, degraded [__UU], recovering name=md2 device=/dev/md2\n"
+             "volume_members 6: volume_name=md2 position=0 is_spare=no state=removed\n"
+             "volume_members 7: volume_name=md2 position=1 is_spare=no state=spare rebuilding device=/dev/sdb\n"
+             "volume_members 8: volume_name=md2 position=2 is_spare=no state=active sync device=/dev/sdc\n"
+             "volume_members 9: volume_name=md2 position=3 is_spare=no state=active sync device=/dev/sdd\n",
+             "9 lines\n"},
+            {"/dev/md3:\n    Raid Level : raid1\n  Raid Devices : 2\n         State : clean, degraded\n"
+             "    Number   Major   Minor   RaidDevice State\n"
+             "       0       8       17        0      active sync   /dev/sdb1\n",
+             "volumes 4: raid=raid1 state=clean, degraded name=md3 device=/dev/md3\n"
+             "volume_members 6: volume_name=md3 position=0 is_spare=no state=active sync device=/dev/sdb\n",
+             "6 lines\ngap 6: 2 members announced, 1 read\n"},
             {"/dev/md1:\n     State : clean, degraded, recovering\n"
              "    Number   Major   Minor   RaidDevice State\n"
              "       3       8       33        0      spare rebuilding   /dev/sdc1\n"

@@ -365,6 +365,64 @@ void expect_supplies(Found& found) {
     }
 }
 
+// ---- Software arrays --------------------------------------------------------------------------------
+
+// Whether one more drive may be lost.
+bool has_redundancy(const Array& array) {
+    const int lost = places_lost(array);
+    if (array.raid == "raid1") return array.places - lost > 1;
+    return array.raid == "raid6" && lost < 2;
+}
+
+void expect_array(Found& found, const Array& array) {
+    const int lost = places_lost(array);
+    Expected one;
+    one.about = "array " + array.name;
+    one.subsystem = "storage";
+    one.holds = {array.name};
+    one.spots = found.spots("volumes", array.name, {"state", "operation"});
+    if (is_lost(array)) {
+        one.rules = {"volume_offline", "volume_no_redundancy"};  // /proc/mdstat has no word for it
+        one.least = one.most = Level::critical;
+        const auto states = found.spots("volumes", array.name, {"state"});
+        for (const auto& spot : states) {
+            if (spot.page.starts_with("host_mdadm") && left_of(spot, found.fates) == Left::sure)
+                one.rules = {"volume_offline"};
+        }
+    } else if (lost > 0) {
+        one.rules = {"volume_degraded", "volume_rebuild"};
+        if (!has_redundancy(array)) {
+            one.rules = {"volume_no_redundancy"};
+            one.least = one.most = Level::critical;
+        }
+    } else if (!array.operation.empty()) {
+        one.rules = {"volume_maintenance"};
+        one.least = one.most = Level::notice;
+    }
+    if (lost > 0 || !array.operation.empty()) found.add(one);
+    const bool is_exposed = lost > 0 && !has_redundancy(array);
+    for (const auto& member : array.members) {
+        if (member.state != "faulty") continue;
+        Expected drive;
+        drive.about = "drive of " + member.device;
+        drive.rules = {is_exposed ? "drive_failed_no_redundancy" : "drive_failed"};
+        drive.least = drive.most = is_exposed ? Level::critical : Level::warning;
+        drive.subsystem = "storage";
+        drive.spots = found.spots("drives", member.device, {"state"});
+        // One line of /proc/mdstat tells of all of them.
+        for (const auto& other : array.members) {
+            if (other.state == "faulty") drive.holds.push_back(other.device.substr(0, 3));
+        }
+        drive.is_once = false;
+        found.add(drive);
+        if (lost > 0) continue;
+        // A spare that failed may be told of the array as well.
+        one.rules = {"volume_state"};
+        one.is_certain = false;
+        found.add(one);
+    }
+}
+
 double days_ago(const Server& server, Seconds time) {
     return static_cast<double>(server.now - time) / 86400.0;
 }
@@ -510,6 +568,7 @@ std::vector<Expected> expected_findings(const Server& server, const Book& book,
                                         const Fates& fates) {
     Found found{server, book, fates};
     expect_storage(found);
+    for (const auto& array : server.arrays) expect_array(found, array);
     if (server.has_bmc) {
         for (const auto& sensor : server.bmc.sensors) {
             expect_status(found, sensor);
@@ -575,6 +634,10 @@ Trust trust_of_storage(const Server& server, const Fates& fates) {
         if (name.ends_with("_showall.txt") || name == "ctrlcount.txt" ||
             name.starts_with("Firmware") || name.starts_with("host_sas2ircu")) {
             if (is_of_tool) trust = worst(trust, fate.trust);
+        } else if (name == "host_mdstat.txt") {
+            trust = worst(trust, fate.trust);
+        } else if (name.starts_with("host_mdadm")) {
+            if (fate.trust != Trust::whole) trust = worst(trust, Trust::unsure);
         } else if (name.ends_with("pdlist.txt") && is_of_tool) {
             asked_details = true;
             has_details = has_details || fate.trust == Trust::whole;
@@ -602,7 +665,7 @@ Trust trust_of_storage(const Server& server, const Fates& fates) {
 std::set<std::string> without_findings(const std::string& subsystem, const Server& server,
                                        const Fates& fates) {
     if (subsystem == "storage") {
-        if (server.storage_tool == StorageTool::none) {
+        if (server.storage_tool == StorageTool::none && server.arrays.empty()) {
             const bool is_broken = fates.of("host_lspci.txt").trust == Trust::broken;
             if (server.has_ahci || is_broken) return {"unknown"};
             return {"absent", "unknown"};

@@ -480,6 +480,71 @@ bool disk_error(Server& server, Random& random) {
     return kernel_line(server, random, {KernelKind::disk_error, random.pick(kTexts), "I/O error"});
 }
 
+// ---- Software arrays --------------------------------------------------------------------------------
+
+// An array that nothing has happened to yet, of which each of so many places may be lost.
+Array* whole_array(Server& server, Random& random, int lost, bool stays) {
+    std::vector<Array*> fit;
+    for (auto& array : server.arrays) {
+        if (array.raid == "raid0" || places_lost(array) > 0 || !array.operation.empty()) continue;
+        auto after = array;
+        for (int place = 0; place < lost; ++place)
+            after.members[static_cast<std::size_t>(place)].state = "faulty";
+        if (lost <= array.places && is_lost(after) != stays) fit.push_back(&array);
+    }
+    return fit.empty() ? nullptr : random.pick(fit);
+}
+
+// The first places fail; a member that was taken out leaves none behind.
+bool lose_places(Server& server, Random& random, int lost, bool stays) {
+    auto* array = whole_array(server, random, lost, stays);
+    if (!array) return false;
+    for (int place = 0; place < lost; ++place) {
+        auto& member = array->members[static_cast<std::size_t>(place)];
+        member.state = "faulty";
+        member.place = -1;
+    }
+    if (random.chance(30)) array->members.erase(array->members.begin());
+    return true;
+}
+
+bool md_failed(Server& server, Random& random) { return lose_places(server, random, 1, true); }
+bool md_two_failed(Server& server, Random& random) { return lose_places(server, random, 2, true); }
+bool md_lost(Server& server, Random& random) {
+    return lose_places(server, random, random.between(2, 3), false);
+}
+
+bool md_rebuild(Server& server, Random& random) {
+    auto* array = whole_array(server, random, 1, true);
+    if (!array || array->members.back().state != "spare") return false;
+    auto& failed = array->members.front();
+    auto& spare = array->members.back();
+    spare.place = failed.place;
+    spare.state = "spare rebuilding";
+    failed.state = "faulty";
+    failed.place = -1;
+    array->operation = "rebuild";
+    array->progress = random.between(0, 999) / 10.0;
+    return true;
+}
+
+bool md_runs(Server& server, Random& random, const char* operation) {
+    auto* array = whole_array(server, random, 0, true);
+    if (!array) return false;
+    array->operation = operation;
+    array->progress = random.between(0, 999) / 10.0;
+    return true;
+}
+bool md_check(Server& server, Random& random) { return md_runs(server, random, "check"); }
+bool md_resync(Server& server, Random& random) { return md_runs(server, random, "resync"); }
+
+bool md_spare_failed(Server& server, Random& random) {
+    auto* array = whole_array(server, random, 0, true);
+    if (!array || array->members.back().state != "spare") return false;
+    array->members.back().state = "faulty";
+    return true;
+}
+
 struct Fault {
     const char* name;
     bool (*happen)(Server&, Random&);
@@ -538,6 +603,13 @@ constexpr Fault kFaults[] = {
     {"edac_uncorrected", edac_uncorrected},
     {"machine_check", machine_check},
     {"disk_error", disk_error},
+    {"md_failed", md_failed},
+    {"md_two_failed", md_two_failed},
+    {"md_lost", md_lost},
+    {"md_rebuild", md_rebuild},
+    {"md_check", md_check},
+    {"md_resync", md_resync},
+    {"md_spare_failed", md_spare_failed},
 };
 
 }  // namespace

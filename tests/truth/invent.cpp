@@ -697,6 +697,43 @@ void invent_storage(Server& server, Random& random) {
     }
 }
 
+// Arrays on drives of their own, or on further partitions of the first array's.
+void invent_arrays(Server& server) {
+    Random random(server.seed ^
+                  0x3d);  // of its own, so that the rest of each server stays as it was
+    if (server.is_virtual || !random.chance(25)) return;
+    struct Shape {
+        const char* raid;
+        int least, most;
+    };
+    static constexpr Shape kShapes[] = {{"raid0", 2, 3}, {"raid1", 2, 2}, {"raid1", 3, 3},
+                                        {"raid5", 3, 5}, {"raid6", 4, 6}, {"raid10", 4, 4}};
+    char letter = 'k';
+    const int count = random.between(1, 2);
+    for (int at = 0; at < count; ++at) {
+        const auto& shape = random.pick(kShapes);
+        Array array;
+        array.name = "md" + std::to_string(at == 0 ? 0 : random.pick(std::vector{1, 127}));
+        array.raid = shape.raid;
+        array.places = random.between(shape.least, shape.most);
+        array.blocks = std::int64_t{1046528} * random.between(1, 900);
+        array.is_written_to = random.chance(30);
+        const int spares = array.raid != "raid0" && random.chance(40) ? 1 : 0;
+        const bool shares = at > 0 && random.chance(50);
+        char next = shares ? 'k' : letter;
+        for (int place = 0; place < array.places + spares; ++place) {
+            ArrayMember member;
+            member.device = std::string("sd") + next++ + (shares ? "2" : "1");
+            member.number = place;
+            member.place = place < array.places ? place : -1;
+            member.state = place < array.places ? "active sync" : "spare";
+            array.members.push_back(member);
+        }
+        letter = std::max(letter, next);
+        server.arrays.push_back(array);
+    }
+}
+
 // ---- The kernel -------------------------------------------------------------------------------------
 
 void invent_dmesg(Server& server, Random& random) {
@@ -740,6 +777,7 @@ Server invent(std::uint64_t seed, Seconds now) {
     invent_machine(server, random);
     if (server.has_bmc) invent_bmc(server, random);
     invent_storage(server, random);
+    invent_arrays(server);
     invent_dmesg(server, random);
     return server;
 }

@@ -87,6 +87,29 @@ struct Controller {
     std::string status = "Optimal";  // as arcconf says it
 };
 
+// A member of a software array: its drive's partition, and its place in the array.
+struct ArrayMember {
+    std::string device;  // "sdk1"
+    int number = 0;
+    int place = -1;     // -1: none
+    std::string state;  // active sync, spare, spare rebuilding, faulty
+};
+
+// An array of the kernel. A place without a member is one that was removed.
+struct Array {
+    std::string name, raid;  // "md0", "raid5"
+    int places = 0;
+    std::int64_t blocks = 0;  // of 1024 bytes
+    std::vector<ArrayMember> members = {};
+    std::string operation = {};  // rebuild, resync, check
+    double progress = 0;         // percent
+    bool is_written_to = false;
+};
+
+// How many places have no member that is in sync, and whether the data is out of reach by that.
+int places_lost(const Array& array);
+bool is_lost(const Array& array);
+
 enum class StorageTool { none, storcli, arcconf, sas2ircu };
 
 // Which form of output storcli has.
@@ -207,6 +230,7 @@ struct Server {
     // other's places; 0, nothing.
     int odd_column = 0;
     bool has_ahci = false;  // an on-board SATA controller
+    std::vector<Array> arrays = {};
     bool has_topology_fault = false;
     std::vector<KernelLine> dmesg = {};
     Platform platform = Platform::full;

@@ -256,6 +256,17 @@ Random fate_of(std::uint64_t seed) { return Random(seed ^ 0x5eed); }
 
 namespace {
 
+// mdadm is asked of the arrays that /proc/mdstat shows.
+void ask_of_known_arrays(Made& made) {
+    Random none(0);
+    for (const auto& page : made.pages) {
+        if (page.tool != "mdadm") continue;
+        const auto name = page.arguments.substr(page.arguments.rfind('/') + 1);
+        if (made.fates.of("host_mdstat.txt").bytes.find(name + " : ") == std::string::npos)
+            made.fates.by_page[page.name] = suffer(page, Damage::not_captured, none);
+    }
+}
+
 void answer_once(Made& made) {
     std::map<std::string, const Fate*> answers;
     for (const auto& page : made.pages) {
@@ -296,6 +307,7 @@ std::unique_ptr<Made> make(const Options& options) {
     print_storcli(server, random, made->book, made->pages);
     print_arcconf(server, random, made->book, made->pages);
     print_sas2ircu(server, random, made->book, made->pages);
+    print_md(server, made->book, made->pages);
     print_dmidecode(server, random, made->book, made->pages);
     print_kernel(server, random, made->book, made->pages);
     made->fates = suffer_all(made->pages, random, options.page.empty() ? options.percent_hurt : 0);
@@ -303,7 +315,10 @@ std::unique_ptr<Made> make(const Options& options) {
         if (page.name == options.page && fits(page, options.damage))
             made->fates.by_page[page.name] = suffer(page, options.damage, random, options.cut_at);
     }
-    if (options.is_recorded) answer_once(*made);
+    if (options.is_recorded) {
+        answer_once(*made);
+        ask_of_known_arrays(*made);
+    }
     made->findings = expected_findings(server, made->book, made->fates);
     made->truth = truth_of(*made);
     return made;

@@ -1,6 +1,7 @@
 #include "inventory/storage/join.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -124,6 +125,26 @@ auto merge_by(State state) {
         }
         fill(entity, other);
     };
+}
+
+// /proc/mdstat has no word for an array that lacks too many members.
+bool says_failed(const Volume& volume) {
+    return !volume.controller && volume.state &&
+           volume.state->find(", FAILED") != std::string::npos;
+}
+
+void merge_volume(Volume& volume, const Volume& other) {
+    const auto tells_operation = [](const FieldPlace& at) { return at.field == "operation"; };
+    if (says_failed(other) && !says_failed(volume)) {
+        volume.state = other.state;
+        volume.place = other.place;
+    }
+    if (!volume.operation && other.operation) {
+        std::erase_if(volume.elsewhere, tells_operation);
+        std::copy_if(other.elsewhere.begin(), other.elsewhere.end(),
+                     std::back_inserter(volume.elsewhere), tells_operation);
+    }
+    merge_by<Volume> (&Volume::state)(volume, other);
 }
 
 // A list cuts long models off; the details do not.
@@ -291,7 +312,7 @@ std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
 
 std::vector<CaptureGap> join_storage(Inventory& inventory) {
     join(inventory.controllers, merge_by<Controller>(&Controller::status));
-    join(inventory.volumes, merge_by<Volume>(&Volume::state));
+    join(inventory.volumes, merge_volume);
     join(inventory.enclosures, merge_by<Enclosure>(&Enclosure::state));
     join(inventory.batteries, merge_by<Battery>(&Battery::state));
     join(inventory.topology, [](TopologyRow&, const TopologyRow&) {});

@@ -1,6 +1,7 @@
 #include "inventory/storage/software.h"
 
 #include <array>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -73,6 +74,27 @@ struct Md {
 void file(Md&& md, Reading& reading) {
     reading.found.volumes.push_back(std::move(md.array));
     for (auto& member : md.members) reading.found.volume_members.push_back(std::move(member));
+}
+
+// Whether the member of each position is in sync.
+std::map<std::int64_t, bool> positions_of(const std::vector<VolumeMember>& members) {
+    std::map<std::int64_t, bool> positions;
+    for (const auto& member : members) {
+        if (!member.position) continue;
+        auto& is_in_sync = positions[*member.position];
+        is_in_sync = is_in_sync || (member.state && member.state->starts_with("active sync"));
+    }
+    return positions;
+}
+
+// "clean, degraded [U_], recovering": shows which members are there, as /proc/mdstat does.
+void show_members(std::string& state, const std::map<std::int64_t, bool>& positions) {
+    constexpr std::string_view kDegraded = ", degraded";
+    const auto at = state.find(kDegraded);
+    if (at == npos) return;
+    std::string shown;
+    for (const auto& [position, is_in_sync] : positions) shown += is_in_sync ? 'U' : '_';
+    state.insert(at + kDegraded.size(), " [" + shown + "]");
 }
 
 // A spare of a pool has a state and no counters: "sdz  INUSE     currently in use"
@@ -160,7 +182,7 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                 if (cell.starts_with('(')) {  // "(auto-read-only)"
                     state += " " + std::string(cell);
                 } else if (cell.find('[') == npos) {
-                    array.raid = std::string(cell);
+                    if (!array.raid && line->ended) array.raid = std::string(cell);
                 } else {
                     const auto device = cell.substr(0, cell.find('['));
                     auto member = member_of(array, reading, number);
@@ -214,6 +236,7 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                 if (text.find(operation) == npos) continue;
                 md->array.operation = std::string(operation);
                 md->array.progress_percent = percent_in(text);
+                md->array.elsewhere.push_back({"operation", reading.at(number)});
                 break;
             }
         } else if (!md || !text.starts_with("bitmap")) {
@@ -248,12 +271,20 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
     std::optional<Md> md;
     bool in_members = false;
     std::int64_t number = 0, count = 0;
+    Integer places;  // "Raid Devices": each has a row
     const auto finish = [&] {
         if (!md) return;
         // A container has no state: /proc/mdstat tells whether its arrays run.
         const bool is_container = md->array.raid == "container";
         if ((!md->array.state && !is_container) || !in_members)
             gap(reading, number, "an array that is cut off");
+        const auto positions = positions_of(md->members);
+        const auto rows = static_cast<std::int64_t>(positions.size());
+        if (in_members && places && rows < *places)
+            gap(reading, number,
+                std::to_string(*places) + " members announced, " + std::to_string(rows) + " read");
+        if (places && rows == *places && md->array.state) show_members(*md->array.state, positions);
+        places.reset();
         if (!is_container) file(std::move(*md), reading);
         md.reset();
         in_members = false;
@@ -294,6 +325,7 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
             Volume& array = md->array;
             set_by_key(std::span<const Key<Volume>>(kArray), pair->key, pair->value, array);
             if (pair->key == "State") array.place.line = number;
+            if (pair->key == "Raid Devices") places = integer(pair->value);
             if (pair->key == "Array Size") {
                 const auto blocks = integer(pair->value.substr(0, pair->value.find(' ')));
                 if (blocks && *blocks >= 0 && *blocks < (std::int64_t{1} << 50))
@@ -305,6 +337,7 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
                 const auto operation = pair->key.substr(0, pair->key.size() - 7);
                 array.operation = told(operation);
                 array.progress_percent = percent_in(pair->value);
+                array.elsewhere.push_back({"operation", reading.at(number)});
             }
         } else if (text.starts_with("mdadm:")) {
             reading.how.errors.push_back({number, std::string(text)});
