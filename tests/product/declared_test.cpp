@@ -121,6 +121,7 @@ TEST_F(Declared, AFileThatIsBrokenIsToldAndLeftOut) {
         {"", "no JSON: unexpected end of input"},
         {std::string(kTables).substr(0, 400), "no JSON: invalid string: missing closing quote"},
         {std::string(100'000, '['), "too deep"},
+        {std::string(4 << 20, ' '), "no JSON: unexpected end of input"},
         {std::string((4 << 20) + 1, ' '), "too large"},
         {"[]", "modules"},
         {R"({"format": 2, "modules": []})", "version"},
