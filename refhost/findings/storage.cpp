@@ -268,6 +268,29 @@ std::optional<std::int64_t> can_lose(const inventory::Text& raid, std::int64_t m
     return std::nullopt;
 }
 
+// A pool's groups of drives, of which none may have lost as many as it can: "raidz2", "mirror".
+bool has_redundant_groups(const Inventory& inventory, const Volume& pool) {
+    std::map<std::int64_t, std::pair<std::int64_t, std::int64_t>> groups;  // members, of them lost
+    for (const VolumeMember& member : inventory.volume_members) {
+        if (member.controller || member.volume_name != pool.name || member.is_spare == true ||
+            !member.span)
+            continue;
+        auto& [members, lost] = groups[*member.span];
+        ++members;
+        if (member.state != "ONLINE") ++lost;
+    }
+    const std::int64_t parity = pool.raid == "raidz2" ? 2 : pool.raid == "raidz3" ? 3 : 1;
+    return !groups.empty() && std::all_of(groups.begin(), groups.end(), [&](const auto& group) {
+        const auto [members, lost] = group.second;
+        return lost < (pool.raid == "mirror" ? members - 1 : parity) || lost == 0;
+    });
+}
+
+bool is_pool(const Volume& volume) {
+    return !volume.controller && volume.raid &&
+           (volume.raid == "mirror" || volume.raid->starts_with("raidz"));
+}
+
 // The rule for a degraded array whose members that are there its state shows.
 std::optional<std::string_view> rule_for_members(const Volume& volume, std::string_view members) {
     const auto lost = std::count(members.begin(), members.end(), '_');
@@ -293,6 +316,9 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
         for (const auto state : state_words(kVolumeStates, *volume.state)) {
             auto rule_name =
                 rule_for(kVolumeStates, without_members(state)).value_or("volume_state");
+            if (rule_name == "volume_no_redundancy" && is_pool(volume) &&
+                has_redundant_groups(inventory, volume))
+                rule_name = "volume_degraded";
             const auto shown =
                 rule_for_members(volume, state.substr(without_members(state).size()));
             if (rule_name == "volume_no_redundancy")

@@ -319,6 +319,47 @@ TEST(Storage, ControllersBatteriesEnclosures) {
             "notice battery_maintenance:c1_battery | Battery of controller 1, BBU | state Learning"}));
 }
 
+// A pool that is degraded may still lose a drive: each of its groups says whether.
+TEST(Storage, GroupsOfAPool) {
+    const struct {
+        const char* raid;
+        std::vector<std::vector<const char*>> groups;
+        const char* rule;
+    } cases[] = {
+        {"mirror", {{"ONLINE", "UNAVAIL"}}, "critical volume_no_redundancy"},
+        {"mirror", {{"ONLINE", "UNAVAIL", "ONLINE"}}, "warning volume_degraded"},
+        {"mirror", {{"ONLINE", "ONLINE"}, {"ONLINE", "REMOVED"}}, "critical volume_no_redundancy"},
+        {"raidz1", {{"ONLINE", "FAULTED", "ONLINE"}}, "critical volume_no_redundancy"},
+        {"raidz2", {{"ONLINE", "FAULTED", "ONLINE", "ONLINE"}}, "warning volume_degraded"},
+        {"raidz2", {{"FAULTED", "FAULTED", "ONLINE", "ONLINE"}}, "critical volume_no_redundancy"},
+        {"raidz3",
+         {{"FAULTED", "FAULTED", "ONLINE", "ONLINE", "ONLINE"}},
+         "warning volume_degraded"},
+        {"raidz2", {}, "critical volume_no_redundancy"},
+    };
+    for (const auto& [raid, groups, rule] : cases) {
+        Inventory inventory;
+        Volume pool;
+        pool.name = "tank";
+        pool.raid = raid;
+        pool.state = "DEGRADED";
+        inventory.volumes = {pool};
+        for (std::size_t group = 0; group < groups.size(); ++group) {
+            for (const char* state : groups[group]) {
+                VolumeMember one;
+                one.volume_name = "tank";
+                one.span = static_cast<std::int64_t>(group);
+                one.is_spare = false;
+                one.state = state;
+                inventory.volume_members.push_back(one);
+            }
+        }
+        const auto lines = judged(inventory);
+        ASSERT_EQ(lines.size(), 1U) << raid;
+        EXPECT_TRUE(lines[0].starts_with(std::string(rule) + ":tank")) << raid << ": " << lines[0];
+    }
+}
+
 // Whatever stands beside it, a word of a state says what it says alone, and where.
 TEST(Storage, AStateOfSeveralWords) {
     Inventory inventory;

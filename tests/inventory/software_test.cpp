@@ -244,6 +244,20 @@ TEST(Zpool, is_read) {
              "volume_members 11: volume_name=c is_spare=yes state=FAULTED device=/dev/sde\n"
              "volume_members 12: volume_name=c is_spare=yes state=AVAIL device=/dev/sdf\n",
              "13 lines\ngap 7: a row that does not fit its heading\n"},
+            // another program's words end no group, and are no spare
+            {"  pool: d\n state: DEGRADED\nconfig:\n  NAME STATE READ WRITE CKSUM\n"
+             "  d DEGRADED 0 0 0\n    mirror-0 DEGRADED 0 0 0\n      sda ONLINE 0 0 0\n"
+             "perl: warning: Setting locale failed.\n      sdb REMOVED 0 0 0\n  spares\n"
+             "perl: warning: Setting locale failed.\n    sdc AVAIL\n"
+             "errors: No known data errors\n",
+             "volumes 2: raid=mirror state=DEGRADED name=d\n"
+             "drives 7: state=ONLINE device=/dev/sda other_errors=0\n"
+             "drives 9: state=REMOVED device=/dev/sdb other_errors=0\n"
+             "volume_members 7: volume_name=d span=0 is_spare=no state=ONLINE device=/dev/sda\n"
+             "volume_members 9: volume_name=d span=0 is_spare=no state=REMOVED device=/dev/sdb\n"
+             "volume_members 12: volume_name=d is_spare=yes state=AVAIL device=/dev/sdc\n",
+             "13 lines\ngap 8: a row that does not fit its heading\n"
+             "gap 11: a row that does not fit its heading\n"},
             {"The ZFS modules are not loaded.\n", "",
              "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
         });

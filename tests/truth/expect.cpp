@@ -423,6 +423,63 @@ void expect_array(Found& found, const Array& array) {
     }
 }
 
+// ---- Pools ------------------------------------------------------------------------------------------
+
+void expect_pool(Found& found, const Pool& pool) {
+    const int lost = members_lost(pool);
+    const int most = can_lose(pool);
+    Expected one;
+    one.about = "pool " + pool.name;
+    one.subsystem = "storage";
+    one.holds = {pool.name};
+    one.spots = found.spots("volumes", pool.name, {"state", "operation"});
+    one.least = one.most = Level::notice;
+    const auto add = [&](const char* rule, Level level) {
+        one.rules.emplace_back(rule);
+        one.least = one.most = std::max(one.most, level);
+    };
+    if (lost > most) {
+        add("volume_offline", Level::critical);
+    } else if (lost > 0) {
+        if (lost == most)
+            add("volume_no_redundancy", Level::critical);
+        else
+            add("volume_degraded", Level::warning);
+    }
+    if (pool.data_errors > 0) {
+        // What the last line tells, a cut takes away; data is lost, whatever it is called.
+        add("volume_state", Level::warning);
+        one.most = Level::critical;
+    }
+    if (pool.operation == "resilver") add("volume_rebuild", Level::warning);
+    if (pool.operation == "scrub") add("volume_maintenance", Level::notice);
+    if (!one.rules.empty()) {
+        if (!found.is_whole("host_zpool.txt")) one.least = Level::notice;
+        found.add(one);
+    }
+    for (const auto& member : pool.members) {
+        const bool has_failed = member.state != "ONLINE";
+        const bool is_exposed = has_failed && lost >= most;
+        if (!has_failed && member.reads + member.writes + member.checksums == 0) continue;
+        Expected drive;
+        drive.about = "drive " + member.device;
+        drive.rules = {is_exposed   ? "drive_failed_no_redundancy"
+                       : has_failed ? "drive_failed"
+                                    : "drive_other_errors"};
+        drive.least = drive.most = is_exposed   ? Level::critical
+                                   : has_failed ? Level::warning
+                                                : Level::notice;
+        if (is_exposed && !found.is_whole("host_zpool.txt")) {
+            drive.rules.emplace_back("drive_failed");
+            drive.least = Level::warning;
+        }
+        drive.subsystem = "storage";
+        drive.spots = found.spots("drives", member.device, {"state"});
+        drive.holds = {member.device};
+        found.add(drive);
+    }
+}
+
 double days_ago(const Server& server, Seconds time) {
     return static_cast<double>(server.now - time) / 86400.0;
 }
@@ -569,6 +626,7 @@ std::vector<Expected> expected_findings(const Server& server, const Book& book,
     Found found{server, book, fates};
     expect_storage(found);
     for (const auto& array : server.arrays) expect_array(found, array);
+    if (server.pool) expect_pool(found, *server.pool);
     if (server.has_bmc) {
         for (const auto& sensor : server.bmc.sensors) {
             expect_status(found, sensor);
@@ -634,7 +692,7 @@ Trust trust_of_storage(const Server& server, const Fates& fates) {
         if (name.ends_with("_showall.txt") || name == "ctrlcount.txt" ||
             name.starts_with("Firmware") || name.starts_with("host_sas2ircu")) {
             if (is_of_tool) trust = worst(trust, fate.trust);
-        } else if (name == "host_mdstat.txt") {
+        } else if (name == "host_mdstat.txt" || name == "host_zpool.txt") {
             trust = worst(trust, fate.trust);
         } else if (name.starts_with("host_mdadm")) {
             if (fate.trust != Trust::whole) trust = worst(trust, Trust::unsure);
@@ -665,7 +723,7 @@ Trust trust_of_storage(const Server& server, const Fates& fates) {
 std::set<std::string> without_findings(const std::string& subsystem, const Server& server,
                                        const Fates& fates) {
     if (subsystem == "storage") {
-        if (server.storage_tool == StorageTool::none && server.arrays.empty()) {
+        if (server.storage_tool == StorageTool::none && server.arrays.empty() && !server.pool) {
             const bool is_broken = fates.of("host_lspci.txt").trust == Trust::broken;
             if (server.has_ahci || is_broken) return {"unknown"};
             return {"absent", "unknown"};

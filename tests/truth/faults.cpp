@@ -545,6 +545,49 @@ bool md_spare_failed(Server& server, Random& random) {
     return true;
 }
 
+// ---- Pools ------------------------------------------------------------------------------------------
+
+bool lose_members(Server& server, Random& random, int lost) {
+    if (!server.pool || members_lost(*server.pool) > 0) return false;
+    static constexpr const char* kStates[] = {"UNAVAIL", "FAULTED", "REMOVED", "OFFLINE"};
+    for (int at = 0; at < lost; ++at)
+        server.pool->members[static_cast<std::size_t>(at)].state = random.pick(kStates);
+    return true;
+}
+
+bool zpool_failed(Server& server, Random& random) { return lose_members(server, random, 1); }
+bool zpool_two_failed(Server& server, Random& random) {
+    return server.pool && can_lose(*server.pool) == 2 && lose_members(server, random, 2);
+}
+bool zpool_lost(Server& server, Random& random) {
+    return server.pool && lose_members(server, random, can_lose(*server.pool) + 1);
+}
+
+bool zpool_checksums(Server& server, Random& random) {
+    if (!server.pool) return false;
+    auto& member = server.pool->members.back();
+    member.checksums = random.between(1, 900);
+    if (random.chance(30)) member.reads = random.between(1, 20);
+    return true;
+}
+
+bool zpool_data_errors(Server& server, Random& random) {
+    if (!server.pool) return false;
+    server.pool->data_errors = random.between(2, 90);
+    return true;
+}
+
+bool zpool_runs(Server& server, Random& random, const char* operation) {
+    if (!server.pool || !server.pool->operation.empty()) return false;
+    server.pool->operation = operation;
+    server.pool->progress = random.between(0, 9999) / 100.0;
+    return true;
+}
+bool zpool_resilver(Server& server, Random& random) {
+    return zpool_runs(server, random, "resilver");
+}
+bool zpool_scrub(Server& server, Random& random) { return zpool_runs(server, random, "scrub"); }
+
 struct Fault {
     const char* name;
     bool (*happen)(Server&, Random&);
@@ -610,6 +653,13 @@ constexpr Fault kFaults[] = {
     {"md_check", md_check},
     {"md_resync", md_resync},
     {"md_spare_failed", md_spare_failed},
+    {"zpool_failed", zpool_failed},
+    {"zpool_two_failed", zpool_two_failed},
+    {"zpool_lost", zpool_lost},
+    {"zpool_checksums", zpool_checksums},
+    {"zpool_data_errors", zpool_data_errors},
+    {"zpool_resilver", zpool_resilver},
+    {"zpool_scrub", zpool_scrub},
 };
 
 }  // namespace

@@ -734,6 +734,24 @@ void invent_arrays(Server& server) {
     }
 }
 
+void invent_pool(Server& server) {
+    Random random(server.seed ^ 0x2f5);  // of its own as well
+    if (server.is_virtual || !random.chance(15)) return;
+    static constexpr const char* kRaids[] = {"mirror", "raidz1", "raidz2"};
+    Pool pool;
+    pool.name = random.chance(50) ? "tank" : "rpool";
+    pool.raid = random.pick(kRaids);
+    const int least = pool.raid == "mirror" ? 2 : pool.raid == "raidz1" ? 3 : 4;
+    const int count = random.between(least, pool.raid == "mirror" ? 3 : 6);
+    for (int at = 0; at < count; ++at) {
+        PoolMember member;
+        member.device = std::string("sdb") + static_cast<char>('a' + at);
+        pool.members.push_back(member);
+    }
+    if (random.chance(30)) pool.spare = "sdbz";
+    server.pool = pool;
+}
+
 // ---- The kernel -------------------------------------------------------------------------------------
 
 void invent_dmesg(Server& server, Random& random) {
@@ -778,6 +796,7 @@ Server invent(std::uint64_t seed, Seconds now) {
     if (server.has_bmc) invent_bmc(server, random);
     invent_storage(server, random);
     invent_arrays(server);
+    invent_pool(server);
     invent_dmesg(server, random);
     return server;
 }

@@ -16,6 +16,7 @@ void print_arcconf(const Server& server, Random& random, Book& book, Pages& page
 void print_sas2ircu(const Server& server, Random& random, Book& book, Pages& pages);
 void print_ipmi(const Server& server, Random& random, Book& book, Pages& pages);
 void print_md(const Server& server, Book& book, Pages& pages);
+void print_zpool(const Server& server, Book& book, Pages& pages);
 void print_dmidecode(const Server& server, Random& random, Book& book, Pages& pages);
 void print_kernel(const Server& server, Random& random, Book& book, Pages& pages);
 

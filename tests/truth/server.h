@@ -110,6 +110,25 @@ struct Array {
 int places_lost(const Array& array);
 bool is_lost(const Array& array);
 
+// A pool of ZFS with one group of drives.
+struct PoolMember {
+    std::string device;  // "sdba"
+    std::string state = "ONLINE";
+    int reads = 0, writes = 0, checksums = 0;  // errors
+};
+
+struct Pool {
+    std::string name, raid;  // mirror, raidz1, raidz2
+    std::vector<PoolMember> members = {};
+    std::string spare = {};      // its device; empty: none
+    std::string operation = {};  // scrub, resilver
+    double progress = 0;         // percent
+    int data_errors = 0;
+};
+
+int members_lost(const Pool& pool);
+int can_lose(const Pool& pool);  // how many members
+
 enum class StorageTool { none, storcli, arcconf, sas2ircu };
 
 // Which form of output storcli has.
@@ -231,6 +250,7 @@ struct Server {
     int odd_column = 0;
     bool has_ahci = false;  // an on-board SATA controller
     std::vector<Array> arrays = {};
+    std::optional<Pool> pool = {};
     bool has_topology_fault = false;
     std::vector<KernelLine> dmesg = {};
     Platform platform = Platform::full;

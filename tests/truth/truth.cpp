@@ -308,6 +308,7 @@ std::unique_ptr<Made> make(const Options& options) {
     print_arcconf(server, random, made->book, made->pages);
     print_sas2ircu(server, random, made->book, made->pages);
     print_md(server, made->book, made->pages);
+    print_zpool(server, made->book, made->pages);
     print_dmidecode(server, random, made->book, made->pages);
     print_kernel(server, random, made->book, made->pages);
     made->fates = suffer_all(made->pages, random, options.page.empty() ? options.percent_hurt : 0);

@@ -412,6 +412,11 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
                 *pool->state += ", " + std::string(errors);
             }
         } else if (pool && in_config) {
+            const auto indent = line->text.find_first_not_of(" \t");
+            if (indent == 0) {  // another program's words, which end no group
+                gap(reading, number, "a row that does not fit its heading");
+                continue;
+            }
             const auto cells = words(text);
             if (cells.size() == 1) {  // "logs", "spares", "cache"
                 section = cells[0];
@@ -427,7 +432,6 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
                 gap(reading, number, "a row that does not fit its heading");
                 continue;
             }
-            const auto indent = line->text.find_first_not_of(" \t");
             if (indent <= span_indent) span.reset();
             const std::string_view name = cells[0];
             if (name == pool->name && pool_indent == 0) {
@@ -467,7 +471,10 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             pool->place.line = number;
         } else if (pool && head && head->key == "scan") {
             const auto in_progress = head->value.find(" in progress");
-            if (in_progress != npos) pool->operation = told(head->value.substr(0, in_progress));
+            if (in_progress != npos) {
+                pool->operation = told(head->value.substr(0, in_progress));
+                pool->elsewhere.push_back({"operation", reading.at(number)});
+            }
         } else if (pool && head && head->key == "config") {
             in_config = true;
             pool_indent = span_indent = 0;
