@@ -144,7 +144,8 @@ void merge_volume(Volume& volume, const Volume& other) {
         std::copy_if(other.elsewhere.begin(), other.elsewhere.end(),
                      std::back_inserter(volume.elsewhere), tells_operation);
     }
-    merge_by<Volume> (&Volume::state)(volume, other);
+    const auto merge = merge_by<Volume>(&Volume::state);
+    merge(volume, other);
 }
 
 // A list cuts long models off; the details do not.
