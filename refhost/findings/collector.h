@@ -65,15 +65,6 @@ EntityRef ref_to(const inventory::Inventory& inventory, const Entity& entity) {
     return {kind.name, &entity - (inventory.*kind.list).data() + 1};
 }
 
-// Where a field of an entity stands: mostly where the entity does.
-template <class Entity>
-Place place_of(const Entity& entity, std::string_view field) {
-    for (const auto& at : entity.elsewhere) {
-        if (at.field == field) return at.place;
-    }
-    return entity.place;
-}
-
 // The id of a finding of this rule on this thing: letters, digits and "._:-" alone, so that it can
 // stand in a rules file and a label.
 std::string finding_id(const Rule& rule, const std::string& key);

@@ -523,7 +523,8 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
                 const auto name =
                     rule_for(kSupplyStates, part).value_or(is_harmless(part) ? "" : "power_supply");
                 if (!name.empty())
-                    findings.add(subject, name, "state " + *supply.state, supply.place);
+                    findings.add(subject, name, "state " + *supply.state,
+                                 place_of(supply, "state"));
             }
         }
         if (supply.input_state) {
@@ -531,7 +532,8 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
                 rule_for(kSupplyStates, *supply.input_state)
                     .value_or(is_input_voltage(*supply.input_state) ? "" : "power_input");
             if (!name.empty())
-                findings.add(subject, "power_input", "input " + *supply.input_state, supply.place);
+                findings.add(subject, "power_input", "input " + *supply.input_state,
+                             place_of(supply, "input_state"));
         }
     }
 }

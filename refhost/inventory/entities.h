@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qvhost::inventory {
@@ -28,6 +29,15 @@ struct FieldPlace {
     std::string field;  // its name in fields.h, or the word: "temperature: 110 C/ 230 F (Abnormal)"
     Place place;
 };
+
+// Where a field of an entity stands: mostly where the entity does.
+template <class Entity>
+Place place_of(const Entity& entity, std::string_view field) {
+    for (const auto& at : entity.elsewhere) {
+        if (at.field == field) return at.place;
+    }
+    return entity.place;
+}
 
 struct System {
     Place place;
@@ -78,6 +88,8 @@ struct PowerSupply {
     Text state, input_state;
     Real input_watts;
     Text model, serial, part, firmware;
+    std::vector<FieldPlace> elsewhere =
+        {};  // states that stand below its heading or in another capture
 };
 
 struct Fru {

@@ -187,6 +187,22 @@ TEST(Sensors, SuppliesPrintSeveralStatesInOneText) {
               Lines{"warning power_input:PSU2 | Power supply 2 | input AC V"});
 }
 
+TEST(Sensors, EachStateOfASupplyNamesItsLine) {
+    Inventory inventory;
+    inventory::PowerSupply supply;
+    supply.place = {"psuinfo.txt", 1};
+    supply.slot = "PSU1";
+    supply.state = "Failed";
+    supply.input_state = "AC lost";
+    supply.elsewhere = {{"input_state", {"sdrinfo.txt", 9}}, {"state", {"psuinfo.txt", 7}}};
+    inventory.power_supplies = {supply};
+    Collector findings;
+    judge_power_supplies(inventory, findings);
+    const auto made = findings.take();
+    ASSERT_EQ(made.size(), 1U);
+    EXPECT_EQ(made[0].evidence, (std::vector<Place>{{"psuinfo.txt", 7}, {"sdrinfo.txt", 9}}));
+}
+
 TEST(Sensors, AnEmptyBayIsNoFailure) {
     Inventory inventory;
     inventory::PowerSupply bay;

@@ -189,6 +189,39 @@ TEST(PowerSupplies, FormsOfThreeMakers) {
               "gap 1: no power supply\nerror 1: Get OEM data: Error 0xc1, Invalid command\n");
 }
 
+TEST(PowerSupplies, EachStateNamesItsOwnLine) {
+    const auto places_of = [](std::string_view text) {
+        std::vector<std::int64_t> lines;
+        const auto made = read(text, read_oem_power_supplies);
+        for (const auto& supply : made.found.power_supplies)
+            for (const char* field : {"state", "input_state"})
+                lines.push_back(place_of(supply, field).line);
+        return lines;
+    };
+    using Numbers = std::vector<std::int64_t>;
+    EXPECT_EQ(places_of("\nPSU1\n  Present             Yes\n  Input               AC lost\n"
+                        "  Model               EX-PS800\n  Status              Failed\n"),
+              (Numbers{6, 4}));
+    EXPECT_EQ(places_of("Power supply 1: present, AC lost, failed\n  Model: EX, firmware 1\n"),
+              (Numbers{1, 1}));
+}
+
+TEST(JoinPowerSupplies, AStateOfAnotherCaptureStandsThere) {
+    Read made;
+    made.add("PSU1\n  Present             Yes\n  Status              OK\n", read_oem_power_supplies,
+             "psuinfo.txt");
+    made.add(
+        "PSU1 Input       | 30h | ok  | 10.1 | 0 Watts\n"
+        "PSU1 Status      | 33h | ok  | 10.1 | Presence detected, Power Supply AC lost\n",
+        read_sdr, "sdrinfo.txt");
+    join_bmc(made.found);
+    ASSERT_EQ(made.found.power_supplies.size(), 1U);
+    const auto& supply = made.found.power_supplies.front();
+    EXPECT_EQ(place_of(supply, "state"), (Place{"psuinfo.txt", 3}));
+    EXPECT_EQ(place_of(supply, "input_state"), (Place{"sdrinfo.txt", 2}));
+    EXPECT_EQ(place_of(supply, "model"), (Place{"psuinfo.txt", 1}));
+}
+
 TEST(JoinPowerSupplies, OneOfAllThatIsSaid) {
     Read made;
     made.add(

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "inventory/ipmi/power_supply_name.h"
+#include "inventory/ipmi/power_supply_states.h"
 #include "inventory/merge.h"
 
 namespace qvhost::inventory {
@@ -126,10 +127,17 @@ bool is_same(const PowerSupply& a, const PowerSupply& b) {
     return number && number == number_of(b);
 }
 
+void complete_supply(PowerSupply& supply, const PowerSupply& other) {
+    for (const auto& [field, state] : kPowerSupplyStates)
+        if (!(supply.*state) && other.*state)
+            supply.elsewhere.push_back({field, place_of(other, field)});
+    complete(supply, other);
+}
+
 void add_power_supply(std::vector<PowerSupply>& supplies, PowerSupply other) {
     for (auto& supply : supplies) {
         if (!is_same(supply, other)) continue;
-        complete(supply, other);
+        complete_supply(supply, other);
         return;
     }
     supplies.push_back(std::move(other));
@@ -162,6 +170,9 @@ std::optional<PowerSupply> power_supply_of(const Sensor& sensor) {
         if (state == "Presence detected") supply.present = true;
         if (state.find("AC lost") != std::string::npos) supply.input_state = state;
     }
+    supply.elsewhere = {
+        {"input_state", place_of(sensor, "states")}
+    };
     const auto rest = sensor.name->substr(name.size());
     const bool is_input =
         rest.find("Input") != std::string::npos || rest.find("Pin") != std::string::npos;
@@ -194,7 +205,7 @@ void join_power_supplies(Inventory& found) {
         const auto supply = power_supply_of(sensor);
         if (!supply) continue;
         for (auto& known : supplies)
-            if (is_same(known, *supply)) complete(known, *supply);
+            if (is_same(known, *supply)) complete_supply(known, *supply);
     }
     add_firmware(supplies, found.component_versions);
     found.power_supplies = std::move(supplies);

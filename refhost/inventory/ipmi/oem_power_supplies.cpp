@@ -24,6 +24,7 @@
 #include "inventory/forms.h"
 #include "inventory/ipmi/aside.h"
 #include "inventory/ipmi/power_supply_name.h"
+#include "inventory/ipmi/power_supply_states.h"
 #include "inventory/ipmi/readers.h"
 #include "inventory/text.h"
 #include "text/case.h"
@@ -97,7 +98,7 @@ void add_state(PowerSupply& supply, std::string_view text) {
 }
 
 // Whether the key is one that these forms have.
-bool take(PowerSupply& supply, std::string_view key, std::string_view value) {
+bool take(PowerSupply& supply, std::string_view key, std::string_view value, const Place& place) {
     if (same_word(key, "present")) {
         add_state(supply, value);
         return true;
@@ -112,6 +113,8 @@ bool take(PowerSupply& supply, std::string_view key, std::string_view value) {
         if (row.member != nullptr)
             supply.*row.member =
                 row.member == &PowerSupply::serial ? told_identity(value) : told(value);
+        for (const auto& [field, state] : kPowerSupplyStates)
+            if (row.member == state) supply.elsewhere.push_back({field, place});
         return true;
     }
     return false;
@@ -128,7 +131,7 @@ void read_heading(std::string_view text, PowerSupply& supply) {
     for (const auto word : words(text)) {
         const auto pair = key_value(word, "=");
         if (pair) {
-            take(supply, pair->key, pair->value);
+            take(supply, pair->key, pair->value, supply.place);
             supply.present = true;
         } else {
             if (!state.empty()) state += ' ';
@@ -139,16 +142,16 @@ void read_heading(std::string_view text, PowerSupply& supply) {
 }
 
 // "Model: EX PS800, firmware 4.52, serial PS A1 0001", "Present             Yes"
-bool read_detail(std::string_view text, PowerSupply& supply) {
+bool read_detail(std::string_view text, const Place& place, PowerSupply& supply) {
     text = trimmed(text);
     const auto gap = text.find("  ");
     if (gap != std::string_view::npos)
-        return take(supply, text.substr(0, gap), trimmed(text.substr(gap)));
+        return take(supply, text.substr(0, gap), trimmed(text.substr(gap)), place);
     bool known = true;
     for (const auto part : fields_between(text, ',')) {
         const auto end = part.find_first_of(": ");
         known = end != std::string_view::npos &&
-                take(supply, part.substr(0, end), trimmed(part.substr(end + 1))) && known;
+                take(supply, part.substr(0, end), trimmed(part.substr(end + 1)), place) && known;
     }
     return known;
 }
@@ -170,7 +173,7 @@ void read_oem_power_supplies(CaptureLines& lines, Reading& reading) {
             if (line.ended) read_heading(trimmed(text.substr(name.size())), supply);
             supplies.push_back(std::move(supply));
         } else if (is_indented && supplies.size() > before && !trimmed(text).empty()) {
-            known = !line.ended || read_detail(text, supplies.back());
+            known = !line.ended || read_detail(text, reading.at(line.number), supplies.back());
         } else if (text.starts_with("Redundancy") && line.ended) {
             const auto state = text.substr(std::string_view("Redundancy").size());
             reading.found.chassis_states.push_back(
