@@ -1,4 +1,4 @@
-// The plug-in: loaded with dlopen, known by AddModules alone.
+// The plug-in: loaded with dlopen, asked for its modules, and for operations by their symbols.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
