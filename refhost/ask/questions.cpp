@@ -102,7 +102,7 @@ constexpr auto kQuestions = std::to_array<Question>({
 });
 // clang-format on
 
-// A capture is asked for once; "{n}" stands in all of a question's texts or in none.
+// "{n}" stands in the arguments and in the capture, or in neither.
 consteval bool well_formed(std::span<const Question> rows) {
     for (const auto& row : rows) {
         const bool several = row.capture.find("{n}") != std::string_view::npos;
