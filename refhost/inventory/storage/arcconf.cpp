@@ -125,24 +125,6 @@ constexpr auto kVolume = std::to_array<Key<Volume>>({
     {"write-cache status",       as_text<&Volume::cache>          },
 });
 
-//       Device #4
-//          Device is a Hard drive
-//          State                              : Global Hot-Spare
-//          Block Size                         : 4K Bytes
-//          Transfer Speed                     : SATA 6.0 Gb/s
-//          Reported Channel,Device(T:L)       : 0,4(4:0)
-//          Reported Location                  : Enclosure 0, Slot 2(Connector 0)
-//          Model                              : WD1003FBYX-01Y7B
-//          Serial number                      : WD-WCAW00000000
-//          World-wide name                    : 5000CCA000000000
-//          Total Size                         : 953869 MB
-//          S.M.A.R.T.                         : No
-//          S.M.A.R.T. warnings                : 0
-//          SSD                                : No
-//          Temperature                        : 41 C/ 105 F
-//       Runtime Error Counters
-//          Hardware Error Count               : 0
-//          Medium Error Count                 : 0
 bool read_drive_temperature(Drive& drive, std::string_view value) {
     if (is_abnormal(value)) drive.temperature_state = std::string(name_of_temperature(value));
     return as_leading<&Drive::temperature_celsius>(drive, value);
@@ -206,6 +188,24 @@ bool read_remaining(Drive& drive, std::string_view value) {
     return true;
 }
 
+//       Device #4
+//          Device is a Hard drive
+//          State                              : Global Hot-Spare
+//          Block Size                         : 4K Bytes
+//          Transfer Speed                     : SATA 6.0 Gb/s
+//          Reported Channel,Device(T:L)       : 0,4(4:0)
+//          Reported Location                  : Enclosure 0, Slot 2(Connector 0)
+//          Model                              : WD1003FBYX-01Y7B
+//          Serial number                      : WD-WCAW00000000
+//          World-wide name                    : 5000CCA000000000
+//          Total Size                         : 953869 MB
+//          S.M.A.R.T.                         : No
+//          S.M.A.R.T. warnings                : 0
+//          SSD                                : No
+//          Temperature                        : 41 C/ 105 F
+//       Runtime Error Counters
+//          Hardware Error Count               : 0
+//          Medium Error Count                 : 0
 constexpr auto kDrive = std::to_array<Key<Drive>>({
     {"state",                        read_state                             },
     {"array",                        as_number<&Drive::drive_group>         },
