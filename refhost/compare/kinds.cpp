@@ -148,6 +148,7 @@ const std::vector<KindRow> kKinds = {
         {"media_errors",            counter},
         {"other_errors",            counter},
         {"predicted_failures",      counter},
+        {"shield_counter",          counter},
         {"smart_alert",             state, "predicts its failure"},
         {"percentage_used",         counter},
         {"available_spare_percent", counter},

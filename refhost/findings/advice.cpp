@@ -53,6 +53,8 @@ constexpr auto kAdvice = std::to_array<Advice>({
     {"drive_media_errors_grow_no_redundancy", "Save what is on the volume now, before the drive or another one fails.", "Pinheiro, Weber, Barroso: Failure Trends in a Large Disk Drive Population (FAST 2007)"},
     {"drive_wear",                    "Plan its replacement: at 100 percent the endurance that its maker estimates is used up, which is no failure yet.", "NVM Express, SMART / Health Information log: Percentage Used"},
     {"drive_other_errors",            "Ask the drive for its own error log: smartctl -x DEVICE.", "smartctl(8), -x"},
+    {"drive_shielded_grow",           "Read when and why the controller shielded it: storcli /cX show events.", "StorCLI reference manual, events commands"},
+    {"drive_shielded",                "Read when and why the controller shielded it: storcli /cX show events.", "StorCLI reference manual, events commands"},
     {"controller_attention",          "Read what it logged: storcli /cX show events.", "StorCLI reference manual, events commands"},
     {"battery",                       "Ask it for all that it knows: storcli /cX/bbu show all, or /cX/cv show all.", "StorCLI reference manual, BBU and CacheVault commands"},
     {"battery_write_back_forced",     "Ask it for all that it knows: storcli /cX/bbu show all, or /cX/cv show all.", "StorCLI reference manual, BBU and CacheVault commands"},

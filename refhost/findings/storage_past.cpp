@@ -27,8 +27,9 @@ struct GrowthRow {
 };
 // clang-format off
 constexpr auto kGrowth = std::to_array<GrowthRow>({
-    {"media_errors", "drive_media_errors_grow", "drive_media_errors_grow_no_redundancy", "media errors"},
-    {"other_errors", "drive_other_errors_grow", "drive_other_errors_grow",               "other errors"},
+    {"media_errors",   "drive_media_errors_grow", "drive_media_errors_grow_no_redundancy", "media errors"  },
+    {"other_errors",   "drive_other_errors_grow", "drive_other_errors_grow",               "other errors"  },
+    {"shield_counter", "drive_shielded_grow",     "drive_shielded_grow",                   "times shielded"},
 });
 // clang-format on
 

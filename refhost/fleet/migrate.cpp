@@ -47,6 +47,7 @@ const std::vector<Migration> kMigrations = {
       {"findings", {"acknowledged_why", ColumnType::text}}}},
     {2, {}, {kVolumeMembers}},
     {3, {}, {}, {{"hosts", "machine_id"}, {"hosts", "serial"}}},
+    {4, {{"drives", {"shield_counter", ColumnType::integer}}}},
 };
 // clang-format on
 

@@ -14,7 +14,7 @@
 namespace qvhost::fleet {
 
 // Counts the changes of tables and views that a database has to be migrated for.
-inline constexpr int kFormat = 4;
+inline constexpr int kFormat = 5;
 
 // `until` of a row that is true in the host's last run.
 inline constexpr std::int64_t kForever = std::numeric_limits<std::int64_t>::max();

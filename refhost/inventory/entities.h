@@ -155,7 +155,7 @@ struct Drive {
     Integer sector_bytes;
     Text model, serial, wwn, firmware, device;
     Real temperature_celsius;
-    Integer media_errors, other_errors, predicted_failures;
+    Integer media_errors, other_errors, predicted_failures, shield_counter;
     Flag smart_alert;
     Real percentage_used, available_spare_percent;
     Integer power_on_hours;

@@ -145,6 +145,7 @@ constexpr auto kDrive = std::to_array<Field<Drive>>({
     {"media_errors",            &Drive::media_errors,            "",                "errors of the medium, counted",                 "storcli, arcconf, smartctl"},
     {"other_errors",            &Drive::other_errors,            "",                "errors of link and command, counted",           "storcli, arcconf"},
     {"predicted_failures",      &Drive::predicted_failures,      "",                "predicted failures, counted",                   "storcli, arcconf"},
+    {"shield_counter",          &Drive::shield_counter,          "",                "how often it was shielded for diagnosis",       "storcli"},
     {"smart_alert",             &Drive::smart_alert,             "",                "whether SMART warns of a failure",              "storcli, arcconf, smartctl"},
     {"percentage_used",         &Drive::percentage_used,         "percent",         "wear of a solid-state drive",                   "smartctl"},
     {"available_spare_percent", &Drive::available_spare_percent, "percent",         "spare blocks that are left",                    "smartctl"},

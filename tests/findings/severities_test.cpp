@@ -203,7 +203,9 @@ Case growing(const char* fault, const char* field, std::int64_t now, Lines findi
             [=](Server& s) {
                 if (*raid) add_volume(s, raid, volume_state);
                 auto& one = add_drive(s, "Onln");
-                (std::string(field) == "media_errors" ? one.media_errors : one.other_errors) = now;
+                (std::string(field) == "media_errors"   ? one.media_errors
+                 : std::string(field) == "other_errors" ? one.other_errors
+                                                        : one.shield_counter) = now;
                 s.past.grown.push_back({{"drives", 1}, {field, 3, now, "2026-11-01T02:00:00Z"}});
             },
             std::move(findings)};
@@ -419,7 +421,8 @@ const std::vector<Case>& cases() {
         drive("predicted failure, degraded array", "Dgrd", "Onln",         {"critical volume_no_redundancy", "critical drive_predicted_no_redundancy"}, [](Drive& d) { d.predicted_failures = 1; }),
         drive("media errors",                      "Optl", "Onln",         {"warning drive_media_errors"},                  [](Drive& d) { d.media_errors = 1; }),
         drive("other errors",                      "Optl", "Onln",         {"notice drive_other_errors"},                   [](Drive& d) { d.other_errors = 1; }),
-        drive("counters of zero",                  "Optl", "Onln",         {},                                              [](Drive& d) { d.media_errors = d.other_errors = d.predicted_failures = 0; }),
+        drive("shielded for diagnosis",            "Optl", "Onln",         {"notice drive_shielded"},                       [](Drive& d) { d.shield_counter = 1; }),
+        drive("counters of zero",                  "Optl", "Onln",         {},                                              [](Drive& d) { d.media_errors = d.other_errors = d.predicted_failures = d.shield_counter = 0; }),
         drive("counters of zero, degraded array",  "Dgrd", "Onln",         {"critical volume_no_redundancy"},               [](Drive& d) { d.predicted_failures = 0; }),
         growing("media errors grow",               "media_errors", 4, {"warning drive_media_errors_grow"}),
         growing("media errors stay",               "media_errors", 3, {"warning drive_media_errors"}),
@@ -442,6 +445,8 @@ const std::vector<Case>& cases() {
         pool_spares("spare of a pool in use, one left", "INUSE", "AVAIL", {}),
         growing("other errors grow",               "other_errors", 4, {"warning drive_other_errors_grow"}),
         growing("other errors stay",               "other_errors", 3, {"notice drive_other_errors"}),
+        growing("shielded again",                  "shield_counter", 4, {"warning drive_shielded_grow"}),
+        growing("shielded no more",                "shield_counter", 3, {"notice drive_shielded"}),
         nvme("healthy NVMe drive",                 [](Drive& d) { d.percentage_used = 79; d.available_spare_percent = 11; },             {}),
         nvme("80 % of its life used",              [](Drive& d) { d.percentage_used = 80; },                                             {"warning drive_wear"}),
         nvme("its life used up, spare good",       [](Drive& d) { d.percentage_used = 120; d.available_spare_percent = 100; },           {"warning drive_wear"}),

@@ -174,19 +174,21 @@ TEST(Storage, CountersAtTheirThresholds) {
     inventory.drives[0].media_errors = 0;
     inventory.drives[0].predicted_failures = 0;
     inventory.drives[0].other_errors = 0;
+    inventory.drives[0].shield_counter = 0;
     inventory.drives[0].percentage_used = 79;
     inventory.drives[0].available_spare_percent = 11;
     inventory.drives[1].media_errors = 1;
     inventory.drives[2].percentage_used = 80;
     inventory.drives[2].available_spare_percent = 10;
     inventory.drives[3].other_errors = 1;
+    inventory.drives[3].shield_counter = 2;
     EXPECT_EQ(
         judged(inventory),
         (Lines{
             "critical drive_spare_low:Z2 | Drive 8:2 of controller 0, serial Z2 | 10 % of its spare blocks left; "
             "80 % of its life used",
             "warning drive_media_errors:Z1 | Drive 8:1 of controller 0, serial Z1 | 1 media errors",
-            "notice drive_other_errors:Z3 | Drive 8:3 of controller 0, serial Z3 | 1 other errors"}));
+            "notice drive_other_errors:Z3 | Drive 8:3 of controller 0, serial Z3 | 1 other errors; 2 times shielded"}));
 }
 
 TEST(Storage, AForeignDriveIsHealthyInItsStateAlone) {

@@ -106,7 +106,7 @@ std::string details_of(const std::string& drive, const std::string& serial,
                        const std::string& errors, const std::string& alert) {
     const auto head = "Drive " + drive;
     return head + " - Detailed Information :\n========================================\n\n" + head +
-           " State :\n=======================\nShield Counter = 0\nMedia Error Count = " + errors +
+           " State :\n=======================\nShield Counter = 2\nMedia Error Count = " + errors +
            "\nOther Error Count = 0\nDrive Temperature =  31C (87.80 F)\n"
            "Predictive Failure Count = 0\nS.M.A.R.T alert flagged by drive = " +
            alert + "\n\n\n" + head +
@@ -193,20 +193,21 @@ TEST(Storcli, reads_details_by_their_own_headings) {
               "drives 7: controller=1 enclosure=252 slot=1 drive_group=0 "
               "capacity_bytes=998998655631 sector_bytes=512 model=EX1000 NM 0023 X serial=EXD1 "
               "wwn=5000000000000001 firmware=EX07 temperature_celsius=31 media_errors=3 "
-              "other_errors=0 predicted_failures=0 smart_alert=no\n"
+              "other_errors=0 predicted_failures=0 shield_counter=2 smart_alert=no\n"
               "drives 53: controller=1 enclosure=252 slot=2 "
               "capacity_bytes=998998655631 sector_bytes=512 model=EX1000 NM 0023 X serial=EXD2 "
               "wwn=5000000000000001 firmware=EX07 temperature_celsius=31 media_errors=0 "
-              "other_errors=0 predicted_failures=0 smart_alert=yes\n"
+              "other_errors=0 predicted_failures=0 shield_counter=2 smart_alert=yes\n"
               "drives 98: controller=1 enclosure=252 slot=3 "
               "capacity_bytes=998998655631 sector_bytes=512 model=EX1000 NM 0023 X serial=EXD3 "
               "wwn=5000000000000001 firmware=EX07 temperature_celsius=31 media_errors=0 "
-              "other_errors=0 predicted_failures=0 smart_alert=no\n");
+              "other_errors=0 predicted_failures=0 shield_counter=2 smart_alert=no\n");
     const auto& elsewhere = read.found.drives[0].elsewhere;
     const auto errors = std::find_if(elsewhere.begin(), elsewhere.end(),
                                      [](const auto& at) { return at.field == "media_errors"; });
     ASSERT_NE(errors, elsewhere.end());
     EXPECT_EQ(errors->place, (Place{"c9_pdlist.txt", 13}));
+    EXPECT_EQ(place_of(read.found.drives[0], "shield_counter"), (Place{"c9_pdlist.txt", 12}));
 }
 
 TEST(Storcli, says_what_is_missing) {

@@ -125,6 +125,7 @@ for (const machine of machines) {
           drive.rebuild_percent === null ? null : `${drive.rebuild_percent} %`,
           drive.media_errors > 0 ? `${drive.media_errors.toLocaleString("en")} media error` : null,
           drive.predicted_failures > 0 ? `${drive.predicted_failures} predicted failure` : null,
+          drive.shield_counter > 0 ? `shield counter ${drive.shield_counter}` : null,
         ]),
         "drives",
       );

@@ -150,6 +150,8 @@ std::vector<DriveTrouble> troubles_of(const Server& server, const Controller& co
                        {"media_errors"}});
     if (drive.other_errors > 0)
         all.push_back({{"drive_other_errors"}, Level::notice, Level::notice, {"other_errors"}});
+    if (drive.shield_counter > 0)
+        all.push_back({{"drive_shielded"}, Level::notice, Level::notice, {"shield_counter"}});
     return all;
 }
 

@@ -146,6 +146,12 @@ bool other_errors(Server& server, Random& random) {
     drive->other_errors = random.between(1, 300);
     return true;
 }
+bool shielded(Server& server, Random& random) {
+    auto* drive = detailed_drive(server, random);
+    if (!drive || server.storage_tool != StorageTool::storcli) return false;
+    drive->shield_counter = random.between(1, 30);
+    return true;
+}
 bool predicted_failure(Server& server, Random& random) {
     auto* drive = detailed_drive(server, random);
     if (drive) drive->predicted_failures = random.between(1, 30);
@@ -487,10 +493,11 @@ Array* whole_array(Server& server, Random& random, int lost, bool stays) {
     std::vector<Array*> fit;
     for (auto& array : server.arrays) {
         if (array.raid == "raid0" || places_lost(array) > 0 || !array.operation.empty()) continue;
+        if (lost > array.places) continue;
         auto after = array;
         for (int place = 0; place < lost; ++place)
             after.members[static_cast<std::size_t>(place)].state = "faulty";
-        if (lost <= array.places && is_lost(after) != stays) fit.push_back(&array);
+        if (is_lost(after) != stays) fit.push_back(&array);
     }
     return fit.empty() ? nullptr : random.pick(fit);
 }
@@ -604,6 +611,7 @@ constexpr Fault kFaults[] = {
     {"drive_foreign", drive_foreign},
     {"media_errors", media_errors},
     {"other_errors", other_errors},
+    {"shielded", shielded},
     {"predicted_failure", predicted_failure},
     {"smart_alert", smart_alert},
     {"battery_failed", battery_failed},

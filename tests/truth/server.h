@@ -29,7 +29,7 @@ struct Drive {
     std::int64_t sectors = 0;  // of 512 bytes, coerced
     std::string vendor, model, serial, wwn, firmware;
     int temperature = 30;
-    int media_errors = 0, other_errors = 0, predicted_failures = 0;
+    int media_errors = 0, other_errors = 0, predicted_failures = 0, shield_counter = 0;
     bool smart_alert = false;
     bool is_spun_up = true;
 };

@@ -638,9 +638,9 @@ void print_detail(const Server& server, Page& page, Book& book, const Controller
     const auto count = [&](const char* key, const char* field, int value) {
         const int line =
             page.line(std::string(key) + " = " + (is_hba ? "N/A" : std::to_string(value)));
-        if (!is_hba && *field) subject.tell(page, line, {{field, value}});
+        if (!is_hba) subject.tell(page, line, {{field, value}});
     };
-    count("Shield Counter", "", 0);
+    count("Shield Counter", "shield_counter", drive.shield_counter);
     count("Media Error Count", "media_errors", drive.media_errors);
     count("Other Error Count", "other_errors", drive.other_errors);
     if (!is_hba) {

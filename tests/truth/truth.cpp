@@ -21,7 +21,7 @@ const std::vector<ContractKind>& contract() {
         {"batteries", {"controller", "model", "state", "charge_percent", "temperature_celsius"}},
         {"enclosures", {"controller", "number", "slots", "state", "model", "serial"}},
         {"volumes", {"controller", "drive_group", "number", "raid", "state", "access", "consistent", "cache", "capacity_bytes", "name", "device", "operation", "progress_percent"}},
-        {"drives", {"controller", "enclosure", "slot", "device_id", "state", "drive_group", "is_foreign", "spare", "rebuild_percent", "capacity_bytes", "interface", "media", "sector_bytes", "model", "serial", "wwn", "firmware", "device", "temperature_celsius", "media_errors", "other_errors", "predicted_failures", "smart_alert", "percentage_used", "available_spare_percent", "power_on_hours"}},
+        {"drives", {"controller", "enclosure", "slot", "device_id", "state", "drive_group", "is_foreign", "spare", "rebuild_percent", "capacity_bytes", "interface", "media", "sector_bytes", "model", "serial", "wwn", "firmware", "device", "temperature_celsius", "media_errors", "other_errors", "predicted_failures", "shield_counter", "smart_alert", "percentage_used", "available_spare_percent", "power_on_hours"}},
         {"volume_members", {"controller", "drive_group", "volume", "volume_name", "span", "position", "is_spare", "state", "enclosure", "slot", "device_id", "device", "serial"}},
     };
     return kKinds;

@@ -89,6 +89,7 @@ constexpr auto kDrive = std::to_array<Key<Drive>>({
     {"Media Error Count",                as_number<&Drive::media_errors>        },
     {"Other Error Count",                as_number<&Drive::other_errors>        },
     {"Predictive Failure Count",         as_number<&Drive::predicted_failures>  },
+    {"Shield Counter",                   as_number<&Drive::shield_counter>      },
     {"S.M.A.R.T alert flagged by drive", as_yes_or_no<&Drive::smart_alert>      },
     {"Drive Temperature",                as_leading<&Drive::temperature_celsius>},
     {"SN",                               as_identity<&Drive::serial>            },
@@ -106,6 +107,7 @@ constexpr auto kJudged = std::to_array<std::pair<std::string_view, std::string_v
     {"Media Error Count",                "media_errors"       },
     {"Other Error Count",                "other_errors"       },
     {"Predictive Failure Count",         "predicted_failures" },
+    {"Shield Counter",                   "shield_counter"     },
     {"S.M.A.R.T alert flagged by drive", "smart_alert"        },
     {"Drive Temperature",                "temperature_celsius"},
 });

@@ -165,6 +165,7 @@ export interface Drive extends Place {
   media_errors?: number;
   other_errors?: number;
   predicted_failures?: number;
+  shield_counter?: number;
   smart_alert?: boolean;
   percentage_used?: number;
   available_spare_percent?: number;

@@ -51,13 +51,20 @@ const FIELDS: Field[] = [
   ["media_errors", "Media errors", number],
   ["other_errors", "Other errors", number],
   ["predicted_failures", "Predicted failures", number],
+  ["shield_counter", "Shield counter", number],
   ["smart_alert", "SMART alert", yes],
   ["percentage_used", "Life used", (n: number) => `${n} %`],
   ["available_spare_percent", "Spare blocks left", (n: number) => `${n} %`],
   ["power_on_hours", "Hours on", number],
 ];
 
-const COUNTED = new Set<keyof Drive>(["media_errors", "other_errors", "predicted_failures", "smart_alert"]);
+const COUNTED = new Set<keyof Drive>([
+  "media_errors",
+  "other_errors",
+  "predicted_failures",
+  "shield_counter",
+  "smart_alert",
+]);
 
 function shown(drive: Drive, [field, , write]: Field): string {
   const value = drive[field];

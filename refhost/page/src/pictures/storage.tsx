@@ -57,6 +57,7 @@ function Marks({drive}: {drive: Drive}) {
     !!drive.predicted_failures && count(drive.predicted_failures, "predicted failure"),
     !!drive.media_errors && count(drive.media_errors, "media error"),
     !!drive.other_errors && count(drive.other_errors, "other error"),
+    !!drive.shield_counter && `shield counter ${drive.shield_counter.toLocaleString("en")}`,
   ].filter(text => text !== false);
   return (
     <>
