@@ -27,8 +27,10 @@ std::size_t low_number_size(const std::string& digits) {
     return std::to_string(number).size();
 }
 
-bool is_wwn(const Value& value) {
-    return value.form == Form::hex && value.canonical.size() == 16 && value.canonical[0] == '5';
+// Whether the end of the value is looked for as a decimal number: a smaller one is nobody's.
+bool has_low_number(const Value& value) {
+    return value.form == Form::hex && value.canonical.size() == 16 && value.canonical[0] == '5' &&
+           low_number_size(value.canonical) >= kShortestSearched;
 }
 
 }  // namespace
@@ -44,7 +46,7 @@ bool Substitutes::is_free(const Value& value, const std::string& candidate) cons
     if (candidate == value.canonical || taken_.count({value.form, candidate}) > 0 ||
         originals_.count(candidate) > 0)
         return false;
-    if (is_wwn(value) && low_number_size(candidate) != low_number_size(value.canonical))
+    if (has_low_number(value) && low_number_size(candidate) != low_number_size(value.canonical))
         return false;
     if (value.form == Form::ipv6 &&
         short_ipv6(candidate).size() != short_ipv6(value.canonical).size())

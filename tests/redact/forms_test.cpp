@@ -102,6 +102,17 @@ TEST(Substitutes, AreNoValueAndStandForOne) {
     EXPECT_GT(seen.size(), 400u);
 }
 
+// Its end is a decimal number in smartctl's JSON. Where that is too short to be looked for it does not matter.
+TEST(Substitutes, OfWwnsKeepTheirMaker) {
+    Values values;
+    for (const auto* const wwn : {"5000220000000003", "500605b000002200", "5000c500a1b2c3d4"})
+        values.add(wwn, Class::serials, Form::hex, true);
+    Substitutes substitutes;
+    substitutes.assign(values);
+    for (const auto& [value, use] : values.all())
+        EXPECT_EQ(substitutes.of(value).substr(0, 7), value.canonical.substr(0, 7));
+}
+
 TEST(Substitutes, OfNeighboursAreNeighbours) {
     Values values;
     for (const auto* const name :
