@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -51,13 +52,14 @@ private:
 void each_block(const fs::path& file, const std::function<void(std::string_view)>& take) {
     const Descriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!fd) throw std::system_error(errno, std::generic_category(), file.string());
+    std::array<char, kReadAtOnce> buffer;
     for (;;) {
         errno = 0;
-        const auto block = read_bytes(fd.get(), kReadAtOnce);
-        if (block.empty() && errno != 0)
+        const auto size = read_into(fd.get(), buffer);
+        if (size == 0 && errno != 0)
             throw std::system_error(errno, std::generic_category(), file.string());
-        if (block.empty()) return;
-        take(block);
+        if (size == 0) return;
+        take({buffer.data(), size});
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,6 +34,8 @@ private:
 
 // Reads up to `most` bytes. Returns fewer at the end of the file or after an error.
 std::string read_bytes(int fd, std::size_t most);
+// The same into a buffer, for files that are read in many blocks. Returns how many bytes were read.
+std::size_t read_into(int fd, std::span<char> buffer);
 
 // Writes all of the bytes. False if the system refused some of them (see errno).
 bool write_bytes(int fd, std::string_view bytes);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <iterator>
+#include <memory>
 #include <system_error>
 #include <vector>
 
@@ -42,13 +43,26 @@ Descriptor opened(const fs::path& file) {
     return fd;
 }
 
-std::string read_block(const Descriptor& fd, std::size_t most, const fs::path& file) {
-    errno = 0;
-    auto block = read_bytes(fd.get(), most);
-    if (block.empty() && errno != 0)
-        throw std::system_error(errno, std::generic_category(), file.string());
-    return block;
-}
+// Reads a file block by block.
+class Blocks {
+public:
+    explicit Blocks(const fs::path& file) : file_(file), fd_(opened(file)) {}
+
+    // The next one, as long as this object has no other; shorter than kBlock at the end of the file.
+    std::string_view next() {
+        errno = 0;
+        const auto size = read_into(fd_.get(), {buffer_.get(), kBlock});
+        if (size == 0 && errno != 0)
+            throw std::system_error(errno, std::generic_category(), file_.string());
+        return {buffer_.get(), size};
+    }
+
+private:
+    const fs::path& file_;
+    Descriptor fd_;
+    // Of most files little of it is touched.
+    std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kBlock);
+};
 
 // Where the text may be divided so that about kOverlap stays: behind a line.
 std::size_t cut_of(std::string_view text) {
@@ -61,10 +75,10 @@ std::size_t cut_of(std::string_view text) {
 // begins. take() returns how much it has taken.
 template <class Take>
 void each_piece(const fs::path& file, Take take) {
-    const auto fd = opened(file);
+    Blocks blocks(file);
     std::string text;
     for (;;) {
-        const auto block = read_block(fd, kBlock, file);
+        const auto block = blocks.next();
         text += block;
         const bool is_last = block.size() < kBlock;
         const auto taken = take(std::string_view(text), is_last ? text.size() : cut_of(text));
@@ -80,11 +94,11 @@ std::string why_not_redacted(const fs::path& file) {
     if (std::any_of(kArchives.begin(), kArchives.end(),
                     [&](auto ending) { return name.ends_with(ending); }))
         return "it is an archive, which is not redacted";
-    const auto fd = opened(file);
+    Blocks blocks(file);
     bool is_first = true;
     std::size_t bytes = 0, nuls = 0, controls = 0;
     for (;;) {
-        const auto block = read_block(fd, kBlock, file);
+        const auto block = blocks.next();
         if (block.empty()) break;
         if (is_first && std::any_of(kBeginnings.begin(), kBeginnings.end(),
                                     [&](auto beginning) { return block.starts_with(beginning); }))
@@ -93,10 +107,9 @@ std::string why_not_redacted(const fs::path& file) {
         bytes += block.size();
         for (const char c : block) {
             const auto byte = static_cast<unsigned char>(c);
+            if (byte >= 0x20) continue;
             nuls += byte == 0 ? 1U : 0U;
-            controls += byte < 0x20 && byte != '\n' && byte != '\t' && byte != '\r' && byte != 0x1b
-                            ? 1U
-                            : 0U;
+            controls += byte != '\n' && byte != '\t' && byte != '\r' && byte != 0x1b ? 1U : 0U;
         }
     }
     // A tool's text may have some odd bytes.
