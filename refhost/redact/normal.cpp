@@ -30,25 +30,33 @@ constexpr auto kParts = [] {
 Part part_of(char c) { return kParts[static_cast<unsigned char>(c)]; }
 bool may_be_in_run(char c) { return part_of(c) != Part::other; }
 
+bool is_x(std::string_view text, std::size_t at) { return lower(at_or_end(text, at)) == 'x'; }
+// "0x" before a digit.
+bool is_prefix(std::string_view text, std::size_t at) {
+    return text[at] == '0' && is_x(text, at + 1) && is_hex(at_or_end(text, at + 2));
+}
+
 class RunReader {
 public:
     RunReader(std::string_view text, HexRun& run, const std::function<void(const HexRun&)>& take)
-        : text_(text), run_(run), take_(take) {}
+        : text_(text), run_(run), take_(take) {
+        run_.text = text;
+    }
 
     void read(std::size_t begin, std::size_t end) {
         for (auto i = begin; i < end; ++i) {
             const char c = text_[i];
             switch (part_of(c)) {
                 case Part::digit:
-                    if (c == '0' && is_x(i + 1) && is_hex(at_or_end(text_, i + 2))) {
+                    if (is_prefix(text_, i)) {
                         ++i;
                     } else {
+                        if (run_.digits.empty()) run_.at = i;
                         run_.digits += lower(c);
-                        run_.places.push_back(i);
                     }
                     break;
                 case Part::divider:
-                    if (c == '\\' && is_x(i + 1)) ++i;
+                    if (c == '\\' && is_x(text_, i + 1)) ++i;
                     // Bytes in a list have two digits each; "0,2,0,0" are numbers.
                     if (c == ',' && run_.digits.size() == group_ + 1) end_run();
                     group_ = run_.digits.size();
@@ -61,12 +69,9 @@ public:
     }
 
 private:
-    bool is_x(std::size_t at) const { return lower(at_or_end(text_, at)) == 'x'; }
-
     void end_run() {
         if (run_.digits.size() >= kShortestRun) take_(run_);
         run_.digits.clear();
-        run_.places.clear();
         group_ = 0;
     }
 
@@ -77,6 +82,20 @@ private:
 };
 
 }  // namespace
+
+std::vector<std::size_t> HexRun::places(std::size_t from, std::size_t count) const {
+    std::vector<std::size_t> places;
+    places.reserve(count);
+    std::size_t digit = 0;
+    for (auto i = at; places.size() < count; ++i) {
+        if (!is_hex(text[i])) continue;
+        if (is_prefix(text, i))
+            ++i;
+        else if (digit++ >= from)
+            places.push_back(i);
+    }
+    return places;
+}
 
 Joined::Joined(std::string_view text) {
     text_.reserve(text.size());

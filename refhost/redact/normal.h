@@ -28,8 +28,12 @@ private:
 // Hexadecimal digits with nothing between them but what divides digits: any of ":-. ,_\t" and line ends, "0x" and
 // "\x"; but a comma behind a single digit ends a run.
 struct HexRun {
-    std::string digits;               // lower case
-    std::vector<std::size_t> places;  // of each
+    std::string digits;  // lower case
+    // Where the text has so many of them, from one on.
+    std::vector<std::size_t> places(std::size_t from, std::size_t count) const;
+
+    std::string_view text;  // all of it
+    std::size_t at = 0;     // where its first digit stands
 };
 
 // Those of at least ten digits.

@@ -1,6 +1,7 @@
 #include "redact/redactor.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "redact/find.h"
@@ -85,8 +86,16 @@ void SpellingSearch::add(const Value& value, const std::string& replacement,
     }
 }
 
+// Most texts of a store are short and hold nothing: that is seen without joining any lines.
+bool SpellingSearch::is_short_without_joined(std::string_view text) const {
+    std::array<char, kShort> lowered;
+    if (text.size() > lowered.size() || text.find('\n') != std::string_view::npos) return false;
+    std::transform(text.begin(), text.end(), lowered.begin(), lower);
+    return !joined_.may_hold({lowered.data(), text.size()});
+}
+
 void SpellingSearch::each_joined(std::string_view text, const TakeMatch& take) const {
-    if (joined_.empty() || text.size() < kShortestSearched) return;
+    if (joined_.empty() || text.size() < kShortestSearched || is_short_without_joined(text)) return;
     const Joined joined(text);
     Match match{};
     joined_.each(joined.text(), [&](std::size_t at, std::size_t size, std::uint32_t id) {
@@ -116,8 +125,7 @@ void SpellingSearch::each_hex(std::string_view text, const TakeMatch& take) cons
     each_hex_run(text, [&](const HexRun& run) {
         hex_.each(run.digits, [&](std::size_t at, std::size_t size, std::uint32_t id) {
             match.spelling = &spellings_[id];
-            match.places.assign(run.places.begin() + static_cast<std::ptrdiff_t>(at),
-                                run.places.begin() + static_cast<std::ptrdiff_t>(at + size));
+            match.places = run.places(at, size);
             match.at = match.places.front();
             take(match);
             return true;
@@ -159,7 +167,8 @@ std::string Redactor::text(std::string_view text, Look look, std::vector<Lines>*
     // stands beside it spell by accident.
     constexpr int kMostRounds = 8;
     replace_found(text, made, over_lines);
-    std::string before(text);
+    if (made == text) return made;
+    std::string before;
     for (int round = 1; made != before && round < kMostRounds; ++round) {
         before = made;
         replace_found(before, made, over_lines);

@@ -36,7 +36,9 @@ public:
 
 private:
     static constexpr std::size_t kHexBeginning = 8;
+    static constexpr std::size_t kShort = 256;  // characters
     using TakeMatch = std::function<void(const Match&)>;
+    bool is_short_without_joined(std::string_view text) const;
     void each_joined(std::string_view text, const TakeMatch& take) const;
     void each_hex(std::string_view text, const TakeMatch& take) const;
 

@@ -4,9 +4,19 @@
 
 namespace qvhost::redact {
 
-Search::Search(std::size_t beginning) : beginning_(beginning) {
-    std::memcpy(&mask_, std::string(beginning, '\xff').data(), beginning);
+namespace {
+
+std::size_t stride_of(std::size_t beginning) {
+    constexpr std::size_t kLong = 8, kMiddle = 5;
+    return beginning >= kLong ? 4 : beginning >= kMiddle ? 2 : 1;
 }
+
+}  // namespace
+
+Search::Search(std::size_t beginning)
+    : beginning_(beginning),
+      stride_(stride_of(beginning)),
+      sample_(beginning - stride_of(beginning) + 1) {}
 
 void Search::add(std::string_view text, std::uint32_t id) {
     if (text.size() < beginning_) return;
@@ -17,8 +27,9 @@ void Search::add(std::string_view text, std::uint32_t id) {
     }
     texts_.push_back(std::make_unique<const std::string>(text));
     by_text_[*texts_.back()] = {id};
-    const auto word = beginning_of(text);
-    filter_[slot(word) / 64] |= std::uint64_t{1} << (slot(word) % 64);
+    const auto word = word_at(text, 0, beginning_);
+    note(beginnings_, word);
+    for (std::size_t at = 0; at < stride_; ++at) note(samples_, word_at(text, at, sample_));
     auto& lengths = lengths_[word];
     const auto place =
         std::lower_bound(lengths.begin(), lengths.end(), text.size(), std::greater<>());

@@ -26,33 +26,72 @@ public:
     // it returns true, which means that this one is it: the search goes on behind it.
     template <class Take>
     void each(std::string_view text, Take take) const {
-        if (empty()) return;
-        for (std::size_t at = 0; at + beginning_ <= text.size();) {
-            const auto word = beginning_of(text.substr(at));
-            at += may_begin(word) ? std::max<std::size_t>(taken_at(text, at, word, take), 1) : 1;
-        }
+        std::size_t from = 0;  // what stands before it was looked at
+        each_sample(text, [&](std::size_t at) {
+            from = std::max(from, at - std::min(at, stride_ - 1));
+            const auto last = std::min(at + 1, text.size() - std::min(text.size(), beginning_ - 1));
+            while (from < last) {
+                const auto word = word_at(text, from, beginning_);
+                from += may_begin(word) ? std::max<std::size_t>(taken_at(text, from, word, take), 1)
+                                        : 1;
+            }
+            return true;
+        });
+    }
+
+    // False: none of the texts is in it.
+    bool may_hold(std::string_view text) const {
+        bool may = false;
+        each_sample(text, [&](std::size_t) { return !(may = true); });
+        return may;
     }
 
 private:
     static constexpr unsigned kFilterBits = 18;
     using Word = std::uint64_t;
+    using Filter = std::vector<std::uint64_t>;
 
-    Word beginning_of(std::string_view text) const {
+    static Word mask_of(std::size_t bytes) {
+        return bytes < sizeof(Word) ? (Word{1} << (8 * bytes)) - 1 : ~Word{0};
+    }
+    static Word word_at(std::string_view text, std::size_t at, std::size_t bytes) {
         Word word = 0;
-        if (text.size() >= sizeof word) {
-            std::memcpy(&word, text.data(), sizeof word);
-            return word & mask_;
+        if (text.size() - at >= sizeof word) {
+            std::memcpy(&word, text.data() + at, sizeof word);
+            return word & mask_of(bytes);
         }
-        std::memcpy(&word, text.data(), beginning_);
+        std::memcpy(&word, text.data() + at, bytes);
         return word;
     }
     static std::size_t slot(Word word) {
         return static_cast<std::size_t>((word * 0x9e3779b97f4a7c15U) >> (64 - kFilterBits));
     }
-    bool may_begin(Word word) const {
+    static bool has(const Filter& filter, Word word) {
         const auto bit = slot(word);
-        return (filter_[bit / 64] >> (bit % 64) & 1U) != 0;
+        return (filter[bit / 64] >> (bit % 64) & 1U) != 0;
     }
+    static void note(Filter& filter, Word word) {
+        filter[slot(word) / 64] |= std::uint64_t{1} << (slot(word) % 64);
+    }
+    bool may_begin(Word word) const { return has(beginnings_, word); }
+
+    // Only every other place, or fourth, is looked at: each beginning has so many samples that one of them is there.
+    // Calls take(at) for each that is of a beginning, until it returns false.
+    template <class Take>
+    void each_sample(std::string_view text, Take take) const {
+        if (empty()) return;
+        const auto mask = mask_of(sample_);
+        std::size_t at = 0;
+        for (; at + sizeof(Word) <= text.size(); at += stride_) {
+            Word word = 0;
+            std::memcpy(&word, text.data() + at, sizeof word);
+            if (has(samples_, word & mask) && !take(at)) return;
+        }
+        for (; at + sample_ <= text.size(); at += stride_) {
+            if (has(samples_, word_at(text, at, sample_)) && !take(at)) return;
+        }
+    }
+
     // Returns the size of what was taken; 0: nothing.
     template <class Take>
     std::size_t taken_at(std::string_view text, std::size_t at, Word word, Take& take) const {
@@ -69,9 +108,8 @@ private:
         return 0;
     }
 
-    std::size_t beginning_;
-    Word mask_ = 0;  // of the bytes of a beginning
-    std::vector<std::uint64_t> filter_ = std::vector<std::uint64_t>((1U << kFilterBits) / 64);
+    std::size_t beginning_, stride_, sample_;
+    Filter beginnings_ = Filter((1U << kFilterBits) / 64), samples_ = beginnings_;
     // The lengths of the texts that begin so, the longest first.
     std::unordered_map<Word, std::vector<std::size_t>> lengths_;
     std::unordered_map<std::string_view, std::vector<std::uint32_t>> by_text_;
