@@ -465,6 +465,49 @@ TEST(Ssacli, is_read) {
               "volumes 10: controller=0 number=2 state=OK\n");
 }
 
+TEST(Ssacli, an_array_and_a_worn_drive_have_troubles_of_their_own) {
+    const auto read = read_text(
+        read_ssacli,
+        "Smart Array P408i-a in Slot 0\n   Controller Status: OK\n\n   Array: A\n"
+        "      Status: Failed Physical Drive\n"
+        "      Logical Drive: 1\n         Status: OK\n"
+        "      physicaldrive 1I:1:2\n         Bay: 2\n         SSD Smart Trip Wearout: True\n"
+        "         Status: OK\n\n"
+        "   Array: B\n      Status: OK\n      Logical Drive: 2\n         Status: OK\n"
+        "      physicaldrive 1I:1:3\n         Bay: 3\n         Status: OK\n"
+        "         SSD Smart Trip Wearout: False\n");
+    EXPECT_EQ(describe(read.found),
+              "controllers 2: number=0 model=Smart Array P408i-a status=OK\n"
+              "volumes 7: controller=0 number=1 state=OK, Status of the array: Failed Physical "
+              "Drive\n"
+              "volumes 16: controller=0 number=2 state=OK\n"
+              "drives 11: controller=0 slot=2 state=OK smart_alert=yes\n"
+              "drives 19: controller=0 slot=3 state=OK smart_alert=no\n"
+              "volume_members 11: controller=0 volume=1 is_spare=no slot=2\n"
+              "volume_members 19: controller=0 volume=2 is_spare=no slot=3\n");
+    EXPECT_EQ(place_of(read.found.volumes[0], "Status of the array: Failed Physical Drive").line,
+              5);
+    EXPECT_EQ(place_of(read.found.drives[0], "smart_alert").line, 10);
+}
+
+TEST(Ssacli, what_follows_the_drives_changes_none) {
+    const std::string drives =
+        "Smart Array P408i-a in Slot 0\n   Controller Status: OK\n   Firmware Version: 4.11\n\n"
+        "   Unassigned\n\n      physicaldrive 1I:1:3\n         Bay: 3\n         Status: OK\n"
+        "         WWID: 5000C50000000003\n         Model: HP      EG0300FBVFL\n\n";
+    for (const char* heading :
+         {"SEP (Vendor ID EXAMPLE, Model Smart Adapter) 379", "Expander 378 (WWID: 5001, Box: 1)",
+          "Enclosure SEP (Vendor ID EXAMPLE, Model D2600) 243 (Port: 1E, Box: 1)"})
+        EXPECT_EQ(describe(read_text(read_ssacli,
+                                     drives + "   " + heading +
+                                         "\n      Device Number: 379\n"
+                                         "      Firmware Version: 9.99\n      Status: Odd\n"
+                                         "      WWID: 51402EC000000000\n      Model: Smart\n")
+                               .found),
+                  describe(read_text(read_ssacli, drives).found))
+            << heading;
+}
+
 TEST(DriveOf, a_partition_is_its_drive) {
     EXPECT_EQ(drive_of("sdb1"), "/dev/sdb");
     EXPECT_EQ(drive_of("/dev/sdaa12"), "/dev/sdaa");

@@ -106,7 +106,13 @@ bool read_remaining(Drive& drive, std::string_view value) {
 
 bool read_drive_state(Drive& drive, std::string_view value) {
     drive.state = told(value);
-    drive.smart_alert = value.find("Predictive") != npos;
+    drive.smart_alert = value.find("Predictive") != npos || drive.smart_alert.value_or(false);
+    return true;
+}
+
+// "SSD Smart Trip Wearout: True", of a drive whose status is OK
+bool read_wearout(Drive& drive, std::string_view value) {
+    if (value == "True") drive.smart_alert = true;
     return true;
 }
 
@@ -131,6 +137,7 @@ constexpr auto kDrive = std::to_array<Key<Drive>>({
     {"Model",                       read_model                             },
     {"Current Temperature (C)",     as_leading<&Drive::temperature_celsius>},
     {"Usage remaining",             read_remaining                         },
+    {"SSD Smart Trip Wearout",      read_wearout                           },
     {"Power On Hours",              as_number<&Drive::power_on_hours>      },
 });
 
@@ -163,12 +170,20 @@ private:
         if (line.starts_with("physicaldrive ")) return physical_drive(line);
         // "Internal Drive Cage at Port 1I, Box 1, OK"
         const auto box = line.find(", Box ");
+        // "SEP (Vendor ID EXAMPLE, Model SRCv8x6G) 379", with a firmware, a WWID and a model of its own
+        if (line.starts_with("SEP (") || line.starts_with("Enclosure SEP (") ||
+            line.starts_with("Expander ")) {
+            end_entity();
+            in_processor_ = true;
+            return;
+        }
         if (box != npos && line.find(" at Port ") != npos) return cage(line, box);
         if (const auto pair = key_value(line, ":")) return key(*pair);
         if (line == "Physical Drives" || line == "unassigned" || line == "HBA Drives" ||
             line == "Unassigned") {
             end_entity();
             array_volumes_.clear();
+            array_trouble_.clear();
             has_drive_lists_ = true;
             return;
         }
@@ -225,6 +240,7 @@ private:
         if (pair.key == "Array") {
             end_entity();
             in_array_ = true;
+            array_trouble_.clear();
             array_volumes_.clear();
         } else if (pair.key == "Logical Drive") {
             end_entity();
@@ -234,6 +250,8 @@ private:
         } else if (drive_) {
             set(std::span<const Key<Drive>>(kDrive), pair, *drive_);
             if (pair.key == "Status") drive_->place.line = line_;
+            if (pair.key == "SSD Smart Trip Wearout" && pair.value == "True")
+                drive_->elsewhere.push_back({"smart_alert", reading_.at(line_)});
         } else if (volume_) {
             set(std::span<const Key<Volume>>(kVolume), pair, *volume_);
             if (pair.key == "Status") volume_->place.line = line_;
@@ -242,7 +260,12 @@ private:
         } else if (in_cage_) {
             if (pair.key == "Drive Bays")
                 reading_.found.enclosures.back().slots = integer(pair.value);
-        } else if (!in_array_) {
+        } else if (in_array_) {
+            if (pair.key == "Status" && !in_processor_ && told(pair.value) && pair.value != "OK") {
+                array_trouble_ = "Status of the array: " + std::string(pair.value);
+                array_trouble_place_ = reading_.at(line_);
+            }
+        } else if (!in_processor_) {
             controller_key(pair);
         }
     }
@@ -281,10 +304,15 @@ private:
     }
 
     void end_entity() {
-        in_cage_ = false;
+        in_cage_ = in_processor_ = false;
         if (volume_) {
             if (controller_) volume_->controller = controller_->number;
             if (!volume_->state) gap("a logical drive without a status");
+            // A logical drive that is not well says more itself.
+            if (volume_->state == "OK" && !array_trouble_.empty()) {
+                *volume_->state += ", " + array_trouble_;
+                volume_->elsewhere.push_back({array_trouble_, array_trouble_place_});
+            }
             reading_.found.volumes.push_back(std::move(*volume_));
         }
         if (drive_) {
@@ -300,6 +328,7 @@ private:
     void end_controller() {
         end_entity();
         in_array_ = false;
+        array_trouble_.clear();
         array_volumes_.clear();
         for (const auto& name : announced_) {
             if (!detailed_.contains(name)) gap("the details of " + name + " are missing");
@@ -321,6 +350,9 @@ private:
     std::int64_t line_ = 0;
     std::int64_t controllers_ = 0;
     bool in_cage_ = false, in_array_ = false, has_drive_lists_ = false;
+    bool in_processor_ = false;  // an enclosure's, or an expander
+    std::string array_trouble_;  // of the array that is read
+    Place array_trouble_place_;
     std::vector<Integer> array_volumes_;  // the logical drives of the array that is read
     std::set<std::string> announced_, detailed_;
     std::optional<Controller> controller_;
