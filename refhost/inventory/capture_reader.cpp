@@ -33,10 +33,7 @@ constexpr auto kNoneThere = std::to_array<std::string_view>({
 
 }  // namespace
 
-bool says_there_is_none(std::string_view error) {
-    return std::any_of(kNoneThere.begin(), kNoneThere.end(),
-                       [&](std::string_view form) { return is_like(error, form); });
-}
+bool says_there_is_none(std::string_view error) { return is_like_any(error, kNoneThere); }
 
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture) {
     for (const auto& reader : readers) {

@@ -9,8 +9,6 @@ namespace qvhost::inventory {
 
 namespace {
 
-constexpr auto npos = std::string_view::npos;
-
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 

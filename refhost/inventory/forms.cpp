@@ -95,6 +95,11 @@ bool is_like(std::string_view text, std::string_view form) {
     return text.empty();
 }
 
+bool is_like_any(std::string_view text, std::span<const std::string_view> forms) {
+    return std::any_of(forms.begin(), forms.end(),
+                       [&](std::string_view form) { return is_like(text, form); });
+}
+
 Forms::Forms(std::span<const std::string_view> forms) : forms_(forms) {
     for (std::size_t row = 0; row < forms.size(); ++row) {
         const auto anchor = longest_literal(forms[row]);

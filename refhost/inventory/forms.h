@@ -23,6 +23,7 @@ std::optional<FormMatch> match(std::string_view text, std::string_view form);
 
 // Whether the whole text is of the form, where only '*' stands for something else.
 bool is_like(std::string_view text, std::string_view form);
+bool is_like_any(std::string_view text, std::span<const std::string_view> forms);
 
 // A table of forms. Each needs four characters in a row that do not vary.
 class Forms {

@@ -12,6 +12,8 @@
 
 namespace qvhost::inventory {
 
+inline constexpr auto npos = std::string_view::npos;
+
 // Without blanks and tabs at its ends.
 std::string_view trimmed(std::string_view text);
 

@@ -99,8 +99,7 @@ std::string_view without_chatter(std::string_view line) {
 
 bool is_tool_error(std::string_view line) {
     line = trimmed(line);
-    return std::any_of(kErrors.begin(), kErrors.end(),
-                       [&](std::string_view form) { return is_like(line, form); });
+    return is_like_any(line, kErrors);
 }
 
 bool is_error_before_name(std::string_view name) {

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "inventory/each_line.h"
+#include "inventory/forms.h"
 #include "inventory/ipmi/aside.h"
 #include "inventory/ipmi/readers.h"
 #include "inventory/ipmi/sel_time.h"
@@ -42,11 +43,6 @@ constexpr auto kPowerKeys = std::to_array<std::string_view>({
     "Power reading state is",
 });
 
-template <class Table>
-bool is_in(const Table& table, std::string_view text) {
-    return std::find(table.begin(), table.end(), text) != table.end();
-}
-
 // "11/21/26 01:49:57 UTC    Sampling period: ..." or "Mon Aug  1 21:22:51 2016"
 Text timestamp_of(std::string_view text) {
     const auto parts = words(text);
@@ -64,11 +60,11 @@ void read_chassis_status(CaptureLines& lines, Reading& reading) {
     bool is_whole = false;
     each_line(lines, reading, [&](const CaptureLine& line) {
         const auto pair = key_value(without_chatter(line.text), ":");
-        if (!pair || !is_in(kChassisKeys, pair->key)) {
+        if (!pair || !is_like_any(pair->key, kChassisKeys)) {
             read_aside(line, reading);
             return;
         }
-        if (!line.ended && !is_in(kChassisWords, pair->value))
+        if (!line.ended && !is_like_any(pair->value, kChassisWords))
             add_gap(reading, line.number, "the capture ends in the middle of a line");
         is_whole = is_whole || pair->key == kLastChassisKey;
         reading.found.chassis_states.push_back(
@@ -89,7 +85,7 @@ void read_dcmi_power(CaptureLines& lines, Reading& reading) {
         } else if (pair && pair->key == "IPMI timestamp") {
             reading.found.clocks.push_back(
                 {reading.at(line.number), "bmc", timestamp_of(pair->value), std::nullopt});
-        } else if (!pair || !is_in(kPowerKeys, pair->key)) {
+        } else if (!pair || !is_like_any(pair->key, kPowerKeys)) {
             read_aside(line, reading);
         }
     });

@@ -23,14 +23,14 @@ namespace qvhost::inventory {
 
 namespace {
 
-struct Key {
+struct FruKey {
     std::string_view key;
     Text Fru::*member;
     bool is_identity;
 };
 
 // Of two keys for one field the earlier row wins, whichever is printed first.
-constexpr auto kKeys = std::to_array<Key>({
+constexpr auto kFruKeys = std::to_array<FruKey>({
     {"Product Manufacturer", &Fru::manufacturer, false},
     {"Board Mfg",            &Fru::manufacturer, false},
     {"Manufacturer",         &Fru::manufacturer, false},
@@ -107,12 +107,6 @@ constexpr auto kUnreadable = std::to_array<std::string_view>({
     "Built-in FRU*",
 });
 
-template <class Table>
-bool is_in(const Table& table, std::string_view text) {
-    return std::any_of(table.begin(), table.end(),
-                       [&](std::string_view row) { return is_like(text, row); });
-}
-
 struct Block {
     Fru fru;
     std::array<std::size_t, 4> rank{};  // of the row that told each field
@@ -126,7 +120,7 @@ struct Block {
         return rank[index];
     }
     void take(std::size_t row, std::string_view value) {
-        const auto& key = kKeys[row];
+        const auto& key = kFruKeys[row];
         auto found = key.is_identity ? told_identity(value) : told(value);
         if (!found || found->starts_with("Unknown (0x")) return;
         auto& rank_now = rank_of(key.member);
@@ -161,22 +155,23 @@ void read_fru(CaptureLines& lines, Reading& reading) {
                 add_gap(reading, line.number, "the capture ends in the middle of a line");
             return;
         }
-        if (is_in(kEmpty, trimmed(text))) {
+        if (is_like_any(trimmed(text), kEmpty)) {
             if (block) block->is_absent = true;
             return;
         }
-        if (is_in(kUnreadable, trimmed(text))) return;
-        const auto key = std::find_if(kKeys.begin(), kKeys.end(),
-                                      [&](const Key& row) { return pair && row.key == pair->key; });
-        if (key != kKeys.end()) {
+        if (is_like_any(trimmed(text), kUnreadable)) return;
+        const auto key = std::find_if(kFruKeys.begin(), kFruKeys.end(), [&](const FruKey& row) {
+            return pair && row.key == pair->key;
+        });
+        if (key != kFruKeys.end()) {
             if (!block) begin();
             if (line.ended)
-                block->take(static_cast<std::size_t>(key - kKeys.begin()), pair->value);
+                block->take(static_cast<std::size_t>(key - kFruKeys.begin()), pair->value);
             else
                 add_gap(reading, line.number, "the capture ends in the middle of a value");
             return;
         }
-        if (pair && is_in(kOtherKeys, pair->key)) {
+        if (pair && is_like_any(pair->key, kOtherKeys)) {
             if (!block) begin();
             return;
         }

@@ -51,7 +51,7 @@ std::optional<Severity> level_of(std::string_view word) {
 }
 
 // Lines that say nothing of an entry.
-constexpr auto kHeadings = std::to_array<std::string_view>({
+constexpr auto kLogHeadings = std::to_array<std::string_view>({
     "ipmiutil sel version *",
     "ipmiutil ver *",
     "showsel: version *",
@@ -63,12 +63,6 @@ constexpr auto kHeadings = std::to_array<std::string_view>({
     "ipmiutil sel, completed successfully",
     "showsel, completed successfully",
 });
-
-bool is_heading(std::string_view text) {
-    for (const auto form : kHeadings)
-        if (is_like(text, form)) return true;
-    return false;
-}
 
 std::optional<std::int64_t> number_behind(std::string_view text, std::string_view word) {
     const auto at = text.find(word);
@@ -228,7 +222,7 @@ void read_ipmiutil_sel(CaptureLines& lines, Reading& reading) {
             in_usage = !text.ends_with("usage or help requested");
             return;
         }
-        if (is_heading(text)) {
+        if (is_like_any(text, kLogHeadings)) {
             if (line.ended || text.ends_with("completed successfully")) return;
             add_gap(reading, line.number, "the capture ends in the middle of a line");
             return;

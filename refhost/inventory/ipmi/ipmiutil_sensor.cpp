@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::string_view kEnd = "ipmiutil sensor, completed successfully";
 
-constexpr auto kHeadings = std::to_array<std::string_view>({
+constexpr auto kSensorHeadings = std::to_array<std::string_view>({
     "ipmiutil sensor version *",
     "ipmiutil ver *",
     "sensor: version *",
@@ -80,9 +80,7 @@ void read_ipmiutil_sensors(CaptureLines& lines, Reading& reading) {
             reading.found.ipmiutil_sensors.push_back(std::move(sensor));
             return;
         }
-        const bool is_heading =
-            std::any_of(kHeadings.begin(), kHeadings.end(),
-                        [&](std::string_view form) { return is_like(text, form); });
+        const bool is_heading = is_like_any(text, kSensorHeadings);
         has_heading = has_heading || text.starts_with("_ID_ ");
         has_end = has_end || text.ends_with("completed successfully");
         if (!is_heading && text.find(" SDR ") != 4) read_aside(line, reading);

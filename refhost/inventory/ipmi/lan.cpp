@@ -21,12 +21,12 @@ namespace qvhost::inventory {
 
 namespace {
 
-struct Key {
+struct NetworkKey {
     std::string_view key;
     Text Bmc::*member;  // null: nothing that is kept
 };
 
-constexpr auto kKeys = std::to_array<Key>({
+constexpr auto kNetworkKeys = std::to_array<NetworkKey>({
     {"IP Address",               &Bmc::address},
     {"MAC Address",              &Bmc::mac    },
     {"Set in Progress",          nullptr      },
@@ -74,9 +74,9 @@ void read_network(CaptureLines& lines, Reading& reading, std::string_view separa
         // Further words of the key before.
         if (separator == ":" && trimmed(text).starts_with(':')) return;
         const auto pair = key_value(text, separator).value_or(KeyValue{trimmed(text), {}});
-        const auto key = std::find_if(kKeys.begin(), kKeys.end(),
-                                      [&](const Key& row) { return row.key == pair.key; });
-        if (key == kKeys.end()) {
+        const auto key = std::find_if(kNetworkKeys.begin(), kNetworkKeys.end(),
+                                      [&](const NetworkKey& row) { return row.key == pair.key; });
+        if (key == kNetworkKeys.end()) {
             read_aside(line, reading);
             return;
         }

@@ -19,12 +19,12 @@ namespace qvhost::inventory {
 
 namespace {
 
-struct Key {
+struct DeviceKey {
     std::string_view key;
     Text Bmc::*member;  // null: nothing that is kept
 };
 
-constexpr auto kKeys = std::to_array<Key>({
+constexpr auto kDeviceKeys = std::to_array<DeviceKey>({
     {"Firmware Revision",         &Bmc::firmware },
     {"IPMI Version",              &Bmc::ipmi     },
     {"Self Test",                 &Bmc::self_test},
@@ -60,9 +60,10 @@ void read_mc_info(CaptureLines& lines, Reading& reading) {
     each_line(lines, reading, [&](const CaptureLine& line) {
         const auto text = without_chatter(line.text);
         const auto pair = key_value(text, ":");
-        const auto key = std::find_if(kKeys.begin(), kKeys.end(),
-                                      [&](const Key& row) { return pair && row.key == pair->key; });
-        if (key == kKeys.end()) {
+        const auto key =
+            std::find_if(kDeviceKeys.begin(), kDeviceKeys.end(),
+                         [&](const DeviceKey& row) { return pair && row.key == pair->key; });
+        if (key == kDeviceKeys.end()) {
             if (!is_list_item(text)) read_aside(line, reading);
             return;
         }

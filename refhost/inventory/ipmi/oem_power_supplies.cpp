@@ -33,12 +33,12 @@ namespace qvhost::inventory {
 
 namespace {
 
-struct Key {
+struct SupplyKey {
     std::string_view key;
     Text PowerSupply::*member;  // null: nothing that is kept
 };
 
-constexpr auto kKeys = std::to_array<Key>({
+constexpr auto kSupplyKeys = std::to_array<SupplyKey>({
     {"model",         &PowerSupply::model      },
     {"serial",        &PowerSupply::serial     },
     {"serial number", &PowerSupply::serial     },
@@ -103,7 +103,7 @@ bool take(PowerSupply& supply, std::string_view key, std::string_view value, con
         add_state(supply, value);
         return true;
     }
-    for (const auto& row : kKeys) {
+    for (const auto& row : kSupplyKeys) {
         if (!same_word(row.key, key)) continue;
         if (same_word(key, "input"))
             if (const auto watts = watts_of(value)) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "inventory/each_line.h"
+#include "inventory/forms.h"
 #include "inventory/ipmi/aside.h"
 #include "inventory/ipmi/meaning.h"
 #include "inventory/ipmi/readers.h"
@@ -38,11 +39,6 @@ constexpr auto kStatesWithComma = std::to_array<std::string_view>({
     "S2: sleeping, processor context lost",
     "S3: sleeping, processor & hw context lost, memory retained",
 });
-
-template <class Table>
-bool is_in(const Table& table, std::string_view text) {
-    return std::find(table.begin(), table.end(), text) != table.end();
-}
 
 // "3.1": the entity's id and instance.
 bool is_entity(std::string_view text) {
@@ -76,7 +72,7 @@ Texts states_of(std::string_view text) {
 void take_reading(std::string_view text, Sensor& sensor) {
     const auto blank = text.find(' ');
     const auto number = real(text.substr(0, blank));
-    if (is_in(kNoReading, text)) return;
+    if (is_like_any(text, kNoReading)) return;
     if (number && blank != std::string_view::npos) {
         const auto unit = trimmed(text.substr(blank));
         sensor.reading = number;
@@ -91,7 +87,7 @@ void take_reading(std::string_view text, Sensor& sensor) {
 // A line without its end is whole if its last word can be.
 bool can_be_whole(std::string_view line, const Sensor& sensor, std::string_view reading) {
     if (reading.empty()) return !line.ends_with('|');
-    if (is_in(kNoReading, reading)) return true;
+    if (is_like_any(reading, kNoReading)) return true;
     if (sensor.reading) return sensor.unit && is_unit(*sensor.unit);
     return !sensor.states.empty() && severity_of_state(sensor.states.back()).has_value();
 }
@@ -110,11 +106,11 @@ Row row_of(std::string_view line) {
         std::size_t begin = 0;
         for (int i = 0; i < 4; ++i) begin = line.find(separator, begin) + 1;
         row = {cells[0], cells[1], cells[2], trimmed(line.substr(begin))};
-        row.fits = is_in(kStatusWords, row.status) && is_entity(cells[3]) &&
+        row.fits = is_like_any(row.status, kStatusWords) && is_entity(cells[3]) &&
                    (separator == ',' || cells.size() == 5);
     } else if (cells.size() == 3 && separator == '|' && !is_number(cells[1])) {
         row = {cells[0], {}, cells[2], cells[1]};
-        row.fits = is_in(kStatusWords, row.status);
+        row.fits = is_like_any(row.status, kStatusWords);
     }
     row.fits = row.fits && !is_error_before_name(row.name);
     return row;

@@ -46,12 +46,6 @@ std::string_view detail_of(std::string_view line) {
     return line;
 }
 
-template <class Table>
-bool is_in(const Table& table, std::string_view text) {
-    return std::any_of(table.begin(), table.end(),
-                       [&](std::string_view row) { return is_like(text, row); });
-}
-
 }  // namespace
 
 void read_selftest(CaptureLines& lines, Reading& reading) {
@@ -61,13 +55,13 @@ void read_selftest(CaptureLines& lines, Reading& reading) {
         const auto pair = key_value(text, ":");
         const auto detail = detail_of(text);
         if (pair && pair->key == "Selftest") {
-            if (!line.ended && !is_in(kResults, pair->value)) {
+            if (!line.ended && !is_like_any(pair->value, kResults)) {
                 add_gap(reading, line.number, "the capture ends in the middle of a line");
                 return;
             }
             bmc.self_test = told(pair->value);
             bmc.place = reading.at(line.number);
-        } else if (bmc.self_test && !detail.empty() && is_in(kDetails, detail)) {
+        } else if (bmc.self_test && !detail.empty() && is_like_any(detail, kDetails)) {
             *bmc.self_test += ", " + std::string(detail);
         } else {
             read_aside(line, reading);

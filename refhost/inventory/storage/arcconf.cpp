@@ -10,13 +10,12 @@
 #include "inventory/columns.h"
 #include "inventory/storage/keys.h"
 #include "inventory/storage/tool.h"
+#include "inventory/text.h"
 #include "text/case.h"
 
 namespace qvhost::inventory {
 
 namespace {
-
-constexpr auto npos = std::string_view::npos;
 
 // A state, and the troubles that lines of their own tell, above it or below: the state goes before them,
 // "Failed, temperature: 110 C/ 230 F (Abnormal)".

@@ -8,12 +8,12 @@
 #include "inventory/columns.h"
 #include "inventory/storage/keys.h"
 #include "inventory/storage/tool.h"
+#include "inventory/text.h"
 
 namespace qvhost::inventory {
 
 namespace {
 
-constexpr auto npos = std::string_view::npos;
 constexpr std::int64_t kMebibyte = std::int64_t{1} << 20;
 
 // Read configuration has been initiated for controller 0

@@ -10,12 +10,11 @@
 
 #include "inventory/columns.h"
 #include "inventory/storage/keys.h"
+#include "inventory/text.h"
 
 namespace qvhost::inventory {
 
 namespace {
-
-constexpr auto npos = std::string_view::npos;
 
 void gap(Reading& reading, std::int64_t line, std::string words) {
     reading.how.gaps.push_back({line, std::move(words)});

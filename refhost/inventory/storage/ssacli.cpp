@@ -9,12 +9,11 @@
 
 #include "inventory/storage/keys.h"
 #include "inventory/storage/tool.h"
+#include "inventory/text.h"
 
 namespace qvhost::inventory {
 
 namespace {
-
-constexpr auto npos = std::string_view::npos;
 
 // Smart Array P440ar in Slot 0 (Embedded)
 //    Slot: 0

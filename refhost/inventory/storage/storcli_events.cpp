@@ -13,8 +13,6 @@ namespace qvhost::inventory {
 
 namespace {
 
-constexpr auto npos = std::string_view::npos;
-
 // A block an event; newer builds put blank lines between:
 //     seqNum: 0x00000f3e
 //     Time: Sat Nov 21 04:05:06 2026

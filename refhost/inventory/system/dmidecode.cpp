@@ -181,13 +181,13 @@ void read_power_supply(const Structure& from, Reading& reading) {
     reading.found.firmware_power_supplies.push_back(std::move(supply));
 }
 
-struct Kind {
+struct StructureReader {
     std::int64_t type;
     void (*read)(const Structure&, Reading&);
 };
 
 constexpr std::int64_t kFirmware = 0, kSystem = 1, kChassis = 3, kEnd = 127;
-constexpr auto kKinds = std::to_array<Kind>({
+constexpr auto kReaders = std::to_array<StructureReader>({
     {4,  read_processor    },
     {17, read_memory_module},
     {38, read_ipmi_device  },
@@ -234,9 +234,7 @@ public:
             const auto comma = text.find(',');
             if (comma != std::string_view::npos) take_type(text.substr(comma + 1));
         } else if (!current_ || (indentation(text) == 0 && is_tool_error(text))) {
-            const bool is_heading =
-                std::any_of(kHeadings.begin(), kHeadings.end(),
-                            [&](std::string_view form) { return is_like(trimmed(text), form); });
+            const bool is_heading = is_like_any(trimmed(text), kHeadings);
             if (!is_heading) read_aside(line, reading_);
         } else if (current_->type < 0 && take_type(text)) {
             return;
@@ -260,8 +258,8 @@ public:
             system_.place = reading_.at(structure.line);
             read_system(structure, system_);
         }
-        for (const auto& kind : kKinds)
-            if (kind.type == structure.type) kind.read(structure, reading_);
+        for (const auto& reader : kReaders)
+            if (reader.type == structure.type) reader.read(structure, reading_);
     }
 
     void end(bool has_table_end) {
