@@ -289,9 +289,13 @@ bool has_unknown_status(const Sensor& sensor) {
 
 std::string name_of(const Sensor& sensor) { return sensor.name.value_or("sensor without a name"); }
 
-// Names repeat; numbers do not.
-std::string key_of(const Sensor& sensor) {
-    return sensor.number ? name_of(sensor) + "." + *sensor.number : name_of(sensor);
+// Names repeat; numbers do not. Where no capture tells the numbers, the second sensor of a name is "Temp.2".
+std::string key_of(const Inventory& inventory, const Sensor& sensor) {
+    if (sensor.number) return name_of(sensor) + "." + *sensor.number;
+    const auto before = std::count_if(inventory.sensors.data(), &sensor, [&](const Sensor& other) {
+        return !other.number && other.name == sensor.name;
+    });
+    return before == 0 ? name_of(sensor) : name_of(sensor) + "." + std::to_string(before + 1);
 }
 
 struct SubsystemRow {
@@ -405,7 +409,7 @@ bool cooling_redundancy_is_lost(const Inventory& inventory) {
 }
 
 Subject subject_of_sensor(const Inventory& inventory, const Sensor& sensor) {
-    return {key_of(sensor), "Sensor " + name_of(sensor), {ref_to(inventory, sensor)}};
+    return {key_of(inventory, sensor), "Sensor " + name_of(sensor), {ref_to(inventory, sensor)}};
 }
 
 void judge_status(const Inventory& inventory, const Sensor& sensor, bool fans_exposed,

@@ -87,6 +87,17 @@ TEST(Sensors, KindsAndStatus) {
     }
 }
 
+// Else who knows of one would be told nothing of the other.
+TEST(Sensors, TwoOfOneNameAreTwoFindings) {
+    auto numbered = analog("Temp", "temperature", 96, "u", "nc");
+    numbered.number = "0Eh";
+    EXPECT_EQ(judged({analog("Temp", "temperature", 88, "u", "nc"), numbered,
+                      analog("Temp", "temperature", 92, "u", "cr")}),
+              (Lines{"critical temperature_critical:Temp.2 | Sensor Temp | 92 u, status cr",
+                     "warning temperature_warning:Temp | Sensor Temp | 88 u, status nc",
+                     "warning temperature_warning:Temp.0Eh | Sensor Temp | 96 u, status nc"}));
+}
+
 TEST(Sensors, AFanIsCriticalWhereRedundancyIsLost) {
     EXPECT_EQ(
         judged({analog("FAN3", "fan", 0, "RPM", "cr"),
