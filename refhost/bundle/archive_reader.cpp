@@ -105,7 +105,7 @@ private:
     }
 
     void read_bytes(const TakeBytes& take) {
-        std::array<char, kBlock> block{};
+        std::array<char, kBlock> block;
         for (;;) {
             const auto read = archive_read_data(archive_.get(), block.data(), block.size());
             if (read < 0) check(static_cast<int>(read));

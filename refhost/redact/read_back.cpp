@@ -19,37 +19,50 @@ bool ReadBack::has_value(std::string_view text) const {
     return found;
 }
 
+std::string ReadBack::found_in(const std::vector<Part>& parts) const {
+    const auto found = std::find_if(parts.begin(), parts.end(), [this](const Part& part) {
+        return has_value(part.name) || has_value(part.text);
+    });
+    return found == parts.end() ? "" : found->name;
+}
+
 void ReadBack::wait() {
-    if (found_.valid() && found_.get() && found_in_.empty()) found_in_ = name_;
+    if (!found_.valid()) return;
+    auto found = found_.get();
+    if (found_in_.empty()) found_in_ = std::move(found);
 }
 
 void ReadBack::look_at_pending() {
     wait();
     looked_at_.swap(pending_);
-    const auto overlap = std::min(looked_at_.size(), kOverlap);
-    pending_.assign(looked_at_, looked_at_.size() - overlap);
-    found_ = std::async(std::launch::async, [this] { return has_value(looked_at_); });
+    const auto& [name, text] = looked_at_.back();
+    const auto overlap = std::min(text.size(), kOverlap);
+    pending_.assign(1, {name, text.substr(text.size() - overlap)});
+    pending_bytes_ = overlap;
+    found_ = std::async(std::launch::async, [this] { return found_in(looked_at_); });
 }
 
 void ReadBack::begin(std::string_view name, std::optional<JsonNumbers> json) {
-    end();
-    name_ = name;
     json_ = json;
-    if (found_in_.empty() && has_value(name)) found_in_ = name;
+    pending_.push_back({std::string(name), ""});
 }
 
 void ReadBack::add(std::string_view bytes) {
+    auto& text = pending_.back().text;
+    const auto before = text.size();
     if (json_)
-        json_->append(bytes, pending_);
+        json_->append(bytes, text);
     else
-        pending_ += bytes;
-    if (pending_.size() >= kBlock) look_at_pending();
+        text += bytes;
+    pending_bytes_ += text.size() - before;
+    if (pending_bytes_ >= kBlock) look_at_pending();
 }
 
 void ReadBack::end() {
     wait();
-    if (found_in_.empty() && has_value(pending_)) found_in_ = name_;
+    if (found_in_.empty()) found_in_ = found_in(pending_);
     pending_.clear();
+    pending_bytes_ = 0;
 }
 
 }  // namespace qvhost::redact

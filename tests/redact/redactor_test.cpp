@@ -113,6 +113,29 @@ TEST(Redactor, TakesAListOfBytesForAValueButNotOneOfNumbers) {
     EXPECT_EQ(redacted("[1,2,02:00:00:02:20:01]"), "[1,2,73:1b:fe:da:2c:54]");
 }
 
+// Small files are looked at together; the first that holds a value, or has one in its name, is told.
+TEST(ReadBack, TellsTheFirstOfManyFiles) {
+    const Fixture redacted({{{Form::text, "exd00000004"}, "kqx71335528"}});
+    const Redactor redactor(all_classes(), redacted.values, redacted.substitutes);
+    const auto found = [&](std::size_t holds, std::size_t is_named) {
+        ReadBack read(redactor.search());
+        for (std::size_t i = 0; i < 24; ++i) {
+            read.begin("file " + std::to_string(i) + (i == is_named ? " of EXD00000004" : ""));
+            read.add(std::string(60'000, 'z'));
+            read.add(i == holds ? "EXD000" : "EXE000");
+            read.add("00004\n");
+        }
+        read.end();
+        return read.found_in();
+    };
+    constexpr std::size_t kNone = 24;
+    EXPECT_EQ(found(kNone, kNone), "");
+    for (const std::size_t file : {0U, 16U, 17U, 18U, 23U})  // a block ends in the eighteenth
+        EXPECT_EQ(found(file, kNone), "file " + std::to_string(file));
+    EXPECT_EQ(found(20, 7), "file 7 of EXD00000004");
+    EXPECT_EQ(found(7, 20), "file 7");
+}
+
 // The JSON that the program writes: numbers are hidden, and texts are looked at, whatever is escaped in them.
 TEST(ReadBack, LooksAtTheTextsOfJsonAndNotAtItsNumbers) {
     using Written = JsonNumbers::Written;
