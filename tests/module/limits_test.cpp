@@ -1,6 +1,5 @@
 // When a command is stopped, and what the command log tells of it. The sensor list stands for tools that
 // write a capture, the word size for those that are read from a pipe.
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -176,10 +175,8 @@ TEST_F(Limits, WithoutALogStandardErrorIsTheHosts) {
 
 TEST_F(Limits, NobodyWaitsForAProcessThatHoldsStandardError) {
     tool("dmesg", "(sleep 60; echo late >&2) >/dev/null & echo said >&2");
-    const auto begin = std::chrono::steady_clock::now();
     dmesg();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
-    EXPECT_EQ(lines_that_begin_with("2 "), "2 said\\n\n");
+    EXPECT_EQ(lines_that_begin_with("2 "), "2 said\\n\n");  // whoever waits gets "late" as well
 }
 
 // What lies there was written by the command before.
