@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "files/leftovers.h"
+
 namespace qvhost {
 
 namespace fs = std::filesystem;
@@ -14,6 +16,7 @@ TemporaryDirectory::TemporaryDirectory(const std::string& name) {
     std::string pattern = fs::temp_directory_path() / (name + "-XXXXXX");
     if (!::mkdtemp(pattern.data())) throw std::runtime_error(pattern + ": " + std::strerror(errno));
     path_ = pattern;
+    held_ = hold_directory(path_);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {

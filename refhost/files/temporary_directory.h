@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <string>
 
+#include "files/descriptor.h"
+
 namespace qvhost {
 
 class TemporaryDirectory {
 public:
-    // $TMPDIR/NAME-XXXXXX, mode 0700. Throws std::runtime_error naming it.
+    // $TMPDIR/NAME-XXXXXX, mode 0700, held (files/leftovers.h). Throws std::runtime_error naming it.
     explicit TemporaryDirectory(const std::string& name);
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
@@ -21,6 +23,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    Descriptor held_;
     bool kept_ = false;
 };
 

@@ -4,9 +4,8 @@
 #include <ios>
 #include <optional>
 
-#include "files/descriptor.h"
+#include "files/leftovers.h"
 #include "files/temporary_directory.h"
-#include "qvhost/base/leftovers.h"
 #include "qvhost/base/machine_lock.h"
 #include "qvhost/base/trust.h"
 #include "qvhost/collect/collect_here.h"
@@ -17,12 +16,10 @@ namespace qvhost {
 int check_here(const CheckOptions& options, CollectOptions collecting) {
     try {
         std::optional<TemporaryDirectory> place;
-        Descriptor held;
         if (collecting.log_dir.empty()) {
             place.emplace("qvhost-check");
-            held = hold_directory(place->path());
             if (judge_private(place->path()).refusal.empty())
-                remove_leftovers(place->path().parent_path(), {"qvhost-check"}, {"log"});
+                remove_leftovers(place->path().parent_path());
             collecting.log_dir = place->path() / "log";
         }
         collecting.profile = kHealthProfile;

@@ -1,5 +1,5 @@
 // Which directories of killed programs are removed.
-#include "qvhost/base/leftovers.h"
+#include "files/leftovers.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "files/temporary_directory.h"
 #include "place.h"
 
 namespace qvhost {
@@ -29,10 +30,14 @@ protected:
         fs::create_directories(directory / folder);
         std::ofstream(directory / folder / "file") << "text";
         ::chmod(directory.c_str(), mode);
+        make_old(directory, age);
+        return directory;
+    }
+
+    static void make_old(const fs::path& directory, long age) {
         const timespec time{.tv_sec = std::time(nullptr) - age, .tv_nsec = 0};
         const timespec times[] = {time, time};
         EXPECT_EQ(::utimensat(AT_FDCWD, directory.c_str(), times, 0), 0);
-        return directory;
     }
 
     std::set<std::string> names() const {
@@ -57,8 +62,32 @@ TEST_F(Leftovers, OnlyWhatIsCertainlyLeftIsRemoved) {
     left("tool-longer1", "log", 700);
     left("toolaaaaaaa", "log", 700);
     fs::create_directory_symlink(left("another-aaaaaa", "log", 700), dir / "tool-link00");
-    remove_leftovers(dir, {"tool", "other"}, {"log", "bin"});
+    remove_leftovers(dir, {{"tool", {"log", "bin"}}, {"other", {"log"}}});
     EXPECT_EQ(names(), stay);
+}
+
+// As a killed program leaves them.
+TEST_F(Leftovers, OfEachKindAreRemoved) {
+    for (const char* const kind : {"run", "replay", "doctor"})
+        left("qvhost-" + std::string(kind) + "-aaaaaa", "bin", 700);
+    left("qvhost-check-aaaaaa", "log", 700);
+    left("qvhost-record-aaaaaa", "replay", 700);
+    left("qvhost-store-aaaaaa", "", 700);
+    fs::rename(dir / "qvhost-store-aaaaaa" / "file", dir / "qvhost-store-aaaaaa" / "report.sqlite");
+    const auto page = left("qvhost-page-aaaaaa", "data", 700);
+    make_old(dir / "qvhost-store-aaaaaa", 700);
+    EXPECT_EQ(names().size(), throw_away_directories().size() + 1);
+    remove_leftovers(dir);
+    EXPECT_EQ(names(), std::set<std::string>{page.filename()});
+}
+
+TEST_F(Leftovers, ATemporaryDirectoryIsHeld) {
+    ::setenv("TMPDIR", dir.c_str(), 1);
+    const TemporaryDirectory place("qvhost-check");
+    ::unsetenv("TMPDIR");
+    make_old(place.path(), 700);
+    remove_leftovers(dir);
+    EXPECT_TRUE(fs::exists(place.path()));
 }
 
 TEST_F(Leftovers, ADirectoryWhoseProgramRunsStays) {
@@ -74,11 +103,11 @@ TEST_F(Leftovers, ADirectoryWhoseProgramRunsStays) {
     const auto program = fs::path("/proc") / std::to_string(pid) / "exe";
     for (std::error_code error; fs::read_symlink(program, error) != sleep && !error;)
         ::usleep(1000);
-    remove_leftovers(dir, {"tool"}, {"tools"});
+    remove_leftovers(dir, {{"tool", {"tools"}}});
     EXPECT_EQ(names(), std::set<std::string>{"tool-aaaaaa"});
     ::kill(pid, SIGKILL);
     ::waitpid(pid, nullptr, 0);
-    remove_leftovers(dir, {"tool"}, {"tools"});
+    remove_leftovers(dir, {{"tool", {"tools"}}});
     EXPECT_EQ(names(), std::set<std::string>());
 }
 

@@ -9,8 +9,8 @@
 #include <system_error>
 #include <vector>
 
+#include "files/leftovers.h"
 #include "qvhost/base/ambient.h"
-#include "qvhost/base/leftovers.h"
 #include "qvhost/base/trust.h"
 
 namespace qvhost {
@@ -63,8 +63,7 @@ ProgramPlace::ProgramPlace(const std::string& name, const fs::path& also_in) {
         path_ = made_in(directory, name, why);
         if (!path_.empty()) {
             held_ = hold_directory(path_);
-            remove_leftovers(directory, {"qvhost-run", "qvhost-replay"},
-                             {"bin", "lib", "notes", "path", "record"});
+            remove_leftovers(directory);
             break;
         }
         reasons += (reasons.empty() ? "" : "; ") + why;

@@ -14,11 +14,11 @@ namespace qvhost {
 
 namespace {
 
-using Names = std::set<std::string>;
+using NameSet = std::set<std::string>;
 
 struct Part {
     Lane modules;
-    Names uses;  // devices, tools and captures
+    NameSet uses;  // devices, tools and captures
 };
 
 // Tools that ask the same device are one.
@@ -30,9 +30,9 @@ std::string device_of(const std::string& tool) {
 }
 
 // What the module's tables are filled with; nothing: that is not known.
-std::optional<Names> used_by(const OfferedModule& module,
-                             const std::vector<DeclaredTable>& declared) {
-    Names uses;
+std::optional<NameSet> used_by(const OfferedModule& module,
+                               const std::vector<DeclaredTable>& declared) {
+    NameSet uses;
     for (const auto& id : module.tables) {
         const auto table = std::find_if(declared.begin(), declared.end(),
                                         [&](const DeclaredTable& one) { return one.id == id; });
@@ -43,7 +43,7 @@ std::optional<Names> used_by(const OfferedModule& module,
     return uses;
 }
 
-bool share(const Names& a, const Names& b) {
+bool share(const NameSet& a, const NameSet& b) {
     return std::any_of(a.begin(), a.end(), [&](const auto& name) { return b.contains(name); });
 }
 
@@ -62,7 +62,7 @@ std::vector<Lane> lanes_of(const Offer& offer, const CollectOptions& options,
     for (const auto& [place, tables] : select_modules(offer, options)) {
         auto uses = used_by(offer[place], declared);
         one_lane = one_lane || !uses;
-        Part next{{{offer[place].name, offer[place].display}}, std::move(uses).value_or(Names())};
+        Part next{{{offer[place].name, offer[place].display}}, std::move(uses).value_or(NameSet())};
         // The first part that it shares something with gets it, and all that lies between.
         auto with = std::find_if(parts.begin(), parts.end(),
                                  [&](const Part& part) { return share(part.uses, next.uses); });

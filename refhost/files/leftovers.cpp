@@ -1,4 +1,4 @@
-#include "qvhost/base/leftovers.h"
+#include "files/leftovers.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <ctime>
 #include <system_error>
+#include <utility>
 
 namespace qvhost {
 
@@ -18,10 +19,9 @@ namespace {
 constexpr std::time_t kLeastAge = 600;  // seconds; a new directory is not held at once
 constexpr std::size_t kRandomLetters = 6;
 
-bool has_name_of(const std::string& name, const std::vector<std::string>& names) {
-    return std::any_of(names.begin(), names.end(), [&](const std::string& one) {
-        return name.size() == one.size() + 1 + kRandomLetters && name.starts_with(one + "-");
-    });
+bool is_named_after(const std::string& name, const ThrowAway& kind) {
+    return name.size() == kind.name.size() + 1 + kRandomLetters &&
+           name.starts_with(kind.name + "-");
 }
 
 bool is_ours_and_old(int directory) {
@@ -55,6 +55,19 @@ bool runs_programs(const fs::path& directory) {
 
 }  // namespace
 
+const std::vector<ThrowAway>& throw_away_directories() {
+    static const std::vector<std::string> programs{"bin", "lib", "notes", "path", "record"};
+    static const std::vector<ThrowAway> kinds{
+        {"qvhost-run",    programs                                                   },
+        {"qvhost-replay", programs                                                   },
+        {"qvhost-doctor", programs                                                   },
+        {"qvhost-check",  {"log"}                                                    },
+        {"qvhost-record", {"log", "notes", "replay"}                                 },
+        {"qvhost-store",  {"report.sqlite", "report.sqlite-wal", "report.sqlite-shm"}},
+    };
+    return kinds;
+}
+
 // Without O_CLOEXEC: the collecting child holds it as well. Tools get no descriptors.
 Descriptor hold_directory(const fs::path& directory) {
     Descriptor held(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
@@ -62,21 +75,23 @@ Descriptor hold_directory(const fs::path& directory) {
     return held;
 }
 
-void remove_leftovers(const fs::path& parent, const std::vector<std::string>& names,
-                      const std::vector<std::string>& contents) {
-    std::vector<fs::path> found;
+void remove_leftovers(const fs::path& parent, const std::vector<ThrowAway>& kinds) {
+    std::vector<std::pair<fs::path, const ThrowAway*>> found;
     std::error_code error;
     for (fs::directory_iterator entry(parent, error), end; !error && entry != end;
          entry.increment(error)) {
-        if (has_name_of(entry->path().filename().string(), names)) found.push_back(entry->path());
+        const auto name = entry->path().filename().string();
+        for (const auto& kind : kinds) {
+            if (is_named_after(name, kind)) found.emplace_back(entry->path(), &kind);
+        }
     }
-    for (const auto& directory : found) {
+    for (const auto& [directory, kind] : found) {
         const Descriptor opened(
             ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!opened || !is_ours_and_old(opened.get()) ||
             ::flock(opened.get(), LOCK_EX | LOCK_NB) != 0)
             continue;
-        if (holds_only(directory, contents) && !runs_programs(directory))
+        if (holds_only(directory, kind->contents) && !runs_programs(directory))
             fs::remove_all(directory, error);
     }
 }
