@@ -20,10 +20,12 @@ protected:
     }
     // A log directory whose report has one finding with this evidence.
     fs::path report_with(const std::vector<qvhost::findings::Place>& evidence,
-                         const std::string& rule = "drive_other_errors") {
+                         const std::string& rule = "drive_other_errors",
+                         const std::string& site_rules = "") {
         fs::create_directories(log_dir() / "report");
         qvhost::Store store(log_dir() / "report" / "report.sqlite", qvhost::Store::Mode::create);
         store.set_meta("status", "complete");
+        store.set_meta("rules", site_rules);
         qvhost::write_inventory(store, {});
         Finding finding;
         finding.id = rule + ":Z1";
@@ -40,6 +42,16 @@ protected:
         return log_dir();
     }
 };
+
+// The site's rules are those that the report was judged by.
+TEST_F(Explain, TellsTheRuleAsTheSiteHasIt) {
+    const auto report =
+        report_with({}, "drive_other_errors",
+                    "severity drive_other_errors warning\nthreshold drive_other_errors 7\n");
+    const auto told = explain(report, "drive_other_errors:Z1").out;
+    EXPECT_NE(told.find("drive has other errors (warning)"), std::string::npos) << told;
+    EXPECT_NE(told.find("threshold  7 more than\n"), std::string::npos) << told;
+}
 
 const std::string kDrive = "drive_failed_no_redundancy:EX420102";
 const std::string kServer = "x86_64-kp420-two-megaraid";

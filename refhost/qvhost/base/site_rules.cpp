@@ -49,4 +49,12 @@ std::string read_rules_file(const std::filesystem::path& file) {
 
 findings::Rules rules_in(const std::string& text) { return findings::parse_rules(text, today()); }
 
+findings::Rules rules_of(const Store& store) {
+    try {
+        return rules_in(store.meta("rules"));
+    } catch (const findings::RulesError&) {
+        return {};
+    }
+}
+
 }  // namespace qvhost

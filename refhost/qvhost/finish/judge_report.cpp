@@ -116,15 +116,6 @@ findings::Circumstances circumstances_of(const Store& store,
     return circumstances;
 }
 
-// Those of the collection. They were right when it began: if they are not, the store was damaged.
-findings::Rules rules_of(const Store& store) {
-    try {
-        return rules_in(store.meta("rules"));
-    } catch (const findings::RulesError&) {
-        return {};
-    }
-}
-
 // The verdict, with what earlier runs add to it.
 findings::Verdict judged(const Store& store, const LogDir& dir, const inventory::Survey& survey,
                          findings::EventJudge& events, const std::vector<CommandInfo>& commands,

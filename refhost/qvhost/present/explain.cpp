@@ -18,6 +18,7 @@
 #include "findings/rules.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/nearest.h"
+#include "qvhost/base/site_rules.h"
 #include "qvhost/finish/runs.h"
 #include "qvhost/present/excerpt.h"
 #include "qvhost/present/open_report.h"
@@ -67,23 +68,15 @@ void print(const char* title, const Labelled& told, const TerminalStyle& style) 
     print_labelled(std::cout, lines, style);
 }
 
-// A store may be of a version with other rules.
-const findings::Rule* rule_of(const Finding& finding) {
-    const auto rules = findings::all_rules();
-    const auto found = std::find_if(rules.begin(), rules.end(), [&](const findings::Rule& one) {
-        return finding.rule == one.name;
-    });
-    return found == rules.end() ? nullptr : &*found;
-}
-
 std::string number_text(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%g", value);
     return text;
 }
 
-void print_rule(const Finding& finding, const TerminalStyle& style) {
-    const auto* const rule = rule_of(finding);
+// As the report was judged by it. A store may be of a version with other rules.
+void print_rule(const Finding& finding, findings::Rules rules, const TerminalStyle& style) {
+    const auto* const rule = rules.find(finding.rule);
     if (!rule)
         return print("Rule",
                      {
@@ -259,7 +252,7 @@ void explain_finding(const ExplainOptions& options) {
         lines.emplace_back(std::string(kIndent) + "counted",
                            std::to_string(finding.count) + " times");
     print_labelled(std::cout, lines, style);
-    print_rule(finding, style);
+    print_rule(finding, rules_of(report.store), style);
     print_evidence(finding, log_dir, style);
     print_history(finding, report.store, log_dir, style);
     print_advice(finding, style);
