@@ -17,12 +17,16 @@ struct Rule {
     Severity severity;
     const char* looks_at;  // fields of entities, events, or the captures themselves
     const char* words;     // what is wrong, for people
-    double threshold;      // 0 where the rule has none
-    const char* unit;      // of the threshold, with its comparison: "percent or more"
+    double threshold;
+    // "{} percent or more", the threshold at "{}"; "" where the rule has none.
+    const char* compares;
     const char* why;
     const char* source;   // the manual, standard or practice behind it
     const char* redfish;  // the message that means the same; "" if there is none
 };
+
+// "80 percent or more"; "" where the rule has none.
+std::string threshold_text(const Rule& rule);
 
 std::span<const Rule> all_rules();
 

@@ -78,7 +78,8 @@ void set_severity(Line& line, Rules& rules, std::string_view /*today*/) {
 
 void set_threshold(Line& line, Rules& rules, std::string_view /*today*/) {
     auto& rule = rule_named(line, rules, line.word("the rule"));
-    if (*rule.unit == '\0') line.refuse("the rule " + in_quotes(rule.name) + " has no threshold");
+    if (*rule.compares == '\0')
+        line.refuse("the rule " + in_quotes(rule.name) + " has no threshold");
     const auto text = line.word("the threshold");
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

@@ -95,10 +95,9 @@ void write_findings() {
         for (const auto& rule : findings::all_rules()) {
             if (rule.subsystem != subsystem) continue;
             std::cout << "| `" << rule.name << "` | " << word(rule.severity) << " | "
-                      << cell(rule.looks_at) << " | " << cell(rule.words) << " | ";
-            if (*rule.unit) std::cout << rule.threshold << ' ' << rule.unit;
-            std::cout << " | " << cell(rule.why) << " | " << cell(rule.source) << " | "
-                      << rule.redfish << " |\n";
+                      << cell(rule.looks_at) << " | " << cell(rule.words) << " | "
+                      << threshold_text(rule) << " | " << cell(rule.why) << " | "
+                      << cell(rule.source) << " | " << rule.redfish << " |\n";
         }
         write_advice(subsystem);
     }

@@ -14,12 +14,26 @@ TEST(Rules, EachHasANameOfItsOwnAndSaysWhy) {
         EXPECT_TRUE(names.insert(one.name).second) << one.name;
         for (const char* text : {one.looks_at, one.words, one.why, one.source})
             EXPECT_STRNE(text, "") << one.name;
-        EXPECT_EQ(one.threshold > 0 || std::string(one.unit) == "more than",
-                  std::string(one.unit) != "")
+        const std::string compares = one.compares;
+        EXPECT_EQ(one.threshold > 0 || compares.starts_with("more than {}"), !compares.empty())
             << one.name;
+        EXPECT_EQ(compares.find("{}") != std::string::npos, !compares.empty()) << one.name;
         EXPECT_EQ(&rule(one.name), &one);
     }
     EXPECT_THROW(rule("no_such_rule"), std::logic_error);
+}
+
+TEST(Rules, AThresholdIsToldAsItCompares) {
+    const auto text = [](double threshold, const char* compares) {
+        Rule changed = rule("drive_wear");
+        changed.threshold = threshold;
+        changed.compares = compares;
+        return threshold_text(changed);
+    };
+    EXPECT_EQ(text(0, "more than {}"), "more than 0");
+    EXPECT_EQ(text(0.5, "{} hours or more"), "0.5 hours or more");
+    EXPECT_EQ(text(7, "{} days (older: warning)"), "7 days (older: warning)");
+    EXPECT_EQ(text(0, ""), "");
 }
 
 // What must wake somebody, whatever else changes.

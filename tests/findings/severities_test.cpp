@@ -621,8 +621,8 @@ TEST(Severities, AnotherSeverityOfARuleIsNoticed) {
 
 TEST(Severities, AnotherThresholdOfARuleIsNoticed) {
     for (const auto& rule : all_rules()) {
-        if (*rule.unit == '\0') continue;
-        const double step = std::string_view(rule.unit).starts_with("days") ? 2.0 / 24 : 1;
+        if (*rule.compares == '\0') continue;
+        const double step = std::string_view(rule.compares).starts_with("{} days") ? 2.0 / 24 : 1;
         for (const double other : {rule.threshold - step, rule.threshold + step}) {
             Rules rules;
             rules.find(rule.name)->threshold = other;

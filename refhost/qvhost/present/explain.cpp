@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -68,12 +67,6 @@ void print(const char* title, const Labelled& told, const TerminalStyle& style) 
     print_labelled(std::cout, lines, style);
 }
 
-std::string number_text(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
-}
-
 // As the report was judged by it. A store may be of a version with other rules.
 void print_rule(const Finding& finding, findings::Rules rules, const TerminalStyle& style) {
     const auto* const rule = rules.find(finding.rule);
@@ -88,8 +81,8 @@ void print_rule(const Finding& finding, findings::Rules rules, const TerminalSty
         {"says",     std::string(rule->words) + " (" + word(rule->severity) + ")"},
         {"looks at", rule->looks_at                                              },
     };
-    if (*rule->unit)
-        lines.emplace_back("threshold", number_text(rule->threshold) + " " + rule->unit);
+    if (const auto threshold = threshold_text(*rule); !threshold.empty())
+        lines.emplace_back("threshold", threshold);
     lines.emplace_back("why", rule->why);
     lines.emplace_back("source", rule->source);
     if (*rule->redfish) lines.emplace_back("Redfish", rule->redfish);
