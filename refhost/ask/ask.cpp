@@ -135,7 +135,7 @@ private:
         if (!is_recorded(tool.name, arguments)) return;
         const auto capture = with(question.capture, n);
         settings_.begin(tool.name);
-        facts_.is_written(capture);
+        facts_.note_written(capture);
         const int status =
             settings_.run(tool.command + (arguments.empty() ? "" : " " + arguments) + " >" +
                           shell_quoted((settings_.log_dir / capture).string()));

@@ -22,7 +22,7 @@ public:
     bool has_text(const std::string& capture, std::string_view text) const;
 
     // The collection writes the capture now.
-    void is_written(const std::string& capture) { foreign_.erase(capture); }
+    void note_written(const std::string& capture) { foreign_.erase(capture); }
 
     // Takes what the capture tells; once more if it was written once more.
     void read(const std::string& capture);

@@ -42,12 +42,12 @@ void Redundancy::add(const Volume& volume, Places& places) {
     if (volume.drive_group) places.groups.insert(group_of(volume));
 }
 
-void Redundancy::is_lost(const Volume& volume) {
+void Redundancy::note_lost(const Volume& volume) {
     has_lost_.insert(controller_of(volume));
     add(volume, lost_);
 }
 
-void Redundancy::is_lost(const TopologyRow& row) {
+void Redundancy::note_lost(const TopologyRow& row) {
     has_lost_.insert(controller_of(row));
     lost_.groups.insert(group_of(row));
 }

@@ -18,8 +18,8 @@ class Redundancy {
 public:
     explicit Redundancy(const inventory::Inventory& inventory);
 
-    void is_lost(const inventory::Volume& volume);
-    void is_lost(const inventory::TopologyRow& row);
+    void note_lost(const inventory::Volume& volume);
+    void note_lost(const inventory::TopologyRow& row);
 
     // Whether the next drive that fails beside this one takes data with it.
     bool is_lost_for(const inventory::Drive& drive) const;

@@ -325,7 +325,7 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
                 rule_name =
                     shown.value_or(has_redundancy(volume, state) ? "volume_degraded" : rule_name);
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
-                redundancy.is_lost(volume);
+                redundancy.note_lost(volume);
             if (!rule_name.empty())
                 findings.add(subject_of(inventory, volume), rule_name, "state " + *volume.state,
                              place_of_word(volume, state));
@@ -352,7 +352,7 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
         if (!row.state) continue;
         const auto rule_name = rule_for(kTopologyStates, *row.state).value_or("topology_state");
         if (rule_name.empty()) continue;
-        if (rule_name != "topology_state") redundancy.is_lost(row);
+        if (rule_name != "topology_state") redundancy.note_lost(row);
         if (told.contains({row.controller, row.drive_group})) continue;
         const auto group = number_text(row.drive_group);
         findings.add({controller_key(row.tool, row.controller) + "_dg" + group,

@@ -198,7 +198,7 @@ TEST_F(Conditions, ForeignFilesTellNothing) {
     foreign = {"ctrlcount.txt"};
     EXPECT_EQ(call(When::controller), "yes");
     auto known = facts();
-    known.is_written("ctrlcount.txt");
+    known.note_written("ctrlcount.txt");
     EXPECT_TRUE(known.has("ctrlcount.txt"));
 }
 
