@@ -129,15 +129,13 @@ std::optional<double> days_of(const std::string& time) {
            hour / 24.0 + minute / 1440.0;
 }
 
-constexpr double kMonth = 30;  // days, after which an entry of the SEL is at most a warning
-
-// An error is critical while it is new; a controller's log goes on to be told as a notice.
+// An error is critical while it is news; a controller's log goes on to be told as a notice.
 Severity severity_at(const Rule& rule, const std::optional<double>& age) {
     if (!age || rule.severity == Severity::notice) return rule.severity;
     const std::string_view name = rule.name;
     if (name == "event_controller") return *age > rule.threshold ? Severity::notice : rule.severity;
     if (rule.severity != Severity::critical) return rule.severity;
-    const double limit = rule.threshold > 0 ? rule.threshold : kMonth;
+    const double limit = rule.threshold > 0 ? rule.threshold : kNewsDays;
     return *age > limit ? Severity::warning : rule.severity;
 }
 

@@ -16,6 +16,7 @@ constexpr auto kWarning = Severity::warning;
 constexpr auto kUnknown = Severity::unknown;
 constexpr auto kNotice = Severity::notice;
 
+static_assert(kNewsDays == 30);  // "thirty days" in the rows, and in write_documents.cpp
 // clang-format off
 constexpr auto kRules = std::to_array<Rule>({
     // Volumes.

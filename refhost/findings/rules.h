@@ -11,6 +11,9 @@
 
 namespace qvhost::findings {
 
+// What earlier runs and logs tell within so many days is news: a counter that grew, an event.
+inline constexpr int kNewsDays = 30;
+
 struct Rule {
     const char* name;
     Subsystem subsystem;

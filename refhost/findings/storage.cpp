@@ -377,10 +377,10 @@ void judge_media_errors(const Inventory& inventory, const Drive& drive, const Pa
                         Collector& findings) {
     const auto& rule = findings.rule("drive_media_errors");
     if (!drive.media_errors || static_cast<double>(*drive.media_errors) <= rule.threshold) return;
-    constexpr double kLong = 30 * 24 * 3600;  // seconds
-    const auto since = past.unchanged_for(kLong, ref_to(inventory, drive), "media_errors");
+    constexpr double kSeconds = kNewsDays * 24.0 * 3600;
+    const auto since = past.unchanged_for(kSeconds, ref_to(inventory, drive), "media_errors");
     auto says = std::to_string(*drive.media_errors) + " media errors";
-    if (!since.empty()) says += ", none new for 30 days";
+    if (!since.empty()) says += ", none new for " + std::to_string(kNewsDays) + " days";
     findings.add(subject_of(inventory, drive),
                  Remark{&rule,
                         says,

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "compare/growth.h"
+#include "findings/rules.h"
 #include "qvhost/finish/runs.h"
 #include "text/utc.h"
 #include "verdict/inventory_tables.h"
@@ -18,8 +19,8 @@ namespace qvhost {
 
 namespace {
 
-constexpr std::time_t kWindow = std::time_t{30} * 24 * 3600;  // seconds within which growth is news
-constexpr std::size_t kMostRuns = 100;                        // that a beginning is looked for in
+constexpr std::time_t kWindow = std::time_t{findings::kNewsDays} * 24 * 3600;  // seconds
+constexpr std::size_t kMostRuns = 100;  // that a beginning is looked for in
 
 compare::Collection collection_of(const Store& store) {
     return {store.meta("host"),    store.meta("machine_id"), store.meta("os"),
