@@ -217,7 +217,7 @@ private:
                     complain("the connection is lost, and tried anew: " +
                              std::string(error.what()));
                 }
-                if (time - *lost > options_.patience) throw;
+                if (time - *lost > options_.reconnect_timeout) throw;
                 std::this_thread::sleep_for(kBetweenTries);
             } catch (const Conflict&) {
                 if (++conflicts > kMostConflicts) throw;

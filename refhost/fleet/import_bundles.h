@@ -15,8 +15,8 @@ namespace qvhost::fleet {
 struct ImportOptions {
     std::vector<std::filesystem::path> bundles;  // a directory stands for the bundles in it
     std::string place;                           // of the database
-    unsigned jobs = 0;                  // that read bundles at the same time; 0: one a processor
-    std::chrono::seconds patience{60};  // for a server that is gone
+    unsigned jobs = 0;  // that read bundles at the same time; 0: one a processor
+    std::chrono::seconds reconnect_timeout{60};  // for a server that is gone
 };
 
 struct ImportSummary {

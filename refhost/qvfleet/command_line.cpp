@@ -39,9 +39,9 @@ void add_import_options(CLI::App& command, Options& options) {
         ->capture_default_str();
     command
         .add_option_function<unsigned>(
-            "--patience",
+            "--reconnect-timeout",
             [&options](unsigned seconds) {
-                options.import.patience = std::chrono::seconds(seconds);
+                options.import.reconnect_timeout = std::chrono::seconds(seconds);
             },
             "For how many seconds a server that is gone is tried anew")
         ->default_str("60");

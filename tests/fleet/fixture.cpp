@@ -45,9 +45,11 @@ Import import_into(const std::string& place, const std::vector<std::filesystem::
                    unsigned jobs) {
     std::ostringstream out;
     std::ostringstream err;
-    const auto summary = import_bundles(
-        {.bundles = bundles, .place = place, .jobs = jobs, .patience = std::chrono::minutes(5)},
-        out, err);
+    const auto summary = import_bundles({.bundles = bundles,
+                                         .place = place,
+                                         .jobs = jobs,
+                                         .reconnect_timeout = std::chrono::minutes(5)},
+                                        out, err);
     return {summary, out.str(), err.str()};
 }
 
