@@ -28,7 +28,7 @@ struct Plan {
 };
 
 struct Planned {
-    const Arrival* arrival;
+    const IncomingBundle* arrival;
     Imported result;
     std::int64_t before = kNever;
     std::int64_t after = kForever;
@@ -41,7 +41,7 @@ TypedValue text_or_null(const std::string& text) {
 }
 
 // "new installation of web1"
-std::string kinship(Database& db, const HostIdentity& identity) {
+std::string relation_to_known_hosts(Database& db, const HostIdentity& identity) {
     std::string words = "new host";
     const auto look = [&](const char* column, const std::string& value, const char* what) {
         if (value.empty()) return;
@@ -74,7 +74,7 @@ void look_up(Database& db, Planned& one) {
             });
     one.result.is_new = true;
     if (!is_known) {
-        one.result.host = kinship(db, identity);
+        one.result.host = relation_to_known_hosts(db, identity);
         one.first_run = one.last_run = run;
         return;
     }
@@ -227,7 +227,7 @@ void note_host(Database& db, const Planned& one) {
 
 }  // namespace
 
-void prepare_months(Database& db, std::span<const Arrival* const> arrivals) {
+void prepare_months(Database& db, std::span<const IncomingBundle* const> arrivals) {
     if (db.dialect() != Dialect::postgresql) return;
     std::set<std::string> months;
     for (const auto* arrival : arrivals) {
@@ -240,7 +240,7 @@ void prepare_months(Database& db, std::span<const Arrival* const> arrivals) {
     }
 }
 
-std::vector<Imported> import(Database& db, std::span<const Arrival* const> arrivals) {
+std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> arrivals) {
     std::vector<Planned> all;
     std::vector<std::int64_t> keys;
     for (const auto* arrival : arrivals) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "fleet/arrival.h"
 #include "fleet/database.h"
+#include "fleet/incoming_bundle.h"
 
 namespace qvhost::fleet {
 
@@ -23,9 +23,9 @@ struct Imported {
 
 // In one transaction; the runs of all arrivals are of hosts that differ. What comes of each, in their order. The same
 // arrivals in any order, and any number of times, give the same tables; but for the lines of events.
-std::vector<Imported> import(Database& db, std::span<const Arrival* const> arrivals);
+std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> arrivals);
 
 // Before a transaction: whatever the runs need of the schema.
-void prepare_months(Database& db, std::span<const Arrival* const> arrivals);
+void prepare_months(Database& db, std::span<const IncomingBundle* const> arrivals);
 
 }  // namespace qvhost::fleet

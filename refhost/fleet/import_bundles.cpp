@@ -15,8 +15,8 @@
 
 #include "files/failure.h"
 #include "files/temporary_directory.h"
-#include "fleet/arrival.h"
 #include "fleet/import.h"
+#include "fleet/incoming_bundle.h"
 #include "fleet/migrate.h"
 #include "show/visible.h"
 
@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using std::chrono::steady_clock;
-using Arrived = std::unique_ptr<Arrival>;
+using Arrived = std::unique_ptr<IncomingBundle>;
 
 constexpr std::size_t kMostWaiting = 64;  // read bundles, each of which has a file open
 constexpr std::uintmax_t kMostWaitingBytes = std::uintmax_t{512} << 20;  // of their stores, on disk
@@ -169,7 +169,7 @@ private:
         for (std::size_t at = 0; (at = next_++) < files_.size();) {
             try {
                 const auto store = place_.path() / std::to_string(at);
-                if (!queue_.put(std::make_unique<Arrival>(files_[at], store))) break;
+                if (!queue_.put(std::make_unique<IncomingBundle>(files_[at], store))) break;
             } catch (const std::exception& error) {
                 skip(words_of(error));
             }
@@ -181,7 +181,7 @@ private:
         for (;;) {
             const auto batch = queue_.take();
             if (batch.empty()) return;
-            std::vector<const Arrival*> arrivals;
+            std::vector<const IncomingBundle*> arrivals;
             for (const auto& one : batch) arrivals.push_back(one.get());
             store(db, arrivals);
             queue_.done(batch);
@@ -189,7 +189,7 @@ private:
     }
 
     // One bundle's fault is no other's: what cannot be stored together is stored one by one.
-    void store(Database& db, const std::vector<const Arrival*>& arrivals) {
+    void store(Database& db, const std::vector<const IncomingBundle*>& arrivals) {
         try {
             const auto results = import_patiently(db, arrivals);
             for (std::size_t i = 0; i < results.size(); ++i) tell(*arrivals[i], results[i]);
@@ -203,7 +203,7 @@ private:
     }
 
     std::vector<Imported> import_patiently(Database& db,
-                                           const std::vector<const Arrival*>& arrivals) {
+                                           const std::vector<const IncomingBundle*>& arrivals) {
         std::optional<steady_clock::time_point> lost;
         for (int conflicts = 0;;) {
             try {
@@ -226,7 +226,7 @@ private:
         }
     }
 
-    void tell(const Arrival& arrival, const Imported& result) {
+    void tell(const IncomingBundle& arrival, const Imported& result) {
         const std::lock_guard lock(mutex_);
         ++(result.is_new ? summary_.imported : summary_.there_already);
         summary_.rows += result.rows;

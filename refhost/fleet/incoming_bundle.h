@@ -5,11 +5,10 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
-#include <utility>
 #include <vector>
 
 #include "bundle/manifest.h"
+#include "files/temporary_file.h"
 #include "fleet/database.h"
 #include "store/store.h"
 
@@ -25,27 +24,11 @@ struct HostIdentity {
 // Throws std::runtime_error if neither is known.
 HostIdentity identity_of(const std::string& machine_id, const std::string& serial);
 
-// A file that goes with the object.
-class RemovedFile {
-public:
-    explicit RemovedFile(std::filesystem::path path) : path_(std::move(path)) {}
-    ~RemovedFile() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    RemovedFile(const RemovedFile&) = delete;
-    RemovedFile& operator=(const RemovedFile&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
-
-class Arrival {
+class IncomingBundle {
 public:
     // Its store is taken out to `store`, where there is no file yet, and goes with the object. Throws std::runtime_error
     // naming the bundle if it is broken, holds no report, or does not tell whose or when.
-    Arrival(const std::filesystem::path& bundle, const std::filesystem::path& store);
+    IncomingBundle(const std::filesystem::path& bundle, const std::filesystem::path& store);
 
     const std::filesystem::path& bundle() const { return bundle_; }
     const HostIdentity& identity() const { return identity_; }
@@ -69,7 +52,7 @@ private:
     void read_digests();
 
     std::filesystem::path bundle_;
-    RemovedFile file_;
+    TemporaryFile file_;
     std::unique_ptr<Store> store_;
     std::vector<bundle::BundledFile> captures_;
     std::string manifest_sha256_;

@@ -1,4 +1,4 @@
-#include "fleet/arrival.h"
+#include "fleet/incoming_bundle.h"
 
 #include <algorithm>
 #include <bit>
@@ -156,7 +156,8 @@ HostIdentity identity_of(const std::string& machine_id, const std::string& seria
     return {machine_id, serial, static_cast<std::int64_t>(number >> 1)};
 }
 
-Arrival::Arrival(const fs::path& bundle, const fs::path& store) : bundle_(bundle), file_(store) {
+IncomingBundle::IncomingBundle(const fs::path& bundle, const fs::path& store)
+    : bundle_(bundle), file_(store) {
     const auto& file = file_.path();
     auto read = bundle::take_from_bundle(bundle, kReport, file);
     manifest_sha256_ = std::move(read.manifest_sha256);
@@ -184,7 +185,7 @@ Arrival::Arrival(const fs::path& bundle, const fs::path& store) : bundle_(bundle
     }
 }
 
-Row Arrival::run_row() const {
+Row IncomingBundle::run_row() const {
     const auto told = [&](const char* key) { return known(store_->meta(key)); };
     return {identity_.host,
             run_,
@@ -202,7 +203,7 @@ Row Arrival::run_row() const {
             manifest_sha256_};
 }
 
-void Arrival::read_digests() {
+void IncomingBundle::read_digests() {
     digests_.resize(histories().size());
     for (std::size_t i = 0; i < digests_.size(); ++i) {
         Digester digester(histories()[i]);
@@ -210,7 +211,7 @@ void Arrival::read_digests() {
     }
 }
 
-void Arrival::each_row(std::size_t history, const TakeRow& take) const {
+void IncomingBundle::each_row(std::size_t history, const TakeRow& take) const {
     if (history == kCaptures) {
         for (const auto& one : captures_)
             take({clean(one.name), stored_size(one.bytes), clean(one.sha256)});
