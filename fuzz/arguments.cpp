@@ -7,8 +7,8 @@
 
 #include "check.h"
 #include "outcome.h"
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/collect_options.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"

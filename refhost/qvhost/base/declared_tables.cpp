@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/json_words.h"
 
 namespace qvhost {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "files/leftovers.h"
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/trust.h"
 
 namespace qvhost {

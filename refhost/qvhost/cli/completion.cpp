@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/cli/command_line.h"

@@ -12,8 +12,8 @@
 #include <stdexcept>
 
 #include "processes/processes.h"
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/machine_lock.h"

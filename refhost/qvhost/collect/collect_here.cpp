@@ -6,8 +6,8 @@
 
 #include "ask/tools.h"
 #include "compat/recorder.h"
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/program_place.h"
 #include "qvhost/base/trust.h"

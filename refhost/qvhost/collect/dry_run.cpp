@@ -7,8 +7,8 @@
 #include <iostream>
 
 #include "ask/questions.h"
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/collect/lanes.h"

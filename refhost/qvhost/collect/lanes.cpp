@@ -6,7 +6,7 @@
 #include <set>
 #include <string_view>
 
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/collect/selection.h"
 

@@ -8,7 +8,7 @@
 
 #include "compat/layer.h"
 #include "files/script.h"
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/base/program_place.h"

@@ -13,7 +13,7 @@
 #include "findings/rules_file.h"
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/site_rules.h"
 #include "qvhost/finish/commands.h"
 #include "qvhost/finish/history.h"

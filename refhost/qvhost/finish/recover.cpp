@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/finish/finish_report.h"
 #include "qvhost/finish/journal_importer.h"
 #include "qvhost/finish/lane_files.h"

@@ -4,8 +4,8 @@
 
 #include <iostream>
 
-#include "qvhost/base/ambient.h"
 #include "qvhost/base/declared_tables.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/plugin.h"
 #include "repository/sink.h"
 #include "show/terminal.h"

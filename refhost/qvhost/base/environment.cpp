@@ -1,4 +1,4 @@
-#include "qvhost/base/ambient.h"
+#include "qvhost/base/environment.h"
 
 #include <boost/algorithm/string/join.hpp>
 #include <cstdlib>
