@@ -1,4 +1,5 @@
 // Log directories and tools that others could reach into, and file systems that do not take anything.
+#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "server.h"
 
@@ -375,6 +377,25 @@ TEST_F(SmallPlace, AReadOnlyFileSystemIsTold) {
     const auto outcome = collect_there();
     EXPECT_EQ(outcome.exit, 1);
     EXPECT_NE(outcome.err.find("Read-only file system"), std::string::npos) << outcome.err;
+}
+
+// A collection leaves 5 % of a small disk, and begins nothing where less is free.
+TEST_F(SmallPlace, DoctorSaysWhetherThereIsRoom) {
+    constexpr off_t kMib = 1 << 20;
+    for (const auto& [used, says] :
+         {std::pair<off_t, std::string>{1 * kMib, "ok        log directory: "},
+          std::pair<off_t, std::string>{92 * kMib, "warning   log directory: "},
+          std::pair<off_t, std::string>{97 * kMib, "critical  log directory: "}}) {
+        mount_here("size=100m");
+        if (IsSkipped()) return;
+        const int file = ::open((place() / "used").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        EXPECT_EQ(::posix_fallocate(file, 0, used), 0);
+        ::close(file);
+        const auto outcome = run({"doctor", "--log-dir", place() / "log"});
+        EXPECT_NE(outcome.out.find(says), std::string::npos) << outcome.out;
+        EXPECT_EQ(collect_there().exit == 0, !says.starts_with("critical")) << says;
+        ::umount2(place().c_str(), MNT_DETACH);
+    }
 }
 
 // What a tool writes until nothing is left is the tool's; what we can still write is there.

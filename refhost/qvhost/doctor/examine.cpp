@@ -9,6 +9,7 @@
 #include "compat/layer.h"
 #include "files/script.h"
 #include "qvhost/base/environment.h"
+#include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/base/program_place.h"
@@ -286,8 +287,6 @@ Lines support_archive(const Machine& machine) {
 }
 
 Lines directory(const Machine& machine) {
-    constexpr std::uintmax_t kFew = 1u << 30;
-    constexpr std::uintmax_t kTooFew = 100u << 20;
     const auto& asked = machine.options.log_dir;
     const auto [place, refusal] = judge_log_dir(fs::absolute(asked).lexically_normal());
     if (!refusal.empty())
@@ -303,13 +302,19 @@ Lines directory(const Machine& machine) {
             {"log directory", unknown, there.string() + ": its room cannot be told"}
         };
     const auto bytes = std::uintmax_t{room.f_bavail} * room.f_frsize;
+    const auto kept = free_bytes_for({}, there);
+    if (bytes < kept)
+        return {
+            {"log directory", critical,
+             place.string() + ": a collection asks nothing there: " + size_text(bytes) +
+                 " are free, and it leaves " + size_text(kept),
+             "df -h " + shell_quoted(there)}
+        };
+    const bool is_little = bytes < 2 * kept;
     return {
-        {"log directory",
-         bytes < kTooFew ? critical
-         : bytes < kFew  ? warning
-                         : ok,
+        {"log directory", is_little ? warning : ok,
          place.string() + " can be used, with " + size_text(bytes) + " free",
-         bytes < kFew ? "df -h " + shell_quoted(there) : ""}
+         is_little ? "df -h " + shell_quoted(there) : ""}
     };
 }
 
