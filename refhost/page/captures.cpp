@@ -1,13 +1,10 @@
 #include "page/captures.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <system_error>
 #include <utility>
 
-#include "files/descriptor.h"
+#include "files/read_beginning.h"
 
 namespace qvhost::page {
 
@@ -20,7 +17,7 @@ const char* kind_of(const fs::directory_entry& entry) {
     const auto status = entry.symlink_status(ignored);
     if (fs::is_directory(status)) return "directory";
     if (!fs::is_regular_file(status)) return "other";
-    return beginning_of(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
+    return read_beginning(entry.path(), 4096).find('\0') == std::string::npos ? "text" : "binary";
 }
 
 // The commands that were seen to write the file. Older stores do not tell: there it is those that write
@@ -45,14 +42,6 @@ std::vector<std::size_t> makers_of(const fs::path& file, const std::vector<Comma
 }
 
 }  // namespace
-
-std::string beginning_of(const fs::path& path, std::size_t most) {
-    // Do not follow a link out of the directory. Do not wait at a pipe that nobody writes to.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    struct stat info {};
-    if (!file || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return "";
-    return read_bytes(file.get(), std::min(most, static_cast<std::size_t>(info.st_size)));
-}
 
 std::vector<Capture> captures_in(const fs::path& log_dir,
                                  const std::vector<CommandInfo>& commands) {

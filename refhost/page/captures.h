@@ -20,7 +20,4 @@ struct Capture {
 std::vector<Capture> captures_in(const std::filesystem::path& log_dir,
                                  const std::vector<CommandInfo>& commands);
 
-// The first bytes of a capture; empty if it is no regular file or cannot be read.
-std::string beginning_of(const std::filesystem::path& path, std::size_t most);
-
 }  // namespace qvhost::page

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "files/new_file.h"
+#include "files/read_beginning.h"
 #include "page/assets.h"
 #include "page/captures.h"
 #include "page/data_file.h"
@@ -69,7 +70,7 @@ ordered_json write_captures(const std::vector<Capture>& captures, const fs::path
         std::size_t shown = 0;
         if (std::strcmp(capture.kind, "text") == 0 && capture.size > 0 && room > 0) {
             const auto text =
-                beginning_of(log_dir / capture.name, std::min(room, kMaxCaptureBytes));
+                read_beginning(log_dir / capture.name, std::min(room, kMaxCaptureBytes));
             const auto name = "capture-" + file_stem(all.size() + 1, capture.name) + ".js";
             std::string json;
             put_json_text(text, json);

@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-#include "page/captures.h"
+#include "files/read_beginning.h"
 #include "qvhost/finish/lane_files.h"
 #include "runner/shell_words.h"
 
@@ -233,7 +233,7 @@ void leave_captures_to_their_lanes(std::vector<CommandInfo>& commands, const fs:
 CommandLog read_commands(const fs::path& log, const fs::path& log_dir,
                          const std::string& stopped_by) {
     LogReader reader(log_dir);
-    std::istringstream lines(page::beginning_of(log, kMostLogBytes));
+    std::istringstream lines(read_beginning(log, kMostLogBytes));
     for (std::string line; std::getline(lines, line);) reader.take(line);
     auto read = reader.finish();
     if (!read.commands.empty()) {

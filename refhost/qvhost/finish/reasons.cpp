@@ -13,9 +13,9 @@
 #include <system_error>
 #include <utility>
 
+#include "files/read_beginning.h"
 #include "inventory/exit_codes.h"
 #include "inventory/ipmi/aside.h"
-#include "page/captures.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/finish/not_executable.h"
 #include "runner/shell_words.h"
@@ -177,7 +177,7 @@ Evidence::Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, 
       declared_(declared_tables(store)),
       broken_off_(std::move(broken_off)) {
     boost::split(also_, store.meta("also"), [](char c) { return c == ','; });
-    std::istringstream messages(page::beginning_of(dir.log(), kMostLogBytes));
+    std::istringstream messages(read_beginning(dir.log(), kMostLogBytes));
     const std::string words = "[repo] Product name(20bytes):";
     for (std::string line; !product_is_logged_ && std::getline(messages, line);) {
         const auto at = line.find(words);
