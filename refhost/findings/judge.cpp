@@ -9,6 +9,7 @@
 #include "findings/history.h"
 #include "findings/sensors.h"
 #include "findings/storage.h"
+#include "findings/storage_past.h"
 
 namespace qvhost::findings {
 

@@ -1,3 +1,5 @@
+#include "findings/storage_past.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>

@@ -9,6 +9,7 @@
 
 #include "findings/storage.h"
 #include "findings/storage_names.h"
+#include "findings/storage_past.h"
 #include "told.h"
 
 namespace qvhost::findings {
