@@ -381,11 +381,11 @@ TEST_F(SmallPlace, AReadOnlyFileSystemIsTold) {
 
 // A collection leaves 5 % of a small disk, and begins nothing where less is free.
 TEST_F(SmallPlace, DoctorSaysWhetherThereIsRoom) {
-    constexpr off_t kMib = 1 << 20;
+    constexpr off_t kMebibyte = 1 << 20;
     for (const auto& [used, says] :
-         {std::pair<off_t, std::string>{1 * kMib, "ok        log directory: "},
-          std::pair<off_t, std::string>{92 * kMib, "warning   log directory: "},
-          std::pair<off_t, std::string>{97 * kMib, "critical  log directory: "}}) {
+         {std::pair<off_t, std::string>{1 * kMebibyte, "ok        log directory: "},
+          std::pair<off_t, std::string>{92 * kMebibyte, "warning   log directory: "},
+          std::pair<off_t, std::string>{97 * kMebibyte, "critical  log directory: "}}) {
         mount_here("size=100m");
         if (IsSkipped()) return;
         const int file = ::open((place() / "used").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
