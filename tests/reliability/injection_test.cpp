@@ -116,7 +116,7 @@ protected:
         ASSERT_GT(last, 0) << "nothing makes this call";
         const long first =
             1 + (std::string(call) == "mmap" ? calls_of_the_loader(call, dir() / "calls") : 0);
-        for (const long place : some(first, last, setting("QV_TEST_INJECTIONS", places, 40))) {
+        for (const long place : some(first, last, setting("QV_TEST_INJECTIONS", places, 20))) {
             fs::remove_all(log_dir());
             SCOPED_TRACE(std::string(call) + " fails with " + error + " the " +
                          std::to_string(place) + ". time");

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 using Soak = ServerTest;
 
 TEST_F(Soak, NothingGrows) {
-    const long runs = setting("QV_TEST_SOAK", 8, 500);
+    const long runs = setting("QV_TEST_SOAK", 8, 200);
     // How much a run takes depends on how its processes happen to meet; some runs show the range.
     const long first_runs = std::max(4L, runs / 10);
     long peak = 0;
@@ -41,7 +41,7 @@ TEST_F(Soak, NothingGrows) {
 
 // In one directory: each earlier run moves aside, and stays as it was.
 TEST_F(Soak, OneDirectoryKeepsEveryReport) {
-    const long runs = setting("QV_TEST_SOAK", 8, 500);
+    const long runs = setting("QV_TEST_SOAK", 8, 200);
     for (int i = 0; i < runs; ++i) ASSERT_EQ(run(collecting({"--quiet"})).exit, 0);
     int earlier = 0;
     for (const auto& entry : fs::directory_iterator(log_dir() / "runs")) {

@@ -23,7 +23,7 @@ class Replay : public test::ProductTest {};
 
 TEST_F(Replay, TellsTheTruthOfRandomServers) {
     const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 10, 1000);
+    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 10, 250);
     for (long seed = first; seed < first + seeds; ++seed) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);
@@ -55,7 +55,7 @@ TEST_F(Replay, TellsTheTruthOfRandomServers) {
 // What is recorded of a report gives that report again.
 TEST_F(Replay, RecordsOfRandomServersReplayTheSame) {
     const long first = test::setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 4, 400);
+    const long seeds = test::repetitions("QV_TRUTH_SEEDS", 4, 80);
     for (long seed = first; seed < first + seeds; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Options options;

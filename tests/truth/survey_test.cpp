@@ -102,7 +102,7 @@ protected:
 
 TEST_F(Survey, TellsTheTruthOfRandomServers) {
     const long first = setting("QV_TRUTH_FIRST", 1, 1);
-    const long seeds = repetitions("QV_TRUTH_SEEDS", 150, 10000);
+    const long seeds = repetitions("QV_TRUTH_SEEDS", 150, 4000);
     for (long seed = first; seed < first + seeds; ++seed) {
         Options options;
         options.seed = static_cast<std::uint64_t>(seed);
