@@ -123,6 +123,11 @@ truth::Drive* a_drive(Server& server, const char* state) {
     return nullptr;
 }
 
+bool has_findings(const truth::Drive& drive) {
+    return drive.media_errors > 0 || drive.other_errors > 0 || drive.predicted_failures > 0 ||
+           drive.shield_counter > 0 || drive.smart_alert;
+}
+
 std::string fields(const char* kind, const char* what,
                    const std::vector<std::array<std::string, 3>>& changes) {
     std::string line = std::string(kind) + " " + what;
@@ -146,7 +151,7 @@ const std::vector<Happening> kHappenings = {
      }},
     {"a drive is replaced", [](Server& server) -> std::optional<Lines> {
          auto* drive = a_drive(server, "Onln");
-         if (!drive) return std::nullopt;
+         if (!drive || has_findings(*drive)) return std::nullopt;  // they would be the new drive's
          const auto old_serial = drive->serial, old_wwn = drive->wwn;
          drive->serial = "NEWSERIAL1";
          drive->wwn = "5000AAAABBBBCCCC";
