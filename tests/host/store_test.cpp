@@ -334,6 +334,7 @@ TEST_F(StoreTest, WhatComputesIsRefused) {
           "select i from n",
           "create trigger t after insert on T begin delete from T; end",
           "create table big(a, b as (hex(zeroblob(400000000))))",
+          "alter table T add column b generated always As/*\n*/\n(hex(zeroblob(400000000)))",
           "create virtual table f using fts5(a)"}) {
         std::filesystem::remove(path());
         fill({{"T", "n", -1, {{"a", "A", "1"}}}});
