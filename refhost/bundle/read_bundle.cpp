@@ -149,10 +149,10 @@ Bundle unpack_bundle(const fs::path& file, const fs::path& directory, const Limi
     });
 }
 
-Bundle take_from_bundle(const fs::path& file, const std::string& name, const fs::path& to,
+Bundle take_from_bundle(const fs::path& file, const std::string& name, const TakeBytes& take,
                         const Limits& limits) {
     return check(file, limits, [&](const std::string& one) -> TakeBytes {
-        if (one == name) return writer_of(to);
+        if (one == name) return take;
         return [](std::string_view) {};
     });
 }

@@ -24,8 +24,8 @@ Bundle verify_bundle(const std::filesystem::path& file, const Limits& limits = {
 Bundle unpack_bundle(const std::filesystem::path& file, const std::filesystem::path& directory,
                      const Limits& limits = {});
 
-// Verifies it, and writes its file `name` to the path `to`, where there is none yet; nothing if it has no such file.
+// Verifies it, and hands on the bytes of its file `name`, if it has one, before that is found to be right or wrong.
 Bundle take_from_bundle(const std::filesystem::path& file, const std::string& name,
-                        const std::filesystem::path& to, const Limits& limits = {});
+                        const TakeBytes& take, const Limits& limits = {});
 
 }  // namespace qvhost::bundle

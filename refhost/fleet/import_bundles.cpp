@@ -14,7 +14,7 @@
 #include <thread>
 
 #include "files/failure.h"
-#include "files/temporary_directory.h"
+#include "files/scratch_files.h"
 #include "fleet/import.h"
 #include "fleet/incoming_bundle.h"
 #include "fleet/migrate.h"
@@ -168,8 +168,7 @@ private:
     void read() {
         for (std::size_t at = 0; (at = next_++) < files_.size();) {
             try {
-                const auto store = place_.path() / std::to_string(at);
-                if (!queue_.put(std::make_unique<IncomingBundle>(files_[at], store))) break;
+                if (!queue_.put(std::make_unique<IncomingBundle>(files_[at], stores_))) break;
             } catch (const std::exception& error) {
                 skip(words_of(error));
             }
@@ -258,7 +257,7 @@ private:
     std::ostream& out_;
     std::ostream& err_;
     std::vector<fs::path> files_;
-    TemporaryDirectory place_{"qvfleet"};  // of the stores that are read
+    ScratchFiles stores_{"qvfleet"};  // of the bundles that are read
     unsigned jobs_;
     Queue queue_;
     std::atomic<std::size_t> next_ = 0;

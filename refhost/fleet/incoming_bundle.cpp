@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <stdexcept>
+#include <system_error>
 #include <unordered_map>
 
 #include "bundle/digest.h"
@@ -22,6 +24,16 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kReport = "report/report.sqlite";
+
+// Verifies the bundle, and writes its store.
+bundle::Bundle take_report(const fs::path& bundle, const ScratchFile& file) {
+    const auto written = file.open();
+    return bundle::take_from_bundle(bundle, kReport, [&](std::string_view bytes) {
+        errno = 0;
+        if (!write_bytes(written.get(), bytes))
+            throw std::system_error(errno, std::generic_category(), file.path().string());
+    });
+}
 
 // As every database takes it: UTF-8 without NUL, which PostgreSQL has no text for.
 std::string clean(std::string_view text) {
@@ -156,19 +168,23 @@ HostIdentity identity_of(const std::string& machine_id, const std::string& seria
     return {machine_id, serial, static_cast<std::int64_t>(number >> 1)};
 }
 
-IncomingBundle::IncomingBundle(const fs::path& bundle, const fs::path& store)
-    : bundle_(bundle), file_(store) {
+IncomingBundle::IncomingBundle(const fs::path& bundle, ScratchFiles& files)
+    : bundle_(bundle), file_(files) {
     const auto& file = file_.path();
-    auto read = bundle::take_from_bundle(bundle, kReport, file);
+    auto read = take_report(bundle, file_);
     manifest_sha256_ = std::move(read.manifest_sha256);
-    for (auto& one : read.manifest.files) {
-        if (is_capture(one)) captures_.push_back(std::move(one));
-    }
     const auto refuse = [&](const std::string& why) {
         throw std::runtime_error(bundle.string() + ": " + why);
     };
-    if (std::error_code error; !fs::exists(file, error)) refuse("it holds no report");
-    bytes_ = fs::file_size(file);
+    const auto& all = read.manifest.files;
+    const auto report =
+        std::find_if(all.begin(), all.end(), [](const auto& one) { return one.name == kReport; });
+    if (report == all.end()) refuse("it holds no report");
+    bytes_ = report->bytes;
+    file_.cut(bytes_);
+    for (auto& one : read.manifest.files) {
+        if (is_capture(one)) captures_.push_back(std::move(one));
+    }
     try {
         store_ = std::make_unique<Store>(file, Store::Mode::read);
         const auto started = time_of(store_->meta("started"));

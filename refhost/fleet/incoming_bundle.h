@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "bundle/manifest.h"
-#include "files/temporary_file.h"
+#include "files/scratch_files.h"
 #include "fleet/database.h"
 #include "store/store.h"
 
@@ -26,9 +26,9 @@ HostIdentity identity_of(const std::string& machine_id, const std::string& seria
 
 class IncomingBundle {
 public:
-    // Its store is taken out to `store`, where there is no file yet, and goes with the object. Throws std::runtime_error
-    // naming the bundle if it is broken, holds no report, or does not tell whose or when.
-    IncomingBundle(const std::filesystem::path& bundle, const std::filesystem::path& store);
+    // Its store is one of `files` as long as the object lives. Throws std::runtime_error naming the bundle if it is
+    // broken, holds no report, or does not tell whose or when.
+    IncomingBundle(const std::filesystem::path& bundle, ScratchFiles& files);
 
     const std::filesystem::path& bundle() const { return bundle_; }
     const HostIdentity& identity() const { return identity_; }
@@ -52,7 +52,7 @@ private:
     void read_digests();
 
     std::filesystem::path bundle_;
-    TemporaryFile file_;
+    ScratchFile file_;
     std::unique_ptr<Store> store_;
     std::vector<bundle::BundledFile> captures_;
     std::string manifest_sha256_;

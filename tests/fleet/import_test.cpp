@@ -185,14 +185,17 @@ TEST_P(FleetTest, NamesAndSkipsWhatIsBroken) {
     nobody.meta.erase("machine_id");
     nobody.inventory.systems.clear();
     auto never = healthy_report("web4", "yesterday");
+    const auto bare = bare_bundle(healthy_report("web5", day(1)), dir(), "bare");
     const std::vector<std::filesystem::path> all{
-        cut, text, dir() / "missing.zip", bundle(nobody, "nobody"), bundle(never, "never"), good};
+        cut,  text, dir() / "missing.zip", bundle(nobody, "nobody"), bundle(never, "never"), bare,
+        good, bare};
     const auto result = import(all);
     EXPECT_EQ(result.summary.imported, 1u);
-    EXPECT_EQ(result.summary.skipped, 5u);
+    EXPECT_EQ(result.summary.skipped, 7u);
     for (const auto& [name, why] : std::map<std::string, std::string>{
              {"cut.tar.zst", "it is damaged, or no bundle"},
              {"text.zip", "it is damaged, or no bundle"},
+             {"bare.tar.zst", "it holds no report"},
              {"missing.zip", "No such file or directory"},
              {"nobody.tar.zst", "it tells neither machine id nor serial number"},
              {"never.tar.zst", "it does not tell when it was collected"}}) {

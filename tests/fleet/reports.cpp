@@ -86,7 +86,10 @@ Report healthy_report(const std::string& name, const std::string& started) {
     return report;
 }
 
-fs::path bundle_of(const Report& report, const fs::path& dir, const std::string& name) {
+namespace {
+
+fs::path write_bundle(const Report& report, const fs::path& dir, const std::string& name,
+                      const std::vector<std::string>& beside_captures) {
     const TemporaryDirectory place("qvfleet-report");
     fs::create_directory(place.path() / "report");
     const auto file = place.path() / "report" / "report.sqlite";
@@ -101,7 +104,7 @@ fs::path bundle_of(const Report& report, const fs::path& dir, const std::string&
     }
     bundle::Order order;
     order.log_dir = place.path();
-    order.names = {"report"};
+    order.names = beside_captures;
     for (const auto& [capture, text] : report.captures) {
         write_new_file(place.path() / capture, text);
         order.names.push_back(capture);
@@ -109,6 +112,16 @@ fs::path bundle_of(const Report& report, const fs::path& dir, const std::string&
     order.output = dir / (name + ".tar.zst");
     bundle::write_bundle(Store(file, Store::Mode::read), "test", order);
     return order.output;
+}
+
+}  // namespace
+
+fs::path bundle_of(const Report& report, const fs::path& dir, const std::string& name) {
+    return write_bundle(report, dir, name, {"report"});
+}
+
+fs::path bare_bundle(const Report& report, const fs::path& dir, const std::string& name) {
+    return write_bundle(report, dir, name, {});
 }
 
 }  // namespace test

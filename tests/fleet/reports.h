@@ -26,4 +26,8 @@ Report healthy_report(const std::string& name, const std::string& started);
 std::filesystem::path bundle_of(const Report& report, const std::filesystem::path& dir,
                                 const std::string& name);
 
+// The same without the report: its captures alone.
+std::filesystem::path bare_bundle(const Report& report, const std::filesystem::path& dir,
+                                  const std::string& name);
+
 }  // namespace test
