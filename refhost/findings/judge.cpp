@@ -91,6 +91,7 @@ Verdict judge(const inventory::Survey& survey, EventJudge& events,
     const auto redundancy = judge_storage(survey.inventory, circumstances.past, findings);
     judge_sensors(survey.inventory, findings);
     judge_power_supplies(survey.inventory, findings);
+    judge_chassis(survey.inventory, findings);
     judge_bmc(survey.inventory, findings);
     judge_clocks(survey.inventory, findings);
     events.finish(survey.inventory, circumstances.now, findings);

@@ -186,6 +186,16 @@ TEST(Health, DetailsThatWereAskedForMustBeWhole) {
     EXPECT_EQ(words_of(survey).at("storage"), "unknown");
 }
 
+TEST(Health, AChassisThatWasAskedMustHaveAnswered) {
+    auto survey = healthy();
+    survey.captures.push_back(whole("host_chassis_status.txt"));
+    EXPECT_EQ(words_of(survey), kAllWell);
+    survey.captures.back().how.gaps.push_back({3, "no word on Cooling/Fan Fault"});
+    auto words = kAllWell;
+    words["power"] = words["cooling"] = "unknown";
+    EXPECT_EQ(words_of(survey), words);
+}
+
 TEST(Health, DrivesBehindNoControllerMustHaveAnswered) {
     auto survey = healthy();
     survey.captures.push_back(whole("host_lspci.txt"));

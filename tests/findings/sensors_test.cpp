@@ -40,6 +40,17 @@ Lines judged(std::vector<Sensor> sensors) {
     return told(findings);
 }
 
+TEST(Chassis, EachLineThatTellsOfAFaultIsSaid) {
+    Inventory inventory;
+    inventory.chassis_states = {{{"host_chassis_status.txt", 2}, "Main Power Fault", "true"},
+                                {{"host_chassis_status.txt", 3}, "Power Overload", "true"},
+                                {{"host_chassis_status.txt", 11}, "Cooling/Fan Fault", "tru"}};
+    Collector findings;
+    judge_chassis(inventory, findings);
+    EXPECT_EQ(told(findings), Lines{"warning chassis_power:Chassis | Chassis | Main Power Fault: "
+                                    "true; Power Overload: true"});
+}
+
 TEST(Sensors, TheStatusColumnDecidesAndThresholdsExplain) {
     auto hot = analog("CPU1 Temp", "temperature", 106, "degrees C", "cr");
     hot.uc = 95.0;

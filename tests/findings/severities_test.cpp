@@ -336,6 +336,14 @@ Case corrected(const char* fault, int count, Lines findings) {
             std::move(findings)};
 }
 
+Case chassis(const char* name, const char* state, Lines findings) {
+    return {name,
+            [=](Server& s) {
+                s.has().chassis_states.push_back({{"host_chassis_status.txt", 2}, name, state});
+            },
+            std::move(findings)};
+}
+
 Case sel_log(const char* fault, double used, Lines findings) {
     return {fault,
             [=](Server& s) {
@@ -512,6 +520,17 @@ const std::vector<Case>& cases() {
         words("CPU1 Status",    "IERR",                                    {"critical processor_error"}),
         words("CPU1 Status",    "Thermal Trip",                            {"critical thermal_trip"}),
         words("Memory ECC",     "Uncorrectable ECC",                       {"critical memory_error"}),
+        chassis("Cooling/Fan Fault",   "false",        {}),
+        chassis("Cooling/Fan Fault",   "true",         {"warning chassis_cooling"}),
+        chassis("Main Power Fault",    "true",         {"warning chassis_power"}),
+        chassis("Power Control Fault", "true",         {"warning chassis_power"}),
+        chassis("Power Overload",      "true",         {"warning chassis_power"}),
+        chassis("Drive Fault",         "true",         {"warning drive_bay_fault"}),
+        chassis("Chassis Intrusion",   "active",       {"warning intrusion"}),
+        chassis("Chassis Intrusion",   "inactive",     {}),
+        chassis("Front-Panel Lockout", "active",       {}),
+        chassis("Redundancy",          "full",         {}),
+        chassis("Redundancy",          "lost; capping at 550 W", {"warning power_redundancy"}),
         words("Memory ECC",     "Correctable ECC logging limit reached",   {"warning memory_limit"}),
         words("Memory ECC",     "Correctable ECC",                         {"notice memory_corrected"}),
         words("Critical IRQ",   "Fatal NMI",                               {"critical sensor_critical"}),
