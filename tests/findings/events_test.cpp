@@ -69,6 +69,38 @@ TEST(Events, ADrivesHardwareErrorIsNotTheProcessors) {
                     "Uncorrected error"});
 }
 
+// However the kernel tells of them.
+TEST(Events, ASectorThatCannotBeReadIsAnErrorOfTheDisk) {
+    for (const char* text :
+         {"critical medium error, dev sda, sector 8 op 0x0:(READ)",
+          "I/O error, dev sda, sector 8 op 0x0:(READ)", "sda: error: { UNC }",
+          "sd 0:0:1:0: [sda] tag#12 Add. Sense: Unrecovered read error",
+          "sda: Read(0x2) @ LBA 8, 8 blocks, Unrecovered Read Error (sct 0x2 / sc 0x81)"})
+        EXPECT_EQ(judged({event("kernel", "", EventSeverity::critical, "sda", text)}),
+                  Lines{"warning event_disk:sda | sda | " + std::string(text)});
+}
+
+TEST(Events, MemoryErrorsAreTheMemorysWhoeverTellsThem) {
+    const auto at = [](EventSeverity severity, const char* text) {
+        const auto told = judged({event("kernel", "", severity, "memory", text)});
+        return told.empty() ? "" : told[0].substr(0, told[0].find(':'));
+    };
+    constexpr auto kBad = EventSeverity::critical;
+    EXPECT_EQ(at(kBad, "{1}[Hardware Error]:   section_type: memory error"),
+              "critical event_memory_error");
+    EXPECT_EQ(at(EventSeverity::info, "{1}[Hardware Error]:   section_type: memory error"),
+              "notice event_memory_corrected");
+    EXPECT_EQ(at(kBad, "Memory failure: 0x1: recovery action for reserved page: Ignored"),
+              "critical event_memory_error");
+    EXPECT_EQ(at(kBad, "mce: Uncorrected hardware memory error in user-access at 3f1b2c0"),
+              "critical event_memory_error");
+    // Of what else the firmware reports nobody knows what failed.
+    EXPECT_EQ(at(kBad, "{1}[Hardware Error]: event severity: fatal"), "critical event_critical");
+    EXPECT_EQ(at(kBad, "{1}[Hardware Error]:   section_type: PCIe error"), "critical event_pci");
+    EXPECT_EQ(at(kBad, "{1}[Hardware Error]:   section_type: general processor error"),
+              "critical event_processor");
+}
+
 TEST(Events, CorrectedErrorsCountByDayAndModule) {
     std::vector<Event> events(
         24, event("bmc", "2026-11-20T12:00:00", EventSeverity::info, "DIMM A1", "Correctable ECC"));

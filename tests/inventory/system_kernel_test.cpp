@@ -65,6 +65,12 @@ TEST(Dmesg, WhatIsWrongAndWhatOnlyLooksSo) {
                 "critical", "processor"},
             Case{"mce: [Hardware Error]: TSC 0 ADDR 1234 MISC 5678", "", ""},
             Case{"[Hardware Error]: Corrected error, no action required.", "info", "hardware"},
+            Case{"[Hardware Error]: System Fatal error.", "critical", "hardware"},
+            Case{
+                "Memory failure: 0x3f1b2: Sending SIGBUS to vm:12 due to hardware memory corruption",
+                "critical", "memory"},
+            Case{"rcu: INFO: rcu_preempt detected stalls on CPUs/tasks:", "warning", "processor"},
+            Case{"rcu: INFO: rcu_sched self-detected stall on CPU", "warning", "processor"},
             Case{"{1}[Hardware Error]: event severity: fatal", "critical", "hardware"},
             Case{"mce: CPU supports 10 MCE banks", "", ""},
             Case{"CPU0: Thermal monitoring enabled (TM1)", "", ""},
@@ -101,6 +107,24 @@ TEST(Dmesg, WhatIsWrongAndWhatOnlyLooksSo) {
                  "critical", "sdc"},
             Case{"end_request: I/O error, dev sdc, sector 12", "warning", "sdc"},
             Case{"end_request: I/O error, dev fd0, sector 0", "", ""},
+            Case{"I/O error, dev fd0, sector 0 op 0x0:(READ) flags 0x0", "", ""},
+            Case{"blk_update_request: I/O error, dev sr0, sector 0 op 0x0:(READ)", "", ""},
+            Case{"Buffer I/O error on dev sr0, logical block 0, async page read", "", ""},
+            Case{"blk_update_request: I/O error, dev loop3, sector 2097144", "info", "image"},
+            Case{"operation not supported error, dev sda, sector 0 op 0x9:(WRITE_ZEROES)", "", ""},
+            Case{"timeout error, dev nvme0n1, sector 8 op 0x0:(READ)", "warning", "nvme0n1"},
+            Case{"I/O error, dev sdb, sector 8 op 0x0:(READ)", "warning", "sdb"},
+            Case{
+                "nvme0n1: Read(0x2) @ LBA 8, 8 blocks, Unrecovered Read Error (sct 0x2 / sc 0x81) MORE",
+                "warning", "nvme0n1"},
+            Case{"nvme0: Identify(0x6), Invalid Field in Command (sct 0x0 / sc 0x2)", "", ""},
+            Case{"megaraid_sas 0000:81:00.0: 5571 (604800000s/0x0020/CRIT) - Controller was reset",
+                 "warning", "0000:81:00.0"},
+            Case{
+                "megaraid_sas 0000:81:00.0: 5572 (boot + 5s/0x0001/FATAL) - VD 00/0 is now DEGRADED",
+                "warning", "0000:81:00.0"},
+            Case{"megaraid_sas 0000:81:00.0: 5573 (boot + 5s/0x0020/FATAL) - Controller cache lost",
+                 "critical", "0000:81:00.0"},
             Case{"Buffer I/O error on dev dm-0, logical block 12, async page read", "warning",
                  "dm-0"},
             Case{"Buffer I/O error on device sda1, logical block 0", "warning", "sda1"},
@@ -119,6 +143,12 @@ TEST(Dmesg, WhatIsWrongAndWhatOnlyLooksSo) {
             Case{"EXT4-fs (sda1): mounted filesystem with ordered data mode", "", ""},
             Case{"XFS (dm-0): Corruption detected. Unmount and run xfs_repair", "critical", "dm-0"},
             Case{"XFS (dm-0): metadata I/O error in \"xfs_buf\" at daddr 0x1", "critical", "dm-0"},
+            Case{"XFS (sdb1): Filesystem has been shut down due to log error (0x2).", "critical",
+                 "sdb1"},
+            Case{"BTRFS: error (device sda2) in btrfs_commit_transaction:2259: errno=-5 IO failure",
+                 "critical", "sda2"},
+            Case{"md/raid:md5: read error not correctable (sector 8 on sdc1).", "critical", "md5"},
+            Case{"md/raid:md5: Cannot continue operation (2/5 failed).", "critical", "md5"},
             Case{"md/raid1:md0: Disk failure on sdb1, disabling device.", "critical", "md0"},
             Case{"Out of memory: Killed process 123 (java) total-vm:1kB", "warning", "system"},
             Case{"INFO: task kworker/0:1:123 blocked for more than 120 seconds.", "warning",
@@ -134,6 +164,33 @@ TEST(Dmesg, WhatIsWrongAndWhatOnlyLooksSo) {
         EXPECT_EQ(made.events[0].subject, subject) << message;
         EXPECT_EQ(made.events[0].text, message);
     }
+}
+
+// What the firmware reports is told in several lines: how bad it is in the first of them.
+TEST(Dmesg, SectionsAreAsBadAsTheirReport) {
+    const auto sections_of = [](const char* severity) {
+        return read("[    1.0] {1}[Hardware Error]: event severity: " + std::string(severity) +
+                        "\n[    1.0] {1}[Hardware Error]:  Error 0, type: " + severity +
+                        "\n[    1.0] {1}[Hardware Error]:   section_type: memory error\n",
+                    read_dmesg)
+            .events;
+    };
+    for (const auto& [said, severity] :
+         {std::pair{"corrected", Severity::info}, std::pair{"recoverable", Severity::critical},
+          std::pair{"fatal", Severity::critical}}) {
+        const auto events = sections_of(said);
+        ASSERT_EQ(events.size(), 2U);
+        EXPECT_EQ(events[1].subject, "memory");
+        EXPECT_EQ(events[1].severity, severity) << said;
+    }
+}
+
+// The kernel may be told to print no times.
+TEST(Dmesg, WithoutTimesTheNameOfADriveIsNoLevel) {
+    const auto made =
+        read("sd 0:0:1:0: [sdb] tag#3 Sense Key : Medium Error [current]\n", read_dmesg);
+    ASSERT_EQ(made.events.size(), 1U);
+    EXPECT_EQ(made.events[0].subject, "sdb");
 }
 
 // A row that an earlier one hides says nothing.

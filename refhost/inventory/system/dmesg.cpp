@@ -65,9 +65,12 @@ std::string_view without_level(std::string_view text) {
         const auto end = text.find('>');
         if (end != std::string_view::npos && end <= 4) return text.substr(end + 1);
     }
+    // "sd 0:0:1:0: [sdb]" is a message.
     const auto bracket = text.find(": [");
     if (bracket != std::string_view::npos && bracket <= 16 &&
-        text.substr(0, bracket).find(':') != std::string_view::npos)
+        text.substr(0, bracket).find(':') != std::string_view::npos &&
+        text.substr(0, bracket).find_first_not_of("abcdefghijklmnopqrstuvwxyz: ") ==
+            std::string_view::npos)
         return text.substr(bracket + 2);
     return text;
 }
@@ -126,6 +129,7 @@ bool is_error(std::string_view line) {
 
 void read_dmesg(CaptureLines& lines, Reading& reading) {
     bool has_kernel = false;
+    std::optional<Severity> reported;  // by the firmware, of the sections that follow
     each_line(lines, reading, [&](const CaptureLine& line) {
         if (!line.ended) add_gap(reading, line.number, "the capture ends in the middle of a line");
         if (is_error(line.text)) {
@@ -149,6 +153,10 @@ void read_dmesg(CaptureLines& lines, Reading& reading) {
         event.source = "kernel";
         event.time = std::move(message.time);
         event.severity = judged->form->severity.value_or(Severity::info);
+        if (message.text.find("event severity: ") != std::string_view::npos)
+            reported = event.severity;
+        if (message.text.find("section_type: ") != std::string_view::npos)
+            event.severity = reported.value_or(Severity::warning);
         if (message.text.find("Machine Check:") != std::string_view::npos)
             event.severity = severity_of_bank(message.text).value_or(event.severity);
         event.subject = std::string(judged->subject);
