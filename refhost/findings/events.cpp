@@ -152,10 +152,20 @@ Severity severity_at(const Rule& rule, const std::optional<double>& age) {
 // Rules of events that a later event, or the sensor itself, may end.
 bool may_end(std::string_view rule_name) {
     return rule_name == "event_threshold" || rule_name == "event_power" ||
-           rule_name == "event_redundancy";
+           rule_name == "event_redundancy" || rule_name == "event_drive";
 }
 
 bool has_ended(std::string_view text) { return text.find("Deasserted") != std::string_view::npos; }
+
+// "Fully Redundant, Asserted": whatever was lost before.
+bool says_redundant(const Event& event) {
+    return event.text.find("Fully Redundant") != std::string::npos && !has_ended(event.text);
+}
+
+// That something is over, of which no loss is told, is no fault.
+bool is_mere_end(const Event& event, std::string_view rule_name) {
+    return event.severity == EventSeverity::info && has_ended(event.text) && !may_end(rule_name);
+}
 
 // What is said of the same thing, whether it begins or ends.
 std::string_view without_end_word(std::string_view text) {
@@ -180,8 +190,9 @@ EventJudge::Source& EventJudge::source_of(const Event& event) {
 void EventJudge::take(const Event& event) {
     auto& [rows, dated] = source_of(event);
     if (event.time) dated = *event.time;
+    if (says_redundant(event)) end_redundancy_lost(event);
     const auto* row = row_for(event, rows);
-    if (!row) return;
+    if (!row || is_mere_end(event, row->rule)) return;
 
     auto subject = kept_of(event.subject.value_or(""));
     auto key = std::string(row->rule) + '\n' + event.source + '\n' + subject;
@@ -209,6 +220,19 @@ void EventJudge::take(const Event& event) {
         if (day != group.day) group.on_day = 0;
         group.day = day;
         group.most_on_day = std::max(group.most_on_day, ++group.on_day);
+    }
+}
+
+void EventJudge::end_redundancy_lost(const Event& event) {
+    for (auto& [key, group] : groups_) {
+        if (group.row->rule != std::string_view("event_redundancy") ||
+            group.source != event.source || group.subject != kept_of(event.subject.value_or("")))
+            continue;
+        group.open = 0;
+        group.last = event.place;
+        group.says = kept_of(event.text);
+        group.time = event.time;
+        group.dated = source_of(event).dated;
     }
 }
 

@@ -53,6 +53,7 @@ private:
         std::string dated;               // the latest time seen
     };
     Source& source_of(const inventory::Event& event);
+    void end_redundancy_lost(const inventory::Event& event);
     void finish(const Group& group, const inventory::Inventory& inventory, const std::string& now,
                 Collector& findings);
 

@@ -101,6 +101,31 @@ TEST(Events, MemoryErrorsAreTheMemorysWhoeverTellsThem) {
               "critical event_processor");
 }
 
+// That something is over is no news of a fault, and what came back is no loss.
+TEST(Events, WhatIsOverIsNoFault) {
+    const auto at = [](const char* subject, const char* text) {
+        return event("bmc", "2026-11-20T12:00:00", EventSeverity::info, subject, text);
+    };
+    for (const char* text : {"Processor: IERR, Deasserted", "Processor: Thermal Trip, Deasserted",
+                             "Memory: Uncorrectable ECC, Deasserted",
+                             "Memory: Correctable ECC logging limit reached, Deasserted"})
+        EXPECT_EQ(judged({at("X", text)}), Lines{}) << text;
+    EXPECT_EQ(judged({at("DIMM A1", "Memory: Uncorrectable ECC, Asserted"),
+                      at("DIMM A1", "Memory: Uncorrectable ECC, Deasserted")}),
+              Lines{"critical event_memory_error:DIMM_A1 | DIMM A1 | Memory: Uncorrectable ECC, "
+                    "Asserted"});
+    EXPECT_EQ(judged({at("HDD3", "Drive Fault, Asserted"), at("HDD3", "Drive Fault, Deasserted")}),
+              Lines{"notice event_drive:HDD3 | HDD3 | Drive Fault, Deasserted"});
+    const auto lost = at("PS Red", "Power Unit: Redundancy Lost, Asserted");
+    const auto regained = at("PS Red", "Power Unit: Fully Redundant, Asserted");
+    EXPECT_EQ(judged({lost, regained}),
+              Lines{"notice event_redundancy:PS_Red | PS Red | Power Unit: Fully Redundant, "
+                    "Asserted"});
+    for (const auto& last : {lost, at("Fan Red", "Fully Redundant, Asserted"),
+                             at("PS Red", "Power Unit: Fully Redundant, Deasserted")})
+        EXPECT_TRUE(judged({lost, last})[0].starts_with("warning event_redundancy:PS_Red"));
+}
+
 TEST(Events, CorrectedErrorsCountByDayAndModule) {
     std::vector<Event> events(
         24, event("bmc", "2026-11-20T12:00:00", EventSeverity::info, "DIMM A1", "Correctable ECC"));
