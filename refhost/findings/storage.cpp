@@ -70,6 +70,12 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"reshaping (DELAYED)",           "volume_maintenance"  },
 });
 
+// Whether a volume can be used as its state promises. That it is read-only is somebody's will.
+constexpr auto kAccesses = std::to_array<StateRow>({
+    {"B",       "volume_state"},
+    {"Blocked", "volume_state"},
+});
+
 // What may run on a volume.
 constexpr auto kOperations = std::to_array<StateRow>({
     {"None",                          ""                    },
@@ -331,6 +337,8 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
                              place_of_word(volume, state));
         }
     }
+    if (volume.access && rule_for(kAccesses, *volume.access))
+        remark("volume_state", "access", "access " + *volume.access + ", blocked");
     if (volume.operation) {
         const auto found = rule_for(kOperations, *volume.operation);
         std::string says = *volume.operation;

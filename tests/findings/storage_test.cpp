@@ -72,6 +72,18 @@ TEST(Storage, HealthyThingsHaveNoFinding) {
     EXPECT_EQ(judged(inventory), Lines{});
 }
 
+TEST(Storage, AVolumeThatIsBlockedIsNotWell) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID1", "Optl")};
+    inventory.volumes[0].access = "RO";
+    EXPECT_EQ(judged(inventory), Lines{});
+    inventory.volumes[0].access = "B";
+    const auto told = judged(inventory);
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_TRUE(told[0].starts_with("warning volume_state:")) << told[0];
+    EXPECT_TRUE(told[0].ends_with("| access B, blocked")) << told[0];
+}
+
 TEST(Storage, StatesOfVolumes) {
     const struct {
         const char* raid;

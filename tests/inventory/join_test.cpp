@@ -135,6 +135,31 @@ TEST(Join, troubles_behind_a_state_stay) {
     }
 }
 
+// A summary has another word for the same state, and none of the troubles.
+TEST(Join, troubles_stand_with_the_state_of_another_capture) {
+    const Named list = {
+        "c0_showall.txt",
+        "Controller = 0\nStatus = Success\nDescription = None\n\nModel = X\n"
+        "Controller Status = Optimal\nPhysical Drives = 0\n\nCachevault_Info :\n======\n\n"
+        "-----------------------------------\nModel  State   Temp Mode MfgDate    \n"
+        "-----------------------------------\nCVPM02 Optimal 28C  -    2018/05/30 \n"
+        "-----------------------------------\n"};
+    const Named details = {
+        "host_storcli_c0_cv.txt",
+        "Controller = 0\nStatus = Success\nDescription = None\n\nCachevault_Info :\n======\n\n"
+        "--------------------\nProperty    Value   \n--------------------\n"
+        "Type        CVPM02  \nState       Optl    \n--------------------\n\n"
+        "Firmware_Status :\n======\n\n"
+        "----------------------------\nProperty             Value \n"
+        "----------------------------\nReplacement required Yes   \n"
+        "----------------------------\n"};
+    const auto found = joined({list, details});
+    ASSERT_EQ(found.batteries.size(), 1U);
+    EXPECT_EQ(found.batteries[0].state, "Optimal, Replacement required");
+    ASSERT_EQ(found.batteries[0].elsewhere.size(), 1U);
+    EXPECT_EQ(found.batteries[0].elsewhere[0].place, (Place{"host_storcli_c0_cv.txt", 21}));
+}
+
 // The kernel has no word for an array that lacks too many members, and mdadm has.
 TEST(Join, mdadm_says_that_an_array_failed) {
     const Named kernel = {

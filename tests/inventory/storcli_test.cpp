@@ -342,11 +342,25 @@ TEST(Storcli, reads_other_answers) {
          "===============\n\n--------------------\nProperty    Value   \n--------------------\n"
          "Type        CVPM02  \nTemperature 28 C    \nState       Optimal \n"
          "--------------------\n\n\nFirmware_Status :\n===============\n\n"
-         "---------------------------------------\nProperty                         Value \n"
-         "---------------------------------------\nNVCache State                    OK    \n"
-         "Replacement required             Yes   \n---------------------------------------\n",
-         "batteries 25: controller=0 model=CVPM02 state=Optimal; Replacement required "
+         "--------------------------------------------------\n"
+         "Property                                   Value \n"
+         "--------------------------------------------------\n"
+         "NVCache State                              OK    \n"
+         "Replacement required                       Yes   \n"
+         "Pack is about to fail & should be replaced Yes   \n"
+         "Remaining Capacity Low                     No    \n"
+         "--------------------------------------------------\n",
+         "batteries 14: controller=0 model=CVPM02 state=Optimal, Replacement required, Pack is about to fail & should be replaced "
+         ""
          "temperature_celsius=28\n"},
+        // what the controller's state does not tell
+        {"Controller = 0\nStatus = Success\nDescription = None\n\nBasics :\n======\nController = 0\n"
+         "Model = X\n\nStatus :\n======\nController Status = Optimal\n"
+         "Memory Correctable Errors = 3\nMemory Uncorrectable Errors = 2\nBBU Status = 32\n"
+         "Any Offline VD Cache Preserved = Yes\nController shutdown required = No\n"
+         "Physical Drives = 0\n",
+         "controllers 12: number=0 model=X status=Optimal, Memory Uncorrectable Errors = 2, "
+         "Any Offline VD Cache Preserved = Yes drives=0\n"},
         // all controllers
         {"Status Code = 0\nStatus = Success\nDescription = None\n\nNumber of Controllers = 2\n\n"
          "System Overview :\n===============\n\n"

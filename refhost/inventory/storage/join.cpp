@@ -127,6 +127,20 @@ auto merge_by(State state) {
     };
 }
 
+// Troubles stand with the state, whichever of a tool's captures tells them.
+template <class Entity, class State>
+auto merge_with_troubles(State state) {
+    return [state, merge = merge_by<Entity>(state)](Entity& entity, const Entity& other) {
+        merge(entity, other);
+        auto& words = entity.*state;
+        for (const FieldPlace& trouble : other.elsewhere) {
+            if (!words || words->find(trouble.field) != std::string::npos) continue;
+            *words += ", " + trouble.field;
+            entity.elsewhere.push_back(trouble);
+        }
+    };
+}
+
 // /proc/mdstat has no word for an array that lacks too many members.
 bool says_failed(const Volume& volume) {
     return !volume.controller && volume.state &&
@@ -312,10 +326,10 @@ std::vector<CaptureGap> missing_details(const std::vector<Drive>& drives) {
 }  // namespace
 
 std::vector<CaptureGap> join_storage(Inventory& inventory) {
-    join(inventory.controllers, merge_by<Controller>(&Controller::status));
+    join(inventory.controllers, merge_with_troubles<Controller>(&Controller::status));
     join(inventory.volumes, merge_volume);
-    join(inventory.enclosures, merge_by<Enclosure>(&Enclosure::state));
-    join(inventory.batteries, merge_by<Battery>(&Battery::state));
+    join(inventory.enclosures, merge_with_troubles<Enclosure>(&Enclosure::state));
+    join(inventory.batteries, merge_with_troubles<Battery>(&Battery::state));
     join(inventory.topology, [](TopologyRow&, const TopologyRow&) {});
     join(inventory.drives, merge_drive);
     const auto known = join_devices(inventory);

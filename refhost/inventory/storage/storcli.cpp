@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "inventory/storage/keys.h"
 #include "inventory/storage/storcli_tables.h"
@@ -44,6 +45,23 @@ constexpr auto kController = std::to_array<Key<Controller>>({
     {"Virtual Drives",    as_number<&Controller::volumes> },
     {"Physical Drives",   as_number<&Controller::drives>  },
 });
+
+// What "Controller Status = Optimal" does not tell:
+//     Memory Uncorrectable Errors = 2
+//     Any Offline VD Cache Preserved = Yes
+constexpr auto kControllerTroubles = std::to_array<std::string_view>({
+    "Memory Uncorrectable Errors",
+    "Any Offline VD Cache Preserved",
+    "Failed to get lock key on bootup",
+    "Controller has booted into safe mode",
+    "Controller shutdown required",
+});
+
+bool is_trouble(const KeyValue& pair) {
+    return (pair.value == "Yes" || integer(pair.value).value_or(0) > 0) &&
+           std::find(kControllerTroubles.begin(), kControllerTroubles.end(), pair.key) !=
+               kControllerTroubles.end();
+}
 
 // How many rows a table will have. Foreign drives and groups come on top.
 struct Announcement {
@@ -210,8 +228,9 @@ struct Answer {
     bool failed = false;
     std::int64_t failed_line = 0;
     std::string description;
-    std::size_t errors_before = 0;  // that a table told
-    Controller controller;          // place.line 0: it says nothing of the controller
+    std::size_t errors_before = 0;     // that a table told
+    Controller controller;             // place.line 0: it says nothing of the controller
+    std::vector<FieldPlace> troubles;  // of the controller
     bool has_content = false;
     bool expects_battery = false;
     std::array<std::int64_t, storcli::kCounted> rows{};
@@ -517,6 +536,8 @@ private:
             answer_.system_time = time_of(pair.value);
 
         if (!answer_.number) return;
+        if (is_trouble(pair))
+            answer_.troubles.push_back({joined({pair.key, " = ", pair.value}), reading_.at(line_)});
         auto& controller = answer_.controller;
         if (!set(std::span<const Key<Controller>>(kController), pair, controller)) return;
         answer_.has_content = answered_ = true;
@@ -574,6 +595,11 @@ private:
             else if (announced(Counted::topology).value_or(0) > 0 && !announced(Counted::volumes))
                 gap("it ends before the list of volumes");
         }
+        for (const auto& trouble : a.troubles) {
+            auto& status = a.controller.status;
+            status = (status ? *status + ", " : "") + trouble.field;
+        }
+        a.controller.elsewhere = std::move(a.troubles);
         if (c.place.line != 0) reading_.found.controllers.push_back(std::move(a.controller));
         if (a.time && a.number)
             reading_.found.clocks.push_back({reading_.at(a.time_line),

@@ -389,6 +389,19 @@ constexpr auto kProperties = std::to_array<Column>({
     {"Value",    text, Align::left, true},
 });
 
+// Further properties that say "Yes" of one that is not well, whatever its state is.
+constexpr auto kBatteryTroubles = std::to_array<std::string_view>({
+    "Replacement required",
+    "Battery Replacement required",
+    "Battery Pack Missing",
+    "Pack is about to fail",
+});
+
+bool is_battery_trouble(std::string_view property) {
+    return std::any_of(kBatteryTroubles.begin(), kBatteryTroubles.end(),
+                       [&](std::string_view one) { return property.starts_with(one); });
+}
+
 bool read_property(const Row& row, const Where& where, std::int64_t line, Reading& reading) {
     const auto property = row["Property"];
     const auto value = row["Value"];
@@ -415,11 +428,9 @@ bool read_property(const Row& row, const Where& where, std::int64_t line, Readin
     } else if (property == "Relative State of Charge") {
         if (const auto percent = leading_real(value))
             battery.charge_percent = std::llround(*percent);
-    } else if ((property.ends_with("eplacement required") ||
-                property.starts_with("Battery Pack Missing")) &&
-               value == "Yes") {
-        battery.state = battery.state.value_or("") + "; " + std::string(property);
-        battery.place = reading.at(line);
+    } else if (value == "Yes" && is_battery_trouble(property)) {
+        battery.state = (battery.state ? *battery.state + ", " : "") + std::string(property);
+        battery.elsewhere.push_back({std::string(property), reading.at(line)});
     }
     return true;
 }
