@@ -251,6 +251,35 @@ TEST(Arcconf, reads_other_answers) {
          "controllers 5: number=1 status=Optimal\n"
          "controller_count 1: tool=arcconf count=1\n",
          "11 lines\ngap 11: the state of the cache's backup is missing\n"},
+        // Of several lines on the same the worse one counts.
+        {"Controllers found: 1\n--------\nPhysical Device information\n--------\n"
+         "      Device #0\n         Device is a Hard drive\n         State : Online\n"
+         "         S.M.A.R.T. : No\n         S.M.A.R.T. warnings : 2\n"
+         "         Current Temperature : 66 deg C\n         Threshold Temperature : 65 deg C\n"
+         "         SMART Warning Count : 0\n"
+         "         SSD Smart Trip Wearout : False\n         56 Day Warning Present : True\n"
+         "\nCommand completed successfully.\n",
+         "drives 7: controller=1 state=Online temperature_celsius=66 predicted_failures=2 "
+         "smart_alert=yes\ncontroller_count 1: tool=arcconf count=1\n",
+         "16 lines\n"},
+        // The parts of a cache's backup.
+        {"Controllers found: 1\n--------\nController information\n--------\n"
+         "   Controller Status : Optimal\n"
+         "   --------\n   Controller Cache Backup Unit Information\n   --------\n"
+         "   Overall Backup Unit Status : Ready\n   Non-Volatile Storage Status : Ready\n"
+         "   Supercap Status : Not Ready\n\nCommand completed successfully.\n",
+         "controllers 5: number=1 status=Optimal\n"
+         "batteries 9: controller=1 state=Ready, supercap status: Not Ready\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "13 lines\n"},
+        {"Controllers found: 1\n--------\nController information\n--------\n"
+         "   Controller Status : Optimal\n"
+         "   --------\n   Controller Battery Information\n   --------\n"
+         "   Status : Optimal\n   Over temperature : Yes\n\nCommand completed successfully.\n",
+         "controllers 5: number=1 status=Optimal\n"
+         "batteries 9: controller=1 state=Optimal, over temperature: Yes\n"
+         "controller_count 1: tool=arcconf count=1\n",
+         "12 lines\n"},
         // What a device of another kind says is not the drive's before it.
         {"Controllers found: 1\n--------\nPhysical Device information\n--------\n"
          "      Device #0\n         Device is a Hard drive\n         State : Online\n"
@@ -298,6 +327,21 @@ TEST(Arcconf, words_of_a_state_have_their_own_lines) {
     EXPECT_EQ(
         told(read.found.enclosures.at(0)),
         "28|28 temperature sensor status 1: 71 C/ 159 F (Abnormal)|29 power supply 2 status: Failed");
+}
+
+TEST(Arcconf, a_drive_names_the_line_that_tells_more) {
+    const auto read = read_text(
+        read_unknown,
+        "Controllers found: 1\n--------\nPhysical Device information\n--------\n"
+        "      Device #0\n         Device is a Hard drive\n         State : Online\n"
+        "         S.M.A.R.T. : No\n         S.M.A.R.T. warnings : 0\n"
+        "         SMART Warning Count : 6\n         56 Day Warning Present : True\n"
+        "         Current Temperature : 66 deg C\n         Threshold Temperature : 65 deg C\n"
+        "\nCommand completed successfully.\n");
+    const auto& drive = read.found.drives.at(0);
+    EXPECT_EQ(place_of(drive, "predicted_failures").line, 10);
+    EXPECT_EQ(place_of(drive, "smart_alert").line, 11);
+    EXPECT_EQ(drive.temperature_state, "above its threshold, 65 deg C");
 }
 
 // The value behind the only key of a line that begins so, whatever stands around it.

@@ -74,6 +74,17 @@ constexpr auto kVersions = std::to_array<Key<Controller>>({
 //    Hardware Error                           : No Error
 //    Current Temperature                      : 19 deg C
 //    Relative Charge                          : 95 percent
+// Further lines of it, and the word with which each says that all is well:
+//    Over temperature                         : No
+//    Non-Volatile Storage Status              : Ready
+//    Supercap Status                          : Ready
+constexpr auto kBackupParts = std::to_array<std::pair<std::string_view, std::string_view>>({
+    {"hardware error",              "No Error"},
+    {"over temperature",            "No"      },
+    {"non-volatile storage status", "Ready"   },
+    {"supercap status",             "Ready"   },
+});
+
 constexpr auto kBattery = std::to_array<Key<Battery>>({
     {"status",                     as_state<&Battery::state>                },
     {"overall backup unit status", as_state<&Battery::state>                },
@@ -127,6 +138,28 @@ constexpr auto kVolume = std::to_array<Key<Volume>>({
 bool read_drive_temperature(Drive& drive, std::string_view value) {
     if (is_abnormal(value)) drive.temperature_state = std::string(name_of_temperature(value));
     return as_leading<&Drive::temperature_celsius>(drive, value);
+}
+
+// "Threshold Temperature : 65 deg C", below "Current Temperature : 31 deg C"
+bool read_temperature_limit(Drive& drive, std::string_view value) {
+    const auto limit = leading_real(value);
+    if (limit && *limit > 0 && drive.temperature_celsius && *drive.temperature_celsius > *limit)
+        drive.temperature_state = "above its threshold, " + std::string(value);
+    return true;
+}
+
+// Several lines count the same.
+bool read_predicted(Drive& drive, std::string_view value) {
+    const auto before = drive.predicted_failures;
+    const bool is_number = as_number<&Drive::predicted_failures>(drive, value);
+    if (before && drive.predicted_failures < before) drive.predicted_failures = before;
+    return is_number;
+}
+
+// "False", "Not Applicable"
+bool read_trip(Drive& drive, std::string_view value) {
+    if (same_word(value, "True") || same_word(value, "Yes")) drive.smart_alert = true;
+    return true;
 }
 
 bool read_state(Drive& drive, std::string_view value) {
@@ -219,10 +252,14 @@ constexpr auto kDrive = std::to_array<Key<Drive>>({
     {"size",                         as_bytes<&Drive::capacity_bytes>       },
     {"total size",                   as_bytes<&Drive::capacity_bytes>       },
     {"s.m.a.r.t.",                   as_yes_or_no<&Drive::smart_alert>      },
-    {"s.m.a.r.t. warnings",          as_number<&Drive::predicted_failures>  },
+    {"s.m.a.r.t. warnings",          read_predicted                         },
+    {"smart warning count",          read_predicted                         },
+    {"ssd smart trip wearout",       read_trip                              },
+    {"56 day warning present",       read_trip                              },
     {"ssd",                          read_is_ssd                            },
     {"temperature",                  read_drive_temperature                 },
     {"current temperature",          as_leading<&Drive::temperature_celsius>},
+    {"threshold temperature",        read_temperature_limit                 },
     {"usage remaining",              read_remaining                         },
     {"medium error count",           as_number<&Drive::media_errors>        },
     {"media failures",               as_number<&Drive::media_errors>        },
@@ -233,15 +270,18 @@ constexpr auto kDrive = std::to_array<Key<Drive>>({
 
 // Whose lines tell of faults.
 constexpr auto kJudged = std::to_array<std::pair<std::string_view, std::string_view>>({
-    {"s.m.a.r.t.",           "smart_alert"        },
-    {"s.m.a.r.t. warnings",  "predicted_failures" },
-    {"medium error count",   "media_errors"       },
-    {"media failures",       "media_errors"       },
-    {"hardware error count", "other_errors"       },
-    {"hardware errors",      "other_errors"       },
-    {"temperature",          "temperature_celsius"},
-    {"current temperature",  "temperature_celsius"},
-    {"usage remaining",      "percentage_used"    },
+    {"s.m.a.r.t.",             "smart_alert"        },
+    {"s.m.a.r.t. warnings",    "predicted_failures" },
+    {"smart warning count",    "predicted_failures" },
+    {"ssd smart trip wearout", "smart_alert"        },
+    {"56 day warning present", "smart_alert"        },
+    {"medium error count",     "media_errors"       },
+    {"media failures",         "media_errors"       },
+    {"hardware error count",   "other_errors"       },
+    {"hardware errors",        "other_errors"       },
+    {"temperature",            "temperature_celsius"},
+    {"current temperature",    "temperature_celsius"},
+    {"usage remaining",        "percentage_used"    },
 });
 
 //       Device #15
@@ -551,13 +591,17 @@ private:
             has_battery_state_ = true;
             return;
         }
-        const bool is_trouble = key == "hardware error" && value != "No Error" && told(value);
+        const bool is_trouble =
+            told(value) && !text.starts_with("not supported") &&
+            std::any_of(kBackupParts.begin(), kBackupParts.end(), [&](const auto& part) {
+                return key == part.first && !same_word(value, part.second);
+            });
         if (is_trouble) trouble<&Battery::state>(*battery_, key, value);
         if (!set(std::span<const Key<Battery>>(kBattery), key, value, *battery_) && !is_trouble)
             return;
         battery_->controller = number_;
         if (battery_->state) has_battery_state_ = true;
-        if (!is_state || !told(value)) return;
+        if (is_trouble || !is_state || !told(value)) return;
         battery_->place.line = line_;
         battery_->elsewhere.push_back({std::string(value), reading_.at(line_)});
     }
@@ -610,10 +654,16 @@ private:
     }
 
     void drive_key(const std::string& key, std::string_view value) {
+        const auto predicted = drive_->predicted_failures;
+        const auto alert = drive_->smart_alert;
         if (!set(std::span<const Key<Drive>>(kDrive), key, value, *drive_)) return;
         if (key == "state") drive_->place.line = line_;
         for (const auto& [name, field] : kJudged) {
-            if (key == name) drive_->elsewhere.push_back({std::string(field), reading_.at(line_)});
+            if (key != name) continue;
+            // Of several lines on the same the one counts that tells more.
+            if (drive_->predicted_failures > predicted || drive_->smart_alert > alert)
+                std::erase_if(drive_->elsewhere, [&](const auto& at) { return at.field == field; });
+            drive_->elsewhere.push_back({std::string(field), reading_.at(line_)});
         }
     }
 
