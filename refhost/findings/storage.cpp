@@ -186,6 +186,17 @@ constexpr auto kNvmeWarnings = std::to_array<NvmeWarning>({
     {4, "drive_read_only",   "the backup of its memory failed"             },
 });
 
+struct SmartctlRow {
+    int bit;
+    const char* words;
+};
+
+// smartctl(8), EXIT STATUS. Bit 3 is the SMART alert; the others tell of the past, or of the tool.
+constexpr auto kSmartctl = std::to_array<SmartctlRow>({
+    {4, "an attribute that foretells failure is at its threshold"},
+    {7, "its log of self tests has errors"                       },
+});
+
 // Members of a volume in arcconf's list of segments.
 constexpr auto kMemberStates = std::to_array<StateRow>({
     {"Present", ""},
@@ -420,6 +431,10 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
     for (const auto& [bit, warning_rule, words] : kNvmeWarnings) {
         if (drive.nvme_warnings.value_or(0) >> bit & 1)
             remark(*warning_rule == '\0' ? predicted : warning_rule, "nvme_warnings", words);
+    }
+    for (const auto& [bit, words] : kSmartctl) {
+        if (drive.smartctl_status.value_or(0) >> bit & 1)
+            remark(predicted, "smartctl_status", words);
     }
     const auto count = [&](const char* rule_name, const char* field, const Integer& value,
                            const char* words) {

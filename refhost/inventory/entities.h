@@ -161,10 +161,11 @@ struct Drive {
     Integer power_on_hours;
     std::vector<FieldPlace>
         elsewhere;  // counters, alerts and progress that stand in the drive's details
-    // No fields: what NVMe drives say of themselves.
+    // No fields: what drives say of themselves.
     Integer nvme_warnings;           // bits, NVM Express: Critical Warning
     Real available_spare_threshold;  // percent
-    // No field: what arcconf says of the temperature, "(Abnormal)".
+    Integer smartctl_status;         // bits, smartctl(8): EXIT STATUS
+    // No field: what is wrong with the temperature, "(Abnormal)".
     Text temperature_state;
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };

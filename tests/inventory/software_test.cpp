@@ -399,6 +399,26 @@ TEST(Lsblk, is_read) {
 
 TEST(Ssacli, is_read) {
     const std::string text =
+// What smartctl's exit status and its limits say, which the SMART status does not.
+TEST(Smartctl, tells_more_than_its_status) {
+    const auto drive_of = [](const std::string& status, const std::string& temperature) {
+        return read_text(read_smartctl,
+                         "{\n\"smartctl\": {\n\"exit_status\": " + status +
+                             "},\n\"smart_status\": {\"passed\": true},\n\"temperature\": {" +
+                             temperature + "}}")
+            .found.drives.at(0);
+    };
+    const auto failing = drive_of("16", "\"current\": 60, \"drive_trip\": 60");
+    EXPECT_EQ(failing.smartctl_status, 16);
+    EXPECT_EQ(place_of(failing, "smartctl_status").line, 3);
+    EXPECT_FALSE(failing.temperature_state);
+    EXPECT_EQ(drive_of("0", "\"current\": 61, \"drive_trip\": 60").temperature_state,
+              "above its limit, 60 C");
+    EXPECT_EQ(drive_of("0", "\"current\": 71, \"limit_max\": 70").temperature_state,
+              "above its limit, 70 C");
+    EXPECT_FALSE(drive_of("0", "\"current\": 31, \"drive_trip\": 0").temperature_state);
+}
+
         "\nSmart Array P440ar in Slot 0 (Embedded)\n   Bus Interface: PCI\n   Slot: 0\n"
         "   Serial Number: PDNLH0\n   Controller Status: OK\n   Firmware Version: 4.52-0\n"
         "   Battery/Capacitor Count: 1\n   Battery/Capacitor Status: Failed\n"

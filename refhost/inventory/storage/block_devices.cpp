@@ -78,6 +78,8 @@ constexpr auto kPlaces = std::to_array<PlaceRow>({
     {"smart_alert",             "\"passed\"",           [](const Drive& d) { return d.smart_alert.has_value(); } },
     {"nvme_warnings",           "\"critical_warning\"",
      [](const Drive& d) { return d.nvme_warnings.value_or(0) != 0; }                                             },
+    {"smartctl_status",         "\"exit_status\"",
+     [](const Drive& d) { return d.smartctl_status.value_or(0) != 0; }                                           },
     {"media_errors",            "\"media_errors\"",     [](const Drive& d) { return d.media_errors.has_value(); }},
     {"percentage_used",         "\"percentage_used\"",
      [](const Drive& d) { return d.percentage_used.has_value(); }                                                },
@@ -123,6 +125,15 @@ void read_scsi_errors(const json& value, Drive& drive) {
             count && *count >= 0 && *count < INT32_MAX)
             drive.media_errors = drive.media_errors.value_or(0) + *count;
     }
+}
+
+// The temperature at which a SAS drive stops, or the highest that an ATA drive is made for.
+void read_temperature_limit(const json& value, Drive& drive) {
+    auto limit = json_integer(value, "/temperature/drive_trip");
+    if (!limit) limit = json_integer(value, "/temperature/limit_max");
+    if (limit && *limit > 0 && drive.temperature_celsius &&
+        *drive.temperature_celsius > static_cast<double>(*limit))
+        drive.temperature_state = "above its limit, " + std::to_string(*limit) + " C";
 }
 
 // "Percentage Used Endurance Indicator" of an ATA drive's statistics.
@@ -176,6 +187,8 @@ void read_smartctl(CaptureLines& lines, Reading& reading) {
     read_ata_attributes(value, drive);
     read_scsi_errors(value, drive);
     if (!drive.percentage_used) read_ata_wear(value, drive);
+    read_temperature_limit(value, drive);
+    drive.smartctl_status = status;
 
     const auto name = json_text(value, "/device/name");
     if (name && !name->starts_with("/dev/bus/")) drive.device = name;
