@@ -276,24 +276,48 @@ TEST(Multipath, is_read) {
         "`-+- policy='service-time 0' prio=50 status=active\n"
         "  |- 3:0:0:2 sdd 8:48 active ready running\n"
         "  `- 4:0:0:2 sde 8:64 active ready running\n";
-    expect(read_multipath,
-           {
-               {text,
-                "volumes 6: raid=multipath state=degraded, 1 of 2 paths failed "
-                "capacity_bytes=21474836480 name=mpatha device=/dev/mapper/mpatha\n"
-                "volumes 7: raid=multipath state=active capacity_bytes=1649267441664 name=mpathb "
-                "device=/dev/mapper/mpathb\n",
-                "11 lines\n"},
-               {"mpatha (36) dm-2 IBM,2145\n`- 4:0:0:1 sdc 8:32 failed faulty offline\n",
-                "volumes 2: raid=multipath state=failed, no path is left name=mpatha "
-                "device=/dev/mapper/mpatha\n",
-                "2 lines\n"},
-               {"mpatha (36) dm-2 IBM,2145\nsize=20G\n",
-                "volumes 1: raid=multipath state=active capacity_bytes=21474836480 name=mpatha "
-                "device=/dev/mapper/mpatha\n",
-                "2 lines\ngap 2: a map without paths\n"},
-               {"", "", "0 lines\n"},
-           });
+    expect(
+        read_multipath,
+        {
+            {text,
+             "volumes 6: raid=multipath state=degraded, 1 of 2 paths failed "
+             "capacity_bytes=21474836480 name=mpatha device=/dev/mapper/mpatha\n"
+             "volumes 7: raid=multipath state=active capacity_bytes=1649267441664 name=mpathb "
+             "device=/dev/mapper/mpathb\n",
+             "11 lines\n"},
+            {"mpatha (36) dm-2 IBM,2145\n`- 4:0:0:1 sdc 8:32 failed faulty offline\n",
+             "volumes 2: raid=multipath state=failed, no path is left name=mpatha "
+             "device=/dev/mapper/mpatha\n",
+             "2 lines\n"},
+            {"mpatha (36) dm-2 IBM,2145\n"
+             "|- 3:0:0:1 sdb 8:16 active ready running\n"
+             "|- 4:0:0:1 sdc 8:32 active ghost running\n"
+             "|- 5:0:0:1 sdd 8:48 active ready offline\n"
+             "`- #:#:#:# -   #:#  failed undef unknown\n",
+             "volumes 4: raid=multipath state=partially degraded, 2 of 4 paths failed "
+             "name=mpatha device=/dev/mapper/mpatha\n",
+             "5 lines\n"},
+            {"mpatha (36) dm-2 ##,##\nsize=20G features='1 queue_if_no_path'\n",
+             "volumes 1: raid=multipath state=failed, no path is left capacity_bytes=21474836480 "
+             "name=mpatha device=/dev/mapper/mpatha\n",
+             "2 lines\n"},
+            {"Nov 16 12:19:33 | dm-5: no usable paths found\n"
+             "mpatha (eui.01) dm-2 NVME,EXS NV960\n"
+             "`- 0:1:1:1 nvme0n1 259:0 active ready running\n"
+             "uuid.0001 [nvme]:nvme1n1 NVMe,EXS NV960,1.0\n"
+             "size=1875385008 features='n/a' hwhandler='ANA' wp=rw\n"
+             "|- 1:1:1 nvme1c1n1 0:0 n/a optimized live\n"
+             "`- 1:2:1 nvme1c2n1 0:0 n/a inaccessible live\n",
+             "volumes 2: raid=multipath state=active name=mpatha device=/dev/mapper/mpatha\n"
+             "volumes 7: raid=multipath state=degraded, 1 of 2 paths failed name=uuid.0001 "
+             "device=/dev/nvme1n1\n",
+             "7 lines, 1 not understood (1)\n"},
+            {"mpatha (36) dm-2 IBM,2145\nsize=20G\n",
+             "volumes 1: raid=multipath state=active capacity_bytes=21474836480 name=mpatha "
+             "device=/dev/mapper/mpatha\n",
+             "2 lines\ngap 2: a map without paths\n"},
+            {"", "", "0 lines\n"},
+        });
 }
 
 const std::string kAta = R"({
@@ -375,6 +399,26 @@ TEST(Smartctl, is_read) {
         EXPECT_FALSE(read_text(read_smartctl, kAta.substr(0, size)).how.whole()) << size;
 }
 
+// What smartctl's exit status and its limits say, which the SMART status does not.
+TEST(Smartctl, tells_more_than_its_status) {
+    const auto drive_of = [](const std::string& status, const std::string& temperature) {
+        return read_text(read_smartctl,
+                         "{\n\"smartctl\": {\n\"exit_status\": " + status +
+                             "},\n\"smart_status\": {\"passed\": true},\n\"temperature\": {" +
+                             temperature + "}}")
+            .found.drives.at(0);
+    };
+    const auto failing = drive_of("16", "\"current\": 60, \"drive_trip\": 60");
+    EXPECT_EQ(failing.smartctl_status, 16);
+    EXPECT_EQ(place_of(failing, "smartctl_status").line, 3);
+    EXPECT_FALSE(failing.temperature_state);
+    EXPECT_EQ(drive_of("0", "\"current\": 61, \"drive_trip\": 60").temperature_state,
+              "above its limit, 60 C");
+    EXPECT_EQ(drive_of("0", "\"current\": 71, \"limit_max\": 70").temperature_state,
+              "above its limit, 70 C");
+    EXPECT_FALSE(drive_of("0", "\"current\": 31, \"drive_trip\": 0").temperature_state);
+}
+
 TEST(Lsblk, is_read) {
     expect(read_lsblk,
            {
@@ -399,26 +443,6 @@ TEST(Lsblk, is_read) {
 
 TEST(Ssacli, is_read) {
     const std::string text =
-// What smartctl's exit status and its limits say, which the SMART status does not.
-TEST(Smartctl, tells_more_than_its_status) {
-    const auto drive_of = [](const std::string& status, const std::string& temperature) {
-        return read_text(read_smartctl,
-                         "{\n\"smartctl\": {\n\"exit_status\": " + status +
-                             "},\n\"smart_status\": {\"passed\": true},\n\"temperature\": {" +
-                             temperature + "}}")
-            .found.drives.at(0);
-    };
-    const auto failing = drive_of("16", "\"current\": 60, \"drive_trip\": 60");
-    EXPECT_EQ(failing.smartctl_status, 16);
-    EXPECT_EQ(place_of(failing, "smartctl_status").line, 3);
-    EXPECT_FALSE(failing.temperature_state);
-    EXPECT_EQ(drive_of("0", "\"current\": 61, \"drive_trip\": 60").temperature_state,
-              "above its limit, 60 C");
-    EXPECT_EQ(drive_of("0", "\"current\": 71, \"limit_max\": 70").temperature_state,
-              "above its limit, 70 C");
-    EXPECT_FALSE(drive_of("0", "\"current\": 31, \"drive_trip\": 0").temperature_state);
-}
-
         "\nSmart Array P440ar in Slot 0 (Embedded)\n   Bus Interface: PCI\n   Slot: 0\n"
         "   Serial Number: PDNLH0\n   Controller Status: OK\n   Firmware Version: 4.52-0\n"
         "   Battery/Capacitor Count: 1\n   Battery/Capacitor Status: Failed\n"
