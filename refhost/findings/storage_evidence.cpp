@@ -39,6 +39,15 @@ constexpr auto kTools = std::to_array<ToolRow>({
     {"tri-mode",      "storcli",  {"c", "host_storcli", ""}            },
 });
 
+// Controllers of those classes behind which the system sees each drive by itself; lower case.
+constexpr auto kTransparent = std::to_array<std::string_view>({
+    "volume management device",   // a chipset's, for NVMe drives
+    "[raid mode]",                // a chipset's, for SATA drives
+    "sata raid controller",
+    "sata storage control unit",
+    "pvscsi",                     // a virtual machine's
+});
+
 // Captures of the host's own questions on storage, which are asked only where there is something to tell.
 constexpr auto kAnswers = std::to_array<std::string_view>(
     {"host_smartctl_", "host_mdstat", "host_mdadm", "host_zpool", "host_multipath", "host_arcconf_",
@@ -55,6 +64,13 @@ bool is_one_of(const PciDevice& device, const Classes& classes) {
     return device.device_class &&
            std::any_of(classes.begin(), classes.end(),
                        [&](std::string_view one) { return device.device_class->starts_with(one); });
+}
+
+bool is_raid(const PciDevice& device) {
+    const auto name = lowered(device.name.value_or(""));
+    return is_one_of(device, kRaidClasses) &&
+           std::none_of(kTransparent.begin(), kTransparent.end(),
+                        [&](std::string_view one) { return name.find(one) != std::string::npos; });
 }
 
 const ToolRow* tool_for(const PciDevice& device) {
@@ -250,24 +266,33 @@ bool weigh_storage(const Survey& survey, Health& health) {
         if (tells || should_tell) weigh_capture(capture, health);
     }
     weigh_plain_drives(survey, health);
+    const auto& devices = inventory.pci_devices;
+    const auto here = std::count_if(devices.begin(), devices.end(), is_raid);
+    // A controller may have a name in lspci that no row knows.
+    const bool lacks_some = static_cast<std::size_t>(here) > inventory.controllers.size();
+    const auto known_before = health.missing.size();
     const auto* lspci = survey.find("host_lspci.txt");
     if (!lspci) lspci = survey.find("lspci.log");
     bool has_raid = false;
     bool has_plain = false;
-    for (const auto& device : inventory.pci_devices) {
-        has_plain = has_plain || is_one_of(device, kPlainClasses);
-        if (!is_one_of(device, kRaidClasses)) continue;
+    for (const auto& device : devices) {
+        const bool is_transparent = is_one_of(device, kRaidClasses) && !is_raid(device);
+        has_plain = has_plain || is_transparent || is_one_of(device, kPlainClasses);
+        if (!is_raid(device)) continue;
         has_raid = true;
         const auto name = device.name.value_or("a RAID controller");
         const auto* row = tool_for(device);
         if (!row) {
-            if (inventory.controllers.empty())
+            if (lacks_some)
                 add_once(health.missing, name + " is here, and no tool for it is known");
         } else if (!was_read(survey, *row)) {
             add_once(health.missing,
                      name + " is here, and nothing was read of it; its tool is " + row->tool);
         }
     }
+    if (lacks_some && health.missing.size() == known_before)
+        add_once(health.missing, "RAID controllers that lspci shows: " + std::to_string(here) +
+                                     ", read: " + std::to_string(inventory.controllers.size()));
     const bool read_something =
         !inventory.controllers.empty() || !inventory.volumes.empty() || !inventory.drives.empty();
     if (read_something || has_raid) return false;

@@ -310,6 +310,27 @@ TEST(Health, ARaidControllerWithoutItsToolIsMissing) {
     EXPECT_EQ(words_of(survey).at("storage"), "unknown");
 }
 
+// What lspci shows beside the controller that storcli read.
+TEST(Health, EachRaidControllerMustHaveBeenRead) {
+    const auto storage_with = [](const char* device_class, const char* name) {
+        auto survey = healthy();
+        survey.captures.push_back(whole("host_lspci.txt"));
+        for (const char* one : {"Broadcom / LSI MegaRAID SAS-3 3108 [Invader]", name})
+            survey.inventory.pci_devices.push_back(
+                {{"host_lspci.txt", 2}, "03:00.0", device_class, one});
+        return words_of(survey).at("storage");
+    };
+    constexpr auto kRaid = "RAID bus controller";
+    EXPECT_EQ(storage_with(kRaid, "Areca Technology Corp. ARC-1883"), "unknown");
+    EXPECT_EQ(storage_with(kRaid, "Broadcom / LSI MegaRAID SAS-3 3108 [Invader]"), "unknown");
+    // The drives behind these answer for themselves.
+    for (const char* name : {"Intel Corporation Volume Management Device NVMe RAID Controller",
+                             "Intel Corporation SATA Controller [RAID mode]",
+                             "Intel Corporation C600/X79 series chipset SATA RAID Controller",
+                             "Intel Corporation C602 chipset 4-Port SATA Storage Control Unit"})
+        EXPECT_EQ(storage_with(kRaid, name), "ok") << name;
+}
+
 TEST(Health, NoBmcIsAbsentOnlyOnEvidence) {
     Survey survey;
     for (const char* name : {"dmesg.log", "dmidecode.log"}) survey.captures.push_back(whole(name));
