@@ -110,6 +110,19 @@ std::string described(std::string_view text) {
     return made.all() + rest;
 }
 
+TEST(Dmidecode, TheFirmwaresOwnMemoryIsNoModule) {
+    const auto modules = [](const std::string& type) {
+        return read(
+                   "Handle 0x0013, DMI type 17, 40 bytes\nMemory Device\n\tSize: 16 MB\n"
+                   "\tForm Factor: Chip\n\tLocator: SYSTEM ROM\n\tType: " +
+                       type + "\n\n",
+                   read_dmidecode_part)
+            .found.memory_modules.size();
+    };
+    EXPECT_EQ(modules("Flash"), 0U);
+    EXPECT_EQ(modules("DDR"), 1U);
+}
+
 TEST(Dmidecode, TablesOfToday) {
     const std::string all =
         std::string(kEntities) +

@@ -140,7 +140,14 @@ void read_processor(const Structure& from, Reading& reading) {
     reading.found.processors.push_back(std::move(processor));
 }
 
+// What holds the firmware is listed as a memory device too.
+constexpr auto kReadOnlyMemory =
+    std::to_array<std::string_view>({"Flash", "ROM", "EEPROM", "FEPROM", "EPROM"});
+
 void read_memory_module(const Structure& from, Reading& reading) {
+    if (std::find(kReadOnlyMemory.begin(), kReadOnlyMemory.end(), from["Type"]) !=
+        kReadOnlyMemory.end())
+        return;
     const auto capacity = binary_bytes(from["Size"]);
     const auto serial = told_identity(from["Serial Number"]);
     if (from["Size"] == "No Module Installed")
