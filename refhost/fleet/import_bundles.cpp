@@ -32,7 +32,8 @@ using Arrived = std::unique_ptr<IncomingBundle>;
 constexpr std::size_t kMostWaiting = 64;  // read bundles, each of which has a file open
 constexpr std::uintmax_t kMostWaitingBytes = std::uintmax_t{512} << 20;  // of their stores, on disk
 constexpr std::size_t kMostInBatch = 64;                                 // in one transaction
-constexpr int kMostConflicts = 20;                                       // of one batch
+constexpr std::size_t kLeastInBatch = 16;  // as long as more bundles are being read
+constexpr int kMostConflicts = 20;         // of one batch
 constexpr std::chrono::milliseconds kBetweenTries{200};
 
 // The files that the names stand for.
@@ -87,12 +88,16 @@ public:
         changed_.notify_all();
     }
 
-    // What is there, with no host twice and none that another writer has. Empty: nothing will come any more.
+    // What is there once it is worth a batch, with no host twice and none that another writer has. Empty: nothing will
+    // come any more.
     std::vector<Arrived> take() {
         std::unique_lock lock(mutex_);
         std::vector<Arrived> batch;
         changed_.wait(lock, [&] {
             if (has_ended_) return true;
+            if (waiting_.size() < kLeastInBatch && waiting_bytes_ < kMostWaitingBytes &&
+                readers_ > 0)
+                return false;
             for (auto one = waiting_.begin(); one != waiting_.end();) {
                 if (batch.size() < kMostInBatch && taken_.insert((*one)->identity().host).second) {
                     waiting_bytes_ -= (*one)->bytes();
