@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "text/case.h"
+#include "inventory/storage/controller_tools.h"
 
 namespace qvhost::ask {
 
@@ -30,24 +30,18 @@ constexpr auto kFiles = std::to_array<FileRow>({
     {When::multipath, {"etc/multipath.conf", "etc/multipath/conf.d", "run/multipathd.pid"}},
 });
 
-// Words in the PCI name of a controller, in lower case.
+// The tool whose controllers call for a question.
 struct PciRow {
     When when;
-    std::array<std::string_view, 4> words;
+    std::string_view tool;
 };
 constexpr auto kPci = std::to_array<PciRow>({
-    {When::megaraid,    {"megaraid", "perc", "tri-mode", "sas3"}    },
-    {When::adaptec,     {"adaptec", "", "", ""}                     },
-    {When::sas2,        {"sas2004", "sas2008", "sas2108", "sas2308"}},
-    {When::sas3,        {"sas3004", "sas3008", "", ""}              },
-    {When::smart_array, {"smart array", "", "", ""}                 },
+    {When::megaraid,    "storcli" },
+    {When::adaptec,     "arcconf" },
+    {When::sas2,        "sas2ircu"},
+    {When::sas3,        "sas3ircu"},
+    {When::smart_array, "ssacli"  },
 });
-
-bool has_drives(const inventory::PciDevice& device) {
-    const auto& kind = device.device_class;
-    return kind && (kind->starts_with("RAID bus controller") ||
-                    kind->starts_with("Serial Attached SCSI controller"));
-}
 
 const std::vector<inventory::PciDevice>& pci_devices(const Facts& facts) {
     static const std::vector<inventory::PciDevice> none;
@@ -55,21 +49,15 @@ const std::vector<inventory::PciDevice>& pci_devices(const Facts& facts) {
     return found == facts.captures().end() ? none : found->second.pci_devices;
 }
 
-// "Adaptec Smart Storage PQI": sold under several names, some of which have arcconf and some ssacli.
-constexpr std::string_view kSoldByMany = "smart storage";
-
+// A controller for which several tools will do calls for none of them.
 Call by_pci(const PciRow& row, const Facts& facts) {
     auto called = facts.was_read_whole(kPciList) ? Called::no : Called::maybe;
     for (const auto& device : pci_devices(facts)) {
-        if (!has_drives(device)) continue;
-        const auto name = lowered(device.name.value_or(""));
-        if (name.find(kSoldByMany) != std::string::npos) {
-            called = Called::maybe;
-            continue;
-        }
-        for (const auto words : row.words) {
-            if (!words.empty() && name.find(words) != std::string::npos) return {Called::yes, {""}};
-        }
+        if (!inventory::is_raid_controller(device)) continue;
+        const auto tools = inventory::tools_for(device);
+        if (std::find(tools.begin(), tools.end(), row.tool) == tools.end()) continue;
+        if (tools.size() == 1) return {Called::yes, {""}};
+        called = Called::maybe;
     }
     return {called, {""}};
 }
@@ -179,6 +167,7 @@ bool is_plain(const std::string& device, const Facts& facts) {
     for (const auto& one : pci_devices(facts)) {
         if (one.address && one.device_class &&
             one.device_class->starts_with("RAID bus controller") &&
+            inventory::is_raid_controller(one) &&
             device.find(":" + *one.address + "/") != std::string::npos)
             return false;
     }

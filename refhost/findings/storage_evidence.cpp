@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <limits>
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "findings/health.h"
-#include "text/case.h"
+#include "inventory/storage/controller_tools.h"
 
 namespace qvhost::findings {
 
@@ -17,69 +19,12 @@ using inventory::PciDevice;
 using inventory::Survey;
 using inventory::SurveyedCapture;
 
-// Which tool reads a storage controller that lspci shows, and which captures hold what it said. The
-// first row whose words stand in the device's name decides.
-struct ToolRow {
-    std::string_view words;  // lower case
-    const char* tool;
-    std::array<std::string_view, 3> captures;  // beginnings of names
-};
-
 // clang-format off
-constexpr auto kTools = std::to_array<ToolRow>({
-    {"megaraid",      "storcli",  {"c", "host_storcli", "host_perccli"}},
-    {"perc",          "storcli",  {"c", "host_storcli", "host_perccli"}},
-    {"adaptec",       "arcconf",  {"Firmware/", "host_arcconf", ""}    },
-    {"smart array",   "ssacli",   {"host_ssacli", "", ""}              },
-    {"smart storage", "ssacli",   {"host_ssacli", "host_arcconf", ""}  },
-    {"sas2008",       "sas2ircu", {"host_sas2ircu", "c", ""}           },
-    {"sas2308",       "sas2ircu", {"host_sas2ircu", "ir.txt", "c"}     },
-    {"sas3008",       "storcli",  {"c", "host_storcli", "host_sas3ircu"}},
-    {"sas3",          "storcli",  {"c", "host_storcli", ""}            },
-    {"tri-mode",      "storcli",  {"c", "host_storcli", ""}            },
-});
-
-// Controllers of those classes behind which the system sees each drive by itself; lower case.
-constexpr auto kTransparent = std::to_array<std::string_view>({
-    "volume management device",   // a chipset's, for NVMe drives
-    "[raid mode]",                // a chipset's, for SATA drives
-    "sata raid controller",
-    "sata storage control unit",
-    "pvscsi",                     // a virtual machine's
-});
-
 // Captures of the host's own questions on storage, which are asked only where there is something to tell.
 constexpr auto kAnswers = std::to_array<std::string_view>(
     {"host_smartctl_", "host_mdstat", "host_mdadm", "host_zpool", "host_multipath", "host_arcconf_",
      "host_sas2ircu_", "host_sas3ircu_", "host_ssacli"});
-
-// Classes of PCI devices that have drives behind them.
-constexpr auto kRaidClasses = std::to_array<std::string_view>({"RAID bus controller", "Serial Attached SCSI controller"});
-constexpr auto kPlainClasses = std::to_array<std::string_view>(
-    {"SATA controller", "Non-Volatile memory controller", "IDE interface", "SCSI storage controller"});
 // clang-format on
-
-template <class Classes>
-bool is_one_of(const PciDevice& device, const Classes& classes) {
-    return device.device_class &&
-           std::any_of(classes.begin(), classes.end(),
-                       [&](std::string_view one) { return device.device_class->starts_with(one); });
-}
-
-bool is_raid(const PciDevice& device) {
-    const auto name = lowered(device.name.value_or(""));
-    return is_one_of(device, kRaidClasses) &&
-           std::none_of(kTransparent.begin(), kTransparent.end(),
-                        [&](std::string_view one) { return name.find(one) != std::string::npos; });
-}
-
-const ToolRow* tool_for(const PciDevice& device) {
-    const auto name = lowered(device.name.value_or(""));
-    for (const auto& row : kTools) {
-        if (name.find(row.words) != std::string::npos) return &row;
-    }
-    return nullptr;
-}
 
 void add_once(std::vector<std::string>& texts, const std::string& text) {
     if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
@@ -100,18 +45,6 @@ const SurveyedCapture* summary_of(const Survey& survey, std::int64_t controller)
     const auto* plug_ins = survey.find("c" + number + "_showall.txt");
     if (own && (!plug_ins || !plug_ins->whole())) return own;
     return plug_ins;
-}
-
-// Whether an entity stands in a capture of the row's tool.
-bool was_read(const Survey& survey, const ToolRow& row) {
-    const auto& controllers = survey.inventory.controllers;
-    return std::any_of(
-        controllers.begin(), controllers.end(), [&](const inventory::Controller& one) {
-            return std::any_of(
-                row.captures.begin(), row.captures.end(), [&](std::string_view beginning) {
-                    return !beginning.empty() && one.place.capture.starts_with(beginning);
-                });
-        });
 }
 
 // Captures that tell the same details of a controller, which nobody need ask for: where they were asked
@@ -245,6 +178,45 @@ void weigh_states(const inventory::Inventory& inventory, Health& health) {
     weigh(inventory.batteries, "a battery");
 }
 
+// Each RAID controller that lspci shows must be one that a tool told of. Those that one tool alone can tell
+// of come first, so that they find theirs; last come those of which no tool is known, which may be what a
+// tool told of under another name. Returns whether there is a RAID controller.
+bool weigh_controllers(const inventory::Inventory& inventory, Health& health) {
+    std::map<std::string_view, int> told;
+    for (const auto& controller : inventory.controllers) ++told[controller.tool];
+
+    std::vector<const PciDevice*> devices;
+    for (const auto& device : inventory.pci_devices) {
+        if (inventory::is_raid_controller(device)) devices.push_back(&device);
+    }
+    const auto choice = [](const PciDevice* device) {
+        const auto tools = inventory::tools_for(*device).size();
+        return tools == 0 ? std::numeric_limits<std::size_t>::max() : tools;
+    };
+    std::stable_sort(devices.begin(), devices.end(), [&](const auto* one, const auto* other) {
+        return choice(one) < choice(other);
+    });
+    for (const auto* device : devices) {
+        const auto here = device->name.value_or("a RAID controller") + " is here, and ";
+        const auto tools = inventory::tools_for(*device);
+        const auto may_tell = [&](std::string_view tool) {
+            return tools.empty() || std::find(tools.begin(), tools.end(), tool) != tools.end();
+        };
+        const auto teller = std::find_if(told.begin(), told.end(), [&](const auto& one) {
+            return one.second > 0 && may_tell(one.first);
+        });
+        if (teller != told.end()) {
+            --teller->second;
+        } else {
+            add_once(health.missing,
+                     here + (tools.empty() ? "no tool for it is known"
+                                           : "nothing was read of it; its tool is " +
+                                                 inventory::any_of(tools)));
+        }
+    }
+    return !devices.empty();
+}
+
 }  // namespace
 
 bool weigh_storage(const Survey& survey, Health& health) {
@@ -266,33 +238,11 @@ bool weigh_storage(const Survey& survey, Health& health) {
         if (tells || should_tell) weigh_capture(capture, health);
     }
     weigh_plain_drives(survey, health);
-    const auto& devices = inventory.pci_devices;
-    const auto here = std::count_if(devices.begin(), devices.end(), is_raid);
-    // A controller may have a name in lspci that no row knows.
-    const bool lacks_some = static_cast<std::size_t>(here) > inventory.controllers.size();
-    const auto known_before = health.missing.size();
     const auto* lspci = survey.find("host_lspci.txt");
     if (!lspci) lspci = survey.find("lspci.log");
-    bool has_raid = false;
-    bool has_plain = false;
-    for (const auto& device : devices) {
-        const bool is_transparent = is_one_of(device, kRaidClasses) && !is_raid(device);
-        has_plain = has_plain || is_transparent || is_one_of(device, kPlainClasses);
-        if (!is_raid(device)) continue;
-        has_raid = true;
-        const auto name = device.name.value_or("a RAID controller");
-        const auto* row = tool_for(device);
-        if (!row) {
-            if (lacks_some)
-                add_once(health.missing, name + " is here, and no tool for it is known");
-        } else if (!was_read(survey, *row)) {
-            add_once(health.missing,
-                     name + " is here, and nothing was read of it; its tool is " + row->tool);
-        }
-    }
-    if (lacks_some && health.missing.size() == known_before)
-        add_once(health.missing, "RAID controllers that lspci shows: " + std::to_string(here) +
-                                     ", read: " + std::to_string(inventory.controllers.size()));
+    const bool has_raid = weigh_controllers(inventory, health);
+    const bool has_plain = std::any_of(inventory.pci_devices.begin(), inventory.pci_devices.end(),
+                                       inventory::is_plain_controller);
     const bool read_something =
         !inventory.controllers.empty() || !inventory.volumes.empty() || !inventory.drives.empty();
     if (read_something || has_raid) return false;

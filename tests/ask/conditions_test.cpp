@@ -71,8 +71,13 @@ TEST_F(Conditions, ControllersAreThoseOfThePciBus) {
         with_pci("03:00.0 Serial Attached SCSI controller: SAS2308 PCI-Express\n", When::sas2),
         "yes -");
     EXPECT_EQ(
-        with_pci("03:00.0 Serial Attached SCSI controller: SAS3008 PCI-Express\n", When::sas3),
+        with_pci("03:00.0 Serial Attached SCSI controller: SAS3408 PCI-Express\n", When::megaraid),
         "yes -");
+    EXPECT_EQ(
+        with_pci("03:00.0 Serial Attached SCSI controller: SAS3008 PCI-Express\n", When::sas3),
+        "maybe -")
+        << "storcli may tell of it";
+    EXPECT_EQ(call(When::megaraid), "maybe -");
     EXPECT_EQ(call(When::sas2), "no -");
     EXPECT_EQ(
         with_pci("03:00.0 RAID bus controller: Example Smart Array Gen9\n", When::smart_array),
@@ -169,6 +174,23 @@ TEST_F(Conditions, DrivesBehindRaidAndOnUsbAreNotPlain) {
     EXPECT_EQ(call(When::plain_drive), "yes sdc nvme0");
     EXPECT_EQ(call(When::plain_drive, true), "yes sda sdc nvme0 nvme1")
         << "a replay looks at no /sys";
+}
+
+TEST_F(Conditions, DrivesAreTheSystemsWhereRaidIsButAName) {
+    has_capture(
+        "host_lspci.txt",
+        "00:1f.2 RAID bus controller: Intel Corporation SATA Controller [RAID mode] (rev 06)\n"
+        "64:00.5 RAID bus controller: Intel Corporation Volume Management Device NVMe RAID "
+        "Controller (rev 07)\n");
+    EXPECT_EQ(call(When::plain_drives), "no");
+    has_disk("sda", "pci0000:00/0000:00:1f.2/ata1/host0");
+    EXPECT_EQ(call(When::plain_drives), "yes -");
+    has_disk("nvme0n1",
+             "pci0000:64/0000:64:00.5/pci10000:00/10000:00:02.0/10000:01:00.0/nvme/nvme0");
+    has_capture(
+        "host_smartctl_scan.json",
+        R"({"devices": [{"name": "/dev/sda", "type": "sat"}, {"name": "/dev/nvme0", "type": "nvme"}]})");
+    EXPECT_EQ(call(When::plain_drive), "yes sda nvme0");
 }
 
 TEST_F(Conditions, NamesThatAreNoNamesReachNoCommandLine) {

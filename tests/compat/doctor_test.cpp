@@ -50,14 +50,35 @@ TEST_F(Doctor, FindsControllersWithoutTheirTool) {
         "echo '03:00.0 RAID bus controller: Broadcom / LSI MegaRAID SAS-3 3108 [Invader] (rev 02)'");
     EXPECT_TRUE(
         said("controllers")
-            .starts_with("warning: MegaRAID SAS-3 3108 is here, storcli is not | cp storcli64 '"));
+            .starts_with(
+                "warning: Broadcom / LSI MegaRAID SAS-3 3108 [Invader] is here, storcli is not | cp storcli64 '"));
     const auto text = ask();
     EXPECT_EQ(text.exit, 1);
     EXPECT_TRUE(text.out.starts_with("WARNING: ")) << text.out;
     has("storcli64");
-    EXPECT_EQ(said("controllers"), "ok: MegaRAID SAS-3 3108 is here, and storcli is");
+    EXPECT_EQ(said("controllers"),
+              "ok: Broadcom / LSI MegaRAID SAS-3 3108 [Invader] is here, and storcli is");
     EXPECT_EQ(said("storcli_x64"), "ok: " + (system() / "storcli64").string() + " answers");
     EXPECT_EQ(said("storcli_x32"), "(nothing)");
+}
+
+TEST_F(Doctor, KnowsTheToolsThatAreAskedByTheHostAlone) {
+    has("lspci",
+        "echo '02:00.0 RAID bus controller: Hewlett-Packard Company Smart Array Gen8 Controllers (rev 01)'");
+    EXPECT_TRUE(said("controllers").find("Gen8 Controllers is here, ssacli is not") !=
+                std::string::npos)
+        << said("controllers");
+    has("ssacli");
+    EXPECT_TRUE(said("controllers").starts_with("ok: ")) << said("controllers");
+    has("lspci",
+        "echo '01:00.0 Serial Attached SCSI controller: Broadcom / LSI SAS3008 PCI-Express Fusion-MPT SAS-3 (rev 02)'");
+    EXPECT_TRUE(said("controllers").find("storcli or sas3ircu is not") != std::string::npos)
+        << said("controllers");
+    has("sas3ircu");
+    EXPECT_TRUE(said("controllers").ends_with("and sas3ircu is")) << said("controllers");
+    has("lspci", "echo '01:00.0 RAID bus controller: Example Unheard-of 9000 (rev 02)'");
+    EXPECT_EQ(said("controllers"),
+              "warning: Example Unheard-of 9000 is here, and no tool for it is known");
 }
 
 TEST_F(Doctor, TellsWordSizeAndProduct) {

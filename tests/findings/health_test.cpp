@@ -314,6 +314,7 @@ TEST(Health, ARaidControllerWithoutItsToolIsMissing) {
 TEST(Health, EachRaidControllerMustHaveBeenRead) {
     const auto storage_with = [](const char* device_class, const char* name) {
         auto survey = healthy();
+        survey.inventory.controllers[0].tool = "storcli";
         survey.captures.push_back(whole("host_lspci.txt"));
         for (const char* one : {"Broadcom / LSI MegaRAID SAS-3 3108 [Invader]", name})
             survey.inventory.pci_devices.push_back(
@@ -329,6 +330,25 @@ TEST(Health, EachRaidControllerMustHaveBeenRead) {
                              "Intel Corporation C600/X79 series chipset SATA RAID Controller",
                              "Intel Corporation C602 chipset 4-Port SATA Storage Control Unit"})
         EXPECT_EQ(storage_with(kRaid, name), "ok") << name;
+}
+
+// A controller for which two tools will do leaves the other one its own.
+TEST(Health, AControllerOfTwoToolsIsReadByEither) {
+    auto survey = healthy();
+    survey.inventory.controllers[0].tool = "storcli";
+    survey.captures.push_back(whole("host_lspci.txt"));
+    for (const char* name : {"Broadcom / LSI SAS3008 PCI-Express Fusion-MPT SAS-3",
+                             "Broadcom / LSI MegaRAID SAS-3 3108 [Invader]"})
+        survey.inventory.pci_devices.push_back(
+            {{"host_lspci.txt", 2}, "03:00.0", "RAID bus controller", name});
+    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
+    inventory::Controller other;
+    other.place = {"host_sas3ircu_0_display.txt", 5};
+    other.tool = "sas3ircu";
+    other.number = 0;
+    survey.inventory.controllers.push_back(other);
+    survey.captures.push_back(whole("host_sas3ircu_0_display.txt"));
+    EXPECT_EQ(words_of(survey).at("storage"), "ok");
 }
 
 TEST(Health, NoBmcIsAbsentOnlyOnEvidence) {

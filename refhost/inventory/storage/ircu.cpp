@@ -14,6 +14,11 @@ namespace qvhost::inventory {
 
 namespace {
 
+// Both tools print the same.
+const char* tool_of(std::string_view capture) {
+    return capture.starts_with("host_sas3ircu") ? "sas3ircu" : "sas2ircu";
+}
+
 constexpr std::int64_t kMebibyte = std::int64_t{1} << 20;
 
 // Read configuration has been initiated for controller 0
@@ -252,7 +257,7 @@ private:
     void count_controllers() {
         ControllerCount count;
         count.place = reading_.at(line_);
-        count.tool = "sas2ircu";
+        count.tool = tool_of(reading_.capture);
         count.count = rows_;
         reading_.found.controller_counts.push_back(std::move(count));
     }
@@ -323,7 +328,7 @@ constexpr auto kClasses = std::to_array<ClassRow>({
 }  // namespace
 
 void read_ircu(CaptureLines& lines, Reading& reading) {
-    const NumbersOf numbers(reading, "sas2ircu");
+    const NumbersOf numbers(reading, tool_of(reading.capture));
     Reader(lines, reading).read();
 }
 

@@ -6,8 +6,12 @@
 #include <fstream>
 #include <sstream>
 
+#include "ask/tools.h"
 #include "compat/layer.h"
 #include "files/script.h"
+#include "inventory/capture_lines.h"
+#include "inventory/storage/controller_tools.h"
+#include "inventory/system/readers.h"
 #include "qvhost/base/environment.h"
 #include "qvhost/base/limits.h"
 #include "qvhost/base/log_dir.h"
@@ -121,47 +125,49 @@ Lines vendor_tools(const Machine&) {
     return lines;
 }
 
-// Words in a line of lspci, and the tool that the controller needs:
-//     03:00.0 RAID bus controller: Broadcom / LSI MegaRAID SAS-3 3108 [Invader] (rev 02)
-constexpr struct {
-    const char* words;
-    const char* tool;
-    const char* file;  // as it is delivered
-} kControllers[] = {
-    {"MegaRAID", "storcli",  "storcli64"},
-    {"SAS2308",  "sas2ircu", "sas2ircu" },
-    {"Adaptec",  "arcconf",  "arcconf"  },
-};
+// The RAID controllers that lspci shows.
+std::vector<inventory::PciDevice> raid_controllers() {
+    constexpr std::size_t kMostBytes = 1 << 20;
+    // One line, since no more of an answer is read.
+    auto text = runner::output_of("lspci 2>/dev/null | tr '\\n' '\\r'", kMostBytes).value_or("");
+    std::replace(text.begin(), text.end(), '\r', '\n');
+    inventory::Inventory found;
+    inventory::CaptureLines lines(text);
+    inventory::Reading reading{"lspci", found, [](inventory::Event&&) {}};
+    inventory::read_lspci(lines, reading);
+    std::erase_if(found.pci_devices,
+                  [](const auto& device) { return !inventory::is_raid_controller(device); });
+    return found.pci_devices;
+}
 
 Lines controllers(const Machine& machine) {
     if (machine.tool("lspci").empty())
         return {
             {"controllers", unknown, "lspci is not installed", install(machine, "pciutils")}
         };
+    const auto tools_dir = program_file().parent_path() / "qv_tools";
     const auto files = vendor_files_here({});
-    const auto answers = [&](const std::string& tool) {
-        return std::any_of(files.begin(), files.end(), [&](const compat::VendorFile& file) {
-            return file.tool == tool && !file.answers.empty();
-        });
+    const auto answers = [&](std::string_view tool) {
+        return !ask::find_tool(tool, {tools_dir, machine.search_path, why_not_trusted})
+                    .found.empty() ||
+               std::any_of(files.begin(), files.end(), [&](const compat::VendorFile& file) {
+                   return file.tool == tool && !file.answers.empty();
+               });
     };
     Lines lines;
-    constexpr std::size_t kMostBytes = 1 << 20;
-    // One line, since no more of an answer is read.
-    std::istringstream devices(
-        runner::output_of("lspci 2>/dev/null | tr '\\n' '\\r'", kMostBytes).value_or(""));
-    for (std::string device; std::getline(devices, device, '\r');) {
-        for (const auto& [words, tool, file] : kControllers) {
-            const auto at = device.find(words);
-            if (at == std::string::npos) continue;
-            auto name = device.substr(at, device.find_first_of("[(", at) - at);
-            while (name.ends_with(' ')) name.pop_back();
-            if (answers(tool)) {
-                lines.push_back({"controllers", ok, name + " is here, and " + tool + " is"});
-            } else {
-                lines.push_back({"controllers", warning, name + " is here, " + tool + " is not",
-                                 std::string("cp ") + file + " " +
-                                     shell_quoted(program_file().parent_path() / "qv_tools/")});
-            }
+    for (const auto& device : raid_controllers()) {
+        const auto here = device.name.value_or("a RAID controller") + " is here, ";
+        const auto tools = inventory::tools_for(device);
+        const auto tool = std::find_if(tools.begin(), tools.end(), answers);
+        if (tools.empty()) {
+            lines.push_back({"controllers", warning, here + "and no tool for it is known"});
+        } else if (tool != tools.end()) {
+            lines.push_back({"controllers", ok, here + "and " + std::string(*tool) + " is"});
+        } else {
+            // As its maker delivers it.
+            const auto file = std::string(tools[0]) + (tools[0] == "storcli" ? "64 " : " ");
+            lines.push_back({"controllers", warning, here + inventory::any_of(tools) + " is not",
+                             "cp " + file + shell_quoted(tools_dir.string() + "/")});
         }
     }
     if (lines.empty()) lines.push_back({"controllers", ok, "lspci shows none that needs a tool"});
