@@ -34,7 +34,6 @@ struct Inventory {
     std::vector<ChassisState> chassis_states;
     std::vector<Led> leds;
     std::vector<ComponentVersion> component_versions;
-    std::vector<PowerReading> power_readings;
 
     // What other tools say of the same things. join_bmc() and join_machine() move these into the
     // entities above.

@@ -1,5 +1,5 @@
-// What captures tell that is no entity of its own and that verdicts need all the same. Views do not
-// show these.
+// What captures tell that is no entity of its own: verdicts need most of it, and lamps, states of the chassis and
+// versions are read to know that a capture is understood. Views do not show these.
 #pragma once
 
 #include <string>
@@ -79,12 +79,6 @@ struct ComponentVersion {
     Place place;
     std::string name;
     Text version;
-};
-
-// What the server draws, as the BMC measures it.
-struct PowerReading {
-    Place place;
-    Real watts;
 };
 
 // What a source's clock said at a time that the same capture names beside it.

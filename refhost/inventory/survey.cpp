@@ -77,8 +77,8 @@ std::size_t entities_in(const Inventory& i) {
                     i.frus, i.controllers, i.batteries, i.enclosures, i.volumes, i.drives,
                     i.volume_members, i.topology, i.pci_devices, i.controller_counts, i.sel_logs,
                     i.ipmi_devices, i.clocks, i.host_facts, i.empty_memory_slots, i.chassis_states,
-                    i.leds, i.component_versions, i.power_readings, i.sdr_sensors,
-                    i.ipmiutil_sensors, i.firmware_power_supplies, i.kernel_processors);
+                    i.leds, i.component_versions, i.sdr_sensors, i.ipmiutil_sensors,
+                    i.firmware_power_supplies, i.kernel_processors);
 }
 
 // Reads the capture as far as there is room for it; what is left out is a gap. Takes the descriptor, and what

@@ -64,29 +64,16 @@ TEST(McInfo, FirmwareAndVersion) {
         "gap 2: no firmware revision or no IPMI version\nerror 2: Bad response length, len=1\n");
 }
 
-TEST(Lan, AddressOfBothTools) {
-    EXPECT_EQ(read("Set in Progress         : Set Complete\n"
-                   "Auth Type Enable        : Callback : MD5 \n"
-                   "                        : User     : MD5 \n"
-                   "IP Address Source\t\t: Static Address\n"
-                   "IP Address              : 192.0.2.20\n"
-                   "MAC Address             : 02:00:00:02:20:01\n"
-                   "Cipher Suite Priv Max   : aaaa\n",
-                   read_lan)
-                  .all(),
-              "bmcs 5: address=192.0.2.20 mac=02:00:00:02:20:01\n");
-    EXPECT_EQ(
-        read("IP Address              : 0.0.0.0\nMAC Address             : 00:00:00:00:00:00\n",
-             read_lan)
-            .all(),
-        "bmcs 1:\n");
+TEST(Lan, AddressOfAMakersAnswer) {
+    EXPECT_EQ(read("IP Address  - 0.0.0.0\nMAC Address - 00:00:00:00:00:00\n", read_oem_lan).all(),
+              "bmcs 1:\n");
     EXPECT_EQ(
         read("IP Source   - Static\nIP Address  - 192.0.2.81\nMAC Address - 02:00:00:00:80:11\n"
              "IPv6        - 2001:db8::80:11\nVLAN\n",
              read_oem_lan)
             .all(),
         "bmcs 2: address=192.0.2.81 mac=02:00:00:00:80:11\n");
-    EXPECT_EQ(read("IP Address              : 192.0.2.2", read_lan).all(),
+    EXPECT_EQ(read("IP Address  - 192.0.2.2", read_oem_lan).all(),
               "gap 1: the capture ends in the middle of a value\ngap 1: no address\n");
 }
 
@@ -257,15 +244,15 @@ TEST(JoinBmc, OneOfAllThatIsSaid) {
     made.add("Firmware Revision : 2.71\nIPMI Version : 2.0\n", read_mc_info, "mcinfo.txt");
     made.add("Selftest: passed\n", read_selftest, "selfinfo.txt");
     made.add("IP Address  - 192.0.2.81\n", read_oem_lan, "laninfo.txt");
-    made.add("IP Address  : 192.0.2.99\nMAC Address : 02:00:00:00:80:11\n", read_lan,
-             "host_lan.txt");
+    made.add("IP Address  - 192.0.2.99\nMAC Address - 02:00:00:00:80:11\n", read_oem_lan,
+             "another.txt");
     join_bmc(made.found);
     EXPECT_EQ(
         made.entities(),
         "bmcs 1: firmware=2.71 ipmi=2.0 self_test=passed address=192.0.2.81 mac=02:00:00:00:80:11\n");
 }
 
-TEST(Chassis, StatesPowerAndClock) {
+TEST(Chassis, States) {
     const auto status = read(
         "System Power         : on\nPower Overload       : false\nDrive Fault          : true\n"
         "Cooling/Fan Fault    : fal",
@@ -277,21 +264,6 @@ TEST(Chassis, StatesPowerAndClock) {
     EXPECT_FALSE(read("System Power         : on\n", read_chassis_status).how.whole());
     EXPECT_TRUE(read("System Power         : on\nCooling/Fan Fault    : false", read_chassis_status)
                     .how.whole());
-
-    const auto power = read(
-        "    Instantaneous power reading:                   212 Watts\n"
-        "    IPMI timestamp:                           11/21/26 01:49:57 UTC    Sampling period:  00000001 Seconds.\n",
-        read_dcmi_power);
-    ASSERT_EQ(power.found.power_readings.size(), 1U);
-    EXPECT_EQ(power.found.power_readings[0].watts, 212);
-    ASSERT_EQ(power.found.clocks.size(), 1U);
-    EXPECT_EQ(power.found.clocks[0].time, "2026-11-21T01:49:57");
-    EXPECT_EQ(read("IPMI timestamp:      Mon Aug  1 21:22:51 2016\n", read_dcmi_power)
-                  .found.clocks[0]
-                  .time,
-              "2016-08-01T21:22:51");
-    EXPECT_FALSE(
-        read("DCMI request failed because: Invalid command (c1)\n", read_dcmi_power).how.whole());
 }
 
 TEST(Oem, LampsAndVersions) {

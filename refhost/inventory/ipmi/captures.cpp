@@ -29,9 +29,7 @@ std::span<const CaptureReader> ipmi_captures() {
         {"host_sel_info.txt",         read_sel_info          },
         {"host_selftest.txt",         read_selftest          },
         {"host_mc_info.txt",          read_mc_info           },
-        {"host_lan.txt",              read_lan               },
         {"host_chassis_status.txt",   read_chassis_status    },
-        {"host_dcmi_power.txt",       read_dcmi_power        },
     });
     return kCaptures;
 }

@@ -1,10 +1,4 @@
-// ipmitool lan print: the BMC's network.
-//     Auth Type Enable        : Callback : MD5
-//                             : User     : MD5
-//     IP Address Source       : Static Address
-//     IP Address              : 192.0.2.20
-//     MAC Address             : 02:00:00:02:20:01
-// A maker's own command puts '-' where ipmitool has ':'.
+// The BMC's network, as a maker's own command of ipmiutil tells it.
 //     IP Address Source - Static Address
 //     IP Address - 192.0.2.110
 //     VLAN
@@ -67,13 +61,13 @@ Text address_of(std::string_view value) {
     return address && *address != "0.0.0.0" ? address : std::nullopt;
 }
 
-void read_network(CaptureLines& lines, Reading& reading, std::string_view separator) {
+}  // namespace
+
+void read_oem_lan(CaptureLines& lines, Reading& reading) {
     Bmc bmc;
     each_line(lines, reading, [&](const CaptureLine& line) {
         const auto text = without_chatter(line.text);
-        // Further words of the key before.
-        if (separator == ":" && trimmed(text).starts_with(':')) return;
-        const auto pair = key_value(text, separator).value_or(KeyValue{trimmed(text), {}});
+        const auto pair = key_value(text, " - ").value_or(KeyValue{trimmed(text), {}});
         const auto key = std::find_if(kNetworkKeys.begin(), kNetworkKeys.end(),
                                       [&](const NetworkKey& row) { return row.key == pair.key; });
         if (key == kNetworkKeys.end()) {
@@ -93,10 +87,5 @@ void read_network(CaptureLines& lines, Reading& reading, std::string_view separa
     else if (reading.how.lines > 0)
         add_gap(reading, reading.how.lines, "no address");
 }
-
-}  // namespace
-
-void read_lan(CaptureLines& lines, Reading& reading) { read_network(lines, reading, ":"); }
-void read_oem_lan(CaptureLines& lines, Reading& reading) { read_network(lines, reading, " - "); }
 
 }  // namespace qvhost::inventory

@@ -14,10 +14,8 @@ void read_ipmiutil_sel(CaptureLines&, Reading&);        // ipmiutil sel
 void read_sel_info(CaptureLines&, Reading&);            // ipmitool sel info
 void read_selftest(CaptureLines&, Reading&);            // ipmitool mc selftest
 void read_mc_info(CaptureLines&, Reading&);             // ipmitool mc info, ipmiutil's OEM answer
-void read_lan(CaptureLines&, Reading&);                 // ipmitool lan print
 void read_oem_lan(CaptureLines&, Reading&);             // ipmiutil's OEM answer
 void read_chassis_status(CaptureLines&, Reading&);      // ipmitool chassis status
-void read_dcmi_power(CaptureLines&, Reading&);          // ipmitool dcmi power reading
 void read_oem_power_supplies(CaptureLines&, Reading&);  // ipmiutil's OEM answer
 void read_oem_versions(CaptureLines&, Reading&);        // ipmiutil's OEM answer
 void read_oem_leds(CaptureLines&, Reading&);            // ipmiutil's OEM answer

@@ -229,7 +229,6 @@ public:
 
     void read(const CaptureLine& line) {
         const auto text = line.text;
-        last_ended_ = line.ended;
         if (trimmed(text).empty()) {
             finish();
         } else if (text.starts_with("Handle 0x")) {
@@ -269,16 +268,12 @@ public:
             if (reader.type == structure.type) reader.read(structure, reading_);
     }
 
-    void end(bool has_table_end) {
+    void end() {
         if (current_) current_->is_cut_off = true;
         finish();
         auto& lines = reading_.how.lines;
         if (system_.place.line > 0) reading_.found.systems.push_back(std::move(system_));
-        if (lines == 0) return;
-        if (has_table_end ? !has_end_ : !last_ended_)
-            add_gap(reading_, lines, "the table has no end");
-        else if (!has_table_end && system_.place.line == 0)
-            add_gap(reading_, lines, "no system");
+        if (lines > 0 && !has_end_) add_gap(reading_, lines, "the table has no end");
     }
 
 private:
@@ -307,21 +302,14 @@ private:
     std::size_t depth_ = 0;  // of the structure's fields
     bool has_title_ = false;
     bool has_end_ = false;
-    bool last_ended_ = true;
 };
-
-void read_tables(CaptureLines& lines, Reading& reading, bool has_table_end) {
-    Dmi dmi(reading);
-    each_line(lines, reading, [&](const CaptureLine& line) { dmi.read(line); });
-    dmi.end(has_table_end);
-}
 
 }  // namespace
 
-void read_dmidecode(CaptureLines& lines, Reading& reading) { read_tables(lines, reading, true); }
-
-void read_dmidecode_part(CaptureLines& lines, Reading& reading) {
-    read_tables(lines, reading, false);
+void read_dmidecode(CaptureLines& lines, Reading& reading) {
+    Dmi dmi(reading);
+    each_line(lines, reading, [&](const CaptureLine& line) { dmi.read(line); });
+    dmi.end();
 }
 
 }  // namespace qvhost::inventory

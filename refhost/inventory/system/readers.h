@@ -7,16 +7,15 @@
 
 namespace qvhost::inventory {
 
-void read_dmidecode(CaptureLines&, Reading&);       // dmidecode
-void read_dmidecode_part(CaptureLines&, Reading&);  // dmidecode -t: without the table's end
-void read_cpuinfo(CaptureLines&, Reading&);         // /proc/cpuinfo
-void read_dmesg(CaptureLines&, Reading&);           // dmesg
-void read_lspci(CaptureLines&, Reading&);           // lspci, also with -nn, -mm, -vmm
-void read_cmdline(CaptureLines&, Reading&);         // /proc/cmdline
-void read_os_release(CaptureLines&, Reading&);      // /etc/os-release
-void read_uptime(CaptureLines&, Reading&);          // /proc/uptime, uptime
-void read_hostname(CaptureLines&, Reading&);        // hostname, /etc/hostname
-void read_machine_id(CaptureLines&, Reading&);      // /etc/machine-id
-void read_kernel(CaptureLines&, Reading&);          // uname -r, /proc/version
+void read_dmidecode(CaptureLines&, Reading&);   // dmidecode
+void read_cpuinfo(CaptureLines&, Reading&);     // /proc/cpuinfo
+void read_dmesg(CaptureLines&, Reading&);       // dmesg
+void read_lspci(CaptureLines&, Reading&);       // lspci, also with -nn, -mm, -vmm
+void read_cmdline(CaptureLines&, Reading&);     // /proc/cmdline
+void read_os_release(CaptureLines&, Reading&);  // /etc/os-release
+void read_uptime(CaptureLines&, Reading&);      // /proc/uptime, uptime
+void read_hostname(CaptureLines&, Reading&);    // hostname, /etc/hostname
+void read_machine_id(CaptureLines&, Reading&);  // /etc/machine-id
+void read_kernel(CaptureLines&, Reading&);      // uname -r, /proc/version
 
 }  // namespace qvhost::inventory
