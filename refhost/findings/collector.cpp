@@ -59,6 +59,25 @@ void Collector::add(Finding finding) {
     for (const auto& entity : finding.entities) add_once(same->entities, entity);
 }
 
+bool Collector::has(const Rule& rule) const {
+    return has_remark([&](const Remark& one) { return one.rule == &rule; });
+}
+
+bool Collector::has_state(Subsystem subsystem) const {
+    return has_remark([&](const Remark& one) {
+        return one.rule->subsystem == subsystem && one.severity <= Severity::warning;
+    });
+}
+
+bool Collector::has_any_of_the_machine() const {
+    return has_remark([](const Remark& one) {
+               return one.rule->subsystem != Subsystem::collection &&
+                      one.severity <= Severity::warning;
+           }) ||
+           std::any_of(ready_.begin(), ready_.end(),
+                       [](const Finding& one) { return one.severity <= Severity::warning; });
+}
+
 std::vector<Finding> Collector::take() {
     std::vector<Finding> all;
     for (auto& thing : things_) {

@@ -1,6 +1,7 @@
 // Gathers findings: what is said of one thing becomes one finding.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <string_view>
@@ -42,6 +43,13 @@ public:
     // A finding that stands for itself: an event's. Those of one id are counted together.
     void add(Finding finding);
 
+    // Whether this rule said something of a thing.
+    bool has(const Rule& rule) const;
+    // Whether something there is a warning or worse now; events are of the past.
+    bool has_state(Subsystem subsystem) const;
+    // Whether anything but the collection itself is a warning or worse, events as well.
+    bool has_any_of_the_machine() const;
+
     // One finding for each thing and subsystem, the worst first. Of several remarks the worst names
     // the finding; the first in the table of rules among equals. One that is acknowledged is a notice.
     std::vector<Finding> take();
@@ -51,6 +59,13 @@ private:
         Subject subject;
         std::vector<Remark> remarks;
     };
+    template <class Test>
+    bool has_remark(Test test) const {
+        return std::any_of(things_.begin(), things_.end(), [&](const Thing& thing) {
+            return std::any_of(thing.remarks.begin(), thing.remarks.end(), test);
+        });
+    }
+
     const Rules* rules_;
     std::vector<Thing> things_;                  // by subsystem and key, in order
     std::map<std::string, std::size_t> places_;  // of things_

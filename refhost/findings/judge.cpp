@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "findings/chassis.h"
 #include "findings/collector.h"
 #include "findings/history.h"
 #include "findings/sensors.h"
@@ -91,13 +92,13 @@ Verdict judge(const inventory::Survey& survey, EventJudge& events,
     const auto redundancy = judge_storage(survey.inventory, circumstances.past, findings);
     judge_sensors(survey.inventory, findings);
     judge_power_supplies(survey.inventory, findings);
-    judge_chassis(survey.inventory, findings);
     judge_bmc(survey.inventory, findings);
     judge_clocks(survey.inventory, findings);
     events.finish(survey.inventory, circumstances.now, findings);
     tell_what_was_not_read(survey, findings);
     judge_storage_past(survey.inventory, circumstances.past, redundancy, findings);
     judge_bmc_answers(circumstances.bmc_answers, findings);
+    judge_chassis(survey.inventory, findings);
 
     Verdict verdict;
     verdict.findings = findings.take();

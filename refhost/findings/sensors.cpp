@@ -246,24 +246,6 @@ constexpr auto kRedundant = std::to_array<RedundantRow>({
     {"",       "redundancy",         "power_insufficient"  },
 });
 
-// What the BMC says of the chassis as a whole. Its other lines are settings, or tell of the past; an interlock
-// would have switched the machine off.
-struct ChassisRow {
-    std::string_view name;
-    std::string_view fault;
-    const char* rule;
-    const char* subject;
-};
-constexpr auto kChassis = std::to_array<ChassisRow>({
-    {"Power Overload",      "true",   "chassis_power",    "Chassis"       },
-    {"Main Power Fault",    "true",   "chassis_power",    "Chassis"       },
-    {"Power Control Fault", "true",   "chassis_power",    "Chassis"       },
-    {"Cooling/Fan Fault",   "true",   "chassis_cooling",  "Chassis"       },
-    {"Drive Fault",         "true",   "drive_bay_fault",  "Chassis"       },
-    {"Chassis Intrusion",   "active", "intrusion",        "Chassis"       },
-    {"Redundancy",          "lost",   "power_redundancy", "Power supplies"},
-});
-
 // Words of power supplies that are well, as their tools print them.
 constexpr auto kSupplyStates = std::to_array<StateRow>({
     {"ok",                   ""            },
@@ -556,19 +538,6 @@ void judge_power_supplies(const Inventory& inventory, Collector& findings) {
             if (!name.empty())
                 findings.add(subject, "power_input", "input " + *supply.input_state,
                              place_of(supply, "input_state"));
-        }
-    }
-}
-
-void judge_chassis(const Inventory& inventory, Collector& findings) {
-    for (const auto& said : inventory.chassis_states) {
-        if (!said.state) continue;
-        const auto state = std::string_view(*said.state);
-        for (const auto& row : kChassis) {
-            // "lost; capping at 550 W"
-            if (row.name == said.name && same_word(row.fault, state.substr(0, state.find(';'))))
-                findings.add({row.subject, row.subject}, row.rule, said.name + ": " + *said.state,
-                             said.place);
         }
     }
 }

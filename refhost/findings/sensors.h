@@ -1,5 +1,5 @@
 // Judges sensors by the BMC's own words: the status column, and the states of discrete sensors; power
-// supplies, what the BMC says of the chassis, and its self test.
+// supplies, and the BMC's self test.
 #pragma once
 
 #include "findings/collector.h"
@@ -9,7 +9,6 @@ namespace qvhost::findings {
 
 void judge_sensors(const inventory::Inventory& inventory, Collector& findings);
 void judge_power_supplies(const inventory::Inventory& inventory, Collector& findings);
-void judge_chassis(const inventory::Inventory& inventory, Collector& findings);
 void judge_bmc(const inventory::Inventory& inventory, Collector& findings);
 
 // Words of sensors that no table knows, states and statuses: whether they are well cannot be told.

@@ -1,4 +1,5 @@
 #include "findings/sensors.h"
+#include "findings/chassis.h"
 
 #include <gtest/gtest.h>
 
@@ -47,8 +48,9 @@ TEST(Chassis, EachLineThatTellsOfAFaultIsSaid) {
                                 {{"host_chassis_status.txt", 11}, "Cooling/Fan Fault", "tru"}};
     Collector findings;
     judge_chassis(inventory, findings);
-    EXPECT_EQ(told(findings), Lines{"warning chassis_power:Chassis | Chassis | Main Power Fault: "
-                                    "true; Power Overload: true"});
+    EXPECT_EQ(told(findings),
+              Lines{"warning chassis_power:chassis | Chassis status | Main Power Fault: "
+                    "true; Power Overload: true"});
 }
 
 TEST(Sensors, TheStatusColumnDecidesAndThresholdsExplain) {

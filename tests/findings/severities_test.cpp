@@ -142,6 +142,10 @@ void add_supply(Server& server, const char* state, const char* input = "") {
     server.has().power_supplies.push_back(supply);
 }
 
+void add_chassis(Server& server, const char* name, const char* state) {
+    server.has().chassis_states.push_back({{"host_chassis_status.txt", 1}, name, state});
+}
+
 void add_event(Server& server, const char* source, const char* time, EventSeverity severity,
                const char* subject, const char* text) {
     Event event;
@@ -303,6 +307,18 @@ Case words(const char* name, const char* state, Lines findings) {
             std::move(findings)};
 }
 
+Case chassis(const char* fault, const char* name, const char* state, Lines findings) {
+    return {fault, [=](Server& s) { add_chassis(s, name, state); }, std::move(findings)};
+}
+
+Case light(const char* state, Lines findings) {
+    return {state,
+            [=](Server& s) {
+                s.has().leds.push_back({{"ledinfo.txt", 2}, "System error LED", state});
+            },
+            std::move(findings)};
+}
+
 Case supply(const char* fault, const char* state, const char* input, Lines findings) {
     return {fault, [=](Server& s) { add_supply(s, state, input); }, std::move(findings)};
 }
@@ -332,14 +348,6 @@ Case corrected(const char* fault, int count, Lines findings) {
                 for (int i = 0; i < count; ++i)
                     add_event(s, "bmc", "2026-11-20T08:00:00", EventSeverity::info, "DIMM A1",
                               "Memory: Correctable ECC, Asserted");
-            },
-            std::move(findings)};
-}
-
-Case chassis(const char* name, const char* state, Lines findings) {
-    return {name,
-            [=](Server& s) {
-                s.has().chassis_states.push_back({{"host_chassis_status.txt", 2}, name, state});
             },
             std::move(findings)};
 }
@@ -520,17 +528,6 @@ const std::vector<Case>& cases() {
         words("Chassis Intru",  "General Chassis intrusion",               {"warning intrusion"}),
         words("HDD1",           "Drive Present",                           {}),
         words("HDD1",           "Drive Fault",                             {"warning drive_bay_fault"}),
-        chassis("Cooling/Fan Fault",   "false",        {}),
-        chassis("Cooling/Fan Fault",   "true",         {"warning chassis_cooling"}),
-        chassis("Main Power Fault",    "true",         {"warning chassis_power"}),
-        chassis("Power Control Fault", "true",         {"warning chassis_power"}),
-        chassis("Power Overload",      "true",         {"warning chassis_power"}),
-        chassis("Drive Fault",         "true",         {"warning drive_bay_fault"}),
-        chassis("Chassis Intrusion",   "active",       {"warning intrusion"}),
-        chassis("Chassis Intrusion",   "inactive",     {}),
-        chassis("Front-Panel Lockout", "active",       {}),
-        chassis("Redundancy",          "full",         {}),
-        chassis("Redundancy",          "lost; capping at 550 W", {"warning power_redundancy"}),
         words("HDD1",           "In Failed Array",                         {"critical drive_bay_array_failed"}),
         words("CPU1 Status",    "IERR",                                    {"critical processor_error"}),
         words("CPU1 Status",    "Thermal Trip",                            {"critical thermal_trip"}),
@@ -598,6 +595,40 @@ const std::vector<Case>& cases() {
         sel("a month ago",                         kLastMonth, "Odd", "Odd thing", {"warning event_critical"},  EventSeverity::critical),
         sel("what the BMC calls a warning",        kToday,     "Odd", "Odd thing", {"notice event_warning"},    EventSeverity::warning),
         sel("what is ordinary",                    kToday,     "Odd", "Odd thing", {}),
+
+        // The chassis: the BMC's summary, where nothing else is wrong.
+        chassis("overload",                        "Power Overload",      "true",     {"warning chassis_power"}),
+        chassis("main power",                      "Main Power Fault",    "true",     {"warning chassis_power"}),
+        chassis("power control",                   "Power Control Fault", "true",     {"warning chassis_power"}),
+        chassis("cooling",                         "Cooling/Fan Fault",   "true",     {"warning chassis_cooling"}),
+        chassis("drive",                           "Drive Fault",         "true",     {"warning drive_bay_fault"}),
+        chassis("no fault",                        "Drive Fault",         "false",    {}),
+        chassis("open",                            "Chassis Intrusion",   "active",   {"warning intrusion"}),
+        chassis("closed",                          "Chassis Intrusion",   "inactive", {}),
+        chassis("on",                              "System Power",        "on",       {}),
+        chassis("supplies not redundant",          "Redundancy",          "lost",     {"warning power_redundancy"}),
+        chassis("supplies, and more words",        "Redundancy",          "lost; capping at 550 W", {"warning power_redundancy"}),
+        chassis("a setting",                       "Front-Panel Lockout", "active",   {}),
+        chassis("supplies redundant",              "Redundancy",          "full",     {}),
+        {"a fan that tells it better", [](Server& s) {
+             add_sensor(s, "FAN1", "fan", "cr");
+             add_chassis(s, "Cooling/Fan Fault", "true");
+         }, {"warning fan_warning"}},
+        {"an old event tells of no fault now", [](Server& s) {
+             add_event(s, "bmc", kLastMonth, EventSeverity::warning, "HDD1", "Drive Fault, Asserted");
+             add_chassis(s, "Drive Fault", "true");
+         }, {"warning drive_bay_fault", "warning event_drive"}},
+        {"a switch that tells it better", [](Server& s) {
+             add_sensor(s, "Intrusion", "discrete", "ok", {"General Chassis intrusion"});
+             add_chassis(s, "Chassis Intrusion", "active");
+         }, {"warning intrusion"}},
+        light("amber, on",                         {"warning system_error_light"}),
+        light("red, blinking",                     {"warning system_error_light"}),
+        light("off",                               {}),
+        {"an event that explains the light", [](Server& s) {
+             add_event(s, "bmc", kToday, EventSeverity::warning, "HDD1", "Drive Fault, Asserted");
+             s.has().leds.push_back({{"ledinfo.txt", 2}, "System error LED", "amber, on"});
+         }, {"warning event_drive"}},
 
         // The kernel and controllers' logs.
         kernel("corrected memory error",           kToday,  EventSeverity::info,     "EDAC MC0: 1 CE on DIMM_A1",              {"notice event_memory_corrected"}),
