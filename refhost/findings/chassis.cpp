@@ -69,7 +69,7 @@ void judge_by(const Table& table, const States& states, Collector& findings) {
         for (std::size_t i = 0; i < table.size(); ++i) {
             const auto& row = table[i];
             if (told[i] || one.name != row.name || !state.starts_with(row.state)) continue;
-            findings.add({"chassis", "Chassis"}, row.rule,
+            findings.add({"chassis", "Chassis status"}, row.rule,
                          std::string(row.name) + ": " + *one.state, one.place);
         }
     }
