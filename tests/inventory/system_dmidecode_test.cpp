@@ -116,7 +116,7 @@ TEST(Dmidecode, TheFirmwaresOwnMemoryIsNoModule) {
                    "Handle 0x0013, DMI type 17, 40 bytes\nMemory Device\n\tSize: 16 MB\n"
                    "\tForm Factor: Chip\n\tLocator: SYSTEM ROM\n\tType: " +
                        type + "\n\n",
-                   read_dmidecode_part)
+                   read_dmidecode)
             .found.memory_modules.size();
     };
     EXPECT_EQ(modules("Flash"), 0U);
