@@ -483,7 +483,7 @@ test("paper gets the rows, not the screen's window on them", async () => {
 
 test("for paper there are a few pages with what matters", async () => {
   const page = await open(made, "#/print");
-  await page.getByText("The newest 25 of 3,158 events").waitFor();
+  await page.getByText("The newest 25 of 3,159 events").waitFor();
   await page.emulateMedia({media: "print"});
   const text = await page.locator("main").innerText();
   for (const words of ["EXS0002201", "Collected 2026-", "state Offln", "VRM CPU2 Temp", "2026-11-18 09:23:15", "10:11"])
