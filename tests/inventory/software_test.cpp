@@ -69,6 +69,11 @@ TEST(Mdstat, is_read) {
                 "volume_members 11: volume_name=md2 device=/dev/sdf\n",
                 "12 lines\n"},
                {"Personalities : \nunused devices: <none>\n", "", "2 lines\n"},
+               {"Personalities : \nunused devices: <non", "",
+                "2 lines\ngap 2: it has no end or no beginning\n"},
+               // half a word is no state
+               {"Personalities : \nmd0 : activ", "volumes 2: name=md0 device=/dev/md0\n",
+                "2 lines\ngap 2: it has no end or no beginning\n"},
                // a firmware's RAID: containers are never active
                {"Personalities : [raid1]\nmd127 : inactive sdb[1](S) sda[0](S)\n"
                 "      5928 blocks super external:imsm\n"

@@ -186,7 +186,7 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
             has_head = true;
         } else if (text.starts_with("unused devices")) {
             finish();
-            has_end = true;
+            has_end = line->ended;
         } else if (const auto pair = key_value(text, " : "); pair && pair->key.starts_with("md")) {
             finish();
             const auto cells = words(pair->value);
@@ -221,7 +221,8 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                     md->members.push_back(std::move(member));
                 }
             }
-            array.state = state + faulty;
+            // Half a word is no state.
+            if (line->ended || cells.size() > 1) array.state = state + faulty;
         } else if (md && text.find(" blocks") != npos) {
             has_blocks = true;
             Volume& array = md->array;
@@ -245,7 +246,8 @@ void read_mdstat(CaptureLines& lines, Reading& reading) {
                 array.capacity_bytes = *blocks * 1024;
             const auto bracket = text.rfind('[');
             const auto members = bracket == npos ? std::string_view() : text.substr(bracket);
-            if (members.find('_') != npos && members.find_first_not_of("[]U_") == npos) {
+            if (array.state && members.find('_') != npos &&
+                members.find_first_not_of("[]U_") == npos) {
                 *array.state += ", degraded " + std::string(members);
                 array.place.line = number;
             }
