@@ -662,7 +662,8 @@ private:
             if (key != name) continue;
             // Of several lines on the same the one counts that tells more.
             if (drive_->predicted_failures > predicted || drive_->smart_alert > alert)
-                std::erase_if(drive_->elsewhere, [&](const auto& at) { return at.field == field; });
+                std::erase_if(drive_->elsewhere,
+                              [&, judged = field](const auto& at) { return at.field == judged; });
             drive_->elsewhere.push_back({std::string(field), reading_.at(line_)});
         }
     }

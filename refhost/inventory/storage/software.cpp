@@ -112,6 +112,9 @@ void add_spare(const Volume& pool, const std::vector<std::string_view>& cells, R
     reading.found.drives.push_back(std::move(drive));
 }
 
+// "Nov 23 19:00:00 | sdb: path state = failed": multipath's own words.
+bool is_message(std::string_view text) { return text.find(" | ") != npos; }
+
 // "| `- 3:0:0:1 sdb 8:16 active ready running": the map's word, the path checker's and the device's
 bool is_usable_path(const std::vector<std::string_view>& cells) {
     struct State {
@@ -581,13 +584,11 @@ void read_multipath(CaptureLines& lines, Reading& reading) {
             const auto size = std::string(text.substr(5, text.find(' ') - 5));
             if (!size.empty() && !is_digit(size.back()))  // else it is no number of bytes
                 map->capacity_bytes = binary_bytes(size + "B");
-        } else if (text.find(" | ") != npos) {
-            reading.how.unknown_line(number);
-        } else if (const auto nvme = text.find(" [nvme]:"); nvme != npos) {
+        } else if (const auto nvme = text.find(" [nvme]:"); nvme != npos && !is_message(text)) {
             begin(text.substr(0, nvme));
             const auto device = text.substr(nvme + 8);
             map->device = "/dev/" + std::string(device.substr(0, device.find(' ')));
-        } else if (text.find(" dm-") != npos) {
+        } else if (text.find(" dm-") != npos && !is_message(text)) {
             begin(cells[0]);
             map->device = "/dev/mapper/" + *map->name;
             is_bare = text.ends_with(" ##,##") && line->ended;
