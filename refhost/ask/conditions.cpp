@@ -49,7 +49,7 @@ const std::vector<inventory::PciDevice>& pci_devices(const Facts& facts) {
     return found == facts.captures().end() ? none : found->second.pci_devices;
 }
 
-// A controller for which several tools will do calls for none of them.
+// Of several tools that will do for a controller each is asked if it is there, and none is missed.
 Call by_pci(const PciRow& row, const Facts& facts) {
     auto called = facts.was_read_whole(kPciList) ? Called::no : Called::maybe;
     for (const auto& device : pci_devices(facts)) {

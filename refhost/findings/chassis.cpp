@@ -11,7 +11,7 @@ namespace qvhost::findings {
 
 namespace {
 
-// Who tells the same better.
+// Which findings tell the same better.
 enum class Told {
     by_the_rule,       // a finding of this rule
     in_its_subsystem,  // whatever is wrong there now
