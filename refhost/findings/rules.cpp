@@ -54,6 +54,7 @@ constexpr auto kRules = std::to_array<Rule>({
     {"drive_other_errors",          storage, kNotice,   "drives.other_errors",         "drive has other errors",                     0, "more than {}", "cables, resets, and commands it does not know",                    "storcli: Other Error Count",                         ""},
     {"drive_shielded_grow",         storage, kWarning,  "drives.shield_counter now and in the runs of the last thirty days", "drive is shielded again", 0, "more than {}", "the controller doubts it now, and no old story",         "storcli: Shield Counter",                            ""},
     {"drive_shielded",              storage, kNotice,   "drives.shield_counter",       "drive was shielded",                         0, "more than {}", "the controller took it out of use for diagnosis, and back",       "storcli: Shield Counter",                            ""},
+    {"drive_reallocated",           storage, kNotice,   "what the drive says of its sectors", "drive has given up sectors", 0, "more than {}", "it replaced them by spare ones; a drive that goes on doing so wears out", "ATA attribute 5; SCSI: grown defect list", ""},
 
     // Controllers and what belongs to them.
     {"controller_failed",           storage, kCritical, "controllers.status",          "controller failed",                          0, "", "nothing behind it can be reached",                                        "storcli: Failed; arcconf: Failed, Not Responding",   "StorageDevice.StorageControllerFailure"},

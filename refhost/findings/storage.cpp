@@ -445,6 +445,8 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
     judge_media_errors(inventory, drive, past, findings);
     count("drive_other_errors", "other_errors", drive.other_errors, "other errors");
     count("drive_shielded", "shield_counter", drive.shield_counter, "times shielded");
+    count("drive_reallocated", "reallocated_sectors", drive.reallocated_sectors,
+          drive.interface == "SAS" ? "grown defects" : "reallocated sectors");
     if (drive.percentage_used && *drive.percentage_used >= findings.rule("drive_wear").threshold)
         remark("drive_wear", "percentage_used",
                percent_text(*drive.percentage_used) + " of its life used");

@@ -165,6 +165,7 @@ struct Drive {
     Integer nvme_warnings;           // bits, NVM Express: Critical Warning
     Real available_spare_threshold;  // percent
     Integer smartctl_status;         // bits, smartctl(8): EXIT STATUS
+    Integer reallocated_sectors;     // or a SAS drive's grown defects
     // No field: what is wrong with the temperature, "(Abnormal)".
     Text temperature_state;
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field

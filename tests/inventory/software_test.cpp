@@ -398,8 +398,7 @@ TEST(Smartctl, is_read) {
         });
     const auto read = read_text(read_smartctl, kAta);
     ASSERT_FALSE(read.found.drives.empty());
-    EXPECT_EQ(read.found.drives[0].elsewhere.front().field, "smart_alert");
-    EXPECT_EQ(read.found.drives[0].elsewhere.front().place.line, 13);
+    EXPECT_EQ(place_of(read.found.drives[0], "smart_alert").line, 13);
     for (std::size_t size = 0; size + 2 < kAta.size(); ++size)
         EXPECT_FALSE(read_text(read_smartctl, kAta.substr(0, size)).how.whole()) << size;
 }
@@ -422,6 +421,58 @@ TEST(Smartctl, tells_more_than_its_status) {
     EXPECT_EQ(drive_of("0", "\"current\": 71, \"limit_max\": 70").temperature_state,
               "above its limit, 70 C");
     EXPECT_FALSE(drive_of("0", "\"current\": 31, \"drive_trip\": 0").temperature_state);
+}
+
+// Sectors that a drive gave up or cannot read stand at the line that counts them.
+TEST(Smartctl, counts_sectors) {
+    struct Count {
+        Integer drive_has;
+        std::int64_t line;
+        bool operator==(const Count&) const = default;
+    };
+    const auto counts_of = [](const Drive& drive) {
+        return std::vector<Count>{
+            {drive.reallocated_sectors, place_of(drive, "reallocated_sectors").line},
+            {drive.media_errors, place_of(drive, "media_errors").line}};
+    };
+    const auto ata = [&](const std::vector<std::string>& attributes) {
+        std::string text =
+            "{\"smartctl\": {\"exit_status\": 0},\n\"smart_status\": {\"passed\": true},"
+            "\n\"device\": {},\n\"ata_smart_attributes\": {\"table\": [\n";
+        for (const auto& one : attributes) text += one + (&one == &attributes.back() ? "" : ",\n");
+        return counts_of(read_text(read_smartctl, text + "]}}").found.drives.at(0));
+    };
+    const auto attribute = [](int id, const std::string& name, const std::string& value,
+                              const std::string& string) {
+        return "{\"id\": " + std::to_string(id) + ", \"name\": \"" + name +
+               "\",\n\"raw\": {\n\"value\": " + value + ", \"string\": \"" + string + "\"}}";
+    };
+    EXPECT_EQ(ata({attribute(5, "Reallocated_Sector_Ct", "327757", "77 (0 5)"),
+                   attribute(197, "Current_Pending_Sector", "8", "8"),
+                   attribute(198, "Offline_Uncorrectable", "9", "9")}),
+              (std::vector<Count>{{77, 7}, {9, 13}}));
+    EXPECT_EQ(ata({attribute(5, "Retired_Block_Count", "3", "3"),
+                   attribute(187, "Reported_Uncorrect", "2", "2"),
+                   attribute(197, "Current_Pending_ECC_Cnt", "0", "0")}),
+              (std::vector<Count>{{3, 7}, {2, 10}}));
+    // Numbers that a maker uses for something else.
+    EXPECT_EQ(ata({attribute(5, "Retried_Blk_Ct", "3", "3"), attribute(197, "Not_In_Use", "7", "7"),
+                   attribute(198, "Host_Reads_GiB", "93410", "93410"),
+                   attribute(198, "Read_Sectors_Tot_Ct", "93410", "93410")}),
+              (std::vector<Count>{{std::nullopt, 3}, {std::nullopt, 3}}));
+    const auto scsi = [&](const std::string& written) {
+        return counts_of(
+            read_text(
+                read_smartctl,
+                "{\"smartctl\": {\"exit_status\": 0}, \"device\": {},\n"
+                "\"smart_status\": {\"passed\": true},\n\"scsi_grown_defect_list\": 312,\n"
+                "\"scsi_error_counter_log\": {\n\"read\": {\n\"total_uncorrected_errors\": 0},\n"
+                "\"write\": {\n\"total_uncorrected_errors\": " +
+                    written + "}}}")
+                .found.drives.at(0));
+    };
+    EXPECT_EQ(scsi("0"), (std::vector<Count>{{312, 3}, {0, 6}}));
+    EXPECT_EQ(scsi("4"), (std::vector<Count>{{312, 3}, {4, 8}}));
 }
 
 TEST(Lsblk, is_read) {

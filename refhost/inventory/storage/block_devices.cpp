@@ -75,18 +75,19 @@ struct PlaceRow {
     bool (*is_told)(const Drive& drive);
 };
 constexpr auto kPlaces = std::to_array<PlaceRow>({
-    {"smart_alert",             "\"passed\"",           [](const Drive& d) { return d.smart_alert.has_value(); } },
+    {"smart_alert",             "\"passed\"",           [](const Drive& d) { return d.smart_alert.has_value(); }},
     {"nvme_warnings",           "\"critical_warning\"",
-     [](const Drive& d) { return d.nvme_warnings.value_or(0) != 0; }                                             },
+     [](const Drive& d) { return d.nvme_warnings.value_or(0) != 0; }                                            },
     {"smartctl_status",         "\"exit_status\"",
-     [](const Drive& d) { return d.smartctl_status.value_or(0) != 0; }                                           },
-    {"media_errors",            "\"media_errors\"",     [](const Drive& d) { return d.media_errors.has_value(); }},
+     [](const Drive& d) { return d.smartctl_status.value_or(0) != 0; }                                          },
+    {"media_errors",            "\"media_errors\"",
+     [](const Drive& d) { return d.media_errors && d.interface == "NVMe"; }                                     },
     {"percentage_used",         "\"percentage_used\"",
-     [](const Drive& d) { return d.percentage_used.has_value(); }                                                },
+     [](const Drive& d) { return d.percentage_used.has_value(); }                                               },
     {"available_spare_percent", "\"available_spare\"",
-     [](const Drive& d) { return d.available_spare_percent.has_value(); }                                        },
+     [](const Drive& d) { return d.available_spare_percent.has_value(); }                                       },
     {"temperature_celsius",     "\"temperature\"",
-     [](const Drive& d) { return d.temperature_celsius.has_value(); }                                            },
+     [](const Drive& d) { return d.temperature_celsius.has_value(); }                                           },
 });
 
 // {"naa": 5, "oui": 3152, "id": 11111111111} is 5000c50296b9a1c7: 4, 24 and 36 bits.
@@ -102,29 +103,80 @@ Text wwn_of(const json& value) {
     return std::string(text);
 }
 
-// Sectors that cannot be read, of an ATA drive: 187 reported uncorrectable, 197 pending, 198 offline
-// uncorrectable. They count the same sectors in part, so the largest is taken.
-void read_ata_attributes(const json& value, Drive& drive) {
+// Attributes of ATA drives that count sectors. Some makers use a number for something else, which the
+// attribute's name says: "198 Host_Reads_GiB", "197 Not_In_Use", "5 Retried_Blk_Ct".
+struct AttributeRow {
+    std::int64_t id;
+    Integer Drive::*field;
+    const char* place;
+    std::array<std::string_view, 3> words;  // one of them stands in the name
+};
+// clang-format off
+constexpr auto kAttributes = std::to_array<AttributeRow>({
+    {5,   &Drive::reallocated_sectors, "reallocated_sectors", {"Realloc", "Retired", "Bad_Bl"}},
+    {187, &Drive::media_errors,        "media_errors",        {"ncor", "Unc", "UE_"}          },
+    {197, &Drive::media_errors,        "media_errors",        {"Pending", "ncor", "Unc"}      },
+    {198, &Drive::media_errors,        "media_errors",        {"ncor", "Unc", "UNC"}          },
+});
+// clang-format on
+
+// As the tool itself reads the raw value, whose upper bytes may be the maker's own: "77 (0 5)".
+Integer raw_count(const json& attribute) {
+    auto count = json_integer(attribute, "/raw/value");
+    if (const auto text = json_text(attribute, "/raw/string"); text && count) {
+        if (const auto told = integer(text->substr(0, text->find(' ')))) count = told;
+    }
+    if (!count || *count < 0) return std::nullopt;
+    return *count & 0xffffffff;
+}
+
+// The largest of those that count the same sectors: 187 reported uncorrectable, 197 pending, 198 offline
+// uncorrectable.
+void read_ata_attributes(const JsonText& found, const Reading& reading, Drive& drive) {
     const json::json_pointer path("/ata_smart_attributes/table");
-    if (!value.contains(path) || !value.at(path).is_array()) return;
-    for (const json& row : value.at(path)) {
-        const auto id = json_integer(row, "/id");
-        const auto raw = json_integer(row, "/raw/value");
-        if (!id || (*id != 187 && *id != 197 && *id != 198) || !raw) continue;
-        // The upper bytes of a raw value are the maker's own.
-        drive.media_errors = std::max(drive.media_errors.value_or(0), *raw & 0xffffffff);
+    if (!found.value.contains(path) || !found.value.at(path).is_array()) return;
+    for (const json& attribute : found.value.at(path)) {
+        const auto id = json_integer(attribute, "/id");
+        const auto name = json_text(attribute, "/name").value_or("");
+        const auto count = raw_count(attribute);
+        const auto* const row =
+            std::find_if(kAttributes.begin(), kAttributes.end(), [&](const AttributeRow& one) {
+                return one.id == id &&
+                       std::any_of(one.words.begin(), one.words.end(),
+                                   [&](std::string_view word) { return name.find(word) != npos; });
+            });
+        if (row == kAttributes.end() || !count) continue;
+        auto& field = drive.*row->field;
+        if (field && *field >= *count) continue;
+        field = count;
+        std::erase_if(drive.elsewhere,
+                      [&](const FieldPlace& at) { return at.field == row->place; });
+        const auto line =
+            found.line_of({"\"ata_smart_attributes\"", "\"" + name + "\"", "\"raw\"", "\"value\""});
+        drive.elsewhere.push_back({row->place, reading.at(line)});
     }
 }
 
-// Errors that a SAS drive could not correct, read, written and verified.
-void read_scsi_errors(const json& value, Drive& drive) {
-    for (const char* const path : {"/scsi_error_counter_log/read/total_uncorrected_errors",
-                                   "/scsi_error_counter_log/write/total_uncorrected_errors",
-                                   "/scsi_error_counter_log/verify/total_uncorrected_errors"}) {
-        if (const auto count = json_integer(value, path);
-            count && *count >= 0 && *count < INT32_MAX)
-            drive.media_errors = drive.media_errors.value_or(0) + *count;
+// Errors that a SAS drive could not correct, read, written and verified, and the blocks that it has given
+// up. Its "non-medium errors" are the bus's and those of commands that it does not know.
+void read_scsi_errors(const JsonText& found, const Reading& reading, Drive& drive) {
+    constexpr const char* kTotal = "total_uncorrected_errors";
+    std::int64_t line = 0;
+    for (const std::string kind : {"read", "write", "verify"}) {
+        const auto count =
+            json_integer(found.value, ("/scsi_error_counter_log/" + kind + "/" + kTotal).c_str());
+        if (!count || *count < 0 || *count >= INT32_MAX) continue;
+        drive.media_errors = drive.media_errors.value_or(0) + *count;
+        if (line != 0 && *count == 0) continue;
+        line = found.line_of(
+            {"\"scsi_error_counter_log\"", "\"" + kind + "\"", "\"" + std::string(kTotal) + "\""});
     }
+    if (line != 0) drive.elsewhere.push_back({"media_errors", reading.at(line)});
+    const auto grown = json_integer(found.value, "/scsi_grown_defect_list");
+    if (!grown || *grown < 0) return;
+    drive.reallocated_sectors = grown;
+    drive.elsewhere.push_back(
+        {"reallocated_sectors", reading.at(found.line_of("\"scsi_grown_defect_list\""))});
 }
 
 // The temperature at which a SAS drive stops, or the highest that an ATA drive is made for.
@@ -184,8 +236,8 @@ void read_smartctl(CaptureLines& lines, Reading& reading) {
         if (number && !(drive.*field)) drive.*field = static_cast<double>(*number);
     }
     drive.wwn = wwn_of(value);
-    read_ata_attributes(value, drive);
-    read_scsi_errors(value, drive);
+    read_ata_attributes(*found, reading, drive);
+    read_scsi_errors(*found, reading, drive);
     if (!drive.percentage_used) read_ata_wear(value, drive);
     read_temperature_limit(value, drive);
     drive.smartctl_status = status;

@@ -175,6 +175,7 @@ void merge_drive(Drive& drive, const Drive& other) {
     if (!drive.state && other.state) drive.place = other.place;
     if (!drive.nvme_warnings) drive.nvme_warnings = other.nvme_warnings;
     if (!drive.smartctl_status) drive.smartctl_status = other.smartctl_status;
+    if (!drive.reallocated_sectors) drive.reallocated_sectors = other.reallocated_sectors;
     if (!drive.temperature_state) drive.temperature_state = other.temperature_state;
     if (!drive.available_spare_threshold)
         drive.available_spare_threshold = other.available_spare_threshold;

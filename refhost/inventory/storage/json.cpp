@@ -33,9 +33,12 @@ const json* at(const json& value, const char* path) {
 
 }  // namespace
 
-std::int64_t JsonText::line_of(std::string_view key) const {
-    const auto place = text.find(key);
-    if (place == std::string::npos) return first_line;
+std::int64_t JsonText::line_of(std::initializer_list<std::string_view> path) const {
+    std::size_t place = 0;
+    for (const auto key : path) {
+        place = text.find(key, place);
+        if (place == std::string::npos) return first_line;
+    }
     return first_line +
            std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -22,7 +23,9 @@ struct JsonText {
     std::int64_t first_line;  // of it in the capture
 
     // Where a key stands first, "\"passed\""; the object's first line if it is not found.
-    std::int64_t line_of(std::string_view key) const;
+    std::int64_t line_of(std::string_view key) const { return line_of({key}); }
+    // The same of a key within others: each stands behind the one before.
+    std::int64_t line_of(std::initializer_list<std::string_view> path) const;
 };
 
 // The first object of the capture. Lines before it are counted as not understood; what is no JSON or is
