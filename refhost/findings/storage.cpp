@@ -184,6 +184,7 @@ constexpr auto kNvmeWarnings = std::to_array<NvmeWarning>({
     {2, "",                  "its reliability is degraded"                 },
     {3, "drive_read_only",   "it is read-only"                             },
     {4, "drive_read_only",   "the backup of its memory failed"             },
+    {5, "drive_read_only",   "its persistent memory is read-only or unreliable"},
 });
 
 struct SmartctlRow {
@@ -382,6 +383,12 @@ void judge_topology(const Inventory& inventory, Redundancy& redundancy, Collecto
     }
 }
 
+bool tells_warnings(const Drive& drive) {
+    return std::any_of(kNvmeWarnings.begin(), kNvmeWarnings.end(), [&](const NvmeWarning& one) {
+        return drive.nvme_warnings.value_or(0) >> one.bit & 1;
+    });
+}
+
 // Below the drive's own threshold. One that tells none says itself whether its spare blocks are few; of
 // one that says neither, the rule's threshold counts.
 bool has_low_spare(const Drive& drive, double threshold) {
@@ -427,7 +434,9 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
                "temperature " + *drive.temperature_state);
     if (drive.is_foreign == true) remark("drive_foreign", "is_foreign", "foreign configuration");
     const auto* const predicted = exposed ? "drive_predicted_no_redundancy" : "drive_predicted";
-    if (drive.smart_alert == true) remark(predicted, "smart_alert", "SMART alert");
+    // The alert of an NVMe drive is the sum of its warnings, which say it better.
+    if (drive.smart_alert == true && !tells_warnings(drive))
+        remark(predicted, "smart_alert", "SMART alert");
     for (const auto& [bit, warning_rule, words] : kNvmeWarnings) {
         if (drive.nvme_warnings.value_or(0) >> bit & 1)
             remark(*warning_rule == '\0' ? predicted : warning_rule, "nvme_warnings", words);

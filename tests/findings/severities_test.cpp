@@ -478,10 +478,12 @@ const std::vector<Case>& cases() {
         nvme("counts no spare blocks",             [](Drive& d) { d.available_spare_percent = 0; d.available_spare_threshold = 0; },     {}),
         nvme("counts none and warns of nothing",   [](Drive& d) { d.available_spare_percent = 0; d.nvme_warnings = 0; },                 {}),
         nvme("warns of spare blocks",              [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 1; },                          {"critical drive_spare_low"}),
-        nvme("warns of its temperature",           [](Drive& d) { d.nvme_warnings = 2; },                                                {"warning drive_temperature"}),
+        nvme("warns of its temperature",           [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 2; },                                          {"warning drive_temperature"}),
         nvme("warns of its reliability alone",     [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 4; },                          {"warning drive_predicted"}),
         nvme("read-only",                          [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 8; },                          {"critical drive_read_only"}),
         nvme("backup of its memory failed",        [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 16; },                         {"critical drive_read_only"}),
+        nvme("its persistent memory fails",        [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 32; },                         {"critical drive_read_only"}),
+        nvme("warns of something unknown",         [](Drive& d) { d.smart_alert = true; d.nvme_warnings = 64; },                         {"warning drive_predicted"}),
 
         // Controllers, batteries, enclosures.
         controller("healthy controller",           "Optimal",              {}),
