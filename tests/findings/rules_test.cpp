@@ -48,10 +48,9 @@ TEST(Rules, WhatIsCritical) {
 
 // What is shown and colours nothing.
 TEST(Rules, WhatIsANotice) {
-    for (const char* name :
-         {"volume_maintenance", "battery_maintenance", "drive_other_errors", "drive_shielded",
-          "drive_reallocated",
-          "memory_corrected", "event_memory_corrected", "event_threshold_past", "not_understood"})
+    for (const char* name : {"volume_maintenance", "battery_maintenance", "drive_other_errors",
+                             "drive_shielded", "drive_reallocated", "memory_corrected",
+                             "event_memory_corrected", "event_threshold_past", "not_understood"})
         EXPECT_EQ(rule(name).severity, Severity::notice) << name;
 }
 
