@@ -352,8 +352,9 @@ protected:
     // "clone3", 2: it is made with the program's second call of that name.
     using Call = std::pair<std::string, int>;
 
-    Outcome run_traced(const std::vector<std::string>& options) {
-        auto invocation = collecting();
+    Outcome run_traced(const std::vector<std::string>& options,
+                       const std::vector<std::string>& more = {}) {
+        auto invocation = collecting(more);
         std::erase(invocation.arguments, "--quiet");
         std::vector<std::string> strace{"/usr/bin/strace", "-qq", "-f",   "-b",
                                         "execve",          "-o",  trace()};
@@ -380,6 +381,13 @@ protected:
         return calls;
     }
 
+    // So that the call fails.
+    static std::vector<std::string> without(const Call& call) {
+        const auto& [name, place] = call;
+        return {"-e", "trace=" + name, "-e",
+                "inject=" + name + ":error=EAGAIN:when=" + std::to_string(place)};
+    }
+
     fs::path trace() const { return dir() / "trace"; }
 };
 
@@ -391,12 +399,10 @@ TEST_F(NoSecondLane, ItsModulesAreAskedInTheFirst) {
     const auto calls = calls_for_second_lane();
     EXPECT_EQ(lanes(), (std::set<int>{1, 2}));
     ASSERT_EQ(calls.size(), 3u);
-    for (const auto& [name, place] : calls) {
-        SCOPED_TRACE(name + " " + std::to_string(place));
+    for (const auto& call : calls) {
+        SCOPED_TRACE(call.first + " " + std::to_string(call.second));
         fs::remove_all(log_dir());
-        const auto outcome =
-            run_traced({"-e", "trace=" + name, "-e",
-                        "inject=" + name + ":error=EAGAIN:when=" + std::to_string(place)});
+        const auto outcome = run_traced(without(call));
         EXPECT_EQ(outcome.exit, 0) << outcome.err;
         EXPECT_NE(outcome.err.find("qvhost: lane 1 asks all modules that are left: "),
                   std::string::npos)
@@ -420,6 +426,31 @@ TEST_F(NoSecondLane, ItsModulesAreAskedInTheFirst) {
         expect_one_report();
         EXPECT_EQ(family(), std::vector<pid_t>());
     }
+}
+
+// Beside another lane nobody knows whose a file is that no command names.
+TEST_F(NoSecondLane, AFileThatNoCommandNamesIsOfTheOneThatRuns) {
+    become(sample("x86_64-kp220-healthy"));
+    is("path/ipmitool",
+       "[ \"$1\" != sensor ] || /usr/bin/head -c 2000000 /dev/zero >unnamed\n{OLD}");
+    const std::vector<std::string> bound{"--capture-size", "1"};
+    const auto stopped = [this] {
+        std::vector<std::string> found;
+        for (const auto& command : commands()) {
+            if (!command.stopped_by.empty())
+                found.push_back(command.tool + " " + command.stopped_by);
+        }
+        return found;
+    };
+    EXPECT_EQ(run(collecting(bound)).exit, 0);
+    EXPECT_EQ(lanes(), (std::set<int>{1, 2}));
+    EXPECT_EQ(stopped(), std::vector<std::string>());
+    const auto calls = calls_for_second_lane();
+    ASSERT_FALSE(calls.empty());
+    fs::remove_all(log_dir());
+    EXPECT_EQ(run_traced(without(calls.back()), bound).exit, 3);
+    EXPECT_EQ(lanes(), std::set<int>{1});
+    EXPECT_EQ(stopped(), std::vector<std::string>{"ipmitool size"});
 }
 #endif
 

@@ -208,6 +208,36 @@ TEST_F(Record, WithoutItsSecretsItReplaysTheSameShape) {
     EXPECT_FALSE(fs::exists(dir() / "x"));
 }
 
+// Tools name files after the server; an archive, which nobody looks into, is left out with its name.
+TEST_F(Record, WithoutItsSecretsEachFileStillHasACommandThatWroteIt) {
+    write_file(dir() / "machine" / "packed.txt", "packed on tower-of-jane\n");
+    const json files{{"logs-of-tower-of-jane.txt", "packed.txt"},
+                     {"tower-of-jane.txz", "packed.txt"}};
+    write_file(dir() / "machine" / "machine.json",
+               json{{"uname", "x86_64"},
+                    {"host", "tower-of-jane"},
+                    {"commands", json::array({{{"tool", "mv"}, {"files", files}}})}}
+                   .dump());
+    ASSERT_EQ(replay(dir() / "machine", log_dir()).exit, 0);
+    const auto made =
+        run({"record", "--from", log_dir(), "--output", recorded(), "--redact", "network"});
+    ASSERT_EQ(made.exit, 0) << made.err;
+    const auto told = machine();
+    json written;
+    for (const auto& command : told["commands"]) {
+        if (command["tool"] == "mv") written = command["files"];
+    }
+    ASSERT_EQ(written.size(), 1u) << told;
+    const std::string name = written.begin().key();
+    const std::string host = told["host"];
+    EXPECT_EQ(host.size(), std::string("tower-of-jane").size());
+    EXPECT_EQ(name, "logs-of-" + host + ".txt");
+    EXPECT_EQ(read_file(recorded() / written[name]), "packed on " + host + "\n");
+    EXPECT_NE(told["not_known"].dump().find("it is an archive, which is not redacted"),
+              std::string::npos);
+    EXPECT_EQ(all_of(recorded()).find("tower-of-jane"), std::string::npos);
+}
+
 // A report may come from anybody.
 TEST_F(Record, NothingOfThisMachineGetsIntoIt) {
     ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-kw120-debian12", log_dir()).exit, 0);

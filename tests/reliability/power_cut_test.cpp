@@ -66,6 +66,8 @@ protected:
             return;
         }
         counts(store_in(log_dir()));  // passes SQLite's own check
+        ASSERT_TRUE(fs::exists(log_dir() / "report" / "report.json"))
+            << "half a store was shown and not completed: " << shown.err;
         const auto found = report_json(log_dir())["records"];
         if (meta(store_in(log_dir()), "status") == "complete") {
             EXPECT_EQ(found, whole);
