@@ -31,6 +31,7 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"Optimal",                       ""                    },
     {"Okay (OKY)",                    ""                    },
     {"Optimal (OPT)",                 ""                    },
+    {"Online (ONL)",                  ""                    },
     {"OK",                            ""                    },
     {"ONLINE",                        ""                    },
     {"clean",                         ""                    },
@@ -48,6 +49,8 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"UNAVAIL",                       "volume_offline"      },
     {"SUSPENDED",                     "volume_offline"      },
     {"inactive",                      "volume_offline"      },
+    {"Inactive, Okay (IOKY)",         "volume_state"        },  // whole; see kMeanings
+    {"Inactive, Degraded (IDGD)",     "volume_state"        },
     {"broken",                        "volume_offline"      },
     {"Dgrd",                          "volume_no_redundancy"},
     {"Degraded",                      "volume_no_redundancy"},  // but for RAID 6, see below
@@ -61,6 +64,7 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"recovering",                    "volume_rebuild"      },
     {"recovering (DELAYED)",          "volume_rebuild"      },
     {"recovering (PENDING)",          "volume_rebuild"      },
+    {"Initializing (INIT)",           "volume_maintenance"  },
     {"resyncing",                     "volume_maintenance"  },
     {"resyncing (DELAYED)",           "volume_maintenance"  },
     {"resyncing (PENDING)",           "volume_maintenance"  },
@@ -68,6 +72,15 @@ constexpr auto kVolumeStates = std::to_array<StateRow>({
     {"checking (DELAYED)",            "volume_maintenance"  },
     {"reshaping",                     "volume_maintenance"  },
     {"reshaping (DELAYED)",           "volume_maintenance"  },
+});
+
+// States of which the word alone misleads. sas2ircu's ACTIVATE makes an inactive volume active.
+struct MeaningRow {
+    std::string_view begin;
+    const char* words;
+};
+constexpr auto kMeanings = std::to_array<MeaningRow>({
+    {"Inactive, ", ": the controller holds it back until it is activated, as one of another controller"},
 });
 
 // Whether a volume can be used as its state promises. That it is read-only is somebody's will.
@@ -286,27 +299,55 @@ std::optional<std::int64_t> can_lose(const inventory::Text& raid, std::int64_t m
     return std::nullopt;
 }
 
-// A pool's groups of drives, of which none may have lost as many as it can: "raidz2", "mirror".
-bool has_redundant_groups(const Inventory& inventory, const Volume& pool) {
-    std::map<std::int64_t, std::pair<std::int64_t, std::int64_t>> groups;  // members, of them lost
+// How many of its drives a group of a pool can lose: "mirror", "raidz2", "draid2:4d:8c:1s".
+std::int64_t group_can_lose(std::string_view kind, std::int64_t members) {
+    if (kind == "mirror") return members - 1;
+    const auto level = kind.find_first_of("123");
+    return kind.starts_with("raidz") && level == 5   ? kind[level] - '0'
+           : kind.starts_with("draid") && level == 5 ? kind[level] - '0'
+                                                     : 1;
+}
+
+struct PoolLoss {
+    bool of_logs = false, of_data = false;
+    bool is_redundant = false;  // none of its groups has lost as many drives as it can
+};
+
+PoolLoss loss_of(const Inventory& inventory, const Volume& pool) {
+    struct Group {
+        std::string_view kind;
+        std::int64_t members = 0, lost = 0;
+    };
+    PoolLoss loss;
+    std::map<std::int64_t, Group> groups;
     for (const VolumeMember& member : inventory.volume_members) {
-        if (member.controller || member.volume_name != pool.name || member.is_spare == true ||
-            !member.span)
+        if (member.controller || member.volume_name != pool.name || member.is_spare == true)
             continue;
-        auto& [members, lost] = groups[*member.span];
-        ++members;
-        if (member.state != "ONLINE") ++lost;
+        const bool is_lost = member.state != "ONLINE";
+        if (is_lost) (member.group == "log" ? loss.of_logs : loss.of_data) = true;
+        if (!member.span) continue;
+        auto& group = groups[*member.span];
+        group.kind = member.group;
+        ++group.members;
+        if (is_lost) ++group.lost;
     }
-    const std::int64_t parity = pool.raid == "raidz2" ? 2 : pool.raid == "raidz3" ? 3 : 1;
-    return !groups.empty() && std::all_of(groups.begin(), groups.end(), [&](const auto& group) {
-        const auto [members, lost] = group.second;
-        return lost < (pool.raid == "mirror" ? members - 1 : parity) || lost == 0;
-    });
+    loss.is_redundant =
+        !groups.empty() && std::all_of(groups.begin(), groups.end(), [](const auto& one) {
+            const auto& [kind, members, lost] = one.second;
+            return lost == 0 || lost < group_can_lose(kind, members);
+        });
+    return loss;
 }
 
 bool is_pool(const Volume& volume) {
-    return !volume.controller && volume.raid &&
-           (volume.raid == "mirror" || volume.raid->starts_with("raidz"));
+    return !volume.controller && !volume.device;  // arrays and maps have one
+}
+
+// The rule for a degraded pool. Without its log it loses nothing that was written.
+std::string_view rule_for_pool(const Inventory& inventory, const Volume& pool) {
+    const auto loss = loss_of(inventory, pool);
+    if (loss.of_logs && !loss.of_data) return "volume_state";
+    return loss.is_redundant ? "volume_degraded" : "volume_no_redundancy";
 }
 
 // The rule for a degraded array whose members that are there its state shows.
@@ -324,6 +365,13 @@ bool has_redundancy(const Volume& volume, std::string_view state) {
     return at_least_raid6(volume.raid) && !same_word(state, "Dgrd");
 }
 
+std::string meaning_of(std::string_view state) {
+    const auto* const row =
+        std::find_if(kMeanings.begin(), kMeanings.end(),
+                     [&](const MeaningRow& one) { return state.starts_with(one.begin); });
+    return row == kMeanings.end() ? "" : row->words;
+}
+
 void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& redundancy,
                   Collector& findings) {
     const auto remark = [&](std::string_view rule_name, const char* field,
@@ -334,18 +382,18 @@ void judge_volume(const Inventory& inventory, const Volume& volume, Redundancy& 
         for (const auto state : state_words(kVolumeStates, *volume.state)) {
             auto rule_name =
                 rule_for(kVolumeStates, without_members(state)).value_or("volume_state");
-            if (rule_name == "volume_no_redundancy" && is_pool(volume) &&
-                has_redundant_groups(inventory, volume))
-                rule_name = "volume_degraded";
             const auto shown =
                 rule_for_members(volume, state.substr(without_members(state).size()));
             if (rule_name == "volume_no_redundancy")
-                rule_name =
-                    shown.value_or(has_redundancy(volume, state) ? "volume_degraded" : rule_name);
+                rule_name = is_pool(volume)
+                                ? rule_for_pool(inventory, volume)
+                                : shown.value_or(has_redundancy(volume, state) ? "volume_degraded"
+                                                                               : rule_name);
             if (rule_name == "volume_no_redundancy" || rule_name == "volume_offline")
                 redundancy.note_lost(volume);
             if (!rule_name.empty())
-                findings.add(subject_of(inventory, volume), rule_name, "state " + *volume.state,
+                findings.add(subject_of(inventory, volume), rule_name,
+                             "state " + *volume.state + meaning_of(*volume.state),
                              place_of_word(volume, state));
         }
     }
@@ -420,11 +468,12 @@ void judge_drive(const Inventory& inventory, const Drive& drive, const Redundanc
                             const std::string& says) {
         findings.add(subject_of(inventory, drive), rule_name, says, place_of(drive, field));
     };
-    const bool exposed = redundancy.is_lost_for(drive);
+    const bool exposed = drive.pool_part.empty() && redundancy.is_lost_for(drive);
+    const auto of_pool = drive.pool_part.empty() ? "" : ", " + drive.pool_part + " of a pool";
     if (drive.state) {
         auto rule_name = rule_for(kDriveStates, *drive.state).value_or("drive_state");
         if (rule_name == "drive_failed" && exposed) rule_name = "drive_failed_no_redundancy";
-        if (!rule_name.empty()) remark(rule_name, "state", "state " + *drive.state);
+        if (!rule_name.empty()) remark(rule_name, "state", "state " + *drive.state + of_pool);
         if (!rule_name.empty() && drive.rebuild_percent)
             remark(rule_name, "rebuild_percent",
                    "rebuilt to " + percent_text(*drive.rebuild_percent));

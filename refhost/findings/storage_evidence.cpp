@@ -154,7 +154,8 @@ void weigh_plain_drives(const Survey& survey, Health& health) {
         if (drive.controller) continue;
         if (was_asked(drive)) {
             if (drive.interface == "NVMe") ++asked;
-        } else if (drive.interface == "NVMe" || drive.interface == "SATA") {
+        } else if (drive.interface == "NVMe" || drive.interface == "SATA" ||
+                   drive.interface == "SAS") {
             add_once(health.missing, drive.device.value_or("a drive") + " was not asked");
         }
     }

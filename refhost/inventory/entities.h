@@ -168,6 +168,8 @@ struct Drive {
     Integer reallocated_sectors;     // or a SAS drive's grown defects
     // No field: what is wrong with the temperature, "(Abnormal)".
     Text temperature_state;
+    // No field: "cache" or "log" of a pool, where it holds nothing that is lost with it.
+    std::string pool_part;
     std::string tool;  // whose numbers these are: "storcli", "arcconf", ...; no field
 };
 
@@ -187,6 +189,7 @@ struct VolumeMember {
     Text device, serial, wwn;  // of the drive; the WWN is no field
     std::string tool;          // whose numbers these are: "storcli", "arcconf", ...; no field
     std::optional<std::size_t> drive;  // which of Inventory::drives it is; empty: none is listed
+    std::string group = {};  // no field: of what kind its span of a pool is, "raidz2"; "log"
 };
 
 enum class Severity { info, warning, critical };

@@ -230,12 +230,15 @@ TEST(Health, ADriveOfAPoolMustHaveAnsweredForItself) {
     auto survey = healthy();
     inventory::Drive drive;
     drive.device = "/dev/sda";
-    drive.interface = "SATA";
     drive.state = "ONLINE";
     survey.inventory.drives.push_back(drive);
-    EXPECT_EQ(words_of(survey).at("storage"), "unknown");
-    survey.inventory.drives.back().smart_alert = false;
-    EXPECT_EQ(words_of(survey), kAllWell);
+    for (const char* interface : {"SATA", "SAS"}) {
+        survey.inventory.drives.back().interface = interface;
+        survey.inventory.drives.back().smart_alert.reset();
+        EXPECT_EQ(words_of(survey).at("storage"), "unknown") << interface;
+        survey.inventory.drives.back().smart_alert = false;
+        EXPECT_EQ(words_of(survey), kAllWell) << interface;
+    }
 }
 
 TEST(Health, AThingWithoutAStateIsNotWell) {

@@ -350,6 +350,10 @@ TEST(Storage, GroupsOfAPool) {
          {{"FAULTED", "FAULTED", "ONLINE", "ONLINE", "ONLINE"}},
          "warning volume_degraded"},
         {"raidz2", {}, "critical volume_no_redundancy"},
+        {"draid2:4d:6c:0s", {{"FAULTED", "ONLINE", "ONLINE", "ONLINE"}}, "warning volume_degraded"},
+        {"draid:4d:6c:0s",
+         {{"FAULTED", "ONLINE", "ONLINE", "ONLINE"}},
+         "critical volume_no_redundancy"},
     };
     for (const auto& [raid, groups, rule] : cases) {
         Inventory inventory;
@@ -363,6 +367,7 @@ TEST(Storage, GroupsOfAPool) {
                 VolumeMember one;
                 one.volume_name = "tank";
                 one.span = static_cast<std::int64_t>(group);
+                one.group = raid;
                 one.is_spare = false;
                 one.state = state;
                 inventory.volume_members.push_back(one);
@@ -372,6 +377,69 @@ TEST(Storage, GroupsOfAPool) {
         ASSERT_EQ(lines.size(), 1U) << raid;
         EXPECT_TRUE(lines[0].starts_with(std::string(rule) + ":tank")) << raid << ": " << lines[0];
     }
+}
+
+// The parts of a pool are not alike: each group has its own redundancy, and its log and its cache hold nothing
+// that is lost with them.
+TEST(Storage, PartsOfAPool) {
+    struct Part {
+        const char *group, *state, *device;
+        std::optional<std::int64_t> span;
+    };
+    const struct {
+        std::vector<Part> parts;
+        Lines findings;
+    } cases[] = {
+        {{{"raidz2", "ONLINE", "a", 0},
+          {"mirror", "ONLINE", "b", 1},
+          {"mirror", "FAULTED", "c", 1}},
+         {"critical volume_no_redundancy:tank | Volume \"tank\" | state DEGRADED",
+          "critical drive_failed_no_redundancy:c | Drive c | state FAULTED"}},
+        {{{"mirror", "ONLINE", "a", 0}, {"mirror", "ONLINE", "b", 0}, {"log", "REMOVED", "c", {}}},
+         {"warning volume_state:tank | Volume \"tank\" | state DEGRADED",
+          "warning drive_failed:c | Drive c | state REMOVED, log of a pool"}},
+        {{{"mirror", "ONLINE", "a", 0},
+          {"mirror", "FAULTED", "b", 0},
+          {"cache", "FAULTED", "c", {}}},
+         {"critical volume_no_redundancy:tank | Volume \"tank\" | state DEGRADED",
+          "critical drive_failed_no_redundancy:b | Drive b | state FAULTED",
+          "warning drive_failed:c | Drive c | state FAULTED, cache of a pool"}},
+    };
+    for (const auto& [parts, expected] : cases) {
+        Inventory inventory;
+        Volume pool;
+        pool.name = "tank";
+        pool.state = "DEGRADED";
+        inventory.volumes = {pool};
+        for (const auto& [group, state, device, span] : parts) {
+            Drive drive;
+            drive.device = device;
+            drive.state = state;
+            const std::string part = group;
+            if (part == "log" || part == "cache") drive.pool_part = part;
+            inventory.drives.push_back(drive);
+            if (part == "cache") continue;
+            VolumeMember one;
+            one.volume_name = "tank";
+            one.span = span;
+            one.group = part;
+            one.is_spare = false;
+            one.state = state;
+            one.drive = inventory.drives.size() - 1;
+            inventory.volume_members.push_back(one);
+        }
+        EXPECT_EQ(judged(inventory), expected);
+    }
+}
+
+TEST(Storage, AnInactiveVolumeIsWhole) {
+    Inventory inventory;
+    inventory.volumes = {volume(0, "RAID1", "Inactive, Okay (IOKY)")};
+    EXPECT_EQ(
+        judged(inventory),
+        (Lines{"warning volume_state:c0_v0 | Volume 0 of controller 0 (RAID1) | state Inactive, "
+               "Okay (IOKY): the controller holds it back until it is activated, as one of "
+               "another controller"}));
 }
 
 // Whatever stands beside it, a word of a state says what it says alone, and where.

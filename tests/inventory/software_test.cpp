@@ -263,10 +263,44 @@ TEST(Zpool, is_read) {
              "volume_members 12: volume_name=d is_spare=yes state=AVAIL device=/dev/sdc\n",
              "13 lines\ngap 8: a row that does not fit its heading\n"
              "gap 11: a row that does not fit its heading\n"},
+            // missing ones have a number: /dev/sdb may be another drive now. Names that nothing is known of
+            {"  pool: e\n state: DEGRADED\nconfig:\n  NAME STATE READ WRITE CKSUM\n"
+             "  e DEGRADED 0 0 0\n    mirror-0 DEGRADED 0 0 0\n"
+             "      10598392047610938 UNAVAIL 0 0 0  was /dev/sdb1\n"
+             "      20598392047610938 UNAVAIL 0 0 0  was /dev/disk/by-id/ata-EX_Z1X9-part1\n"
+             "      scsi-35000c500a1 ONLINE 0 0 0\n  logs\n    mirror-1 ONLINE 0 0 0\n"
+             "      sdd ONLINE 0 0 0\n  cache\n    30598392047610938 FAULTED 0 0 0  was /dev/sde\n"
+             "  spares\n    40598392047610938 UNAVAIL   was /dev/sdf\n"
+             "errors: No known data errors\n",
+             "volumes 2: raid=mirror state=DEGRADED name=e\n"
+             "drives 8: state=UNAVAIL serial=Z1X9 other_errors=0\n"
+             "drives 9: state=ONLINE device=/dev/disk/by-id/scsi-35000c500a1 other_errors=0\n"
+             "drives 12: state=ONLINE device=/dev/sdd other_errors=0\n"
+             "volume_members 7: volume_name=e span=0 is_spare=no state=UNAVAIL\n"
+             "volume_members 8: volume_name=e span=0 is_spare=no state=UNAVAIL serial=Z1X9\n"
+             "volume_members 9: volume_name=e span=0 is_spare=no state=ONLINE "
+             "device=/dev/disk/by-id/scsi-35000c500a1\n"
+             "volume_members 12: volume_name=e is_spare=no state=ONLINE device=/dev/sdd\n"
+             "volume_members 16: volume_name=e is_spare=yes state=UNAVAIL\n",
+             "17 lines\n"},
             {"The ZFS modules are not loaded.\n", "",
              "1 lines, 1 not understood (1)\ngap 1: no pool is in it\n"},
         });
     expect_cuts_seen(read_zpool, kZpool);
+
+    const auto parts = read_text(read_zpool,
+                                 "pool: f\n state: ONLINE\nconfig:\n NAME STATE READ WRITE CKSUM\n"
+                                 " f ONLINE 0 0 0\n  raidz2-0 ONLINE 0 0 0\n   sda ONLINE 0 0 0\n"
+                                 "   replacing-1 ONLINE 0 0 0\n    sdb ONLINE 0 0 0\n special\n"
+                                 "  mirror-1 ONLINE 0 0 0\n   sdc ONLINE 0 0 0\n logs\n"
+                                 "  sdd ONLINE 0 0 0\n cache\n  sde ONLINE 0 0 0\n"
+                                 "errors: No known data errors\n")
+                           .found;
+    std::string groups, of_drives;
+    for (const auto& member : parts.volume_members) groups += member.group + ",";
+    for (const auto& drive : parts.drives) of_drives += drive.pool_part + ",";
+    EXPECT_EQ(groups, "raidz2,raidz2,mirror,log,");
+    EXPECT_EQ(of_drives, ",,,log,cache,");
 }
 
 TEST(Multipath, is_read) {

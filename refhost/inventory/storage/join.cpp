@@ -172,6 +172,8 @@ void merge_drive(Drive& drive, const Drive& other) {
                         [&](const FieldPlace& here) { return here.field == there.field; });
         if (!known) drive.elsewhere.push_back(there);
     }
+    // Its data count, wherever its other partitions serve.
+    if (!drive.state || (other.state && other.pool_part.empty())) drive.pool_part = other.pool_part;
     if (!drive.state && other.state) drive.place = other.place;
     if (!drive.nvme_warnings) drive.nvme_warnings = other.nvme_warnings;
     if (!drive.smartctl_status) drive.smartctl_status = other.smartctl_status;

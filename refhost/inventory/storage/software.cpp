@@ -59,9 +59,27 @@ void name_drive(Entity& drive, std::string_view name) {
     } else if (name.starts_with("ata-") || name.starts_with("nvme-") || name.starts_with("scsi-")) {
         const auto mark = name.rfind('_');
         if (mark != npos) drive.serial = told(name.substr(mark + 1));
+        if (!drive.serial) drive.device = "/dev/disk/by-id/" + std::string(name);
     } else {
         drive.device = drive_of(name);
     }
+}
+
+// The name of a pool's device. One that is missing has a number, and what it was called: "1234567890123
+// UNAVAIL  0  0  0  was /dev/sdb1". Another drive may be /dev/sdb now; a name made of a serial number or a
+// WWN stays.
+template <class Entity>
+void name_device(Entity& entity, const std::vector<std::string_view>& cells) {
+    if (cells[0].find_first_not_of("0123456789") != npos) return name_drive(entity, cells[0]);
+    const auto was = std::find(cells.begin(), cells.end(), "was");
+    if (was == cells.end() || was + 1 == cells.end()) return;
+    name_drive(entity, *(was + 1));
+    entity.device.reset();
+}
+
+template <class Entity>
+bool has_name(const Entity& entity) {
+    return entity.device || entity.serial || entity.wwn;
 }
 
 // An array of md, and the drives in it.
@@ -101,15 +119,15 @@ void show_members(std::string& state, const std::map<std::int64_t, bool>& positi
 void add_spare(const Volume& pool, const std::vector<std::string_view>& cells, Reading& reading,
                std::int64_t number) {
     auto member = member_of(pool, reading, number);
-    name_drive(member, cells[0]);
+    name_device(member, cells);
     member.state = std::string(cells[1]);
     member.is_spare = true;
     reading.found.volume_members.push_back(std::move(member));
     if (cells[1] == "AVAIL" || cells[1] == "INUSE") return;
     auto drive = reading.entity_at<Drive>(number);
-    name_drive(drive, cells[0]);
+    name_device(drive, cells);
     drive.state = std::string(cells[1]);
-    reading.found.drives.push_back(std::move(drive));
+    if (has_name(drive)) reading.found.drives.push_back(std::move(drive));
 }
 
 // "Nov 23 19:00:00 | sdb: path state = failed": multipath's own words.
@@ -388,13 +406,16 @@ void read_mdadm(CaptureLines& lines, Reading& reading) {
 //           mirror-0  DEGRADED     0     0     0
 //             sda     ONLINE       0     0     0
 //             sdb     UNAVAIL      0     0     0  cannot open
+//         logs
+//           nvme0n1   ONLINE       0     0     0
 //
 // errors: No known data errors
 void read_zpool(CaptureLines& lines, Reading& reading) {
     std::optional<Volume> pool;
     bool in_config = false, has_errors = false, has_answer = false;
     std::size_t pool_indent = 0, span_indent = 0;
-    std::string section;  // of the pool: "logs", "cache", "spares"
+    std::string section;  // of the pool: "logs", "cache", "spares", "special"
+    std::string group;    // of the span: "mirror", "raidz2"
     Integer span;
     std::int64_t number = 0;
     const auto finish = [&] {
@@ -445,6 +466,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             const auto cells = words(text);
             if (cells.size() == 1) {  // "logs", "spares", "cache"
                 section = cells[0];
+                group.clear();
                 span.reset();
                 continue;
             }
@@ -457,7 +479,10 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
                 gap(reading, number, "a row that does not fit its heading");
                 continue;
             }
-            if (indent <= span_indent) span.reset();
+            if (indent <= span_indent) {
+                group.clear();
+                span.reset();
+            }
             const std::string_view name = cells[0];
             if (name == pool->name && pool_indent == 0) {
                 pool_indent = indent;
@@ -466,16 +491,22 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             if (name.starts_with("mirror") || name.starts_with("raidz") ||
                 name.starts_with("draid") || name.starts_with("spare-") ||
                 name.starts_with("replacing")) {
-                if (!pool->raid) pool->raid = std::string(name.substr(0, name.find('-')));
-                if (!span) {  // "spare-1" and "replacing-1" stand within one
+                const bool has_raid = !name.starts_with("spare-") && !name.starts_with("replacing");
+                const bool has_data = section != "logs" && section != "cache";
+                const auto kind = has_raid ? name.substr(0, name.find('-')) : "mirror";
+                if (!pool->raid && has_raid && has_data) pool->raid = std::string(kind);
+                if (!span && has_data) {  // "spare-1" and "replacing-1" stand within one
                     span = integer(name.substr(name.rfind('-') + 1));
                     span_indent = indent;
+                    group = kind;
                 }
                 continue;
             }
             auto drive = reading.entity_at<Drive>(number);
-            name_drive(drive, name);
+            name_device(drive, cells);
             drive.state = std::string(cells[1]);
+            if (section == "cache" || section == "logs")
+                drive.pool_part = section == "logs" ? "log" : section;
             const auto reads = counter(cells[2]), writes = counter(cells[3]),
                        sums = counter(cells[4]);
             if (!reads || !writes || !sums) {
@@ -485,12 +516,14 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             drive.other_errors = *reads + *writes + *sums;
             if (section != "cache") {
                 auto member = member_of(*pool, reading, number);
-                name_drive(member, name);
+                name_device(member, cells);
                 member.state = drive.state;
                 member.span = span;
+                member.group = section == "logs" ? "log" : group;
                 reading.found.volume_members.push_back(std::move(member));
             }
-            reading.found.drives.push_back(std::move(drive));
+            // One without a name is told by the pool's state and its member.
+            if (has_name(drive)) reading.found.drives.push_back(std::move(drive));
         } else if (const auto head = key_value(text, ":"); pool && head && head->key == "state") {
             pool->state = told(head->value);
             pool->place.line = number;
@@ -504,6 +537,7 @@ void read_zpool(CaptureLines& lines, Reading& reading) {
             in_config = true;
             pool_indent = span_indent = 0;
             section.clear();
+            group.clear();
             span.reset();
         } else if (pool && pool->operation && text.find("% done") != npos) {
             pool->progress_percent = percent_in(text);
