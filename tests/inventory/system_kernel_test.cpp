@@ -215,6 +215,22 @@ TEST(Dmesg, EveryRowOfTheTableCanDecide) {
     }
 }
 
+// A drive that is given up has a name or an address, so that two of them are two.
+TEST(Dmesg, NamesTheDriveThatIsGivenUp) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"sd 2:0:0:0: [sdb] tag#3 rejecting I/O to offline device", "sdb"},
+        {"sd 2:0:0:0: rejecting I/O to offline device", "2:0:0:0"},
+        {"sd 3:0:1:0: Device offlined - not ready after error recovery", "3:0:1:0"},
+        {"nvme nvme1: Removing after probe failure status: -19", "nvme1"},
+    };
+    for (const auto& [text, subject] : cases) {
+        const auto judged = judge_kernel_message(text);
+        ASSERT_TRUE(judged) << text;
+        EXPECT_EQ(judged->subject, subject) << text;
+        EXPECT_EQ(judged->form->severity, Severity::critical) << text;
+    }
+}
+
 TEST(Dmesg, ErrorsAndCuts) {
     EXPECT_EQ(read("dmesg: read kernel buffer failed: Operation not permitted\n", read_dmesg).all(),
               "error 1: dmesg: read kernel buffer failed: Operation not permitted\n");
