@@ -26,6 +26,7 @@ using truth::Server;
 struct Report {
     Side side;
     std::vector<inventory::Event> events;
+    bool says_which_machine = false;  // not every board has a serial number or a UUID
 };
 
 class Servers : public testing::Test {
@@ -57,6 +58,9 @@ protected:
         });
         report.side.verdict = findings::judge(survey, judge, circumstances);
         report.side.inventory = std::move(survey.inventory);
+        for (const auto& system : made->truth.at("inventory").at("systems"))
+            report.says_which_machine =
+                !system.at("uuid").is_null() || !system.at("serial").is_null();
         return report;
     }
 
@@ -186,14 +190,14 @@ const std::vector<Happening> kHappenings = {
      }, 0, true},
     {"a loose drive is pulled", [](Server& server) -> std::optional<Lines> {
          auto* drive = a_drive(server, "UGood");
-         if (!drive) return std::nullopt;
+         if (!drive || has_findings(*drive)) return std::nullopt;  // they would go with it
          auto& drives = server.controllers[0].drives;
          drives.erase(drives.begin() + (drive - drives.data()));
          return Lines{"drives removed"};
      }},
     {"a loose drive is plugged", [](Server& server) -> std::optional<Lines> {
          const auto* drive = a_drive(server, "UGood");
-         if (!drive) return std::nullopt;
+         if (!drive || has_findings(*drive)) return std::nullopt;  // the other one would have them
          auto other = *drive;
          other.slot += 40;
          other.device_id += 400;
@@ -207,6 +211,9 @@ const std::vector<Happening> kHappenings = {
          if (!drive) return std::nullopt;
          const auto old = std::to_string(drive->slot);
          drive->slot += 40;
+         // Of a drive beside the enclosures the plug-in does not ask which one it is: it may be any other.
+         if (!drive->enclosure && !server.controllers[0].enclosures.empty())
+             return Lines{"drives added", "drives removed"};
          return Lines{fields("drives", "moved", {{"slot", old, std::to_string(drive->slot)}})};
      }},
     {"a volume gets a name", [](Server& server) -> std::optional<Lines> {
@@ -273,7 +280,9 @@ TEST_F(Servers, TellEachKnownChangeOnceAndNothingElse) {
             const auto difference = compare(from.side, to.side);
             const auto about = std::string(happening.name) + ", server " + std::to_string(seed);
             EXPECT_EQ(lines_of(difference.changes), *expected) << about;
-            EXPECT_EQ(difference.machines, Machines::same) << about;
+            EXPECT_EQ(difference.machines,
+                      from.says_which_machine ? Machines::same : Machines::unsure)
+                << about;
             Lines gone;
             EXPECT_EQ(new_events(from, to, gone).size(), happening.events) << about;
             EXPECT_EQ(gone, Lines()) << about;
