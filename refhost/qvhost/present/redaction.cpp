@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "bundle/archive_reader.h"
+#include "files/new_file.h"
 #include "page/write_page.h"
 #include "qvhost/base/log_dir.h"
 #include "qvhost/present/unfinished.h"
@@ -162,7 +163,9 @@ void Redaction::make_report(const fs::path& directory, const redact::Redactor& r
     redact_files(directory, redactor);
     store_is_copied.get();
     auto json_is_written = std::async(std::launch::async, [&] {
-        write_report_json(Store(dir.store(), Store::Mode::read), dir.json());
+        NewFile json(dir.json());  // nobody waits for the disk: the bundle alone is kept
+        write_report_json(Store(dir.store(), Store::Mode::read), json);
+        json.close();
     });
     const Store store(dir.store(), Store::Mode::read);
     // The same report and map give the same page.
