@@ -122,7 +122,7 @@ std::string disguised_text(std::string_view text, Noise& noise) {
 bool is_kept(std::string_view digits, std::size_t at) {
     switch (digits.size()) {
         case 12: return at < 2;
-        case 16: return at < (digits[0] == '5' || digits[0] == '6' ? 7U : 1U);
+        case kWwnDigits: return at < (digits[0] == '5' || digits[0] == '6' ? kMakerDigits : 1U);
         case 32: return digits[0] == '6' ? at < 7 : at == 12 || at == 16;
         default: return false;
     }
@@ -214,6 +214,15 @@ std::string short_ipv6(std::string_view canonical) {
     char text[INET6_ADDRSTRLEN];
     ::inet_ntop(AF_INET6, bytes.data(), text, sizeof text);
     return text;
+}
+
+std::optional<std::string> low_number(Form form, std::string_view canonical) {
+    if (form != Form::hex || canonical.size() != kWwnDigits || canonical[0] != '5')
+        return std::nullopt;
+    std::uint64_t number = 0;
+    std::from_chars(canonical.data() + kMakerDigits, canonical.data() + canonical.size(), number,
+                    16);
+    return std::to_string(number);
 }
 
 Noise::Noise(std::string key, std::string subject)

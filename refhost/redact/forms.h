@@ -1,6 +1,7 @@
 // The forms that a value to replace can have, and what replaces it: of the same form and length.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -25,6 +26,13 @@ std::optional<std::string> canonical(Form form, std::string_view text);
 
 // The bytes of a canonical IPv6 address as it is written short: "fe80::1".
 std::string short_ipv6(std::string_view canonical);
+
+// The digits of a WWN, and of them those that say who made the device.
+inline constexpr std::size_t kWwnDigits = 16, kMakerDigits = 7;
+
+// The end of a WWN of 16 digits as smartctl's JSON has it, a decimal number: {"naa": 5, "oui": 3152, "id": 2712847316}.
+// Nothing: the number has no such end.
+std::optional<std::string> low_number(Form form, std::string_view canonical);
 
 // Bytes that only the key's owner can tell.
 class Noise {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cstdint>
 #include <cstdio>
 
 #include "redact/letters.h"
@@ -304,15 +302,10 @@ private:
         return in_case_of(text, made);
     }
 
-    // A WWN as smartctl's JSON has it: {"naa": 5, "oui": 3152, "id": 2712847316}.
     void add_low_number() {
-        if (value_.canonical.size() != 16 || value_.canonical[0] != '5') return;
-        const auto low = [](const std::string& digits) {
-            std::uint64_t number = 0;
-            std::from_chars(digits.data() + 7, digits.data() + digits.size(), number, 16);
-            return std::to_string(number);
-        };
-        add(both({value_.canonical, replacement_}, low), Beside::no_digit);
+        const auto from = low_number(value_.form, value_.canonical);
+        const auto to = low_number(value_.form, replacement_);
+        if (from && to) add({*from, *to}, Beside::no_digit);
     }
 
     void make_ipv4() {

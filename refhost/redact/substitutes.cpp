@@ -2,8 +2,6 @@
 
 #include <openssl/rand.h>
 
-#include <charconv>
-#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -20,17 +18,16 @@ std::string new_key() {
     return key;
 }
 
-// How long the decimal number is that smartctl's JSON makes of the end of a WWN.
-std::size_t low_number_size(const std::string& digits) {
-    std::uint64_t number = 0;
-    std::from_chars(digits.data() + 7, digits.data() + digits.size(), number, 16);
-    return std::to_string(number).size();
+// How long the low number is that is looked for; 0: there is none, or a smaller one, which is nobody's.
+std::size_t low_number_size(const Value& value) {
+    const auto number = low_number(value.form, value.canonical);
+    return number && number->size() >= kShortestSearched ? number->size() : 0;
 }
 
-// Whether the end of the value is looked for as a decimal number: a smaller one is nobody's.
-bool has_low_number(const Value& value) {
-    return value.form == Form::hex && value.canonical.size() == 16 && value.canonical[0] == '5' &&
-           low_number_size(value.canonical) >= kShortestSearched;
+// A small number stays small: few of all numbers are as short.
+void keep_zeros_before_low_number(std::string_view canonical, std::string& made) {
+    for (auto at = kMakerDigits; at < canonical.size() && canonical[at] == '0'; ++at)
+        made[at] = '0';
 }
 
 }  // namespace
@@ -46,7 +43,8 @@ bool Substitutes::is_free(const Value& value, const std::string& candidate) cons
     if (candidate == value.canonical || taken_.count({value.form, candidate}) > 0 ||
         originals_.count(candidate) > 0)
         return false;
-    if (has_low_number(value) && low_number_size(candidate) != low_number_size(value.canonical))
+    if (const auto size = low_number_size(value);
+        size > 0 && low_number_size({value.form, candidate}) != size)
         return false;
     if (value.form == Form::ipv6 &&
         short_ipv6(candidate).size() != short_ipv6(value.canonical).size())
@@ -68,6 +66,7 @@ std::string Substitutes::assigned(const Value& value) {
     std::string made;
     for (int i = 0; i < kTries; ++i) {
         made = disguised(value.form, value.canonical, noise, i >= kStrictTries);
+        if (low_number_size(value) > 0) keep_zeros_before_low_number(value.canonical, made);
         if (is_free(value, made)) break;
     }
     taken_.insert({value.form, made});

@@ -113,6 +113,25 @@ TEST(Substitutes, OfWwnsKeepTheirMaker) {
         EXPECT_EQ(substitutes.of(value).substr(0, 7), value.canonical.substr(0, 7));
 }
 
+// The number is looked for as it stands in smartctl's JSON, whatever its length, so one as long replaces it.
+TEST(Substitutes, OfWwnsHaveALowNumberAsLong) {
+    Values values;
+    for (const auto* const wwn :
+         {"5000c50000002710", "5000c50000012345", "5000c500000186a0", "5000c500000f4240",
+          "5000c500009abcde", "5000c50005f5e0ff", "5000c5003b9aca00", "5000c50fffffffff"})
+        values.add(wwn, Class::serials, Form::hex, true);
+    Substitutes substitutes;
+    substitutes.assign(values);
+    for (const auto& [value, use] : values.all()) {
+        const auto& made = substitutes.of(value);
+        ASSERT_EQ(made.substr(0, 7), value.canonical.substr(0, 7));
+        EXPECT_NE(made, value.canonical);
+        EXPECT_EQ(low_number(Form::hex, made)->size(),
+                  low_number(Form::hex, value.canonical)->size())
+            << value.canonical << " -> " << made;
+    }
+}
+
 TEST(Substitutes, OfNeighboursAreNeighbours) {
     Values values;
     for (const auto* const name :
