@@ -192,6 +192,20 @@ TEST(Join, two_serial_numbers_are_two_drives) {
     EXPECT_EQ(found.drives.size(), 2U);
 }
 
+TEST(Join, a_serial_number_that_was_cut_off_is_no_other_drive) {
+    const auto head = std::string("Controller = 0\nStatus = Success\nDescription = None\n");
+    const auto whole = head + details("/c0/e1/s1", "U9Z0SUNY");
+    const auto cut = whole.substr(0, whole.find("SUNY"));
+    for (const auto& captures :
+         {std::vector<Named>{{"c0_pdlist.txt", cut}, {"pdlist.txt", whole}},
+          std::vector<Named>{{"c0_pdlist.txt", whole}, {"pdlist.txt", cut}}}) {
+        const auto found = joined(captures);
+        ASSERT_EQ(found.drives.size(), 1U);
+        EXPECT_EQ(found.drives[0].serial, "U9Z0SUNY");
+        EXPECT_EQ(found.drives[0].firmware, "A");
+    }
+}
+
 TEST(Join, what_the_system_sees_is_found_behind_controllers) {
     const auto answer = "Controller = 0\nStatus = Success\nDescription = None\n" +
                         details("/c0/e252/s1", "Z1X00000");

@@ -243,6 +243,8 @@ TEST(Storcli, says_what_is_missing) {
          "   0 Failed -        Cachevault is absent!    34 \n"
          "-------------------------------------------------\n",
          "12 lines\nerror 11: Cachevault is absent!\n", "what failed stands in a table"},
+        {kShow.substr(0, kShow.find("\nEID=Enclosure Device ID|Slt")),
+         "59 lines\ngap 59: the legend below a table is missing\n", "cut behind the drives"},
         {"Controller = 0\nStatus = Success\nDescription = No VD's have been configured.\n",
          "3 lines\n", "there are none"},
         {"Controller = 0\nStatus = Success\nDescription = None\n",
@@ -402,7 +404,7 @@ TEST(Storcli, reads_other_answers) {
          "306:3   322 UConf Good    - 3.637 TB NVMe SSD -        4 KB EX4000NM     U            1 "
          "-\n"
          "------------------------------------------------------------------------------------------"
-         "-----\n",
+         "-----\n\nLU/NS Count-Logical Unit/Namespace Count|Alt-EID-Alternate Enclosure Device ID\n",
          "controllers 5: number=0 model=X drives=3\n"
          "drives 14: controller=0 enclosure=306 slot=1 device_id=320 state=Online drive_group=0 "
          "is_foreign=no capacity_bytes=3998923790221 interface=SAS media=HDD sector_bytes=512 "

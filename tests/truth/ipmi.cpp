@@ -241,6 +241,7 @@ void print_sel(const Server& server, Random& random, Book& book, Pages& pages) {
         "SEL Ver 51 Support 0f, Size = 0 records (Used=" + std::to_string(used) + ", Free=" +
         std::to_string(std::max(0, server.bmc.sel_room - static_cast<int>(used))) + ")");
     book.subject("_sel", "room", {}).tell(page, full, {{"used", used}});
+    if (used == 0) page.is_vital();  // that there are no entries is told
     page.line("RecId Date/Time_______ SEV Src_ Evt_Type___ Sens# Evt_detail - Trig [Evt_data]");
     int id = 1;
     for (const auto& entry : server.bmc.sel) {
@@ -257,7 +258,7 @@ void print_sel(const Server& server, Random& random, Book& book, Pages& pages) {
         event.spots = {{page.name, line, line}};
         ++id;
     }
-    page.is_vital();
+    if (used > 0) page.is_vital();
     if (is_older) page.line("ipmiutil sel, completed successfully");
     pages.push_back(page);
 }

@@ -83,13 +83,24 @@ Key key_of(const Drive& d) {
     return d.controller && d.device_id ? key(d.tool, {d.controller, d.device_id}) : Key();
 }
 
-// Two serial numbers are two things, whatever else is alike.
+// Two serial numbers are two things, whatever else is alike. A capture that was cut off may end within one: the
+// beginning of a serial number is none of its own.
 template <class Entity>
 bool contradict(const Entity& a, const Entity& b) {
     if constexpr (requires { a.serial; }) {
-        return a.serial && b.serial && *a.serial != *b.serial;
+        return a.serial && b.serial && !a.serial->starts_with(*b.serial) &&
+               !b.serial->starts_with(*a.serial);
     }
     return false;
+}
+
+// Of two serial numbers that do not contradict each other the whole one.
+template <class Entity>
+void take_whole_serial(Entity& entity, const Entity& other) {
+    if constexpr (requires { entity.serial; }) {
+        if (entity.serial && other.serial && other.serial->size() > entity.serial->size())
+            entity.serial = other.serial;
+    }
 }
 
 // Entities of one key become the first of them; those without a key stay as they are.
@@ -103,6 +114,7 @@ void join(std::vector<Entity>& entities, Merge merge) {
         if (key) {
             const auto [at, is_new] = known.emplace(*key, joined.size());
             if (!is_new && !contradict(joined[at->second], entity)) {
+                take_whole_serial(joined[at->second], entity);
                 merge(joined[at->second], entity);
                 continue;
             }

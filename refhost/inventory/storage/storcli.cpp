@@ -200,6 +200,14 @@ bool tells_states(std::string_view section) {
                        [&](std::string_view one) { return section.starts_with(one); });
 }
 
+// Sections whose tables are followed by a legend of their words, in every version.
+constexpr auto kExplained =
+    std::to_array<std::string_view>({"TOPOLOGY", "VD LIST", "PD LIST", "Enclosure LIST"});
+
+bool has_legend(std::string_view section) {
+    return std::find(kExplained.begin(), kExplained.end(), section) != kExplained.end();
+}
+
 // Headings of tables that nobody needs, by their first column.
 constexpr auto kNeedless = std::to_array<std::string_view>({
     "Policy ",
@@ -256,6 +264,7 @@ public:
             read(line->text, line->number);
         }
         end_table("at the end of the text");
+        if (awaits_legend_) gap("the legend below a table is missing");
         end_answer();
         if (!answered_) gap("no answer of storcli is in it");
         reading_.how.lines = lines_.count();
@@ -275,6 +284,7 @@ private:
             return;
         }
         if (is_ruler(line)) return ruler(line);
+        awaits_legend_ = false;
         if (part_ == TablePart::rows || (part_ == TablePart::before_rows && table_)) {
             if (row(raw)) return;
         }
@@ -322,6 +332,7 @@ private:
             case TablePart::rows:
                 part_ = TablePart::none;
                 table_ = nullptr;
+                awaits_legend_ = has_legend(section_);
                 return;
         }
     }
@@ -634,6 +645,7 @@ private:
     Heading heading_;
     std::size_t width_ = 0;  // of the table's ruler
     bool legend_ = false;
+    bool awaits_legend_ = false;  // a list has come to its last line
     bool list_goes_on_ = false;
 
     Answer answer_;
