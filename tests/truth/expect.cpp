@@ -607,14 +607,26 @@ void expect_kernel(Found& found) {
          Level::critical},
         {KernelKind::disk_error, "event_disk", "storage", Level::warning, Level::critical},
     };
+    // Messages of one text are one finding, which names some of their lines.
+    std::map<std::string, std::vector<Spot>> lines_of;
+    std::map<std::string, const KernelLine*> messages;
     std::size_t at = 0;
     for (const auto& line : found.server.dmesg) {
         if (line.kind == KernelKind::quiet) continue;
         const auto& told = found.book.events.at("kernel " + std::to_string(1000 + at++));
+        auto& lines = lines_of[line.text];
+        lines.insert(lines.end(), told.spots.begin(), told.spots.end());
+        messages.emplace(line.text, &line);
+    }
+    for (const auto& [text, line] : messages) {
         for (const auto& row : kRows) {
-            if (row.kind != line.kind) continue;
-            Expected one{"kernel: " + line.words, {row.rule}, row.least, row.most,
-                         row.subsystem,           told.spots};
+            if (row.kind != line->kind) continue;
+            Expected one{"kernel: " + line->words,
+                         {row.rule},
+                         row.least,
+                         row.most,
+                         row.subsystem,
+                         lines_of[text]};
             one.is_once = false;
             found.add(one);
         }

@@ -437,10 +437,11 @@ void print_absence(const Server& server, Pages& pages) {
         {"sensorinfo.txt", "ipmitool", "sensor"},     {"selfinfo.txt", "ipmitool", "mc selftest"},
         {"fruinfo.txt", "ipmitool", "fru"},           {"selinfo.txt", "ipmiutil", "sel -t"},
         {"mcinfo.txt", "ipmiutil", "dorvanoem mc"},   {"psuinfo.txt", "ipmiutil", "dorvanoem psu"},
-        {"laninfo.txt", "ipmiutil", "dorvanoem lan"},
+        {"laninfo.txt", "ipmiutil", "dorvanoem lan"}, {"sdrinfo.txt", "ipmitool", "sdr elist"},
     };
     for (const auto& question : kQuestions) {
-        if (!server.asks_sdr() && std::string(question.name) == "psuinfo.txt") continue;
+        const auto name = std::string(question.name);
+        if (!server.asks_sdr() && (name == "psuinfo.txt" || name == "sdrinfo.txt")) continue;
         Page page{question.name, question.tool, question.arguments, true, 1};
         page.line(page.tool == "ipmitool" ? ipmitool : ipmiutil);
         pages.push_back(page);

@@ -58,13 +58,19 @@ const std::map<std::string, Operation> kOperations = {
     {"check", {"check", "Check", "checking"}},
 };
 
-std::string layout_of(const Array& array) {
-    if (array.raid == "raid0") return "512k chunks";
+// "U_": which members are in sync
+std::string pattern_of(const Array& array) {
     std::string pattern;
     for (int place = 0; place < array.places; ++place)
         pattern += is_in_sync(array, place) ? 'U' : '_';
+    return pattern;
+}
+
+std::string layout_of(const Array& array) {
+    if (array.raid == "raid0") return "512k chunks";
     const auto counts = "[" + std::to_string(array.places) + "/" +
-                        std::to_string(array.places - places_lost(array)) + "] [" + pattern + "]";
+                        std::to_string(array.places - places_lost(array)) + "] [" +
+                        pattern_of(array) + "]";
     if (array.raid == "raid1") return counts;
     if (array.raid == "raid10") return "512K chunks 2 near-copies " + counts;
     return "level " + array.raid.substr(4) + ", 512k chunk, algorithm 2 " + counts;
@@ -132,6 +138,15 @@ std::string state_of(const Array& array) {
     return state;
 }
 
+// "active, degraded [U_]": with the members that are in sync, as /proc/mdstat shows them.
+std::string shown_state_of(const Array& array) {
+    const std::string degraded = ", degraded";
+    auto state = state_of(array);
+    const auto at = state.find(degraded);
+    if (at != std::string::npos) state.insert(at + degraded.size(), " [" + pattern_of(array) + "]");
+    return state;
+}
+
 // "8       33        1      active sync   /dev/sdc1", behind the member's number
 std::string row_of(const ArrayMember& member, const std::string& place) {
     const auto letter = member.device[2] - 'a';
@@ -186,7 +201,8 @@ Page detail_of(const Array& array, Book& book, Seconds now) {
     page.line("");
     say("Update Time", c_time(now));
     const auto state = state_of(array);
-    subject.tell(page, say("State", state + " "), {{"state", state}});
+    subject.tell(page, say("State", state + " "),
+                 {{"state", Told(shown_state_of(array), {state})}});
     say("Active Devices", std::to_string(array.places - places_lost(array)));
     say("Working Devices", count([](const auto& one) { return one.state != "faulty"; }));
     say("Failed Devices", count([](const auto& one) { return one.state == "faulty"; }));

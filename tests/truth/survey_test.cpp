@@ -144,7 +144,8 @@ TEST_F(Survey, IsNotMisledByDamagedCaptures) {
                 if (!test::is_run(trials++)) continue;
                 options.page = page.name;
                 options.damage = damage;
-                check(options, " --page '" + page.name + "' --damage " + word(damage));
+                check(options,
+                      " --percent-hurt 0 --page '" + page.name + "' --damage " + word(damage));
             }
         }
     }

@@ -117,7 +117,9 @@ public:
             before_ = text;
         }
         end_entity();
-        if (controller_) reading_.found.controllers.push_back(std::move(*controller_));
+        // Its type is the first that is told of it: a heading alone tells nothing.
+        if (controller_ && controller_->model)
+            reading_.found.controllers.push_back(std::move(*controller_));
         if (in_list_) count_controllers();
         if (!completed_) gap("the answer has no end");
         reading_.how.lines = lines_.count();
