@@ -54,26 +54,13 @@ void add_once(std::vector<std::string>& texts, const std::string& text) {
     if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
 }
 
-// The capture that says that there is no BMC; null: nothing says so. A virtual machine has none, and so
-// has a machine whose firmware names no IPMI device, as long as none answers.
-const SurveyedCapture* no_bmc(const Survey& survey) {
-    const auto& inventory = survey.inventory;
-    if (!inventory.sensors.empty() || !inventory.bmcs.empty() || !inventory.ipmi_devices.empty())
-        return nullptr;
-    const auto* dmidecode = survey.find("dmidecode.log");
-    if (!dmidecode) dmidecode = survey.find("host_dmidecode.txt");
-    if (!dmidecode || inventory.systems.empty()) return nullptr;
-    if (inventory.systems.front().is_virtual == true) return dmidecode;
-    return dmidecode->whole() ? dmidecode : nullptr;
-}
-
 bool rests_on_bmc_alone(Subsystem subsystem) {
     return subsystem == Subsystem::temperature || subsystem == Subsystem::cooling ||
            subsystem == Subsystem::power || subsystem == Subsystem::bmc;
 }
 
 void weigh(const EvidenceRow& row, const Survey& survey, bool has_no_bmc, Health& health) {
-    if (row.needed == Needed::with_bmc && has_no_bmc) return;
+    if (row.needed != Needed::always && has_no_bmc) return;
     const SurveyedCapture* best = nullptr;
     for (const char* name : row.captures) {
         const auto* capture = survey.find(name);
@@ -147,6 +134,18 @@ std::optional<HealthWord> worst_finding(const std::vector<Finding>& findings, Su
 
 }  // namespace
 
+// A virtual machine has none, and neither has a machine whose firmware names no IPMI device, as long as none answers.
+const SurveyedCapture* absence_of_bmc(const Survey& survey) {
+    const auto& inventory = survey.inventory;
+    if (!inventory.sensors.empty() || !inventory.bmcs.empty() || !inventory.ipmi_devices.empty())
+        return nullptr;
+    const auto* dmidecode = survey.find("dmidecode.log");
+    if (!dmidecode) dmidecode = survey.find("host_dmidecode.txt");
+    if (!dmidecode || inventory.systems.empty()) return nullptr;
+    if (inventory.systems.front().is_virtual == true) return dmidecode;
+    return dmidecode->whole() ? dmidecode : nullptr;
+}
+
 bool is_not_installed(const SurveyedCapture& capture) {
     return capture.ended_badly.ends_with(": not installed");
 }
@@ -169,7 +168,7 @@ std::string why_not_whole(const SurveyedCapture& capture) {
 
 std::vector<Health> judge_health(const Survey& survey, const Circumstances& circumstances,
                                  const std::vector<Finding>& findings) {
-    const auto* absent_by = no_bmc(survey);
+    const auto* absent_by = absence_of_bmc(survey);
     const auto words = unknown_words(survey.inventory);
     std::vector<Health> all;
     for (const auto subsystem : kSubsystems) {

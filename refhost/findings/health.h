@@ -40,6 +40,9 @@ std::vector<Health> judge_health(const inventory::Survey& survey,
                                  const Circumstances& circumstances,
                                  const std::vector<Finding>& findings);
 
+// The capture that says that the machine has no BMC; null: nothing says so.
+const inventory::SurveyedCapture* absence_of_bmc(const inventory::Survey& survey);
+
 // Whether its tool is not there.
 bool is_not_installed(const inventory::SurveyedCapture& capture);
 

@@ -108,6 +108,47 @@ TEST_F(UnansweredBmc, IsNotWellThoughItsSelfTestPassed) {
     EXPECT_EQ(health["bmc"], "unknown");
 }
 
+// A tool that finds no BMC has failed where the firmware names one, and has not where it names none.
+TEST_F(UnansweredBmc, HasNotFailedWhereThereIsNone) {
+    const auto server = dir() / "without";
+    fs::copy(fs::path(QV_SAMPLES) / "x86_64-kp220-healthy", server);
+    auto recorded = nlohmann::ordered_json::parse(read_file(server / "machine.json"));
+    for (auto& command : recorded["commands"]) {
+        if (!command["tool"].get<std::string>().starts_with("ipmi")) continue;
+        command["stdout"] = "no_bmc.txt";
+        command["exit"] = 1;
+    }
+    write_file(server / "machine.json", recorded.dump());
+    write_file(server / "no_bmc.txt",
+               "Could not open device at /dev/ipmi0 or /dev/ipmi/0 or /dev/ipmidev/0: "
+               "No such file or directory\n");
+    const auto health_of = [&](const fs::path& log) {
+        std::map<std::string, std::string> health;
+        const auto report = report_json(log);
+        for (const auto& one : report["health"]) health[one["subsystem"]] = one["health"];
+        return health;
+    };
+
+    const auto named = dir() / "named";
+    EXPECT_EQ(replay(server, named).exit, 3);
+    EXPECT_EQ(report_json(named)["collection"]["status"], "incomplete");
+    EXPECT_EQ(health_of(named)["temperature"], "unknown");
+    EXPECT_EQ(health_of(named)["collection"], "unknown");
+
+    auto firmware = read_file(server / "dmidecode.txt");
+    const auto begin = firmware.find("Handle 0x0034, DMI type 38");
+    ASSERT_NE(begin, std::string::npos);
+    firmware.erase(begin, firmware.find("Handle 0x0040") - begin);
+    write_file(server / "dmidecode.txt", firmware);
+    const auto none = dir() / "none";
+    const auto outcome = replay(server, none);
+    EXPECT_EQ(outcome.exit, 0) << outcome.err;
+    EXPECT_EQ(report_json(none)["collection"]["status"], "complete");
+    for (const char* subsystem : {"temperature", "cooling", "power", "bmc"})
+        EXPECT_EQ(health_of(none)[subsystem], "absent") << subsystem;
+    EXPECT_EQ(health_of(none)["collection"], "ok");
+}
+
 }  // namespace
 
 }  // namespace test

@@ -1,6 +1,7 @@
 // The surroundings: where the program lies, and the environment that its tools get.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -14,6 +15,11 @@ namespace qvhost {
 
 // The tools that ask the BMC, as their names begin.
 inline constexpr std::array<std::string_view, 2> kBmcTools{"ipmitool", "ipmiutil"};
+
+inline bool is_bmc_tool(std::string_view tool) {
+    return std::any_of(kBmcTools.begin(), kBmcTools.end(),
+                       [&](std::string_view name) { return tool.starts_with(name); });
+}
 
 // The running program's file. Throws std::system_error if the system does not tell.
 std::filesystem::path program_file();

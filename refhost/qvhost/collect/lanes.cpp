@@ -23,10 +23,7 @@ struct Part {
 
 // Tools that ask the same device are one.
 std::string device_of(const std::string& tool) {
-    const bool asks_bmc =
-        std::any_of(kBmcTools.begin(), kBmcTools.end(),
-                    [&](std::string_view name) { return tool.starts_with(name); });
-    return asks_bmc ? "BMC" : "tool " + tool;
+    return is_bmc_tool(tool) ? "BMC" : "tool " + tool;
 }
 
 // What the module's tables are filled with; nothing: that is not known.

@@ -32,10 +32,14 @@ void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, con
     note_files_of_run(store, dir);
     const Evidence evidence(dir, tools, log, store, ending.broken_off);
     explain(store, evidence);
-    store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence)
+    findings::EventJudge events;
+    const auto survey = read_report(store, dir, log.commands, events);
+    const bool has_no_bmc = findings::absence_of_bmc(survey) != nullptr;
+    store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence, has_no_bmc)
                                             : ending.problem);
     store.commit();
-    store.set_facts(machine_facts(judge_report(store, dir, log.commands)));
+    judge_report(store, dir, log.commands, survey, events);
+    store.set_facts(machine_facts(survey.inventory));
     store.commit();
     write_report_json(store, dir.json());
     write_page(store, dir.report(), dir.path());

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#include "findings/judge.h"
 #include "findings/rules_file.h"
 #include "inventory/exit_codes.h"
 #include "inventory/survey.h"
@@ -73,10 +72,7 @@ bool was_stopped_for_time(const CommandInfo& command) {
     return command.stopped_by == "time" || command.stopped_by == "silence";
 }
 
-bool asks_bmc(const CommandInfo& command) {
-    return std::any_of(kBmcTools.begin(), kBmcTools.end(),
-                       [&](std::string_view tool) { return command.tool.starts_with(tool); });
-}
+bool asks_bmc(const CommandInfo& command) { return is_bmc_tool(command.tool); }
 
 // Whether the BMC was asked who it is, which it answers without looking anything up, and has answered.
 bool asks_identity(const CommandInfo& command) {
@@ -108,8 +104,7 @@ findings::Circumstances circumstances_of(const Store& store,
         if (was_stopped_for_time(command) && asks_bmc(command))
             circumstances.unanswered_by_bmc.push_back(
                 cut_off_words(command, named_in_commands(store, dir)));
-        // A question of the host's own is a further one: without its answer the collection is what it was.
-        if (was_cut_off(command) && command.origin != "host")
+        if (was_cut_off(command))
             circumstances.cut_off_commands.push_back(
                 cut_off_words(command, named_in_commands(store, dir)));
     }
@@ -130,21 +125,25 @@ findings::Verdict judged(const Store& store, const LogDir& dir, const inventory:
 
 }  // namespace
 
-inventory::Inventory judge_report(Store& store, const LogDir& dir,
-                                  const std::vector<CommandInfo>& commands) {
-    EventWriter events(store);
-    findings::EventJudge judge_events;
+inventory::Survey read_report(Store& store, const LogDir& dir,
+                              const std::vector<CommandInfo>& commands,
+                              findings::EventJudge& events) {
+    EventWriter writer(store);
     auto survey = inventory::survey(
         dir.path(), origins_of(commands, named_in_commands(store, dir)),
         [&](inventory::Event&& event) {
-            judge_events.take(event);
-            events.add(event);
+            events.take(event);
+            writer.add(event);
         },
         foreign_files(store, dir));
     write_inventory(store, survey.inventory);
-    write_verdict(store, judged(store, dir, survey, judge_events, commands, rules_of(store)));
+    return survey;
+}
+
+void judge_report(Store& store, const LogDir& dir, const std::vector<CommandInfo>& commands,
+                  const inventory::Survey& survey, findings::EventJudge& events) {
+    write_verdict(store, judged(store, dir, survey, events, commands, rules_of(store)));
     store.commit();
-    return std::move(survey.inventory);
 }
 
 findings::Verdict judge_again(const Store& store, const LogDir& dir, const findings::Rules& rules) {

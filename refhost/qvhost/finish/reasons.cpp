@@ -16,6 +16,7 @@
 #include "files/read_beginning.h"
 #include "inventory/exit_codes.h"
 #include "inventory/ipmi/aside.h"
+#include "qvhost/base/environment.h"
 #include "qvhost/base/plugin.h"
 #include "qvhost/finish/not_executable.h"
 #include "runner/shell_words.h"
@@ -483,11 +484,12 @@ bool Evidence::has_answered(const std::string& module, const std::string& tool) 
     return false;
 }
 
-std::string Evidence::why_failed(const ModuleInfo& module) const {
+std::string Evidence::why_failed(const ModuleInfo& module, bool has_no_bmc) const {
     std::string first;
     for (const auto& [id, title, layout, records, reason] : module.tables) {
         const auto* table = declared(id);
         if (!table || table->tool.empty() || table->filled != "always") continue;
+        if (has_no_bmc && is_bmc_tool(table->tool)) continue;
         const auto* command = maker(section_of(module.name, *table), *table);
         if (!command) continue;
         if (!is_installed(*table, *command) && !why_not_run(*table, *command).empty()) continue;

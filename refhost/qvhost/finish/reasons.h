@@ -39,8 +39,8 @@ public:
     std::string why_partial(const std::string& module, const std::string& table) const;
 
     // Why every tool of the module that is there failed, by the first of its tables; empty: one did
-    // not, or none is installed.
-    std::string why_failed(const ModuleInfo& module) const;
+    // not, or none is installed. Where there is no BMC, a tool that asks it cannot fail.
+    std::string why_failed(const ModuleInfo& module, bool has_no_bmc) const;
 
 private:
     const DeclaredTable* declared(const std::string& id) const;  // null: it is not
