@@ -80,13 +80,13 @@ bool stands_in(const Json& places, const Json& capture, const Json& line) {
 }
 
 // Of captures that the truth does not know, nobody knows the lines.
-// Behind what a killed tool has printed the shell may say so, in a line of its own: "Killed"
+// Behind what a killed tool has printed the shell may say "Killed": in a line of its own, if the last one had its end.
 bool is_line_there(const Json& truth, const Json& capture, const Json& line) {
     return std::all_of(
         truth.at("captures").begin(), truth.at("captures").end(), [&](const Json& one) {
-            const int of_shell = one.at("ended_badly") == "" ? 0 : 1;
+            const bool has_word = one.at("ended_badly") != "" && one.find("cut_line") == one.end();
             return one.at("capture") != capture ||
-                   (line.is_number() && line <= one.at("lines").get<int>() + of_shell);
+                   (line.is_number() && line <= one.at("lines").get<int>() + (has_word ? 1 : 0));
         });
 }
 
