@@ -10,8 +10,6 @@ namespace qvhost::inventory {
 namespace {
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 struct Word {
     std::string_view text;
     std::size_t begin, end;

@@ -70,6 +70,7 @@ struct Understanding {
     FirstFew<ToolError> errors;
 
     bool whole() const { return lines > 0 && gaps.empty() && errors.empty(); }
+    void gap(std::int64_t line, std::string words) { gaps.push_back({line, std::move(words)}); }
     void unknown_line(std::int64_t number) {
         if (not_understood++ == 0) first_not_understood = number;
     }

@@ -139,6 +139,16 @@ Real leading_real(std::string_view text) {
     return value;
 }
 
+Real percent_in(std::string_view text) {
+    const auto mark = text.find('%');
+    if (mark == npos) return std::nullopt;
+    auto begin = mark;
+    while (begin > 0 && (is_digit(text[begin - 1]) || text[begin - 1] == '.')) --begin;
+    return real(text.substr(begin, mark - begin));
+}
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
 Integer binary_bytes(std::string_view text) {
     struct Unit {
         std::string_view name;

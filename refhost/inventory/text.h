@@ -33,6 +33,11 @@ Real real(std::string_view text);
 // The number that the text begins with: "31C (87.80 F)" is 31. Empty if it begins with none.
 Real leading_real(std::string_view text);
 
+// The number before the first '%': "recovery =  5.5% (57600/1046528)" is 5.5. Empty if there is none.
+Real percent_in(std::string_view text);
+
+bool is_digit(char c);
+
 // A size in bytes: "930.390 GB" is 930.390 * 2^30 (binary units, as storcli, arcconf and dmidecode mean
 // them, rounded to the nearest byte). Empty if it is none.
 Integer binary_bytes(std::string_view text);

@@ -80,7 +80,8 @@ bool stands_in(const Json& places, const Json& capture, const Json& line) {
 }
 
 // Of captures that the truth does not know, nobody knows the lines.
-// Behind what a killed tool has printed the shell may say "Killed": in a line of its own, if the last one had its end.
+// Behind what a killed tool has printed the shell may say "Killed": in a line of its own, if the last
+// one had its end.
 bool is_line_there(const Json& truth, const Json& capture, const Json& line) {
     return std::all_of(
         truth.at("captures").begin(), truth.at("captures").end(), [&](const Json& one) {

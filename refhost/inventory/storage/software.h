@@ -11,8 +11,12 @@ void read_mdadm(CaptureLines& lines, Reading& reading);      // mdadm --detail /
 void read_zpool(CaptureLines& lines, Reading& reading);      // zpool status
 void read_multipath(CaptureLines& lines, Reading& reading);  // multipath -ll
 
-// The drive that a block device is or lies on: "/dev/sdb1" is on "/dev/sdb", "nvme0n1p2" on
-// "/dev/nvme0n1".
-std::string drive_of(std::string_view device);
+// A drive in the volume, which has no number of a controller's.
+inline VolumeMember member_of(const Volume& volume, const Reading& reading, std::int64_t line) {
+    auto member = reading.entity_at<VolumeMember>(line);
+    member.volume_name = volume.name;
+    member.is_spare = false;
+    return member;
+}
 
 }  // namespace qvhost::inventory
