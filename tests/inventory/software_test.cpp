@@ -1,6 +1,6 @@
 // What the operating system's own tools tell of arrays and drives.
-#include "inventory/storage/device_name.h"
 #include "inventory/storage/software.h"
+#include "inventory/storage/device_name.h"
 
 #include <gtest/gtest.h>
 
