@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             evidence.why_partial("M", table);
             module.tables.push_back({table, "", {}, 0, ""});
         }
-        evidence.why_failed(module);
+        for (const bool has_no_bmc : {false, true}) evidence.why_failed(module, has_no_bmc);
     }
     return 0;
 }
