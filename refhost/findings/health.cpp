@@ -134,7 +134,8 @@ std::optional<HealthWord> worst_finding(const std::vector<Finding>& findings, Su
 
 }  // namespace
 
-// A virtual machine has none, and neither has a machine whose firmware names no IPMI device, as long as none answers.
+// A virtual machine has none, and neither has a machine whose firmware names no IPMI device, unless
+// a BMC answers.
 const SurveyedCapture* absence_of_bmc(const Survey& survey) {
     const auto& inventory = survey.inventory;
     if (!inventory.sensors.empty() || !inventory.bmcs.empty() || !inventory.ipmi_devices.empty())

@@ -80,7 +80,7 @@ struct MeaningRow {
     const char* words;
 };
 constexpr auto kMeanings = std::to_array<MeaningRow>({
-    {"Inactive, ", ": the controller holds it back until it is activated, as one of another controller"},
+    {"Inactive, ", ": the controller holds it back until it is activated"},
 });
 
 // Whether a volume can be used as its state promises. That it is read-only is somebody's will.

@@ -438,8 +438,7 @@ TEST(Storage, AnInactiveVolumeIsWhole) {
     EXPECT_EQ(
         judged(inventory),
         (Lines{"warning volume_state:c0_v0 | Volume 0 of controller 0 (RAID1) | state Inactive, "
-               "Okay (IOKY): the controller holds it back until it is activated, as one of "
-               "another controller"}));
+               "Okay (IOKY): the controller holds it back until it is activated"}));
 }
 
 // Whatever stands beside it, a word of a state says what it says alone, and where.
