@@ -1,32 +1,32 @@
 // The frame: what the report is about, where one is in it, and the way to everything else.
 import type {FunctionComponent} from "preact";
 import {useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
-import {CaptureView} from "./capture_view";
-import {CapturesView} from "./captures";
-import type {Overview} from "./data";
-import {Help} from "./help";
-import {isIncomplete} from "./lacking";
-import {Navigation} from "./navigation";
-import {OverviewView} from "./overview";
-import {EventsPicture} from "./pictures/events";
+import type {Overview} from "./base/data";
+import {routeOf, viewHash, visit, type Route, type View} from "./base/route";
+import {serverName} from "./base/server_name";
+import {subjects} from "./base/subjects";
+import {oneLine, visible} from "./base/text";
+import {applyTheme, nextTheme, savedTheme} from "./base/theme";
+import type {ViewProps} from "./base/view_props";
+import {Help} from "./parts/help";
+import {isIncomplete} from "./parts/lacking";
+import {Navigation} from "./parts/navigation";
+import {SubjectView} from "./parts/subject_view";
+import {EventsPicture} from "./events/view";
 import {MemoryPicture} from "./pictures/memory";
 import {PowerPicture} from "./pictures/power";
-import type {PictureProps} from "./pictures/props";
 import {SensorsPicture} from "./pictures/sensors";
 import {StoragePicture} from "./pictures/storage";
 import {SystemPicture} from "./pictures/system";
-import {PrintView} from "./print";
-import {routeOf, viewHash, visit, type Route, type View} from "./route";
-import {SearchView} from "./search";
-import {serverName} from "./server_name";
-import {SubjectView} from "./subject_view";
-import {subjects} from "./subjects";
-import {TableView} from "./table_view";
-import {TablesView} from "./tables";
-import {applyTheme, nextTheme, savedTheme} from "./theme";
-import {oneLine, visible} from "./text";
+import {CaptureView} from "./views/capture_view";
+import {CapturesView} from "./views/captures";
+import {OverviewView} from "./views/overview";
+import {PrintView} from "./views/print";
+import {SearchView} from "./views/search";
+import {TableView} from "./views/table_view";
+import {TablesView} from "./views/tables";
 
-const pictures: Partial<Record<View, FunctionComponent<PictureProps>>> = {
+const pictures: Partial<Record<View, FunctionComponent<ViewProps>>> = {
   storage: StoragePicture,
   sensors: SensorsPicture,
   power: PowerPicture,
@@ -37,7 +37,7 @@ const pictures: Partial<Record<View, FunctionComponent<PictureProps>>> = {
 
 const places = ({view, name}: Route) => `${view} ${name}`;
 
-function Content({overview, route, nonce}: PictureProps) {
+function Content({overview, route, nonce}: ViewProps) {
   const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
   const subject = subjects.find(({view}) => view === route.view);
   const Picture = pictures[route.view];

@@ -1,6 +1,6 @@
 // An event of any source, and when it happened.
-import {plain} from "../text";
-import type {Rows} from "../data";
+import type {Rows} from "../base/data";
+import {plain} from "../base/text";
 
 // The columns, in the order in which event_data.cpp writes them.
 export const TIME = 0;

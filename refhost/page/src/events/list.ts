@@ -1,7 +1,7 @@
 // All events with their place in time.
-import type {Rows} from "../data";
-import {plain} from "../text";
-import type {Slicer} from "../slices";
+import type {Rows} from "../base/data";
+import type {Slicer} from "../base/slices";
+import {plain} from "../base/text";
 import {SOURCE, TIME, TIME_UTC, timeOf} from "./event";
 
 export interface Source {

@@ -1,5 +1,5 @@
-// An event's severity as its source or its log tells it; the verdict's is another (severity_mark.tsx).
-import {visible} from "../text";
+// An event's severity as its source or its log tells it; the verdict's is another (parts/severity_mark.tsx).
+import {visible} from "../base/text";
 
 const LEVELS: Record<string, string> = {critical: "bad", warning: "poor"};
 

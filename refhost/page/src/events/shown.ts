@@ -1,7 +1,7 @@
 // Which events are shown, in which order, the repeated ones folded.
-import {plain} from "../text";
-import {selected, Slicer, sorted} from "../slices";
-import {comparison} from "../view_rows";
+import {selected, Slicer, sorted} from "../base/slices";
+import {plain} from "../base/text";
+import {comparison} from "../base/view_rows";
 import {SEVERITY, SOURCE, SUBJECT, TEXT, TIME} from "./event";
 import type {EventList} from "./list";
 

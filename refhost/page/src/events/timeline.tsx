@@ -1,7 +1,7 @@
 // The events that are shown, over time: a bar a bin, the severe ones at its foot. A bar leads to its span.
 import {utcTicks} from "d3-time";
-import {scale} from "../pictures/scale";
-import {count, written} from "../text";
+import {scale} from "../base/scale";
+import {count, written} from "../base/text";
 import {levelOfEvent} from "./severity_dot";
 import {BINS, LEVELS, type Bins} from "./shown";
 

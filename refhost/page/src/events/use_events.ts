@@ -1,7 +1,7 @@
 // The events that have something in common, the newest first.
 import {useEffect, useState} from "preact/hooks";
-import {loadRows, type Overview} from "../data";
-import {selected, Slicer} from "../slices";
+import {loadRows, type Overview} from "../base/data";
+import {selected, Slicer} from "../base/slices";
 import {eventAt, type Event} from "./event";
 import {EventList} from "./list";
 

@@ -1,27 +1,18 @@
 // Everything about one drive: its fields, what was found, its events, its lines in the captures.
 import {useEffect, useState} from "preact/hooks";
-import {loadCapture, type Drive, type Overview} from "../data";
-import {Evidence} from "../evidence";
+import {loadCapture, type Drive, type Overview} from "../base/data";
+import {driveKey} from "../base/drive_key";
+import {captureHash} from "../base/route";
+import {Slicer} from "../base/slices";
+import {capacity, count, visible} from "../base/text";
+import {driveFindings, drivePlace} from "../base/verdict";
+import {Evidence} from "../parts/evidence";
+import {FindingsView} from "../parts/findings";
+import {Panel} from "../parts/panel";
+import {EventsOf} from "../events/events_of";
 import {useEventsWith} from "../events/use_events";
-import {FindingsView} from "../findings";
-import {Panel} from "../panel";
-import {captureHash} from "../route";
-import {Slicer} from "../slices";
-import {capacity, count, visible} from "../text";
-import {driveFindings, drivePlace} from "../verdict";
 import {driveOf} from "./arrays";
-import {EventsOf} from "./events_of";
 import {driveStates} from "./states";
-
-export function driveKey({controller, enclosure, slot, device_id, device}: Drive): string {
-  return [
-    controller === undefined ? "" : `c${controller}`,
-    enclosure === undefined ? "" : `e${enclosure}`,
-    slot === undefined ? (device_id === undefined ? (device ?? "") : `d${device_id}`) : `s${slot}`,
-  ]
-    .filter(part => part !== "")
-    .join(" ");
-}
 
 const yes = (flag: boolean) => (flag ? "yes" : "no");
 const number = (n: number) => n.toLocaleString("en");

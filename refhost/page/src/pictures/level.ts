@@ -1,5 +1,5 @@
 // How the pictures colour what has a finding; what has none has no colour.
-import type {Severity} from "../data";
+import type {Severity} from "../base/data";
 
 export type Level = "bad" | "poor" | "plain";
 

@@ -1,12 +1,12 @@
 // The memory modules by slot, with the events that name each; then the errors that name none of the slots.
-import type {MemoryModule} from "../data";
-import {Standing} from "../evidence";
+import type {MemoryModule} from "../base/data";
+import {capacity, count, visible} from "../base/text";
+import type {ViewProps} from "../base/view_props";
+import {Standing} from "../parts/evidence";
+import {EventsOf} from "../events/events_of";
 import {isOfMemory, named} from "../events/memory";
 import {useEventsWith, type FoundEvents} from "../events/use_events";
-import {capacity, count, visible} from "../text";
-import {EventsOf} from "./events_of";
 import {Nothing} from "./nothing";
-import type {PictureProps} from "./props";
 
 function Module({module, events}: {module: MemoryModule; events: FoundEvents["found"]}) {
   const {slot, capacity_bytes: size, type, speed_mts: speed, manufacturer, part, serial} = module;
@@ -38,7 +38,7 @@ function Module({module, events}: {module: MemoryModule; events: FoundEvents["fo
   );
 }
 
-export function MemoryPicture({overview}: PictureProps) {
+export function MemoryPicture({overview}: ViewProps) {
   const modules = overview.inventory?.memory_modules ?? [];
   const events = useEventsWith(overview, isOfMemory, "memory");
   const bySlot = modules.map(({slot}) => events.found.filter(event => named(event, slot ?? "")));

@@ -1,11 +1,11 @@
 // The bays of the power supplies, and the input behind each.
-import type {PowerSupply} from "../data";
-import {Standing} from "../evidence";
-import {visible} from "../text";
-import {supplyFindings, worst} from "../verdict";
+import type {PowerSupply} from "../base/data";
+import {visible} from "../base/text";
+import {supplyFindings, worst} from "../base/verdict";
+import type {ViewProps} from "../base/view_props";
+import {Standing} from "../parts/evidence";
 import {levelOf} from "./level";
 import {Nothing} from "./nothing";
-import type {PictureProps} from "./props";
 import {State} from "./state";
 
 const about = ({model, part, serial, firmware}: PowerSupply) =>
@@ -13,7 +13,7 @@ const about = ({model, part, serial, firmware}: PowerSupply) =>
     .filter(text => text)
     .map(text => visible(String(text)));
 
-export function PowerPicture({overview}: PictureProps) {
+export function PowerPicture({overview}: ViewProps) {
   const supplies = overview.inventory?.power_supplies ?? [];
   if (supplies.length === 0) return <Nothing overview={overview} of="power supplies" />;
   const found = supplyFindings(overview);

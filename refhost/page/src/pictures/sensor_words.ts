@@ -1,5 +1,5 @@
 // What a sensor says where it gives no number.
-import type {Sensor} from "../data";
+import type {Sensor} from "../base/data";
 
 const NO_READING = ["na", "ns"];
 

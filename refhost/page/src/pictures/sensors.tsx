@@ -1,14 +1,14 @@
 // Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
-import type {Overview, Sensor, Severity} from "../data";
-import {Standing} from "../evidence";
-import {SeverityMark} from "../severity_mark";
-import {count, visible} from "../text";
-import {isUnread, stateWords} from "./sensor_words";
-import {sensorFindings, worst} from "../verdict";
+import type {Overview, Sensor, Severity} from "../base/data";
+import {scale} from "../base/scale";
+import {count, visible} from "../base/text";
+import {sensorFindings, worst} from "../base/verdict";
+import type {ViewProps} from "../base/view_props";
+import {Standing} from "../parts/evidence";
+import {SeverityMark} from "../parts/severity_mark";
 import {levelOf, type Level} from "./level";
 import {Nothing} from "./nothing";
-import type {PictureProps} from "./props";
-import {scale} from "./scale";
+import {isUnread, stateWords} from "./sensor_words";
 
 const WIDTH = 360;
 const HEIGHT = 26;
@@ -153,7 +153,7 @@ function tally(sensors: Sensor[], severityOf: Judge): string {
     .join(", ");
 }
 
-export function SensorsPicture({overview}: PictureProps) {
+export function SensorsPicture({overview}: ViewProps) {
   const sensors = overview.inventory?.sensors ?? [];
   if (sensors.length === 0) return <Nothing overview={overview} of="sensors" />;
   const found = sensorFindings(overview);

@@ -1,6 +1,6 @@
 // The slots of an enclosure in their order.
-import type {Drive} from "../data";
-import {natural} from "../view_rows";
+import type {Drive} from "../base/data";
+import {natural} from "../base/view_rows";
 
 export interface PlacedSlot {
   number: number | undefined; // undefined: of a drive without a slot

@@ -1,7 +1,7 @@
 // The state of a thing as its tool prints it, marked where a finding says so.
-import type {Severity} from "../data";
-import {SeverityMark} from "../severity_mark";
-import {visible} from "../text";
+import type {Severity} from "../base/data";
+import {visible} from "../base/text";
+import {SeverityMark} from "../parts/severity_mark";
 import {levelOf} from "./level";
 
 export function State({

@@ -1,15 +1,16 @@
 // The storage as it stands in the rack: controllers, enclosures with their slots, and which drives make which
 // volume. A click on a drive shows everything about it.
-import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../data";
+import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../base/data";
+import {driveKey} from "../base/drive_key";
+import {viewHash, visit} from "../base/route";
+import {capacity, count, visible} from "../base/text";
+import {driveFindings, drivePlace, findingsHere, worst, volumeFindings} from "../base/verdict";
+import type {ViewProps} from "../base/view_props";
+import {Standing} from "../parts/evidence";
 import {arraysOf, type DriveArray, type Member} from "./arrays";
-import {Standing} from "../evidence";
-import {viewHash, visit} from "../route";
-import {capacity, count, visible} from "../text";
-import {driveFindings, drivePlace, findingsHere, worst, volumeFindings} from "../verdict";
-import {DriveDetails, driveKey} from "./drive";
+import {DriveDetails} from "./drive";
 import {levelOf} from "./level";
 import {Nothing} from "./nothing";
-import type {PictureProps} from "./props";
 import {slotsOf} from "./slots";
 import {State} from "./state";
 import {driveStates, volumeStates} from "./states";
@@ -362,7 +363,7 @@ export function hasStorage({inventory}: Overview): boolean {
   return [inventory?.drives, inventory?.volumes, inventory?.controllers].some(list => list?.length);
 }
 
-export function StoragePicture({overview, route}: PictureProps) {
+export function StoragePicture({overview, route}: ViewProps) {
   if (!hasStorage(overview)) return <Nothing overview={overview} of="drives or volumes" />;
   const open = route.state["drive"] ?? "";
   const drive = overview.inventory!.drives.find(one => driveKey(one) === open);

@@ -1,9 +1,9 @@
 // The machine: what it is, its processors, its management controller, its replaceable units.
-import type {Place} from "../data";
-import {Evidence} from "../evidence";
-import {MachineFacts} from "../machine";
-import {visible} from "../text";
-import type {PictureProps} from "./props";
+import type {Place} from "../base/data";
+import {visible} from "../base/text";
+import type {ViewProps} from "../base/view_props";
+import {Evidence} from "../parts/evidence";
+import {MachineFacts} from "../parts/machine";
 
 // The fields of entities side by side; of a field that none of them has there is no column.
 function Entities<One extends Place>({
@@ -15,7 +15,7 @@ function Entities<One extends Place>({
   title: string;
   list: One[];
   fields: [label: string, field: keyof One][];
-  overview: PictureProps["overview"];
+  overview: ViewProps["overview"];
 }) {
   if (list.length === 0) return null;
   const known = fields.filter(([, field]) => list.some(one => one[field] !== undefined));
@@ -54,7 +54,7 @@ function Entities<One extends Place>({
   );
 }
 
-export function SystemPicture({overview}: PictureProps) {
+export function SystemPicture({overview}: ViewProps) {
   const {inventory} = overview;
   return (
     <>

@@ -1,7 +1,7 @@
 // What the captures say of the machine as a whole.
-import type {Overview} from "./data";
-import {viewHash} from "./route";
-import {visible} from "./text";
+import type {Overview} from "../base/data";
+import {viewHash} from "../base/route";
+import {visible} from "../base/text";
 
 // What the collection itself knows, before what the captures say.
 function machineFacts({meta, facts}: Overview) {

@@ -1,8 +1,8 @@
 // A header column: the labels down the side, records beside one another.
-import type {Capture, Rows, Value} from "./data";
-import {linkedCapture} from "./link";
-import {viewHash} from "./route";
-import {trimmed, visible} from "./text";
+import type {Capture, Rows, Value} from "../base/data";
+import {linkedCapture} from "../base/link";
+import {viewHash} from "../base/route";
+import {trimmed, visible} from "../base/text";
 
 export function Text({value, captures}: {value: Value; captures: Map<string, Capture>}) {
   const capture = linkedCapture(value, captures);

@@ -1,17 +1,17 @@
 // Two to four pages for paper: who and when, what is missing, health, findings, storage, sensors that are not ok,
 // the newest events.
-import type {Overview, Sensor} from "./data";
-import {useEventsWith} from "./events/use_events";
-import {FindingsView} from "./findings";
-import {Lacking} from "./lacking";
-import {MachineFacts} from "./machine";
+import type {Overview, Sensor} from "../base/data";
+import {count, oneLine, visible} from "../base/text";
+import {isAcknowledged, sensorFindings, worst} from "../base/verdict";
+import {FindingsView} from "../parts/findings";
+import {Lacking} from "../parts/lacking";
+import {MachineFacts} from "../parts/machine";
+import {SeverityMark} from "../parts/severity_mark";
+import {useEventsWith} from "../events/use_events";
+import {isUnread, stateWords} from "../pictures/sensor_words";
+import {spoken} from "../pictures/sensors";
+import {hasStorage, StorageDrawing} from "../pictures/storage";
 import {Collected, ServerHeading} from "./overview";
-import {isUnread, stateWords} from "./pictures/sensor_words";
-import {spoken} from "./pictures/sensors";
-import {hasStorage, StorageDrawing} from "./pictures/storage";
-import {SeverityMark} from "./severity_mark";
-import {count, oneLine, visible} from "./text";
-import {isAcknowledged, sensorFindings, worst} from "./verdict";
 
 const NEWEST = 25;
 const SAID_ONCE = ["ok", "na", "ns"]; // states of which a sensor without a finding needs no line

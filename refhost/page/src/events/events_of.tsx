@@ -1,8 +1,8 @@
 // The events that name one thing: how many, the newest, and the way to all of them.
-import type {FoundEvents} from "../events/use_events";
-import {captureHash, viewHash, type State} from "../route";
-import {SeverityDot} from "../events/severity_dot";
-import {count, oneLine, visible} from "../text";
+import {captureHash, viewHash, type State} from "../base/route";
+import {count, oneLine, visible} from "../base/text";
+import {SeverityDot} from "./severity_dot";
+import type {FoundEvents} from "./use_events";
 
 const NEWEST = 8;
 

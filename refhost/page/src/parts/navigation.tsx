@@ -1,10 +1,10 @@
 // The way to everything: subjects with their state, then the raw tables.
 import type {ComponentChildren} from "preact";
-import type {Module, Overview, Table} from "./data";
-import {tableHash, viewHash, type Route} from "./route";
+import type {Module, Overview, Table} from "../base/data";
+import {tableHash, viewHash, type Route} from "../base/route";
+import {healthOf, subjects} from "../base/subjects";
+import {count, oneLine, visible} from "../base/text";
 import {SeverityMark} from "./severity_mark";
-import {healthOf, subjects} from "./subjects";
-import {count, oneLine, visible} from "./text";
 
 export function moduleName(module: Module): string {
   return visible(module.display || module.name || "Other tables");

@@ -1,19 +1,19 @@
 // One table: search, filters, sorting, columns, copying, and the record that was chosen.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import type {Capture, Rows, Table} from "./data";
-import {loadRows} from "./data";
-import {copy, csv, save, tabSeparated, type Shown} from "./export";
-import {GridHost} from "./grid_host";
-import {Panel} from "./panel";
-import {plainTable} from "./plain_table";
-import {captureHash, tableHash, type Route, type State} from "./route";
-import {rowLines} from "./row_lines";
-import {SearchBox} from "./search_box";
-import {Sheet, Text} from "./sheet";
-import {tableName} from "./table_name";
-import {count, oneLine, visible} from "./text";
-import {useAddress} from "./use_address";
-import {everything, shownRows, type Wanted} from "./view_rows";
+import type {Capture, Rows, Table} from "../base/data";
+import {loadRows} from "../base/data";
+import {copy, csv, save, tabSeparated, type Shown} from "../base/export";
+import {captureHash, tableHash, type Route, type State} from "../base/route";
+import {rowLines} from "../base/row_lines";
+import {tableName} from "../base/table_name";
+import {count, oneLine, visible} from "../base/text";
+import {useAddress} from "../base/use_address";
+import {everything, shownRows, type Wanted} from "../base/view_rows";
+import {Panel} from "../parts/panel";
+import {SearchBox} from "../parts/search_box";
+import {Sheet, Text} from "../parts/sheet";
+import {GridHost} from "../grid/grid_host";
+import {plainTable} from "../grid/plain_table";
 
 const MOST_BESIDE = 24; // more records than that are easier to read as rows
 const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with

@@ -1,20 +1,20 @@
 // One list over the events of all sources, sorted by time.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import {loadRows, type Overview, type Rows, type Table} from "../data";
-import {captureAt, eventAt, SEVERITY, SOURCE, SUBJECT, TEXT, TIME, timeOf} from "../events/event";
-import {EventList, type Source} from "../events/list";
-import {levelOfEvent, SeverityDot} from "../events/severity_dot";
-import {shownEvents, type ShownEvents, type WantedEvents} from "../events/shown";
-import {Timeline} from "../events/timeline";
-import {Evidence} from "../evidence";
-import {csv, save} from "../export";
-import {GridHost} from "../grid_host";
-import {Panel} from "../panel";
-import {routeOf, viewHash, type Route, type State} from "../route";
-import {SearchBox} from "../search_box";
-import {count, oneLine, visible, written} from "../text";
-import {useAddress} from "../use_address";
-import type {PictureProps} from "./props";
+import {loadRows, type Overview, type Rows, type Table} from "../base/data";
+import {csv, save} from "../base/export";
+import {routeOf, viewHash, type Route, type State} from "../base/route";
+import {count, oneLine, visible, written} from "../base/text";
+import {useAddress} from "../base/use_address";
+import type {ViewProps} from "../base/view_props";
+import {Evidence} from "../parts/evidence";
+import {Panel} from "../parts/panel";
+import {SearchBox} from "../parts/search_box";
+import {GridHost} from "../grid/grid_host";
+import {captureAt, eventAt, SEVERITY, SOURCE, SUBJECT, TEXT, TIME, timeOf} from "./event";
+import {EventList, type Source} from "./list";
+import {levelOfEvent, SeverityDot} from "./severity_dot";
+import {shownEvents, type ShownEvents, type WantedEvents} from "./shown";
+import {Timeline} from "./timeline";
 
 const SEVERITIES = ["critical", "warning", "info"];
 const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with
@@ -416,7 +416,7 @@ function OpenEvent({
   );
 }
 
-export function EventsPicture({overview, route, nonce}: PictureProps) {
+export function EventsPicture({overview, route, nonce}: ViewProps) {
   const {events} = overview;
   if (events === undefined) return <p class="empty">This report holds no list of events: there is nothing to draw.</p>;
   if (events.records === 0) return <p class="empty">No capture tells of an event.</p>;

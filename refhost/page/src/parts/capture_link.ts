@@ -1,6 +1,6 @@
-import type {Capture} from "./data";
-import {viewHash} from "./route";
-import {visible} from "./text";
+import type {Capture} from "../base/data";
+import {viewHash} from "../base/route";
+import {visible} from "../base/text";
 
 // A link that shows the capture in this page.
 export function captureLink(capture: Capture): HTMLAnchorElement {

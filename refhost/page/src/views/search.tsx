@@ -1,11 +1,11 @@
 // One search over everything: findings and inventory, events, captures, tables; the hits counted by place.
 import {useEffect, useState} from "preact/hooks";
-import {loadCapture, loadRows, type Overview, type Place} from "./data";
-import {CAPTURE, LINE, SUBJECT, TEXT, TIME} from "./events/event";
-import {captureHash, tableHash, viewHash} from "./route";
-import {selected, Slicer} from "./slices";
-import {count, oneLine, plain, visible} from "./text";
-import {searchTest} from "./view_rows";
+import {loadCapture, loadRows, type Overview, type Place} from "../base/data";
+import {captureHash, tableHash, viewHash} from "../base/route";
+import {selected, Slicer} from "../base/slices";
+import {count, oneLine, plain, visible} from "../base/text";
+import {searchTest} from "../base/view_rows";
+import {CAPTURE, LINE, SUBJECT, TEXT, TIME} from "../events/event";
 
 interface Hit {
   href: string;

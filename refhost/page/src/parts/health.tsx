@@ -1,8 +1,8 @@
 // How each subsystem is, with what its word rests on.
-import type {Health, Overview} from "./data";
+import type {Health, Overview} from "../base/data";
+import {count, visible} from "../base/text";
 import {Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";
-import {count, visible} from "./text";
 
 function Subsystem({health, overview}: {health: Health; overview: Overview}) {
   const {judged_by, missing} = health;

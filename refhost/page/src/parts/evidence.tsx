@@ -1,8 +1,8 @@
 // Links to what a capture says: to the line, where the report holds the capture.
 import type {ComponentChildren} from "preact";
-import type {Overview, Place} from "./data";
-import {captureHash} from "./route";
-import {visible} from "./text";
+import type {Overview, Place} from "../base/data";
+import {captureHash} from "../base/route";
+import {visible} from "../base/text";
 
 export function Evidence({overview, place}: {overview: Overview; place: Place}) {
   const says = `${visible(place.capture)}${place.line > 0 ? `, line ${place.line}` : ""}`;

@@ -1,6 +1,6 @@
 // An ordinary table, for paper.
-import type {Rows} from "./data";
-import {count, oneLine, trimmed} from "./text";
+import type {Rows} from "../base/data";
+import {count, oneLine, trimmed} from "../base/text";
 
 export const PRINTED_ROWS = 1000;
 

@@ -1,7 +1,7 @@
 // Which rows of a table are shown, and in which order.
 import type {Rows} from "./data";
-import {number, plain} from "./text";
 import {selected, Slicer, sorted} from "./slices";
+import {number, plain} from "./text";
 
 export interface Sort {
   column: number;

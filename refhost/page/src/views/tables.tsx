@@ -1,8 +1,8 @@
 // All tables, as the plug-in filed them: those with records first, then the empty ones with their reasons.
-import type {Overview, Table} from "./data";
-import {moduleName} from "./navigation";
-import {tableHash} from "./route";
-import {count, oneLine, visible} from "./text";
+import type {Overview, Table} from "../base/data";
+import {tableHash} from "../base/route";
+import {count, oneLine, visible} from "../base/text";
+import {moduleName} from "../parts/navigation";
 
 function TableList({tables, label}: {tables: Table[]; label: string}) {
   return (

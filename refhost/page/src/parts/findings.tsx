@@ -1,9 +1,9 @@
 // What is wrong, the worst first, each with the lines that say so.
-import type {Finding, Overview, Severity} from "./data";
+import type {Finding, Overview, Severity} from "../base/data";
+import {count, visible} from "../base/text";
+import {bySeverity, isAcknowledged, saysBesideSubject, sinceOf} from "../base/verdict";
 import {addressOf, Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";
-import {count, visible} from "./text";
-import {bySeverity, isAcknowledged, saysBesideSubject, sinceOf} from "./verdict";
 
 const TITLES: Record<Severity, [one: string, many: string]> = {
   critical: ["critical finding", "critical findings"],

@@ -1,8 +1,8 @@
 // What the collection did not bring, so that nobody takes silence for health.
-import type {Overview} from "./data";
-import {tableHash} from "./route";
-import {count, visible} from "./text";
-import {missing} from "./verdict";
+import type {Overview} from "../base/data";
+import {tableHash} from "../base/route";
+import {count, visible} from "../base/text";
+import {missing} from "../base/verdict";
 
 const SHOWN = 2; // the others are one click off
 

@@ -1,10 +1,10 @@
 // A subject: how its subsystems are, its picture, what was found in it.
 import type {ComponentChildren} from "preact";
-import type {Overview} from "./data";
+import type {Overview} from "../base/data";
+import type {Subject} from "../base/subjects";
+import {sensorFindings} from "../base/verdict";
 import {FindingsView} from "./findings";
 import {HealthView} from "./health";
-import type {Subject} from "./subjects";
-import {sensorFindings} from "./verdict";
 
 export function SubjectView({
   subject,

@@ -1,8 +1,8 @@
 // The raw captures: what each tool wrote, with the command that made it.
-import type {Overview} from "./data";
-import {HealthView} from "./health";
-import {viewHash} from "./route";
-import {bytes, count, seconds, visible} from "./text";
+import type {Overview} from "../base/data";
+import {viewHash} from "../base/route";
+import {bytes, count, seconds, visible} from "../base/text";
+import {HealthView} from "../parts/health";
 
 export function CapturesView({overview}: {overview: Overview}) {
   return (

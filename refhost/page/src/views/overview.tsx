@@ -1,11 +1,11 @@
 // The first view: what the collection lacks, how each subsystem is, what is wrong, which machine it is.
-import type {Overview} from "./data";
-import {FindingsView} from "./findings";
-import {HealthView} from "./health";
-import {Lacking} from "./lacking";
-import {MachineFacts} from "./machine";
-import {hostName, productName, serialNumber} from "./server_name";
-import {count, seconds, visible, written} from "./text";
+import type {Overview} from "../base/data";
+import {hostName, productName, serialNumber} from "../base/server_name";
+import {count, seconds, visible, written} from "../base/text";
+import {FindingsView} from "../parts/findings";
+import {HealthView} from "../parts/health";
+import {Lacking} from "../parts/lacking";
+import {MachineFacts} from "../parts/machine";
 
 // The health of the subsystems and the findings, or that the report holds none.
 export function Verdict({overview}: {overview: Overview}) {

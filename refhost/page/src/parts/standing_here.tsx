@@ -1,11 +1,11 @@
 // What stands at a line of a capture: the part of the machine, the row of a table that it tells of. Whether an event does,
 // the list of events knows.
 import {useEffect, useState} from "preact/hooks";
-import {loadRows, type Drive, type Inventory, type Overview, type Place, type Table} from "./data";
-import {driveKey} from "./pictures/drive";
-import {tableHash, viewHash, type View} from "./route";
-import {rowLines} from "./row_lines";
-import {visible} from "./text";
+import {loadRows, type Drive, type Inventory, type Overview, type Place, type Table} from "../base/data";
+import {driveKey} from "../base/drive_key";
+import {tableHash, viewHash, type View} from "../base/route";
+import {rowLines} from "../base/row_lines";
+import {visible} from "../base/text";
 
 const VIEWS: Partial<Record<keyof Inventory, [view: View, what: string]>> = {
   drives: ["storage", "drive"],

@@ -1,10 +1,10 @@
 // The scrolling table, for any number of rows.
 import {SlickGrid, type Column as GridColumn, type GridOption} from "slickgrid";
-import type {Capture, Rows, Value} from "./data";
-import {captureLink} from "./capture_link";
+import type {Capture, Rows, Value} from "../base/data";
+import {linkedCapture} from "../base/link";
+import {count, number, oneLine} from "../base/text";
+import {captureLink} from "../parts/capture_link";
 import {oneTabStop} from "./grid_keys";
-import {linkedCapture} from "./link";
-import {count, number, oneLine} from "./text";
 
 export interface GridEvents {
   sort(column: number, ascending: boolean): void;

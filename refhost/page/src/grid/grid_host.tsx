@@ -1,9 +1,9 @@
 // The grid within a view: what is shown comes in, what people do goes out. Its rows change together with what is around
 // them, a count for instance.
 import {useLayoutEffect, useRef} from "preact/hooks";
-import type {Capture, Rows} from "./data";
+import type {Capture, Rows} from "../base/data";
+import type {Sort} from "../base/view_rows";
 import {createGrid, type Grid, type Look} from "./grid";
-import type {Sort} from "./view_rows";
 
 const TYPING_MS = 120;
 const NONE: Map<number, string> = new Map();

@@ -1,13 +1,13 @@
 // One capture as evidence: the command that made it, its text with a line marked, numbers that can be linked.
 import {useEffect, useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
-import {loadCapture, type Capture, type Command, type Overview} from "./data";
-import {captureAddress} from "./link";
-import {captureHash, type Route} from "./route";
-import {SeverityMark} from "./severity_mark";
-import {StandingHere} from "./standing_here";
-import {bytes, count, cutAtLine, seconds, visible} from "./text";
-import {useAddress} from "./use_address";
-import {findingsAt, saysBesideSubject} from "./verdict";
+import {loadCapture, type Capture, type Command, type Overview} from "../base/data";
+import {captureAddress} from "../base/link";
+import {captureHash, type Route} from "../base/route";
+import {bytes, count, cutAtLine, seconds, visible} from "../base/text";
+import {useAddress} from "../base/use_address";
+import {findingsAt, saysBesideSubject} from "../base/verdict";
+import {SeverityMark} from "../parts/severity_mark";
+import {StandingHere} from "../parts/standing_here";
 
 const MOST_FOUND = 5000; // places that are highlighted
 

@@ -1,0 +1,9 @@
+// What every picture, and whoever chooses among views, gets.
+import type {Overview} from "./data";
+import type {Route} from "./route";
+
+export interface ViewProps {
+  overview: Overview;
+  route: Route;
+  nonce: string;
+}
