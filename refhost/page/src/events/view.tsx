@@ -1,118 +1,22 @@
 // One list over the events of all sources, sorted by time.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
 import {loadRows, type Overview, type Rows, type Table} from "../base/data";
-import {csv, save} from "../base/export";
-import {routeOf, viewHash, type Route, type State} from "../base/route";
-import {count, oneLine, visible, written} from "../base/text";
-import {useAddress} from "../base/use_address";
+import type {Route} from "../base/route";
+import {visible} from "../base/text";
+import {useAddress, type Change} from "../base/use_address";
 import type {ViewProps} from "../base/view_props";
-import {Evidence} from "../parts/evidence";
-import {Panel} from "../parts/panel";
-import {SearchBox} from "../parts/search_box";
 import {GridHost} from "../grid/grid_host";
-import {captureAt, eventAt, SEVERITY, SOURCE, SUBJECT, TEXT, TIME, timeOf} from "./event";
-import {EventList, type Source} from "./list";
-import {levelOfEvent, SeverityDot} from "./severity_dot";
-import {shownEvents, type ShownEvents, type WantedEvents} from "./shown";
+import {hashOfAddress, readAddress, wantedOf, type Shown} from "./address";
+import {cellOf} from "./cells";
+import {Clocks, collectedAt} from "./clocks";
+import {captureAt, eventAt, SEVERITY, SOURCE, SUBJECT, TEXT, TIME} from "./event";
+import {EventList} from "./list";
+import {OpenEvent} from "./open_event";
+import {shownEvents, type ShownEvents} from "./shown";
 import {Timeline} from "./timeline";
+import {Toolbar} from "./toolbar";
 
-const SEVERITIES = ["critical", "warning", "info"];
 const LOADING_MS = 120; // while rows arrive, the first of them are enough to begin with
-
-const DAY = 24 * 3600 * 1000;
-const SPANS: [id: string, title: string, length: number][] = [
-  ["", "All", Infinity],
-  ["365d", "Year", 365 * DAY],
-  ["30d", "30 days", 30 * DAY],
-  ["7d", "7 days", 7 * DAY],
-  ["1d", "24 hours", DAY],
-];
-
-// What the address says.
-interface Shown extends Omit<WantedEvents, "from" | "to"> {
-  span: string;
-  from: string;
-  to: string;
-  open: number; // the row; -1: none
-  line: string; // "CAPTURE@LINE": open the event that stands there
-}
-
-function read({state}: Route): Shown {
-  const sort = state["sort"] ?? "-time";
-  const column = ["time", "time_utc", "severity", "source", "subject", "text"].indexOf(sort.replace(/^-/, ""));
-  return {
-    text: state["text"] ?? "",
-    severities: (state["severity"] ?? "").split(",").filter(word => word !== ""),
-    source: state["source"] ?? "",
-    span: state["span"] ?? "",
-    from: state["from"] ?? "",
-    to: state["to"] ?? "",
-    folded: state["fold"] !== "no",
-    sort: {column: Math.max(0, column), ascending: !sort.startsWith("-")},
-    open: Number(state["open"] ?? 0) - 1,
-    line: state["line"] ?? "",
-  };
-}
-
-const COLUMNS = ["time", "time_utc", "severity", "source", "subject", "text"];
-
-function stateOf({sort, ...shown}: Shown): State {
-  const order = `${sort.ascending ? "" : "-"}${COLUMNS[sort.column]}`;
-  return {
-    text: shown.text,
-    severity: shown.severities.join(","),
-    source: shown.source,
-    span: shown.span,
-    from: shown.from,
-    to: shown.to,
-    fold: shown.folded ? "" : "no",
-    sort: order === "-time" ? "" : order,
-    open: shown.open < 0 ? "" : String(shown.open + 1),
-    line: shown.line,
-  };
-}
-
-const hash = (shown: Shown) => viewHash("events", "", stateOf(shown));
-
-// The end of the collection: of a recorded server the time at which it was recorded.
-export function collectedAt({meta}: Overview): number {
-  return Date.parse(
-    meta["recorded"] ? `${meta["recorded"].replace(/Z$/, "")}Z` : meta["finished"] || meta["started"] || "",
-  );
-}
-
-function wantedOf(shown: Shown, collected: number): WantedEvents {
-  const span = SPANS.find(([id]) => id === shown.span && id !== "");
-  const [from, to] = span ? [collected - span[2], collected + 1] : [timeOf(shown.from), timeOf(shown.to)];
-  return {...shown, from, to};
-}
-
-// "2 h ahead of UTC", or that nobody knows.
-function clockOf({undated, events, offset}: Source): string {
-  if (undated === events) return "no clock: in the order in which they were logged";
-  const rest = undated > 0 ? `, ${undated.toLocaleString("en")} without a time` : "";
-  if (Number.isNaN(offset)) return `its own clock, offset to UTC not known${rest}`;
-  const minutes = Math.round(offset / 60_000);
-  const sign = minutes < 0 ? "-" : "+";
-  const [h, m] = [Math.floor(Math.abs(minutes) / 60), Math.abs(minutes) % 60].map(n => String(n).padStart(2, "0"));
-  return `its own clock, UTC ${sign}${h}:${m}${rest}`;
-}
-
-function Clocks({list, collected}: {list: EventList; collected: number}) {
-  return (
-    <ul class="clocks">
-      {[...list.sources.values()].map(source => (
-        <li key={source.name}>
-          <strong>
-            <bdi>{visible(source.name)}</bdi>
-          </strong>{" "}
-          {count(source.events, "event")}; {clockOf(source)}
-          {source.newest > collected + DAY && "; some are later than the collection: that clock is ahead"}
-        </li>
-      ))}
-    </ul>
-  );
-}
 
 function useEventList(table: Table) {
   const [list, setList] = useState<EventList | null>(null);
@@ -137,16 +41,10 @@ function useEventList(table: Table) {
   return {list, loaded, failure};
 }
 
-function Events({overview, table, route, nonce}: {overview: Overview; table: Table; route: Route; nonce: string}) {
-  const {list, loaded, failure} = useEventList(table);
-  const [shown, setShown] = useAddress(route, read, hash);
+// The events that are wanted, found again when that changes or more have been loaded. `ready`: these are all of them.
+function useShownEvents(table: Table, list: EventList | null, loaded: number, shown: Shown, collected: number) {
   const [answer, setAnswer] = useState<{to: string; loaded: number; events: ShownEvents} | null>(null);
-  const collected = useMemo(() => collectedAt(overview), [overview]);
-  const narrow = useMemo(() => matchMedia("(max-width: 54rem)").matches, []);
-  const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
   const question = JSON.stringify({...shown, open: 0, line: ""});
-  const events = answer?.events;
-
   // The first part is answered for before more of them begin anew.
   const taken = answer ? loaded : Math.min(loaded, table.chunk_rows);
   useEffect(() => {
@@ -165,9 +63,13 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
       abort.abort();
     };
   }, [list, taken, question]);
-
   const ready = loaded === table.records && answer?.to === question && answer.loaded === loaded;
-  // A link to a line opens its event.
+  return {events: answer?.events, ready};
+}
+
+// A link to a line opens its event. Returns the line at which none stands; empty: there was no such link.
+function useLinkedLine(list: EventList | null, ready: boolean, shown: Shown, setShown: Change<Shown>): string {
+  const [unknown, setUnknown] = useState("");
   useEffect(() => {
     if (!ready || !list || shown.line === "") return;
     const [capture, line] = captureAt(shown.line);
@@ -178,47 +80,24 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
     setUnknown(shown.line);
     setShown({...shown, line: ""});
   }, [ready, shown.line]);
+  return unknown;
+}
 
-  const [unknown, setUnknown] = useState("");
+function Events({overview, table, route, nonce}: {overview: Overview; table: Table; route: Route; nonce: string}) {
+  const {list, loaded, failure} = useEventList(table);
+  const [shown, setShown] = useAddress(route, readAddress, hashOfAddress);
+  const collected = useMemo(() => collectedAt(overview), [overview]);
+  const {events, ready} = useShownEvents(table, list, loaded, shown, collected);
+  const unknown = useLinkedLine(list, ready, shown, setShown);
+  const narrow = useMemo(() => matchMedia("(max-width: 54rem)").matches, []);
+  const captures = useMemo(() => new Map(overview.captures.map(capture => [capture.name, capture])), [overview]);
   const latest = useRef(events);
   latest.current = events;
   const look = useMemo(
     () => ({
       filters: false,
-      cell(row: number, column: number): Node | undefined {
-        if (!list) return undefined;
-        const event = eventAt(list.rows, row);
-        if (column === TIME) {
-          const text = document.createElement("span");
-          text.className = "time";
-          text.textContent = event.time === "" ? "no clock" : visible(event.time.replace("T", " "));
-          if (!narrow) return text;
-          // On a phone the severity stands before the time, which goes to the minute, so that there is room for words.
-          text.textContent = text.textContent.replace(/(\d\d:\d\d):\d\d.*$/, "$1");
-          const severity = document.createElement("span");
-          severity.className = "unseen";
-          severity.textContent = `${visible(event.severity)} `;
-          const dot = document.createElement("span");
-          dot.className = `dot ${levelOfEvent(event.severity)}`;
-          const both = document.createElement("span");
-          both.append(dot, severity, text);
-          return both;
-        }
-        if (column === SEVERITY) {
-          const word = document.createElement("span");
-          word.className = `event-severity ${levelOfEvent(event.severity)}`;
-          word.textContent = visible(event.severity);
-          return word;
-        }
-        const times = latest.current?.times[row] ?? 1;
-        if (column !== TEXT || times < 2) return undefined;
-        const cell = document.createElement("bdi");
-        const badge = document.createElement("b");
-        badge.className = "times";
-        badge.textContent = `x ${times.toLocaleString("en")}`;
-        cell.append(badge, ` ${oneLine(event.text)}`);
-        return cell;
-      },
+      cell: (row: number, column: number) =>
+        list ? cellOf(eventAt(list.rows, row), column, latest.current?.times[row] ?? 1, narrow) : undefined,
     }),
     [list],
   );
@@ -235,96 +114,16 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
       </p>
     );
   if (!list || !events) return <p role="status">Reading the events ...</p>;
-  const toggled = (severity: string) =>
-    shown.severities.includes(severity)
-      ? shown.severities.filter(word => word !== severity)
-      : [...shown.severities, severity];
-  const everything = read(routeOf("#/events"));
-  const filtered = hash({...shown, open: -1, line: ""}) !== hash(everything);
-  const folded = events.found - events.order.length;
   const iso = (time: number) => new Date(time).toISOString().slice(0, 19);
 
   return (
     <>
       {unknown !== "" && <p class="note">No event stands at {visible(unknown.replace(/@(\d+)$/, ", line $1"))}.</p>}
       <Clocks list={list} collected={collected} />
-      <div class="tools" role="toolbar" aria-label="Events">
-        <SearchBox what="Search the events" text={shown.text} onText={text => setShown({...shown, text})} />
-        {SEVERITIES.map(severity => (
-          <button
-            key={severity}
-            type="button"
-            aria-pressed={shown.severities.includes(severity)}
-            onClick={() => setShown({...shown, severities: toggled(severity)}, true)}
-          >
-            <SeverityDot of={severity} />
-          </button>
-        ))}
-        <label>
-          <select
-            aria-label="Source"
-            value={shown.source}
-            onChange={event => setShown({...shown, source: event.currentTarget.value}, true)}
-          >
-            <option value="">all sources</option>
-            {[...list.sources.keys()].map(source => (
-              <option key={source} value={source}>
-                {visible(source)}
-              </option>
-            ))}
-          </select>
-        </label>
-        <label>
-          <select
-            aria-label="Time"
-            value={shown.from || shown.to ? "chosen" : shown.span}
-            onChange={event => setShown({...shown, span: event.currentTarget.value, from: "", to: ""}, true)}
-          >
-            {SPANS.map(([id, title]) => (
-              <option key={id} value={id}>
-                {id === "" ? "all times" : `last ${title.toLowerCase()}`}
-              </option>
-            ))}
-            {(shown.from || shown.to) && (
-              <option value="chosen">{`${shown.from.replace("T", " ")} to ${shown.to.replace("T", " ")}`}</option>
-            )}
-          </select>
-        </label>
-        <label>
-          <input
-            type="checkbox"
-            checked={shown.folded}
-            onChange={() => setShown({...shown, folded: !shown.folded}, true)}
-          />{" "}
-          fold repeated
-        </label>
-        <button
-          type="button"
-          disabled={!ready}
-          onClick={() =>
-            save(csv({rows: list.rows, order: events.order, columns: table.columns.map((_, at) => at)}), "events.csv")
-          }
-        >
-          CSV
-        </button>
-        {filtered && (
-          <button type="button" onClick={() => setShown({...everything, open: shown.open}, true)}>
-            Show all
-          </button>
-        )}
-        <span class="count" role="status">
-          {loaded < table.records
-            ? `loading, ${loaded.toLocaleString("en")} of ${count(table.records, "event")}`
-            : events.found < table.records
-              ? `${events.found.toLocaleString("en")} of ${count(table.records, "event")}`
-              : count(table.records, "event")}
-          {folded > 0 && `, ${count(events.order.length, "row")}`}
-          {ready ? "" : " ..."}
-        </span>
-      </div>
+      <Toolbar list={list} loaded={loaded} events={events} ready={ready} shown={shown} setShown={setShown} />
       <Timeline
         bins={events.bins}
-        hrefOf={(from, to) => hash({...shown, span: "", from: iso(from), to: iso(to + 999), open: -1})}
+        hrefOf={(from, to) => hashOfAddress({...shown, span: "", from: iso(from), to: iso(to + 999), open: -1})}
       />
       <GridHost
         rows={list.rows}
@@ -344,75 +143,11 @@ function Events({overview, table, route, nonce}: {overview: Overview; table: Tab
           row={shown.open}
           events={events}
           overview={overview}
-          each={subject => hash({...shown, text: subject, folded: false, open: -1})}
+          each={subject => hashOfAddress({...shown, text: subject, folded: false, open: -1})}
           close={() => setShown({...shown, open: -1}, true)}
         />
       )}
     </>
-  );
-}
-
-function OpenEvent({
-  list,
-  row,
-  events,
-  overview,
-  each,
-  close,
-}: {
-  list: EventList;
-  row: number;
-  events: ShownEvents;
-  overview: Overview;
-  each: (text: string) => string;
-  close: () => void;
-}) {
-  const event = eventAt(list.rows, row);
-  const times = events.times[row] ?? 1;
-  const other = times > 1 ? list.times[events.others[row]!]! : NaN;
-  const facts: [string, string][] = [
-    ["Time", event.time === "" ? "no clock" : event.time.replace("T", " ")],
-    ["UTC", event.time_utc.replace("T", " ")],
-    ["Severity", event.severity],
-    ["Source", event.source],
-    ["Subject", event.subject],
-    ["Event", event.text],
-  ];
-  return (
-    <Panel
-      title="Event"
-      detail={`number ${(row + 1).toLocaleString("en")} as the logs have them`}
-      close={close}
-      focus={false}
-    >
-      <dl>
-        {facts
-          .filter(([, text]) => text !== "")
-          .map(([label, text]) => (
-            <div key={label}>
-              <dt>{label}</dt>
-              <dd>
-                <bdi class="value">{visible(text)}</bdi>
-              </dd>
-            </div>
-          ))}
-        {times > 1 && (
-          <div>
-            <dt>Repeated</dt>
-            <dd>
-              <a href={each(`${event.subject} ${event.text}`.trim())}>{count(times, "time")}</a>
-              {!Number.isNaN(other) && `, since ${written(other)}`}
-            </dd>
-          </div>
-        )}
-        <div>
-          <dt>Told by</dt>
-          <dd>
-            <Evidence overview={overview} place={event} />
-          </dd>
-        </div>
-      </dl>
-    </Panel>
   );
 }
 
