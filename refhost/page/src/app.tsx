@@ -23,7 +23,7 @@ import {CapturesView} from "./views/captures";
 import {OverviewView} from "./views/overview";
 import {PrintView} from "./views/print";
 import {SearchView} from "./views/search";
-import {TableView} from "./views/table_view";
+import {TableView} from "./table/view";
 import {TablesView} from "./views/tables";
 
 const pictures: Partial<Record<View, FunctionComponent<ViewProps>>> = {
