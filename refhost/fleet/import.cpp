@@ -28,7 +28,7 @@ struct Plan {
 };
 
 struct Planned {
-    const IncomingBundle* arrival;
+    const IncomingBundle* incoming;
     Imported result;
     std::int64_t before = kNever;
     std::int64_t after = kForever;
@@ -60,14 +60,14 @@ std::string relation_to_known_hosts(Database& db, const HostIdentity& identity) 
 
 // Reads the host's row and finds the neighbours of the run.
 void look_up(Database& db, Planned& one) {
-    const auto& identity = one.arrival->identity();
-    const auto run = one.arrival->run();
+    const auto& identity = one.incoming->identity();
+    const auto run = one.incoming->run();
     bool is_known = false;
     db.each("SELECT machine_id, serial, first_run, last_run FROM hosts WHERE host = $1",
             {identity.host}, [&](const Row& row) {
                 is_known = true;
                 if (text_of(row[0]) != identity.machine_id || text_of(row[1]) != identity.serial)
-                    throw std::runtime_error(one.arrival->bundle().string() +
+                    throw std::runtime_error(one.incoming->bundle().string() +
                                              ": another host has the same key");
                 one.first_run = integer_of(row[2], run);
                 one.last_run = integer_of(row[3], run);
@@ -88,7 +88,7 @@ void look_up(Database& db, Planned& one) {
                     if (other > run) one.after = std::min(one.after, other);
                     if (other != run) return;
                     one.result.is_new = false;
-                    one.result.is_other_bundle = text_of(row[1]) != one.arrival->manifest();
+                    one.result.is_other_bundle = text_of(row[1]) != one.incoming->manifest();
                 });
     }
     one.first_run = std::min(one.first_run, run);
@@ -109,14 +109,14 @@ void plan(Database& db, Planned& one) {
     static const auto kSql = neighbours_sql();
     one.plans.resize(histories().size());
     for (std::size_t i = 0; i < one.plans.size(); ++i) {
-        const auto& digests = one.arrival->digests(i);
+        const auto& digests = one.incoming->digests(i);
         one.result.rows += digests.size();
         auto& insertions = one.plans[i].insertions;
         insertions.reserve(digests.size());
         for (const auto digest : digests) insertions.emplace(digest, one.after);
     }
     if (one.before == kNever && one.after == kForever) return;
-    db.each(kSql, {one.arrival->identity().host, one.before, one.after}, [&](const Row& row) {
+    db.each(kSql, {one.incoming->identity().host, one.before, one.after}, [&](const Row& row) {
         auto& plan = one.plans[static_cast<std::size_t>(integer_of(row[0], 0))];
         const auto digest = integer_of(row[1], 0);
         const auto until = integer_of(row[3], kForever);
@@ -148,8 +148,8 @@ void in_lists(const std::vector<std::int64_t>& numbers,
 
 // Rows that are there already.
 void change(Database& db, const Planned& one) {
-    const auto host = std::to_string(one.arrival->identity().host);
-    const auto run = std::to_string(one.arrival->run());
+    const auto host = std::to_string(one.incoming->identity().host);
+    const auto run = std::to_string(one.incoming->run());
     const auto after = std::to_string(one.after);
     for (std::size_t i = 0; i < histories().size(); ++i) {
         const auto& table = histories()[i].name;
@@ -182,14 +182,14 @@ void insert(Database& db, std::size_t history, std::vector<Planned>& all) {
     Row stored;
     for (auto& one : all) {
         if (!has_new(one)) continue;
-        const auto& digests = one.arrival->digests(history);
+        const auto& digests = one.incoming->digests(history);
         const auto& insertions = one.plans[history].insertions;
         std::size_t at = 0;
-        one.arrival->each_row(history, [&](const Row& row) {
+        one.incoming->each_row(history, [&](const Row& row) {
             const auto digest = digests.at(at++);
             const auto found = insertions.find(digest);
             if (found == insertions.end()) return;
-            stored = {one.arrival->identity().host, digest, one.arrival->run(), found->second};
+            stored = {one.incoming->identity().host, digest, one.incoming->run(), found->second};
             stored.insert(stored.end(), row.begin(), row.end());
             insertion->add(stored);
             ++one.result.stored;
@@ -206,46 +206,46 @@ void insert_runs(Database& db, const std::vector<Planned>& all) {
     for (const auto& column : columns) names.push_back(column.name);
     const auto insertion = db.insertion("runs", names);
     for (const auto& one : all) {
-        if (one.result.is_new) insertion->add(one.arrival->run_row());
+        if (one.result.is_new) insertion->add(one.incoming->run_row());
     }
     insertion->finish();
 }
 
 // The name is that of the latest run.
 void note_host(Database& db, const Planned& one) {
-    const auto& [machine_id, serial, host] = one.arrival->identity();
+    const auto& [machine_id, serial, host] = one.incoming->identity();
     db.each(
         "INSERT INTO hosts (host, machine_id, serial, name, first_run, last_run)"
         " VALUES ($1, $2, $3, $4, $5, $6) ON CONFLICT (host) DO UPDATE SET"
         " name = CASE WHEN excluded.last_run > hosts.last_run OR excluded.first_run ="
         " excluded.last_run THEN excluded.name ELSE hosts.name END,"
         " first_run = excluded.first_run, last_run = excluded.last_run",
-        {host, text_or_null(machine_id), text_or_null(serial), text_or_null(one.arrival->name()),
+        {host, text_or_null(machine_id), text_or_null(serial), text_or_null(one.incoming->name()),
          one.first_run, one.last_run},
         [](const Row&) {});
 }
 
 }  // namespace
 
-void prepare_months(Database& db, std::span<const IncomingBundle* const> arrivals) {
+void prepare_months(Database& db, std::span<const IncomingBundle* const> bundles) {
     if (db.dialect() != Dialect::postgresql) return;
     std::set<std::string> months;
-    for (const auto* arrival : arrivals) {
-        const auto month = month_of(arrival->run()).name;
+    for (const auto* incoming : bundles) {
+        const auto month = month_of(incoming->run()).name;
         if (!months.insert(month).second || db.has("runs_" + month)) continue;
         Transaction transaction(db);
         db.lock({kMonthsLock});
-        db.execute(partition_statement(arrival->run()));
+        db.execute(partition_statement(incoming->run()));
         transaction.commit();
     }
 }
 
-std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> arrivals) {
+std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> bundles) {
     std::vector<Planned> all;
     std::vector<std::int64_t> keys;
-    for (const auto* arrival : arrivals) {
-        all.push_back({.arrival = arrival, .result = {}, .plans = {}});
-        keys.push_back(arrival->identity().host);
+    for (const auto* incoming : bundles) {
+        all.push_back({.incoming = incoming, .result = {}, .plans = {}});
+        keys.push_back(incoming->identity().host);
     }
     std::sort(keys.begin(), keys.end());
     Transaction transaction(db);

@@ -21,11 +21,11 @@ struct Imported {
     std::size_t stored = 0;  // of these, rows that were stored
 };
 
-// In one transaction; the runs of all arrivals are of hosts that differ. What comes of each, in their order. The same
-// arrivals in any order, and any number of times, give the same tables; but for the lines of events.
-std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> arrivals);
+// In one transaction; the runs of all bundles are of hosts that differ. What comes of each, in their order. The same
+// bundles in any order, and any number of times, give the same tables; but for the lines of events.
+std::vector<Imported> import(Database& db, std::span<const IncomingBundle* const> bundles);
 
 // Before a transaction: whatever the runs need of the schema.
-void prepare_months(Database& db, std::span<const IncomingBundle* const> arrivals);
+void prepare_months(Database& db, std::span<const IncomingBundle* const> bundles);
 
 }  // namespace qvhost::fleet

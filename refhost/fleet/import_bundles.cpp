@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 namespace {
 
 using std::chrono::steady_clock;
-using Arrived = std::unique_ptr<IncomingBundle>;
+using Incoming = std::unique_ptr<IncomingBundle>;
 
 constexpr std::size_t kMostWaiting = 64;  // read bundles, each of which has a file open
 constexpr std::uintmax_t kMostWaitingBytes = std::uintmax_t{512} << 20;  // of their stores, on disk
@@ -63,15 +63,15 @@ public:
     explicit Queue(unsigned readers) : readers_(readers) {}
 
     // False: the import has ended.
-    bool put(Arrived arrival) {
+    bool put(Incoming incoming) {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [&] {
             return has_ended_ || waiting_.empty() ||
                    (waiting_.size() < kMostWaiting && waiting_bytes_ < kMostWaitingBytes);
         });
         if (has_ended_) return false;
-        waiting_bytes_ += arrival->bytes();
-        waiting_.push_back(std::move(arrival));
+        waiting_bytes_ += incoming->bytes();
+        waiting_.push_back(std::move(incoming));
         changed_.notify_all();
         return true;
     }
@@ -90,9 +90,9 @@ public:
 
     // What is there once it is worth a batch, with no host twice and none that another writer has. Empty: nothing will
     // come any more.
-    std::vector<Arrived> take() {
+    std::vector<Incoming> take() {
         std::unique_lock lock(mutex_);
-        std::vector<Arrived> batch;
+        std::vector<Incoming> batch;
         changed_.wait(lock, [&] {
             if (has_ended_) return true;
             if (waiting_.size() < kLeastInBatch && waiting_bytes_ < kMostWaitingBytes &&
@@ -113,7 +113,7 @@ public:
         return batch;
     }
 
-    void done(const std::vector<Arrived>& batch) {
+    void done(const std::vector<Incoming>& batch) {
         const std::lock_guard lock(mutex_);
         for (const auto& one : batch) taken_.erase(one->identity().host);
         changed_.notify_all();
@@ -122,7 +122,7 @@ public:
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::deque<Arrived> waiting_;
+    std::deque<Incoming> waiting_;
     std::uintmax_t waiting_bytes_ = 0;
     std::set<std::int64_t> taken_;  // hosts whose runs are being stored
     unsigned readers_;
@@ -185,35 +185,35 @@ private:
         for (;;) {
             const auto batch = queue_.take();
             if (batch.empty()) return;
-            std::vector<const IncomingBundle*> arrivals;
-            for (const auto& one : batch) arrivals.push_back(one.get());
-            store(db, arrivals);
+            std::vector<const IncomingBundle*> bundles;
+            for (const auto& one : batch) bundles.push_back(one.get());
+            store(db, bundles);
             queue_.done(batch);
         }
     }
 
     // One bundle's fault is no other's: what cannot be stored together is stored one by one.
-    void store(Database& db, const std::vector<const IncomingBundle*>& arrivals) {
+    void store(Database& db, const std::vector<const IncomingBundle*>& bundles) {
         try {
-            const auto results = import_patiently(db, arrivals);
-            for (std::size_t i = 0; i < results.size(); ++i) tell(*arrivals[i], results[i]);
+            const auto results = import_patiently(db, bundles);
+            for (std::size_t i = 0; i < results.size(); ++i) tell(*bundles[i], results[i]);
         } catch (const LostConnection&) {
             throw;
         } catch (const std::exception& error) {
-            if (arrivals.size() == 1)
-                return skip(arrivals[0]->bundle().string() + ": " + words_of(error));
-            for (const auto* one : arrivals) store(db, {one});
+            if (bundles.size() == 1)
+                return skip(bundles[0]->bundle().string() + ": " + words_of(error));
+            for (const auto* one : bundles) store(db, {one});
         }
     }
 
     std::vector<Imported> import_patiently(Database& db,
-                                           const std::vector<const IncomingBundle*>& arrivals) {
+                                           const std::vector<const IncomingBundle*>& bundles) {
         std::optional<steady_clock::time_point> lost;
         for (int conflicts = 0;;) {
             try {
                 if (lost) db.reconnect();
-                prepare_months(db, arrivals);
-                return import(db, arrivals);
+                prepare_months(db, bundles);
+                return import(db, bundles);
             } catch (const LostConnection& error) {
                 const auto time = steady_clock::now();
                 if (!lost) {
@@ -230,15 +230,15 @@ private:
         }
     }
 
-    void tell(const IncomingBundle& arrival, const Imported& result) {
+    void tell(const IncomingBundle& incoming, const Imported& result) {
         const std::lock_guard lock(mutex_);
         ++(result.is_new ? summary_.imported : summary_.there_already);
         summary_.rows += result.rows;
         summary_.stored += result.stored;
-        const auto bundle = arrival.bundle().string();
+        const auto bundle = incoming.bundle().string();
         if (!result.host.empty())
             out_ << one_line(bundle) << ": "
-                 << one_line(arrival.name().empty() ? "" : arrival.name() + ", ")
+                 << one_line(incoming.name().empty() ? "" : incoming.name() + ", ")
                  << one_line(result.host) << '\n';
         if (result.is_other_bundle)
             err_ << "qvfleet: " << one_line(bundle)
