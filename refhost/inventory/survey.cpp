@@ -72,13 +72,18 @@ std::size_t count_of(const std::vector<Entities>&... lists) {
     return (lists.size() + ...);
 }
 
-std::size_t entities_in(const Inventory& i) {
-    return count_of(i.systems, i.processors, i.memory_modules, i.bmcs, i.sensors, i.power_supplies,
-                    i.frus, i.controllers, i.batteries, i.enclosures, i.volumes, i.drives,
-                    i.volume_members, i.topology, i.pci_devices, i.controller_counts, i.sel_logs,
-                    i.ipmi_devices, i.clocks, i.host_facts, i.empty_memory_slots, i.chassis_states,
-                    i.leds, i.component_versions, i.sdr_sensors, i.ipmiutil_sensors,
-                    i.firmware_power_supplies, i.kernel_processors);
+// Names all lists, so that an Inventory with another one does not compile before it is counted here.
+std::size_t entities_in(const Inventory& inventory) {
+    const auto& [systems, processors, memory_modules, bmcs, sensors, power_supplies, frus,
+                 controllers, batteries, enclosures, volumes, drives, volume_members, topology,
+                 pci_devices, controller_counts, sel_logs, ipmi_devices, clocks, host_facts,
+                 empty_memory_slots, chassis_states, leds, component_versions, sdr_sensors,
+                 ipmiutil_sensors, firmware_power_supplies, kernel_processors] = inventory;
+    return count_of(systems, processors, memory_modules, bmcs, sensors, power_supplies, frus,
+                    controllers, batteries, enclosures, volumes, drives, volume_members, topology,
+                    pci_devices, controller_counts, sel_logs, ipmi_devices, clocks, host_facts,
+                    empty_memory_slots, chassis_states, leds, component_versions, sdr_sensors,
+                    ipmiutil_sensors, firmware_power_supplies, kernel_processors);
 }
 
 // Reads the capture as far as there is room for it; what is left out is a gap. Takes the descriptor, and what
