@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <map>
 #include <set>
@@ -13,6 +12,7 @@
 #include "ask/facts.h"
 #include "ask/questions.h"
 #include "files/script.h"
+#include "inventory/text.h"
 
 namespace qvhost::ask {
 
@@ -20,34 +20,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The captures of a plug-in that say what there is to ask about.
-constexpr auto kPlugInsLists = std::to_array<const char*>({
-    "ctrlcount.txt",
-    "c0_showall.txt",
-    "c1_showall.txt",
-    "c2_showall.txt",
-    "c3_showall.txt",
-    "c4_showall.txt",
-    "c5_showall.txt",
-    "c6_showall.txt",
-    "c7_showall.txt",
-    "c8_showall.txt",
-    "dmidecode.log",
-});
+constexpr int kPlugInsControllers = 9;  // a plug-in asks about the controllers 0 to 8
 
-// The questions whose answers say what there is to ask about further.
-bool tells_more(const Question& question) {
-    constexpr auto kLists = std::to_array<std::string_view>({
-        "host_lspci.txt",
-        "host_dmidecode.txt",
-        "host_storcli_show.txt",
-        "host_storcli_c{n}_show.txt",
-        "host_arcconf_list.txt",
-        "host_sas2ircu_list.txt",
-        "host_sas3ircu_list.txt",
-        "host_mdstat.txt",
-    });
-    return std::find(kLists.begin(), kLists.end(), question.capture) != kLists.end();
+// The captures of a plug-in that say what there is to ask about.
+std::set<std::string> plug_ins_lists() {
+    std::set<std::string> captures{"ctrlcount.txt"};
+    for (const auto& question : questions()) {
+        if (!question.tells_more || question.told_by.empty()) continue;
+        for (int n = 0; n < kPlugInsControllers; ++n)
+            captures.insert(inventory::filled_in(question.told_by, std::to_string(n)));
+    }
+    return captures;
 }
 
 // "ipmitool sensor >'/log/sensorinfo.txt'": what is asked, without where the answer goes.
@@ -68,7 +51,7 @@ class Asking {
 public:
     explicit Asking(const Settings& settings)
         : settings_(settings), facts_(settings.log_dir, settings.foreign) {
-        for (const char* capture : kPlugInsLists) facts_.read(capture);
+        for (const auto& capture : plug_ins_lists()) facts_.read(capture);
     }
 
     void ask_all() {
@@ -85,7 +68,7 @@ private:
         if (call.called == Called::no) return;
         if (!call.problem.empty()) return lack(question, call.problem);
         for (const auto& n : call.each) {
-            if (!is_told(question, n) && !facts_.has(with(question.capture, n)))
+            if (!is_told(question, n) && !facts_.has(inventory::filled_in(question.capture, n)))
                 ask(question, n, call.called);
         }
     }
@@ -93,20 +76,20 @@ private:
     // Whether a plug-in has asked for the same. What failed is not asked again in the same words.
     bool is_told(const Question& question, const std::string& n) const {
         if (question.told_by.empty()) return false;
-        const auto capture = with(question.told_by, n);
+        const auto capture = inventory::filled_in(question.told_by, n);
         const auto path = (settings_.log_dir / capture).string();
         const auto& earlier = settings_.earlier;
         const auto writer = std::find_if(earlier.rbegin(), earlier.rend(), [&](const Earlier& one) {
             return one.command.find(path) != std::string::npos;
         });
         if (writer == earlier.rend()) return facts_.has(capture);
-        const auto arguments = with(question.arguments, n);
+        const auto arguments = inventory::filled_in(question.arguments, n);
         const auto same = std::string(question.tool) + (arguments.empty() ? "" : " ") + arguments;
         return (writer->ended_well && facts_.has(capture)) || asks(writer->command) == same;
     }
 
     void ask(const Question& question, const std::string& n, Called called) {
-        const auto arguments = with(question.arguments, n);
+        const auto arguments = inventory::filled_in(question.arguments, n);
         const auto& search = tools(question.tool);
         const auto& found = search.found;
         if (found.empty()) {
@@ -133,7 +116,7 @@ private:
     void run(const Question& question, const FoundTool& tool, const std::string& arguments,
              const std::string& n) {
         if (!is_recorded(tool.name, arguments)) return;
-        const auto capture = with(question.capture, n);
+        const auto capture = inventory::filled_in(question.capture, n);
         settings_.begin(tool.name);
         facts_.note_written(capture);
         const int status =
@@ -141,7 +124,7 @@ private:
                           shell_quoted((settings_.log_dir / capture).string()));
         if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)
             stopped_.insert(std::string(question.tool));
-        if (tells_more(question)) facts_.read(capture);
+        if (question.tells_more) facts_.read(capture);
     }
 
     bool is_recorded(const std::string& tool, const std::string& arguments) const {

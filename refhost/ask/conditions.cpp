@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "inventory/storage/controller_tools.h"
+#include "inventory/text.h"
 
 namespace qvhost::ask {
 
@@ -139,8 +140,8 @@ bool has_drive(const Facts& facts, std::int64_t controller, IsMeant is_meant) {
 // "BBU_Info :" and "Cachevault_Info :" stand in a controller's summary where it has one.
 bool summary_says(const Facts& facts, std::int64_t controller, std::string_view text) {
     const auto number = std::to_string(controller);
-    return facts.has_text("host_storcli_c" + number + "_show.txt", text) ||
-           facts.has_text("c" + number + "_showall.txt", text);
+    return facts.has_text(inventory::filled_in("host_storcli_c{n}_show.txt", number), text) ||
+           facts.has_text(inventory::filled_in("c{n}_showall.txt", number), text);
 }
 
 // "md0", "md127", "md_d0"

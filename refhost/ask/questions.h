@@ -3,7 +3,6 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
 
 namespace qvhost::ask {
@@ -53,13 +52,11 @@ struct Question {
     std::string_view capture;    // which goes into the log directory
     std::string_view told_by;    // the capture of a plug-in that says the same; empty: none does
     std::string_view subsystem;  // whose verdict lacks something where this cannot be asked
+    bool tells_more = false;     // the answer says what there is to ask about further
 };
 
 // In the order in which they are asked: what others depend on comes first. Of two rows with the same capture
 // the second is asked where the first got no answer.
 std::span<const Question> questions();
-
-// The text with `n` in the places of "{n}".
-std::string with(std::string_view text, std::string_view n);
 
 }  // namespace qvhost::ask

@@ -10,6 +10,7 @@
 
 #include "findings/health.h"
 #include "inventory/storage/controller_tools.h"
+#include "inventory/text.h"
 
 namespace qvhost::findings {
 
@@ -41,8 +42,8 @@ void weigh_capture(const SurveyedCapture& capture, Health& health) {
 // "c3_showall.txt" of the plug-in, or the host's own question.
 const SurveyedCapture* summary_of(const Survey& survey, std::int64_t controller) {
     const auto number = std::to_string(controller);
-    const auto* own = survey.find("host_storcli_c" + number + "_show.txt");
-    const auto* plug_ins = survey.find("c" + number + "_showall.txt");
+    const auto* own = survey.find(inventory::filled_in("host_storcli_c{n}_show.txt", number));
+    const auto* plug_ins = survey.find(inventory::filled_in("c{n}_showall.txt", number));
     if (own && (!plug_ins || !plug_ins->whole())) return own;
     return plug_ins;
 }
@@ -85,10 +86,8 @@ void weigh_details(const Survey& survey, std::int64_t controller, Health& health
     for (const auto& row : kDetails) {
         const SurveyedCapture* best = nullptr;
         const auto look_at = [&](std::string_view pattern) {
-            std::string name(pattern);
-            if (const auto at = name.find("{n}"); at != std::string::npos)
-                name.replace(at, 3, std::to_string(controller));
-            const auto* const capture = survey.find(name);
+            const auto* const capture =
+                survey.find(inventory::filled_in(pattern, std::to_string(controller)));
             if (capture && (!best || !best->whole())) best = capture;
         };
         for (const auto pattern : row.of_any) look_at(pattern);
@@ -240,7 +239,6 @@ bool weigh_storage(const Survey& survey, Health& health) {
     }
     weigh_plain_drives(survey, health);
     const auto* lspci = survey.find("host_lspci.txt");
-    if (!lspci) lspci = survey.find("lspci.log");
     const bool has_raid = weigh_controllers(inventory, health);
     const bool has_plain = std::any_of(inventory.pci_devices.begin(), inventory.pci_devices.end(),
                                        inventory::is_plain_controller);

@@ -241,4 +241,13 @@ int month_number(std::string_view name) {
     return 0;
 }
 
+std::string filled_in(std::string_view text, std::string_view n) {
+    std::string filled(text);
+    for (auto at = filled.find("{n}"); at != std::string::npos; at = filled.find("{n}", at)) {
+        filled.replace(at, 3, n);
+        at += n.size();
+    }
+    return filled;
+}
+
 }  // namespace qvhost::inventory

@@ -38,6 +38,9 @@ Real percent_in(std::string_view text);
 
 bool is_digit(char c);
 
+// The text with `n` in the places of "{n}": of "c{n}_showall.txt" that of controller `n`.
+std::string filled_in(std::string_view text, std::string_view n);
+
 // A size in bytes: "930.390 GB" is 930.390 * 2^30 (binary units, as storcli, arcconf and dmidecode mean
 // them, rounded to the nearest byte). Empty if it is none.
 Integer binary_bytes(std::string_view text);

@@ -11,6 +11,7 @@
 #include "inventory/ipmi/captures.h"
 #include "inventory/storage/captures.h"
 #include "inventory/system/captures.h"
+#include "inventory/text.h"
 
 namespace test {
 
@@ -28,8 +29,8 @@ bool has_reader(const std::string& capture) {
 
 TEST(Questions, EachAnswerHasAReader) {
     for (const auto& question : ask::questions()) {
-        EXPECT_TRUE(has_reader(ask::with(question.capture, "1"))) << question.capture;
-        const auto told_by = ask::with(question.told_by, "1");
+        EXPECT_TRUE(has_reader(inventory::filled_in(question.capture, "1"))) << question.capture;
+        const auto told_by = inventory::filled_in(question.told_by, "1");
         EXPECT_TRUE(told_by.empty() || has_reader(told_by)) << told_by;
     }
 }
@@ -49,10 +50,10 @@ TEST(Questions, ACaptureBelongsToOneTool) {
 
 // What asks a controller, an array or a drive asks about each.
 TEST(Questions, NumbersTakeTheirPlaces) {
-    EXPECT_EQ(ask::with("/c{n}/eall show {n}", "12"), "/c12/eall show 12");
-    EXPECT_EQ(ask::with("plain", "12"), "plain");
-    EXPECT_EQ(ask::with("{n}", ""), "");
-    EXPECT_EQ(ask::with("{n}", "{n}x"), "{n}x");
+    EXPECT_EQ(inventory::filled_in("/c{n}/eall show {n}", "12"), "/c12/eall show 12");
+    EXPECT_EQ(inventory::filled_in("plain", "12"), "plain");
+    EXPECT_EQ(inventory::filled_in("{n}", ""), "");
+    EXPECT_EQ(inventory::filled_in("{n}", "{n}x"), "{n}x");
 }
 
 TEST(Questions, TheyOnlyRead) {
