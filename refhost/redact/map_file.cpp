@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -100,6 +101,14 @@ Substitutes read_map(const std::filesystem::path& file) {
     } catch (const std::exception&) {
         throw std::runtime_error(file.string() + ": it is no map of a redaction");
     }
+}
+
+void expect_map_outside(const std::filesystem::path& file, const std::filesystem::path& directory,
+                        const std::string& what) {
+    const auto name = std::filesystem::weakly_canonical(file),
+               top = std::filesystem::weakly_canonical(directory);
+    if (std::mismatch(top.begin(), top.end(), name.begin(), name.end()).first == top.end())
+        throw std::runtime_error(file.string() + ": a map does not belong into " + what);
 }
 
 void write_map(const std::filesystem::path& file, const Substitutes& substitutes) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include "redact/substitutes.h"
 
@@ -10,6 +11,10 @@ namespace qvhost::redact {
 // Those of the file; new ones if there is none. Throws std::runtime_error naming the file if others can read it, if
 // it is no file of its owner, or no map.
 Substitutes read_map(const std::filesystem::path& file);
+
+// Throws std::runtime_error if the file lies below the directory, which is handed on: "the report".
+void expect_map_outside(const std::filesystem::path& file, const std::filesystem::path& directory,
+                        const std::string& what);
 
 // Replaces the file (mode 0600). Throws std::system_error naming it.
 void write_map(const std::filesystem::path& file, const Substitutes& substitutes);

@@ -208,6 +208,74 @@ TEST_F(Record, WithoutItsSecretsItReplaysTheSameShape) {
     EXPECT_FALSE(fs::exists(dir() / "x"));
 }
 
+// The replacement of each value, by the map.
+std::map<std::string, std::string> replacements_of(const fs::path& map) {
+    std::map<std::string, std::string> made;
+    const auto values = json::parse(read_file(map)).at("values");
+    for (const auto& one : values)
+        made[one.at("form").get<std::string>() + " " + one.at("value").get<std::string>()] =
+            one.at("replacement");
+    return made;
+}
+
+TEST_F(Record, WithAMapADriveIsTheSameInBundlesAndRecordedServers) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-kp220-healthy", log_dir()).exit, 0);
+    const auto map = dir() / "map", bundle = dir() / "b.tar.zst";
+    const auto redact = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--redact", "all", "--map", map});
+        const auto made = run(arguments);
+        EXPECT_EQ(made.exit, 0) << made.err;
+        struct stat info {};
+        EXPECT_EQ(::stat(map.c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 07777, 0600u);
+        return replacements_of(map);
+    };
+    const auto first = redact({"record", "--from", log_dir(), "--output", recorded()});
+    const auto of_bundle = redact({"bundle", log_dir(), "--output", bundle});
+    redact({"record", "--from", log_dir(), "--output", dir() / "third"});
+    for (const auto& [value, replacement] : first)
+        EXPECT_EQ(of_bundle.at(value), replacement) << value;
+    EXPECT_EQ(all_of(recorded()), all_of(dir() / "third"));
+    EXPECT_EQ(all_of(recorded()).find("\"key\""), std::string::npos) << "the map is not in it";
+    ASSERT_EQ(run({"open", bundle, "--output", dir() / "opened"}).exit, 0);
+    ASSERT_EQ(replay(recorded(), again()).exit, 0);
+    const auto serials = [&](const fs::path& log) {
+        std::vector<std::string> all;
+        const auto report = report_json(log);
+        for (const auto& drive : report["inventory"]["drives"]) all.push_back(drive["serial"]);
+        return all;
+    };
+    EXPECT_GT(serials(again()).size(), 1u);
+    EXPECT_EQ(serials(again()), serials(dir() / "opened"));
+    EXPECT_NE(serials(again()), serials(log_dir()));
+}
+
+TEST_F(Record, AMapThatCannotBeUsedIsRefused) {
+    ASSERT_EQ(replay(fs::path(QV_SAMPLES) / "x86_64-virtual-machine", log_dir()).exit, 0);
+    write_file(dir() / "open", "{}");
+    fs::permissions(dir() / "open", fs::perms(0644));
+    const struct {
+        std::vector<std::string> more;
+        int exit;
+        const char* said;
+    } kCases[] = {
+        {{"--map", dir() / "m"}, 2, "--map belongs to --redact"},
+        {{"--redact", "all", "--map", dir() / "open"}, 1, "a map is its owner's alone"},
+        {{"--redact", "all", "--map", recorded() / "m"},
+         1,
+         "a map does not belong into the recorded server"},
+        {{"--redact", "all", "--map", log_dir() / "m"}, 1, "a map does not belong into the report"},
+    };
+    for (const auto& [more, exit, said] : kCases) {
+        std::vector<std::string> arguments{"record", "--from", log_dir(), "--output", recorded()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto told = run(arguments);
+        EXPECT_EQ(told.exit, exit);
+        EXPECT_NE(told.err.find(said), std::string::npos) << told.err;
+        EXPECT_FALSE(fs::exists(recorded()));
+    }
+}
+
 // Tools name files after the server; an archive, which nobody looks into, is left out with its name.
 TEST_F(Record, WithoutItsSecretsEachFileStillHasACommandThatWroteIt) {
     write_file(dir() / "machine" / "packed.txt", "packed on tower-of-jane\n");
@@ -415,11 +483,24 @@ TEST_F(RecordHere, WhatDoesNotReplayTheSameIsTold) {
     script("storcli64", "echo >>'" + asked +
                             "'; sed \"s/^Serial Number = .*/Serial Number = $(wc -l <'" + asked +
                             "')/\" '" QV_SAMPLES "/x86_64-kp220-healthy/c0_show.txt'");
-    const auto made = record_here();
+    const auto map = dir() / "map";
+    const auto made = record_here({"--redact", "all", "--map", map});
     EXPECT_EQ(made.exit, 3) << made.out;
     EXPECT_NE(made.err.find("qvhost: it does not replay the same: "), std::string::npos)
         << made.err;
     EXPECT_TRUE(fs::exists(recorded() / "machine.json"));
+    EXPECT_EQ(all_of(recorded()).find("500605b000002230"), std::string::npos);
+    EXPECT_NE(replacements_of(map).at("hex 500605b000002230"), "500605b000002230");
+}
+
+TEST_F(RecordHere, AMapThatCannotBeUsedIsToldBeforeAnythingIsAsked) {
+    const auto map = dir() / "map";
+    write_file(map, "{}");
+    fs::permissions(map, fs::perms(0600));
+    const auto made = record_here({"--redact", "all", "--map", map});
+    EXPECT_EQ(made.exit, 1);
+    EXPECT_NE(made.err.find("it is no map of a redaction"), std::string::npos) << made.err;
+    EXPECT_FALSE(fs::exists(log_dir()));
 }
 
 TEST_F(RecordHere, AToolThatNeverEndsDoesNotEndInAReplay) {

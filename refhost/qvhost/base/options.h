@@ -89,6 +89,7 @@ struct RecordOptions {
     std::filesystem::path from;    // a log directory
     std::filesystem::path output;  // the recorded server's directory, which is new or empty
     std::string redact;            // classes, joined by commas; empty: nothing is replaced
+    std::filesystem::path map;     // which replacement stands for what; empty: nobody knows
 };
 
 // What the user asked of `query`.

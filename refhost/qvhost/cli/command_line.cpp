@@ -50,7 +50,7 @@ const std::vector<CommandText> kTexts = {
     {"record", "Make a recorded server of this machine or of a report",
      {"A recorded server answers as the machine did: replay collects from it on any other machine, and gives the same commands, records, inventory and findings. It holds what the tools printed on standard output and standard error, how each ended, how long it took and the files that it wrote, as they answered behind the compatibility layer, which a replay has not.",
       "Without --from this machine is collected while each tool is watched, and what was recorded is replayed: what differs is told, and the exit status is 3. With --from the server is made of what a report keeps; what it does not tell is printed, a line each, and stands in machine.json as not_known.",
-      "A recorded server holds what the report holds: serial numbers, addresses, logs. With --redact, values of the classes serials, network, users and secrets are replaced as bundle replaces them; archives and binaries are left out, and there is no recorded server if a value is still in it."},
+      "A recorded server holds what the report holds: serial numbers, addresses, logs. With --redact, values of the classes serials, network, users and secrets are replaced as bundle replaces them, and with its --map by the same ones; archives and binaries are left out, and there is no recorded server if a value is still in it."},
      {{"qvhost record --output samples/x86_64-kp220",                        "This machine, as root."},
       {"qvhost record --from /var/tmp/collection --output samples/x86_64-kp220", "Make one of a collection."},
       {"qvhost replay samples/x86_64-kp220 --log-dir out",                   "Collect from it."}}},
@@ -420,6 +420,13 @@ void add_record(CLI::App& record, RecordOptions& options, CollectOptions& collec
                     "Replace values of these classes, joined by commas: serials, network, users, "
                     "secrets; or all (docs/privacy.md)")
         ->type_name("CLASS,...")
+        ->check(not_empty);
+    record
+        .add_option(
+            "--map", options.map,
+            "With --redact: keep in this file which replacement stands for what, and use those "
+            "that stand there, of bundles too")
+        ->type_name("FILE")
         ->check(not_empty);
     constexpr std::string_view kOfCollection[] = {"log-dir", "module", "tool-timeout",
                                                   "limit",   "also",   "machine-lock",

@@ -56,11 +56,6 @@ std::string without_time(const std::string& directory) {
     return directory.substr(0, is_time ? end : directory.size());
 }
 
-bool is_below(const fs::path& file, const fs::path& directory) {
-    const auto name = fs::weakly_canonical(file), top = fs::canonical(directory);
-    return std::mismatch(top.begin(), top.end(), name.begin(), name.end()).first == top.end();
-}
-
 }  // namespace
 
 std::string redaction_misuse(const BundleOptions& options) {
@@ -82,8 +77,7 @@ Redaction::Redaction(const Store& store, bundle::Order order, const BundleOption
       classes_(redact::classes_of(options.redact)),
       values_(redact::words_of_reports(store)) {
     if (!map_.empty()) {
-        if (is_below(map_, order_.log_dir))
-            throw std::runtime_error(map_.string() + ": a map does not belong into the report");
+        redact::expect_map_outside(map_, order_.log_dir, "the report");
         substitutes_ = redact::read_map(map_);
     }
     order_.redacted = redact::text_of(classes_);

@@ -15,6 +15,7 @@
 #include "qvhost/replay/redact_recording.h"
 #include "qvhost/replay/replay.h"
 #include "qvhost/replay/same_report.h"
+#include "redact/map_file.h"
 #include "show/visible.h"
 
 namespace qvhost {
@@ -51,25 +52,36 @@ Recording write(const Source& source, const fs::path& directory, const fs::path&
 
 // Gives what was made its name, without its secrets if that is wanted.
 void finish(const Recording& recording, Unfinished& made, const fs::path& place,
-            const fs::path& report, const std::string& redact) {
+            const fs::path& report, const RecordOptions& options) {
     const auto commands = read_machine(made.path()).commands.size();  // it can be replayed
     const auto keep = [&](Unfinished& one) {
         sync_tree(one.path());
         one.become(place);
         sync_names(place.parent_path());
     };
-    if (redact.empty()) {
+    if (options.redact.empty()) {
         keep(made);
     } else {
         Unfinished redacted(place);
+        auto substitutes =
+            options.map.empty() ? redact::Substitutes() : redact::read_map(options.map);
         redact_recording(Store(LogDir(report).store(), Store::Mode::read), made.path(),
-                         redacted.path(), redact::classes_of(redact));
+                         redacted.path(), redact::classes_of(options.redact), substitutes);
         (void)read_machine(redacted.path());
+        if (!options.map.empty()) redact::write_map(options.map, substitutes);
         keep(redacted);
     }
     std::cout << one_line(place.string()) << ": " << commands << " commands\n";
     for (const auto& line : recording.not_known)
         std::cout << "not known: " << one_line(line) << '\n';
+}
+
+// A map that cannot be used is told before anything is collected.
+void expect_map(const fs::path& map, const fs::path& place, const fs::path& report) {
+    if (map.empty()) return;
+    redact::expect_map_outside(map, place, "the recorded server");
+    if (!report.empty()) redact::expect_map_outside(map, report, "the report");
+    (void)redact::read_map(map);
 }
 
 // What a replay gives that differs. Tools take no time in it, but for those that did not end.
@@ -92,14 +104,16 @@ std::vector<std::string> replayed_differently(const fs::path& machine_dir, const
 void record_report_of(const RecordOptions& options) {
     const auto place = place_of(options.output);
     expect_free(place);
+    expect_map(options.map, place, options.from);
     Unfinished made(place);
     const auto recording = write({options.from}, made.path(), {});
-    finish(recording, made, place, options.from, options.redact);
+    finish(recording, made, place, options.from, options);
 }
 
 int record_here(const RecordOptions& options, CollectOptions collecting) {
     const auto place = place_of(options.output);
     expect_free(place);
+    expect_map(options.map, place, collecting.log_dir);
     Unfinished made(place);
     const TemporaryDirectory temporary("qvhost-record");
     if (collecting.log_dir.empty()) collecting.log_dir = temporary.path() / "log";
@@ -110,7 +124,7 @@ int record_here(const RecordOptions& options, CollectOptions collecting) {
         write({collecting.log_dir, compat::notes_in(notes)}, made.path(), collecting.plugin);
     const auto different =
         replayed_differently(made.path(), collecting.log_dir, collecting, temporary.path());
-    finish(recording, made, place, collecting.log_dir, options.redact);
+    finish(recording, made, place, collecting.log_dir, options);
     for (const auto& one : different)
         std::cerr << "qvhost: it does not replay the same: " << one_line(one) << '\n';
     if (different.empty())
@@ -123,6 +137,7 @@ int record_here(const RecordOptions& options, CollectOptions collecting) {
 }  // namespace
 
 int record(const RecordOptions& options, const CollectOptions& collecting) {
+    if (options.redact.empty() && !options.map.empty()) throw Misuse("--map belongs to --redact");
     if (!options.redact.empty() && redact::classes_of(options.redact).empty())
         throw Misuse("--redact: " + options.redact +
                      " is none of serials, network, users, secrets and all");

@@ -79,7 +79,7 @@ std::string text_of(const ordered_json& machine) {
 }  // namespace
 
 void redact_recording(const Store& store, const fs::path& from, const fs::path& to,
-                      redact::ClassSet classes) {
+                      redact::ClassSet classes, redact::Substitutes& substitutes) {
     std::ifstream in(from / kMachine);
     auto machine = ordered_json::parse(in);
     redact::Values values(redact::words_of_reports(store));
@@ -102,7 +102,6 @@ void redact_recording(const Store& store, const fs::path& from, const fs::path& 
         files.insert(name);
         redact::gather_from_file(entry.path(), values);
     }
-    redact::Substitutes substitutes;
     substitutes.assign(values);
     const redact::Redactor redactor(classes, values, substitutes);
     for (const auto& name : files)
