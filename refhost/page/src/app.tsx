@@ -1,7 +1,7 @@
 // The frame: what the report is about, where one is in it, and the way to everything else.
 import type {FunctionComponent} from "preact";
 import {useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
-import type {Overview} from "./base/data";
+import type {Overview} from "./base/report";
 import {routeOf, viewHash, visit, type Route, type View} from "./base/route";
 import {serverName} from "./base/server_name";
 import {subjects} from "./base/subjects";
@@ -23,8 +23,8 @@ import {CapturesView} from "./views/captures";
 import {OverviewView} from "./views/overview";
 import {PrintView} from "./views/print";
 import {SearchView} from "./views/search";
-import {TableView} from "./table/view";
 import {TablesView} from "./views/tables";
+import {TableView} from "./table/view";
 
 const pictures: Partial<Record<View, FunctionComponent<ViewProps>>> = {
   storage: StoragePicture,

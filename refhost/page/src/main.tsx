@@ -2,7 +2,7 @@ import "slickgrid/dist/styles/css/slick.grid.css";
 import "./style.css";
 import {render} from "preact";
 import {App} from "./app";
-import {whenOverviewComes} from "./base/data";
+import {whenOverviewComes} from "./base/load";
 
 const nonce = document.currentScript?.dataset["styleNonce"] ?? "";
 const page = document.getElementById("page")!;

@@ -1,5 +1,5 @@
 // What names a drive in an address and in its heading: "c0 e252 s3".
-import type {Drive} from "./data";
+import type {Drive} from "./report";
 
 export function driveKey({controller, enclosure, slot, device_id, device}: Drive): string {
   return [

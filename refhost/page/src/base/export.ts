@@ -1,5 +1,5 @@
 // What is shown, taken along: to the clipboard, or as a CSV file.
-import type {Rows} from "./data";
+import type {Rows} from "./rows";
 import {csvCell, oneLine} from "./text";
 
 export interface Shown {

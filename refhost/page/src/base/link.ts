@@ -1,6 +1,6 @@
 // Links to captures. A module's link text is markup; only the one exact form that names a file of
 // this report becomes a link, everything else is shown as the text it is.
-import type {Capture, Value} from "./data";
+import type {Capture, Value} from "./report";
 
 const LINK = /^\n<pre>\n<a href='\.\.\/([^/]+?)' target='_blank'>\.\.\/([^/]+)<\/a>\n<pre>\n$/;
 

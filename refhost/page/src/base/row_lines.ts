@@ -1,6 +1,8 @@
 // Which line of its capture each row of a table stands in, where that is certain. Records do not say it; it is
 // found again in the text, and nothing is said of rows that could stand in more than one place.
-import {loadCapture, type Capture, type Rows} from "./data";
+import {loadCapture} from "./load";
+import type {Capture} from "./report";
+import type {Rows} from "./rows";
 import {Slicer} from "./slices";
 import {plain} from "./text";
 

@@ -1,5 +1,5 @@
 // What the report calls its server: host name, product and serial number, where the collection tells them.
-import type {Overview} from "./data";
+import type {Overview} from "./report";
 import {visible} from "./text";
 
 const fact = ({facts}: Overview, wanted: string) => visible(facts.find(({label}) => label === wanted)?.value ?? "");

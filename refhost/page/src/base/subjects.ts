@@ -1,5 +1,5 @@
 // What people look for in a server, each with the subsystems whose health tells how it is.
-import type {HealthWord, Overview} from "./data";
+import type {HealthWord, Overview} from "./report";
 import type {View} from "./route";
 
 export interface Subject {

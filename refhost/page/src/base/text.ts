@@ -1,5 +1,5 @@
 // How values look. Whatever a tool printed is text: nothing here makes markup of it.
-import type {Value} from "./data";
+import type {Value} from "./report";
 
 // Control characters, and marks that turn the direction of what follows, would hide or disguise
 // what a value says.

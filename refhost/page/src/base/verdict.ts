@@ -1,5 +1,5 @@
 // What the collection's verdict says, as the page shows it. It comes with the report; nothing here judges.
-import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity, Volume} from "./data";
+import type {Drive, Finding, Overview, Place, PowerSupply, Sensor, Severity, Volume} from "./report";
 
 const SEVERITIES: Severity[] = ["critical", "warning", "unknown", "notice"];
 

@@ -1,5 +1,5 @@
 // What every picture, and whoever chooses among views, gets.
-import type {Overview} from "./data";
+import type {Overview} from "./report";
 import type {Route} from "./route";
 
 export interface ViewProps {

@@ -1,5 +1,5 @@
 // Which rows of a table are shown, and in which order.
-import type {Rows} from "./data";
+import type {Rows} from "./rows";
 import {selected, Slicer, sorted} from "./slices";
 import {number, plain} from "./text";
 

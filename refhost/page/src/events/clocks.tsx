@@ -1,5 +1,5 @@
 // Where the times come from: each source, and its clock.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {count, visible} from "../base/text";
 import {DAY} from "./address";
 import type {EventList, Source} from "./list";

@@ -1,5 +1,5 @@
 // An event of any source, and when it happened.
-import type {Rows} from "../base/data";
+import type {Rows} from "../base/rows";
 import {plain} from "../base/text";
 
 // The columns, in the order in which event_data.cpp writes them.

@@ -1,5 +1,5 @@
 // All events with their place in time.
-import type {Rows} from "../base/data";
+import type {Rows} from "../base/rows";
 import type {Slicer} from "../base/slices";
 import {plain} from "../base/text";
 import {SOURCE, TIME, TIME_UTC, timeOf} from "./event";

@@ -1,5 +1,5 @@
 // The event that was chosen, with everything that its source says.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {count, visible, written} from "../base/text";
 import {Evidence} from "../parts/evidence";
 import {Panel} from "../parts/panel";

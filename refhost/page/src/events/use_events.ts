@@ -1,6 +1,7 @@
 // The events that have something in common, the newest first.
 import {useEffect, useState} from "preact/hooks";
-import {loadRows, type Overview} from "../base/data";
+import {loadRows} from "../base/load";
+import type {Overview} from "../base/report";
 import {selected, Slicer} from "../base/slices";
 import {eventAt, type Event} from "./event";
 import {EventList} from "./list";

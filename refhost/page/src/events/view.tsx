@@ -1,7 +1,9 @@
 // One list over the events of all sources, sorted by time.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import {loadRows, type Overview, type Rows, type Table} from "../base/data";
+import {loadRows} from "../base/load";
+import type {Overview, Table} from "../base/report";
 import type {Route} from "../base/route";
+import type {Rows} from "../base/rows";
 import {visible} from "../base/text";
 import {useAddress, type Change} from "../base/use_address";
 import type {ViewProps} from "../base/view_props";

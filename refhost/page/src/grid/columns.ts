@@ -1,6 +1,6 @@
 // The grid's columns: their titles, and how wide they are.
 import type {Column as GridColumn} from "slickgrid";
-import type {Rows} from "../base/data";
+import type {Rows} from "../base/rows";
 import {oneLine} from "../base/text";
 
 const LEAST_WIDTH = 64;

@@ -1,6 +1,6 @@
 // The row of filters under the grid's titles, a field for each column.
 import type {SlickGrid} from "slickgrid";
-import type {Table} from "../base/data";
+import type {Table} from "../base/report";
 import {oneLine} from "../base/text";
 
 // Before the grid is drawn. What is returned sets the texts, but that of the field in which somebody types.

@@ -1,7 +1,8 @@
 // The scrolling table, for any number of rows.
 import {SlickGrid, type GridOption} from "slickgrid";
-import type {Capture, Rows, Value} from "../base/data";
 import {linkedCapture} from "../base/link";
+import type {Capture, Value} from "../base/report";
+import type {Rows} from "../base/rows";
 import {number, oneLine} from "../base/text";
 import {captureLink} from "../parts/capture_link";
 import {columnsOf, stretcher} from "./columns";

@@ -1,7 +1,8 @@
 // The grid within a view: what is shown comes in, what people do goes out. Its rows change together with what is around
 // them, a count for instance.
 import {useLayoutEffect, useRef} from "preact/hooks";
-import type {Capture, Rows} from "../base/data";
+import type {Capture} from "../base/report";
+import type {Rows} from "../base/rows";
 import type {Sort} from "../base/view_rows";
 import {createGrid, type Grid, type Look} from "./grid";
 

@@ -1,5 +1,5 @@
 // What the library leaves out for screen readers.
-import type {Table} from "../base/data";
+import type {Table} from "../base/report";
 import {count} from "../base/text";
 
 // How many rows there are, and which those are that are drawn.

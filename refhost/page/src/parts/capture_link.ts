@@ -1,4 +1,4 @@
-import type {Capture} from "../base/data";
+import type {Capture} from "../base/report";
 import {viewHash} from "../base/route";
 import {visible} from "../base/text";
 

@@ -1,6 +1,6 @@
 // Links to what a capture says: to the line, where the report holds the capture.
 import type {ComponentChildren} from "preact";
-import type {Overview, Place} from "../base/data";
+import type {Overview, Place} from "../base/report";
 import {captureHash} from "../base/route";
 import {visible} from "../base/text";
 

@@ -1,5 +1,5 @@
 // What is wrong, the worst first, each with the lines that say so.
-import type {Finding, Overview, Severity} from "../base/data";
+import type {Finding, Overview, Severity} from "../base/report";
 import {count, visible} from "../base/text";
 import {bySeverity, isAcknowledged, saysBesideSubject, sinceOf} from "../base/verdict";
 import {addressOf, Evidence} from "./evidence";

@@ -1,5 +1,5 @@
 // How each subsystem is, with what its word rests on.
-import type {Health, Overview} from "../base/data";
+import type {Health, Overview} from "../base/report";
 import {count, visible} from "../base/text";
 import {Evidence} from "./evidence";
 import {SeverityMark} from "./severity_mark";

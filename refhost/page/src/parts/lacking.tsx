@@ -1,5 +1,5 @@
 // What the collection did not bring, so that nobody takes silence for health.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {tableHash} from "../base/route";
 import {count, visible} from "../base/text";
 import {missing} from "../base/verdict";

@@ -1,5 +1,5 @@
 // What the captures say of the machine as a whole.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {viewHash} from "../base/route";
 import {visible} from "../base/text";
 

@@ -1,6 +1,6 @@
 // The way to everything: subjects with their state, then the raw tables.
 import type {ComponentChildren} from "preact";
-import type {Module, Overview, Table} from "../base/data";
+import type {Module, Overview, Table} from "../base/report";
 import {tableHash, viewHash, type Route} from "../base/route";
 import {healthOf, subjects} from "../base/subjects";
 import {count, oneLine, visible} from "../base/text";

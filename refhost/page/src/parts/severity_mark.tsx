@@ -1,5 +1,5 @@
 // A severity or a word of health as a shape, so that it does not depend on colours.
-import type {HealthWord, Severity} from "../base/data";
+import type {HealthWord, Severity} from "../base/report";
 
 const SHAPES: Record<HealthWord | Severity, {outline: string; sign: string}> = {
   critical: {outline: "M5 1h6l4 4v6l-4 4H5l-4-4V5z", sign: "M5.5 5.5l5 5m0-5l-5 5"},

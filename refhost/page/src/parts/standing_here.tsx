@@ -1,8 +1,9 @@
 // What stands at a line of a capture: the part of the machine, the row of a table that it tells of. Whether an event does,
 // the list of events knows.
 import {useEffect, useState} from "preact/hooks";
-import {loadRows, type Drive, type Inventory, type Overview, type Place, type Table} from "../base/data";
 import {driveKey} from "../base/drive_key";
+import {loadRows} from "../base/load";
+import type {Drive, Inventory, Overview, Place, Table} from "../base/report";
 import {tableHash, viewHash, type View} from "../base/route";
 import {rowLines} from "../base/row_lines";
 import {visible} from "../base/text";

@@ -1,6 +1,6 @@
 // A subject: how its subsystems are, its picture, what was found in it.
 import type {ComponentChildren} from "preact";
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import type {Subject} from "../base/subjects";
 import {sensorFindings} from "../base/verdict";
 import {FindingsView} from "./findings";

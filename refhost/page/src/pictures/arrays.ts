@@ -1,5 +1,5 @@
 // Which drives make which volume: the volumes of a controller, those of one drive group together, with their drives.
-import type {Drive, Inventory, Volume, VolumeMember} from "../base/data";
+import type {Drive, Inventory, Volume, VolumeMember} from "../base/report";
 
 export interface Member {
   told: VolumeMember; // the line that says so

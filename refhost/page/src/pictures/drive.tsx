@@ -1,7 +1,8 @@
 // Everything about one drive: its fields, what was found, its events, its lines in the captures.
 import {useEffect, useState} from "preact/hooks";
-import {loadCapture, type Drive, type Overview} from "../base/data";
 import {driveKey} from "../base/drive_key";
+import {loadCapture} from "../base/load";
+import type {Drive, Overview} from "../base/report";
 import {captureHash} from "../base/route";
 import {Slicer} from "../base/slices";
 import {capacity, count, visible} from "../base/text";

@@ -1,5 +1,5 @@
 // How the pictures colour what has a finding; what has none has no colour.
-import type {Severity} from "../base/data";
+import type {Severity} from "../base/report";
 
 export type Level = "bad" | "poor" | "plain";
 

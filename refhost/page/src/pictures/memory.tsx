@@ -1,5 +1,5 @@
 // The memory modules by slot, with the events that name each; then the errors that name none of the slots.
-import type {MemoryModule} from "../base/data";
+import type {MemoryModule} from "../base/report";
 import {capacity, count, visible} from "../base/text";
 import type {ViewProps} from "../base/view_props";
 import {Standing} from "../parts/evidence";

@@ -1,5 +1,5 @@
 // What a picture says that has nothing to draw.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 
 export function Nothing({overview, of}: {overview: Overview; of: string}) {
   return (

@@ -1,5 +1,5 @@
 // The bays of the power supplies, and the input behind each.
-import type {PowerSupply} from "../base/data";
+import type {PowerSupply} from "../base/report";
 import {visible} from "../base/text";
 import {supplyFindings, worst} from "../base/verdict";
 import type {ViewProps} from "../base/view_props";

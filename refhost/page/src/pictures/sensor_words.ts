@@ -1,5 +1,5 @@
 // What a sensor says where it gives no number.
-import type {Sensor} from "../base/data";
+import type {Sensor} from "../base/report";
 
 const NO_READING = ["na", "ns"];
 

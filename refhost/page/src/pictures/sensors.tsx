@@ -1,5 +1,5 @@
 // Each sensor's reading against its thresholds, grouped by kind. Those with a finding are marked.
-import type {Overview, Sensor, Severity} from "../base/data";
+import type {Overview, Sensor, Severity} from "../base/report";
 import {scale} from "../base/scale";
 import {count, visible} from "../base/text";
 import {sensorFindings, worst} from "../base/verdict";

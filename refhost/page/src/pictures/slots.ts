@@ -1,5 +1,5 @@
 // The slots of an enclosure in their order.
-import type {Drive} from "../base/data";
+import type {Drive} from "../base/report";
 import {natural} from "../base/view_rows";
 
 export interface PlacedSlot {

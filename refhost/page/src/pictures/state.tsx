@@ -1,5 +1,5 @@
 // The state of a thing as its tool prints it, marked where a finding says so.
-import type {Severity} from "../base/data";
+import type {Severity} from "../base/report";
 import {visible} from "../base/text";
 import {SeverityMark} from "../parts/severity_mark";
 import {levelOf} from "./level";

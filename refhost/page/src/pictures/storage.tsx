@@ -1,7 +1,7 @@
 // The storage as it stands in the rack: controllers, enclosures with their slots, and which drives make which
 // volume. A click on a drive shows everything about it.
-import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../base/data";
 import {driveKey} from "../base/drive_key";
+import type {Battery, Controller, Drive, Enclosure, Overview, Volume} from "../base/report";
 import {viewHash, visit} from "../base/route";
 import {capacity, count, visible} from "../base/text";
 import {driveFindings, drivePlace, findingsHere, worst, volumeFindings} from "../base/verdict";

@@ -1,5 +1,5 @@
 // The machine: what it is, its processors, its management controller, its replaceable units.
-import type {Place} from "../base/data";
+import type {Place} from "../base/report";
 import {visible} from "../base/text";
 import type {ViewProps} from "../base/view_props";
 import {Evidence} from "../parts/evidence";

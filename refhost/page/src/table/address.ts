@@ -1,5 +1,5 @@
 // What the address says of a table: which records are shown, in which order, and which one is open.
-import type {Table} from "../base/data";
+import type {Table} from "../base/report";
 import {tableHash, type Route, type State} from "../base/route";
 import type {Wanted} from "../base/view_rows";
 

@@ -1,8 +1,9 @@
 // The record that was chosen, field by field, with its line in the capture.
 import {useEffect, useState} from "preact/hooks";
-import type {Capture, Rows} from "../base/data";
+import type {Capture} from "../base/report";
 import {captureHash} from "../base/route";
 import {rowLines} from "../base/row_lines";
+import type {Rows} from "../base/rows";
 import {visible} from "../base/text";
 import {Panel} from "../parts/panel";
 import {Text} from "./sheet";

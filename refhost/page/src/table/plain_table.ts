@@ -1,5 +1,5 @@
 // An ordinary table, for paper.
-import type {Rows} from "../base/data";
+import type {Rows} from "../base/rows";
 import {count, oneLine, trimmed} from "../base/text";
 
 export const PRINTED_ROWS = 1000;

@@ -1,7 +1,8 @@
 // A header column: the labels down the side, records beside one another.
-import type {Capture, Rows, Value} from "../base/data";
 import {linkedCapture} from "../base/link";
+import type {Capture, Value} from "../base/report";
 import {viewHash} from "../base/route";
+import type {Rows} from "../base/rows";
 import {trimmed, visible} from "../base/text";
 
 export function Text({value, captures}: {value: Value; captures: Map<string, Capture>}) {

@@ -1,7 +1,7 @@
 // What one sets above a table: words, order, columns; copying; and how many records are left.
 import {useState} from "preact/hooks";
-import type {Table} from "../base/data";
 import {copy, csv, save, tabSeparated, type Shown} from "../base/export";
+import type {Table} from "../base/report";
 import {count, oneLine} from "../base/text";
 import {everything, type Wanted} from "../base/view_rows";
 import {SearchBox} from "../parts/search_box";

@@ -1,16 +1,18 @@
 // One table: its records as a grid, or beside one another where they are few, and the record that was chosen.
 import {useEffect, useMemo, useRef, useState} from "preact/hooks";
-import {loadRows, type Capture, type Rows, type Table} from "../base/data";
 import type {Shown} from "../base/export";
+import {loadRows} from "../base/load";
+import type {Capture, Table} from "../base/report";
 import {captureHash, type Route} from "../base/route";
+import type {Rows} from "../base/rows";
 import {tableName} from "../base/table_name";
 import {visible} from "../base/text";
 import {useAddress} from "../base/use_address";
 import {shownRows, type Wanted} from "../base/view_rows";
 import {GridHost} from "../grid/grid_host";
 import {hashOfAddress, readAddress} from "./address";
-import {plainTable} from "./plain_table";
 import {OpenRecord} from "./open_record";
+import {plainTable} from "./plain_table";
 import {Sheet} from "./sheet";
 import {Toolbar, useCopy} from "./toolbar";
 

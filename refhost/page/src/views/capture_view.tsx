@@ -1,7 +1,8 @@
 // One capture as evidence: the command that made it, its text with a line marked, numbers that can be linked.
 import {useEffect, useLayoutEffect, useMemo, useRef, useState} from "preact/hooks";
-import {loadCapture, type Capture, type Command, type Overview} from "../base/data";
 import {captureAddress} from "../base/link";
+import {loadCapture} from "../base/load";
+import type {Capture, Command, Overview} from "../base/report";
 import {captureHash, type Route} from "../base/route";
 import {bytes, count, cutAtLine, seconds, visible} from "../base/text";
 import {useAddress} from "../base/use_address";

@@ -1,5 +1,5 @@
 // The raw captures: what each tool wrote, with the command that made it.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {viewHash} from "../base/route";
 import {bytes, count, seconds, visible} from "../base/text";
 import {HealthView} from "../parts/health";

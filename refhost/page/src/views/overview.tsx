@@ -1,5 +1,5 @@
 // The first view: what the collection lacks, how each subsystem is, what is wrong, which machine it is.
-import type {Overview} from "../base/data";
+import type {Overview} from "../base/report";
 import {hostName, productName, serialNumber} from "../base/server_name";
 import {count, seconds, visible, written} from "../base/text";
 import {FindingsView} from "../parts/findings";

@@ -1,6 +1,6 @@
 // Two to four pages for paper: who and when, what is missing, health, findings, storage, sensors that are not ok,
 // the newest events.
-import type {Overview, Sensor} from "../base/data";
+import type {Overview, Sensor} from "../base/report";
 import {count, oneLine, visible} from "../base/text";
 import {isAcknowledged, sensorFindings, worst} from "../base/verdict";
 import {FindingsView} from "../parts/findings";

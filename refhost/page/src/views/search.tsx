@@ -1,6 +1,7 @@
 // One search over everything: findings and inventory, events, captures, tables; the hits counted by place.
 import {useEffect, useState} from "preact/hooks";
-import {loadCapture, loadRows, type Overview, type Place} from "../base/data";
+import {loadCapture, loadRows} from "../base/load";
+import type {Overview, Place} from "../base/report";
 import {captureHash, tableHash, viewHash} from "../base/route";
 import {selected, Slicer} from "../base/slices";
 import {count, oneLine, plain, visible} from "../base/text";

@@ -1,5 +1,5 @@
 // All tables, as the plug-in filed them: those with records first, then the empty ones with their reasons.
-import type {Overview, Table} from "../base/data";
+import type {Overview, Table} from "../base/report";
 import {tableHash} from "../base/route";
 import {count, oneLine, visible} from "../base/text";
 import {moduleName} from "../parts/navigation";
