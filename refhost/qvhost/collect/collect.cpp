@@ -132,6 +132,45 @@ void remove_if_empty(const fs::path& file) {
     if (fs::file_size(file, ignored) == 0) fs::remove(file, ignored);
 }
 
+// The plug-in that was asked for, its tables and the lanes of its modules. Names in the options become those that it has.
+struct Selected {
+    DeclaredTables declared;
+    std::vector<Lane> lanes{Lane()};
+};
+
+Selected selected_by(CollectOptions& options) {
+    options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
+    expect_trusted(why_not_trusted_itself(options.plugin.parent_path()));
+    expect_trusted(why_not_trusted_itself(options.plugin));
+    auto declared = tables_declared_by(options.plugin);
+    if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
+    expect_known_tools(options, declared);
+    const auto offer = offer_of(options.plugin, limits_for(options).module_seconds);
+    settle_names(options, offer, declared.tables);
+    auto lanes = lanes_of(offer, options, declared.tables);
+    return {std::move(declared), std::move(lanes)};
+}
+
+// What is known before the first command.
+void note_beginning(Store& store, const CollectOptions& options, const std::string& rules,
+                    const Stage& stage, const LogDir& dir,
+                    const std::vector<std::string>& foreign) {
+    store.set_meta("started", utc_now());
+    store.set_meta("status", "running");
+    store.set_meta("log_dir", dir.path().string());
+    note_foreign_files(store, foreign);
+    store.set_meta("qvhost", QV_VERSION);
+    store.set_meta("limits", text_of(limits_for(options)));
+    store.set_meta("profile", options.profile);
+    if (!rules.empty()) store.set_meta("rules", rules);
+    store.set_meta("also", boost::join(options.also, ","));
+    store.set_meta("stand_ins", lines_of(stage.stand_ins, ""));
+    store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));
+    note_machine(store, stage.machine);
+    if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
+    if (!stage.lacks.empty()) store.set_meta("recorded_lacks", lines_of(stage.lacks, "\t") + "\n");
+}
+
 }  // namespace
 
 int collect(CollectOptions options, const Stage& stage) {
@@ -145,19 +184,7 @@ int collect(CollectOptions options, const Stage& stage) {
     expect_program_trusted(stage.program);
     expect_trusted(why_not_trusted(stage.vendor_tools()));
     const bool has_modules = options.profile != kHealthProfile;
-    DeclaredTables declared;
-    std::vector<Lane> lanes{Lane()};
-    if (has_modules) {
-        options.plugin = fs::absolute(options.plugin.empty() ? installed_plugin() : options.plugin);
-        expect_trusted(why_not_trusted_itself(options.plugin.parent_path()));
-        expect_trusted(why_not_trusted_itself(options.plugin));
-        declared = tables_declared_by(options.plugin);
-        if (!declared.problem.empty()) warn("the tables have no titles: " + declared.problem);
-        expect_known_tools(options, declared);
-        const auto offer = offer_of(options.plugin, limits_for(options).module_seconds);
-        settle_names(options, offer, declared.tables);
-        lanes = lanes_of(offer, options, declared.tables);
-    }
+    const auto selected = has_modules ? selected_by(options) : Selected();
     std::optional<MachineLock> machine;
     if (options.machine_lock && !options.replayed)  // a replay asks no machine
         machine.emplace(machine_lock_file(), "collecting into " + options.log_dir.string());
@@ -172,29 +199,15 @@ int collect(CollectOptions options, const Stage& stage) {
     const auto begun = std::chrono::steady_clock::now();
     {
         Store store(dir.store(), Store::Mode::create);
-        store.set_meta("started", utc_now());
-        store.set_meta("status", "running");
-        store.set_meta("log_dir", dir.path().string());
-        note_foreign_files(store, room.foreign);
-        store.set_meta("qvhost", QV_VERSION);
-        store.set_meta("limits", text_of(limits_for(options)));
-        store.set_meta("profile", options.profile);
-        if (!rules.empty()) store.set_meta("rules", rules);
-        store.set_meta("also", boost::join(options.also, ","));
-        store.set_meta("stand_ins", lines_of(stage.stand_ins, ""));
-        store.set_meta("vendor_tools", lines_of(stage.vendor_files, " "));
-        note_machine(store, stage.machine);
-        if (!stage.recorded.empty()) store.set_meta("recorded", stage.recorded);
-        if (!stage.lacks.empty())
-            store.set_meta("recorded_lacks", lines_of(stage.lacks, "\t") + "\n");
-        if (has_modules) write_declared_tables(store, declared.tables);
+        note_beginning(store, options, rules, stage, dir, room.foreign);
+        if (has_modules) write_declared_tables(store, selected.declared.tables);
         store.commit();
 
         JournalImporter importer(store);
-        Progress progress(dir, options.quiet, lanes);
+        Progress progress(dir, options.quiet, selected.lanes);
         Ending ending;
         try {
-            ending = supervise(options, lanes, stage, importer, progress);
+            ending = supervise(options, selected.lanes, stage, importer, progress);
         } catch (...) {
             // The store or the journal failed. The tools must not go on without us.
             kill_descendants();
