@@ -6,7 +6,7 @@
 #include <set>
 #include <utility>
 
-#include "compare/read.h"
+#include "compare/coverage.h"
 
 namespace qvhost::compare {
 
@@ -170,12 +170,12 @@ Difference compare(const Side& from, const Side& to) {
     compare_health(from.verdict, to.verdict, difference);
 
     const auto old_tables = all_tables_of(from), new_tables = all_tables_of(to);
-    const Evidence old_evidence(from.verdict, old_tables), new_evidence(to.verdict, new_tables);
+    const Coverage old_coverage(from.verdict, old_tables), new_coverage(to.verdict, new_tables);
     const auto by_old = [&](const KindRow& kind, const Row& row) {
-        return old_evidence.could_tell(kind, row);
+        return old_coverage.could_tell(kind, row);
     };
     const auto by_new = [&](const KindRow& kind, const Row& row) {
-        return new_evidence.could_tell(kind, row);
+        return new_coverage.could_tell(kind, row);
     };
     // Both sides have the same tables in the same order.
     for (std::size_t i = 0; i < new_tables.size(); ++i) {

@@ -10,10 +10,11 @@
 
 namespace qvhost::compare {
 
-class Evidence {
+// What a report tells of, as far as it was read whole.
+class Coverage {
 public:
     // `tables` are those of the same report.
-    Evidence(const findings::Verdict& verdict, const std::vector<Table>& tables);
+    Coverage(const findings::Verdict& verdict, const std::vector<Table>& tables);
 
     // `row` is another report's. Its capture was read whole here; or nothing is missing of what its kind
     // rests on.

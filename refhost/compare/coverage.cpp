@@ -1,4 +1,4 @@
-#include "compare/read.h"
+#include "compare/coverage.h"
 
 #include <string_view>
 
@@ -14,7 +14,7 @@ std::string capture_in(const std::string& missing) {
 
 }  // namespace
 
-Evidence::Evidence(const findings::Verdict& verdict, const std::vector<Table>& tables) {
+Coverage::Coverage(const findings::Verdict& verdict, const std::vector<Table>& tables) {
     for (const auto& table : tables) {
         for (const auto& row : table.rows) whole_.insert(row.place.capture);
         if (!table.rows.empty()) kinds_.insert(table.kind);
@@ -30,7 +30,7 @@ Evidence::Evidence(const findings::Verdict& verdict, const std::vector<Table>& t
     }
 }
 
-bool Evidence::could_tell(const KindRow& kind, const Row& row) const {
+bool Coverage::could_tell(const KindRow& kind, const Row& row) const {
     if (broken_.contains(row.place.capture)) return false;
     if (kinds_.contains(kind.parts_of) && !kinds_.contains(kind.kind)) return false;
     if (whole_.contains(row.place.capture)) return true;
