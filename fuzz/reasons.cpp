@@ -38,16 +38,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
              std::set<std::string>{                              },
              { "M", std::string(qvhost::kAlsoMark)}
     }) {
-        const qvhost::Evidence evidence(dir, {dir.path() / "qv_tools", "/usr/bin"}, log, store(),
-                                        broken_off);
+        const qvhost::Reasons reasons(dir, {dir.path() / "qv_tools", "/usr/bin"}, log, store(),
+                                      broken_off);
         qvhost::ModuleInfo module{.name = "M", .display = "", .tables = {}};
         for (const char* table :
              {"SELFINFO", "FRUINFO", "RAIDINFO", "PMCINFO", "SAS2IRLOG", "unknown"}) {
-            fuzz::expect(!evidence.why_empty("M", table).empty(), "there is always a reason");
-            evidence.why_partial("M", table);
+            fuzz::expect(!reasons.why_empty("M", table).empty(), "there is always a reason");
+            reasons.why_partial("M", table);
             module.tables.push_back({table, "", {}, 0, ""});
         }
-        for (const bool has_no_bmc : {false, true}) evidence.why_failed(module, has_no_bmc);
+        for (const bool has_no_bmc : {false, true}) reasons.why_failed(module, has_no_bmc);
     }
     return 0;
 }

@@ -47,11 +47,11 @@ std::vector<std::string> stops(const CommandLog& log) {
 
 }  // namespace
 
-std::string why_incomplete(const Store& store, const CommandLog& log, const Evidence& evidence,
+std::string why_incomplete(const Store& store, const CommandLog& log, const Reasons& reasons,
                            bool has_no_bmc) {
     auto texts = stops(log);
     for (const auto& module : store.modules()) {
-        const auto why = evidence.why_failed(module, has_no_bmc);
+        const auto why = reasons.why_failed(module, has_no_bmc);
         if (!why.empty() && texts.empty())
             texts.push_back("every tool of " + module.display + " failed: " + why);
     }

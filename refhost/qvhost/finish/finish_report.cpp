@@ -13,12 +13,12 @@ namespace qvhost {
 
 namespace {
 
-void explain(Store& store, const Evidence& evidence) {
+void explain(Store& store, const Reasons& reasons) {
     for (const auto& module : store.modules()) {
         for (const auto& table : module.tables) {
             if (!table.reason.empty()) continue;
-            const auto reason = table.records == 0 ? evidence.why_empty(module.name, table.id)
-                                                   : evidence.why_partial(module.name, table.id);
+            const auto reason = table.records == 0 ? reasons.why_empty(module.name, table.id)
+                                                   : reasons.why_partial(module.name, table.id);
             if (!reason.empty()) store.set_reason(table.id, reason);
         }
     }
@@ -30,12 +30,12 @@ void finish_report(Store& store, const LogDir& dir, const ToolPlaces& tools, con
     const auto log = read_commands(dir, ending.stopped_by);
     store.set_commands(log.commands);
     note_files_of_run(store, dir);
-    const Evidence evidence(dir, tools, log, store, ending.broken_off);
-    explain(store, evidence);
+    const Reasons reasons(dir, tools, log, store, ending.broken_off);
+    explain(store, reasons);
     findings::EventJudge events;
     const auto survey = read_report(store, dir, log.commands, events);
     const bool has_no_bmc = findings::absence_of_bmc(survey) != nullptr;
-    store.set_status(ending.problem.empty() ? why_incomplete(store, log, evidence, has_no_bmc)
+    store.set_status(ending.problem.empty() ? why_incomplete(store, log, reasons, has_no_bmc)
                                             : ending.problem);
     store.commit();
     judge_report(store, dir, log.commands, survey, events);

@@ -170,8 +170,8 @@ bool failed(const CommandInfo& command) {
 
 }  // namespace
 
-Evidence::Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
-                   std::set<std::string> broken_off)
+Reasons::Reasons(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
+                 std::set<std::string> broken_off)
     : dir_(dir),
       places_(std::move(places)),
       log_(log),
@@ -190,19 +190,19 @@ Evidence::Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, 
     }
 }
 
-const DeclaredTable* Evidence::declared(const std::string& id) const {
+const DeclaredTable* Reasons::declared(const std::string& id) const {
     const auto found = std::find_if(declared_.begin(), declared_.end(),
                                     [&](const DeclaredTable& table) { return table.id == id; });
     return found == declared_.end() ? nullptr : &*found;
 }
 
-std::string Evidence::section_of(const std::string& module, const DeclaredTable& table) const {
+std::string Reasons::section_of(const std::string& module, const DeclaredTable& table) const {
     if (is_operation(table.filled)) return std::string(kAlsoMark) + table.filled;
     return std::string(kModuleMark) + module;
 }
 
 template <class Test>
-const CommandInfo* Evidence::last_in(const std::string& section, Test is_meant) const {
+const CommandInfo* Reasons::last_in(const std::string& section, Test is_meant) const {
     for (auto i = log_.commands.size(); i-- > 0;) {
         const bool is_there = log_.sections[i] == section || log_.sections[i].empty();
         if (is_there && is_meant(log_.commands[i])) return &log_.commands[i];
@@ -210,7 +210,7 @@ const CommandInfo* Evidence::last_in(const std::string& section, Test is_meant) 
     return nullptr;
 }
 
-const CommandInfo* Evidence::maker(const std::string& section, const DeclaredTable& table) const {
+const CommandInfo* Reasons::maker(const std::string& section, const DeclaredTable& table) const {
     if (table.capture.empty()) return nullptr;
     const auto writes_it = [&](const CommandInfo& command) {
         const auto files = captures_of(command.text, dir_.path());
@@ -222,7 +222,7 @@ const CommandInfo* Evidence::maker(const std::string& section, const DeclaredTab
     });
 }
 
-fs::path Evidence::file_of(const CommandInfo& command) const {
+fs::path Reasons::file_of(const CommandInfo& command) const {
     const auto path = runner::shell_word(command.text);
     const auto started = places_.started.find(command.tool);
     if (path.find('/') != std::string::npos)
@@ -238,7 +238,7 @@ fs::path Evidence::file_of(const CommandInfo& command) const {
 }
 
 // Whether the tool's file is known not to be there.
-bool Evidence::is_missing(const CommandInfo& command) const {
+bool Reasons::is_missing(const CommandInfo& command) const {
     if (places_.vendor_tools.empty()) return false;
     std::error_code ignored;
     const auto file = file_of(command);
@@ -246,7 +246,7 @@ bool Evidence::is_missing(const CommandInfo& command) const {
 }
 
 // What the tool said first: on standard error, or where that goes into the capture, there.
-std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Reasons::first_words(const DeclaredTable& table, const CommandInfo& command) const {
     for (const auto& lines :
          {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
         for (const auto& line : lines) {
@@ -258,7 +258,7 @@ std::string Evidence::first_words(const DeclaredTable& table, const CommandInfo&
 }
 
 // What the shell said of the tool; empty: nothing.
-std::string Evidence::shells_words(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Reasons::shells_words(const DeclaredTable& table, const CommandInfo& command) const {
     for (const auto& lines :
          {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
         if (auto words = shells_words_on(command.tool, lines); !words.empty()) return words;
@@ -268,7 +268,7 @@ std::string Evidence::shells_words(const DeclaredTable& table, const CommandInfo
 
 // Whether there is such a tool, be it one that cannot be run. In a replay a recorded one has a file also where the
 // shell had found none.
-bool Evidence::is_installed(const DeclaredTable& table, const CommandInfo& command) const {
+bool Reasons::is_installed(const DeclaredTable& table, const CommandInfo& command) const {
     std::error_code ignored;
     const auto file = file_of(command);
     if (places_.vendor_tools.empty() || !fs::is_regular_file(file, ignored)) return false;
@@ -278,8 +278,7 @@ bool Evidence::is_installed(const DeclaredTable& table, const CommandInfo& comma
 
 // Why the shell could not start it, or its loader could not load it; empty: it ran, and something that it
 // started did not.
-std::string Evidence::why_not_started(const DeclaredTable& table,
-                                      const CommandInfo& command) const {
+std::string Reasons::why_not_started(const DeclaredTable& table, const CommandInfo& command) const {
     const auto& tool = command.tool;
     for (const auto& lines :
          {lines_of(command.standard_error), first_lines(dir_.path() / table.capture)}) {
@@ -315,7 +314,7 @@ std::string Evidence::why_not_started(const DeclaredTable& table,
 }
 
 // The error that the tool itself tells of where it tells of errors; empty: none.
-std::string Evidence::answered_error(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Reasons::answered_error(const DeclaredTable& table, const CommandInfo& command) const {
     for (const auto& form : kErrorForms) {
         if (form.tool != table.tool) continue;
         for (const auto& lines :
@@ -327,7 +326,7 @@ std::string Evidence::answered_error(const DeclaredTable& table, const CommandIn
 }
 
 // Why the command's tool could not be run; empty: it was.
-std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Reasons::why_not_run(const DeclaredTable& table, const CommandInfo& command) const {
     if (was_cut_off(command)) return "";
     if (*command.exit == kCannotRun || *command.exit == kNotFound)
         return why_not_started(table, command);
@@ -340,7 +339,7 @@ std::string Evidence::why_not_run(const DeclaredTable& table, const CommandInfo&
 }
 
 // What went wrong with the command; empty: it ran and told of no error.
-std::string Evidence::trouble(const DeclaredTable& table, const CommandInfo& command) const {
+std::string Reasons::trouble(const DeclaredTable& table, const CommandInfo& command) const {
     if (was_cut_off(command)) return end_of(table, command);
     if (auto why = why_not_run(table, command); !why.empty()) return why;
     if (const auto error = answered_error(table, command); !error.empty())
@@ -353,7 +352,7 @@ std::string Evidence::trouble(const DeclaredTable& table, const CommandInfo& com
 
 // The plug-in takes the product's name from dmidecode, whose errors its command hides; it also asks
 // dmidecode for everything.
-std::string Evidence::why_no_bmc() const {
+std::string Reasons::why_no_bmc() const {
     const CommandInfo* dmidecode = nullptr;
     DeclaredTable table;
     table.tool = "dmidecode";
@@ -384,7 +383,7 @@ std::string Evidence::why_no_bmc() const {
 
 // Of "lspci | grep SAS2308 | wc -l" the exit code is that of its last command. Whether the first one failed is
 // known if it was run alone as well; else what it said must do. Empty: nothing tells of a failure.
-std::string Evidence::why_pipeline_failed(const CommandInfo& pipeline) const {
+std::string Reasons::why_pipeline_failed(const CommandInfo& pipeline) const {
     if (pipeline.text.find('|') == std::string::npos) return "";
     const CommandInfo* alone = nullptr;
     for (const auto& command : log_.commands) {
@@ -404,8 +403,7 @@ std::string Evidence::why_pipeline_failed(const CommandInfo& pipeline) const {
 }
 
 // Which of the commands that decide whether the table's is run said no, and why; empty: none of them.
-std::string Evidence::why_gate_closed(const std::string& section,
-                                      const DeclaredTable& table) const {
+std::string Reasons::why_gate_closed(const std::string& section, const DeclaredTable& table) const {
     const CommandInfo* before = nullptr;
     for (std::string gate : table.gates) {
         const bool need_only_run = gate.ends_with(" >");
@@ -436,14 +434,14 @@ std::string Evidence::why_gate_closed(const std::string& section,
     return why.empty() ? "" : "not asked: " + why;
 }
 
-std::string Evidence::why_not_asked(const std::string& module, const DeclaredTable& table) const {
+std::string Reasons::why_not_asked(const std::string& module, const DeclaredTable& table) const {
     if (broken_off_.contains(is_operation(table.filled) ? std::string(kAlsoMark) : module))
         return "not asked: the collection ended before";
     if (auto why = why_gate_closed(section_of(module, table), table); !why.empty()) return why;
     return table.not_asked.empty() ? "not asked for on this server" : table.not_asked;
 }
 
-std::string Evidence::why_empty(const std::string& module, const std::string& id) const {
+std::string Reasons::why_empty(const std::string& module, const std::string& id) const {
     const auto* table = declared(id);
     if (!table) return "unknown";
     const auto& filled = table->filled;
@@ -462,7 +460,7 @@ std::string Evidence::why_empty(const std::string& module, const std::string& id
     return "nothing to report in " + table->capture;
 }
 
-std::string Evidence::why_partial(const std::string& module, const std::string& id) const {
+std::string Reasons::why_partial(const std::string& module, const std::string& id) const {
     const auto* table = declared(id);
     if (!table) return "";
     const auto* command = maker(section_of(module, *table), *table);
@@ -470,7 +468,7 @@ std::string Evidence::why_partial(const std::string& module, const std::string& 
 }
 
 // Whether one of the module's commands with this tool did what it should, be it to count controllers.
-bool Evidence::has_answered(const std::string& module, const std::string& tool) const {
+bool Reasons::has_answered(const std::string& module, const std::string& tool) const {
     const auto section = std::string(kModuleMark) + module;
     for (std::size_t i = 0; i < log_.commands.size(); ++i) {
         const auto& command = log_.commands[i];
@@ -484,7 +482,7 @@ bool Evidence::has_answered(const std::string& module, const std::string& tool) 
     return false;
 }
 
-std::string Evidence::why_failed(const ModuleInfo& module, bool has_no_bmc) const {
+std::string Reasons::why_failed(const ModuleInfo& module, bool has_no_bmc) const {
     std::string first;
     for (const auto& [id, title, layout, records, reason] : module.tables) {
         const auto* table = declared(id);

@@ -25,12 +25,12 @@ struct ToolPlaces {
     std::map<std::string, std::string> refused = {};
 };
 
-class Evidence {
+class Reasons {
 public:
     // The store has the declarations of the tables. `broken_off`: modules by name, and operations
     // as kAlsoMark, that ended before their time, so that what they did not ask is no answer.
-    Evidence(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
-             std::set<std::string> broken_off);
+    Reasons(const LogDir& dir, ToolPlaces places, const CommandLog& log, const Store& store,
+            std::set<std::string> broken_off);
 
     // Why the table of the module has no records, for people. Never empty.
     std::string why_empty(const std::string& module, const std::string& table) const;
