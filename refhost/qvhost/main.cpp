@@ -76,19 +76,19 @@ constexpr struct {
     const char* name;
     int (*run)(const ParsedArguments& parsed);
 } kPrinting[] = {
-    {"config", [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
-    {"tables", [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
-    {"show",   [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
-    {"list",   [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},
-    {"open",   [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
-    {"bundle", [](const ParsedArguments& parsed) { qvhost::make_bundle(parsed.bundle); return 0; }},
-    {"verify", [](const ParsedArguments& parsed) { qvhost::verify_file(parsed.verify); return 0; }},
-    {"query",  [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
-    {"export", [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
-    {"check",  [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
-    {"diff",   [](const ParsedArguments& parsed) { return qvhost::diff_reports(parsed.diff); }},
+    {"config",  [](const ParsedArguments&) { qvhost::print_settings(); return 0; }},
+    {"tables",  [](const ParsedArguments& parsed) { qvhost::list_tables(parsed.collect.plugin); return 0; }},
+    {"show",    [](const ParsedArguments& parsed) { qvhost::show_report(parsed.show); return 0; }},
+    {"list",    [](const ParsedArguments& parsed) { qvhost::list_runs(parsed.list); return 0; }},
+    {"open",    [](const ParsedArguments& parsed) { qvhost::open_page(parsed.open); return 0; }},
+    {"bundle",  [](const ParsedArguments& parsed) { qvhost::make_bundle(parsed.bundle); return 0; }},
+    {"verify",  [](const ParsedArguments& parsed) { qvhost::verify_file(parsed.verify); return 0; }},
+    {"query",   [](const ParsedArguments& parsed) { qvhost::query_report(parsed.query); return 0; }},
+    {"export",  [](const ParsedArguments& parsed) { qvhost::export_report(parsed.exporting); return 0; }},
+    {"check",   [](const ParsedArguments& parsed) { return parsed.check.report.empty() ? qvhost::check_here(parsed.check, parsed.collect) : qvhost::check_report(parsed.check); }},
+    {"diff",    [](const ParsedArguments& parsed) { return qvhost::diff_reports(parsed.diff); }},
     {"explain", [](const ParsedArguments& parsed) { qvhost::explain_finding(parsed.explain); return 0; }},
-    {"doctor", [](const ParsedArguments& parsed) { return qvhost::doctor(parsed.doctor); }},
+    {"doctor",  [](const ParsedArguments& parsed) { return qvhost::doctor(parsed.doctor); }},
 };
 // clang-format on
 
