@@ -39,7 +39,7 @@ bool is_number_part(char c) { return is_digit(c) || c == '.'; }
 bool is_host_part(char c) { return is_alnum(c) || c == '.' || c == '-' || c == '_' || is_wide(c); }
 bool is_local_part(char c) { return is_host_part(c) || c == '+' || c == '%'; }
 bool is_hash_part(char c) {
-    return is_alnum(c) || std::string_view("./$,=+_").find(c) != std::string_view::npos;
+    return is_alnum(c) || std::string_view("./$,=+_-").find(c) != std::string_view::npos;
 }
 
 std::vector<std::string_view> split(std::string_view text, char divider) {
@@ -388,8 +388,9 @@ void AddressFinder::look_at_number(std::size_t at) {
 
 // "$6$salt$hash"
 void AddressFinder::look_at_hash(std::size_t at) {
-    constexpr std::string_view kKinds[] = {"$1$", "$2a$", "$2b$", "$2y$", "$5$",
-                                           "$6$", "$7$",  "$y$",  "$gy$"};
+    constexpr std::string_view kKinds[] = {"$1$",     "$2a$",    "$2b$",     "$2y$", "$5$",
+                                           "$6$",     "$7$",     "$y$",      "$gy$", "$apr1$",
+                                           "$argon2", "$pbkdf2", "$scrypt$", "$md5", "$sha1$"};
     constexpr std::size_t kShortest = 20;
     const auto rest = text_.substr(at, kShortest);
     if (std::none_of(std::begin(kKinds), std::end(kKinds),

@@ -83,7 +83,9 @@ constexpr auto kLabels = std::to_array<Label>({
     {"private key", Kind::secret}, {"privatekey", Kind::secret}, {"auth key", Kind::secret}, {"authkey", Kind::secret},
     {"psk", Kind::secret}, {"pre shared key", Kind::secret}, {"preshared key", Kind::secret}, {"community", Kind::secret},
     {"snmp community string", Kind::secret}, {"community string", Kind::secret}, {"rocommunity", Kind::secret},
-    {"rwcommunity", Kind::secret}, {"bindpw", Kind::secret}, {"kg", Kind::secret}, {"k g", Kind::secret},
+    {"rwcommunity", Kind::secret}, {"bindpw", Kind::secret}, {"rootpw", Kind::secret}, {"adminpw", Kind::secret}, {"authtok", Kind::secret}, {"passcode", Kind::secret},
+    {"account key", Kind::secret}, {"accountkey", Kind::secret}, {"shared access key", Kind::secret}, {"sharedaccesskey", Kind::secret},
+    {"secret id", Kind::secret}, {"kg", Kind::secret}, {"k g", Kind::secret},
     {"kg key", Kind::secret}, {"bmc key", Kind::secret}, {"license key", Kind::secret}, {"licence key", Kind::secret},
     {"activation key", Kind::secret}, {"product key", Kind::secret}, {"credential", Kind::secret},
     {"credentials", Kind::secret}, {"authorization", Kind::secret}, {"x auth token", Kind::secret}, {"cookie", Kind::secret},
@@ -179,6 +181,11 @@ std::optional<Kind> kind_of_label(std::string_view label) {
         if (const auto found = labels().find(rest.substr(begin)); found != labels().end())
             return found->second;
     }
+    // "dbpassword", "PGPASSWORD"
+    constexpr std::string_view kJoined[] = {"password", "passwd", "passphrase", "authtok"};
+    if (std::any_of(std::begin(kJoined), std::end(kJoined),
+                    [&](auto one) { return rest.ends_with(one); }))
+        return Kind::secret;
     return std::nullopt;
 }
 

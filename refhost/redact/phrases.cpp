@@ -14,16 +14,20 @@ namespace qvhost::redact {
 namespace {
 
 enum class Follows {
-    user,        // a name
-    user_colon,  // a name before ':' ("NAME : TTY=")
-    host,        // a name or an address
-    domain,      // a name with dots, or an address
-    domains,     // several of them
-    secret,      // a word
-    serial,      // a word with a digit
-    token,       // this and what follows is one word, and secret
-    key_block,   // lines up to "-----END"
-    public_key,  // a long word, and perhaps user@host
+    user,             // a name
+    user_colon,       // a name before ':' ("NAME : TTY=")
+    user_before,      // it is the name that stands before it
+    numbered_user,    // a number and a name
+    numbered_secret,  // a number and a word
+    login,            // a name, and perhaps ':' or '%' and a password
+    host,             // a name or an address
+    domain,           // a name with dots, or an address
+    domains,          // several of them
+    secret,           // a word
+    serial,           // a word with a digit
+    token,            // this and what follows is one word, and secret
+    key_block,        // lines up to "-----END"
+    public_key,       // a long word, and perhaps user@host
 };
 
 struct Phrase {
@@ -32,7 +36,7 @@ struct Phrase {
     // Something that stands before it on the line; empty: nothing has to.
     std::string_view after = {};
     std::size_t least = 0;  // characters of the value
-    bool exact = false;     // capital letters count
+    bool capital = false;   // it is in capital letters, or its option is
 };
 
 // clang-format off
@@ -45,7 +49,10 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"new user: name=", Follows::user}, {"logged in as ", Follows::user}, {"login by ", Follows::user}, {"logged in: ", Follows::user},
     {"removed session of user ", Follows::user}, {"user account ", Follows::user, "", 3}, {"username ", Follows::user, "", 2},
     {"/home/", Follows::user}, {"/users/", Follows::user, "", 2, false}, {"/var/spool/cron/crontabs/", Follows::user}, {"/var/mail/", Follows::user},
-    {"sudo: ", Follows::user_colon}, {"]: ", Follows::user_colon, "sudo["},
+    {"sudo: ", Follows::user_colon}, {"]: ", Follows::user_colon, "sudo["}, {"]: (", Follows::user, "cron"}, {"]: user ", Follows::user, "gpasswd["},
+    {"password changed for ", Follows::user}, {"change user ", Follows::user, "usermod"}, {"failed login for ", Follows::user},
+    {"login failed for ", Follows::user}, {"authentication failure for ", Follows::user}, {" logged in", Follows::user_before, "user "},
+    {" logged out", Follows::user_before, "user "},
 
     {" by ", Follows::user, "session opened"}, {" by ", Follows::user, "session closed"},
     {"uid=", Follows::user}, {" from ", Follows::domain}, {"connect to host ", Follows::host, "ssh"}, {"resolve host ", Follows::host},
@@ -55,13 +62,28 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"connected to ", Follows::domain}, {"connecting to ", Follows::domain}, {"connection to ", Follows::domain},
     // command lines
     {" -u ", Follows::user, "ipmi", 1, true}, {" -h ", Follows::host, "ipmi", 1, true}, {" -p ", Follows::secret, "ipmi", 1, true},
-    {" -n ", Follows::host, "ipmiutil", 1, true}, {" -k ", Follows::secret, "ipmi", 1, true}, {" -y ", Follows::secret, "ipmi", 1, true},
+    {" -n ", Follows::host, "ipmiutil"}, {" -k ", Follows::secret, "ipmi"}, {" -y ", Follows::secret, "ipmi"},
+    {" -u ", Follows::user, "ipmi-"}, {" -h ", Follows::domain, "ipmi-"}, {" -p ", Follows::secret, "ipmi-"},
+    {" -u ", Follows::user, "racadm"}, {" -p ", Follows::secret, "racadm"}, {"user set name ", Follows::numbered_user},
+    {"user set password ", Follows::numbered_secret}, {" snmp ", Follows::secret, "lan set"}, {" password ", Follows::secret, "lan set"},
+    {" -c ", Follows::secret, "snmpwalk"}, {" -c ", Follows::secret, "snmpget"}, {" -c ", Follows::secret, "snmpset"},
+    {" -c ", Follows::secret, "snmpbulk"}, {" -u ", Follows::user, " -v3"}, {" -u ", Follows::user, " -v 3"},
+    {" -a ", Follows::secret, " -v3", 1, true}, {" -a ", Follows::secret, " -v 3", 1, true}, {" -x ", Follows::secret, " -v3", 1, true},
+    {" -x ", Follows::secret, " -v 3", 1, true}, {" cn=", Follows::user, "ldap"}, {" cn=", Follows::user, "bind"},
+    {"\"cn=", Follows::user, "ldap"}, {"\"cn=", Follows::user, "bind"}, {" -w ", Follows::secret, "ldap"},
+    {" -u ", Follows::login, "curl"}, {"--user ", Follows::login, "curl"}, {" -u ", Follows::login, "smbclient"},
+    {" -u ", Follows::user, "docker login"}, {" -p ", Follows::secret, "docker login"}, {" -a ", Follows::secret, "redis-cli"},
+    {" -l ", Follows::user, "ssh"},
     {"--user ", Follows::user}, {"--username ", Follows::user}, {"--login ", Follows::user}, {"--password ", Follows::secret},
     {"--passwd ", Follows::secret}, {"--pass ", Follows::secret}, {"--passphrase ", Follows::secret}, {"--token ", Follows::secret},
     {"--secret ", Follows::secret}, {"--host ", Follows::host}, {"--hostname ", Follows::host}, {"--api-key ", Follows::secret},
-    {"sshpass -p ", Follows::secret}, {"-passin pass:", Follows::secret}, {"-password ", Follows::secret, "", 2},
+    {"sshpass -p", Follows::secret}, {"-passin pass:", Follows::secret}, {"-passout pass:", Follows::secret}, {"-password ", Follows::secret, "", 2},
     {"identified by ", Follows::secret}, {"community ", Follows::secret, "snmp"}, {"rocommunity ", Follows::secret},
-    {"rwcommunity ", Follows::secret}, {"bindpw ", Follows::secret},
+    {"rwcommunity ", Follows::secret}, {"bindpw ", Follows::secret}, {"rootpw ", Follows::secret}, {"trapcommunity ", Follows::secret},
+    {" default ", Follows::secret, "com2sec"}, {"createuser ", Follows::user}, {" md5 ", Follows::secret, "createuser"},
+    {" sha ", Follows::secret, "createuser"}, {" des ", Follows::secret, "createuser"}, {" aes ", Follows::secret, "createuser"},
+    {"<password>", Follows::secret}, {"<passwd>", Follows::secret}, {"<secret>", Follows::secret}, {"<token>", Follows::secret},
+    {"<user>", Follows::user}, {"<username>", Follows::user},
     {"password is ", Follows::secret}, {"password to ", Follows::secret, "set"}, {"securitykey=", Follows::secret},
     // numbers of devices
     {"serial number ", Follows::serial, "", 5}, {"serial no ", Follows::serial, "", 5}, {"serial no. ", Follows::serial, "", 5},
@@ -74,6 +96,11 @@ constexpr auto kPhrases = std::to_array<Phrase>({
     {"xoxp-", Follows::token, "", 16}, {"sk_live_", Follows::token, "", 16}, {"sk-proj-", Follows::token, "", 24}, {"sk-ant-", Follows::token, "", 24},
     {"eyjh", Follows::token, "", 24}, {"eyj0", Follows::token, "", 24}, {"eyjr", Follows::token, "", 24}, {"eyjl", Follows::token, "", 24},
     {"eyjj", Follows::token, "", 24}, {"eyjp", Follows::token, "", 24},
+    {"ghu_", Follows::token, "", 20}, {"ghr_", Follows::token, "", 20}, {"xoxa-", Follows::token, "", 16}, {"xoxr-", Follows::token, "", 16},
+    {"xoxs-", Follows::token, "", 16}, {"sk_test_", Follows::token, "", 16}, {"rk_live_", Follows::token, "", 16}, {"whsec_", Follows::token, "", 20},
+    {"ya29.", Follows::token, "", 20}, {"pypi-", Follows::token, "", 30}, {"dop_v1_", Follows::token, "", 20}, {"hvb.", Follows::token, "", 20},
+    {"{sha}", Follows::token, "", 20}, {"{sha256}", Follows::token, "", 20}, {"{sha512}", Follows::token, "", 20}, {"{ssha256}", Follows::token, "", 20},
+    {"{ssha512}", Follows::token, "", 20}, {"{md5}", Follows::token, "", 20}, {"{smd5}", Follows::token, "", 20}, {"{crypt}", Follows::token, "", 20},
     {"hvs.", Follows::token, "", 20}, {"aiza", Follows::token, "", 30}, {"{ssha}", Follows::token, "", 20}, {"npm_", Follows::token, "", 30},
     {"private key-----", Follows::key_block}, {"private key block-----", Follows::key_block},
     {"ssh-rsa ", Follows::public_key}, {"ssh-ed25519 ", Follows::public_key}, {"ssh-dss ", Follows::public_key},
@@ -84,7 +111,7 @@ constexpr auto kPhrases = std::to_array<Phrase>({
 constexpr auto kNoNames = std::to_array<std::string_view>({
     "the", "a", "an", "this", "that", "unknown", "user", "mode", "space", "is", "was", "has", "name", "by", "from", "on", "to",
     "in", "of", "for", "and", "or", "not", "no", "invalid", "illegal", "with", "all", "any", "each", "it", "must", "set", "port",
-    "authentication", "required", "file", "failed", "which", "does", "string", "name", "names",
+    "authentication", "required", "file", "failed", "which", "does", "string", "name", "names", "session",
 });
 // clang-format on
 
@@ -118,23 +145,29 @@ public:
     PhraseReader(std::string_view text, const TakeFound& take) : text_(text), take_(take) {}
 
     void read(std::size_t at, std::size_t size, const Phrase& phrase) const {
-        if (phrase.exact && !is_exact(at, size, phrase)) return;
+        if (phrase.capital && !is_capital(at, size, phrase)) return;
         if (!phrase.after.empty() && !stands_behind(at, phrase.after)) return;
         // Not "nouser alice", "misserial X".
         if (is_alnum(phrase.words[0]) && phrase.follows != Follows::key_block && at > 0 &&
             is_alnum(text_[at - 1]))
             return;
         auto value = at + size;
+        // In the words of a tool's help "<password>" is no element.
+        if (phrase.words.ends_with('>') && at_or_end(text_, value) == ' ') return;
         while (value < text_.size() && text_[value] == ' ') ++value;
         switch (phrase.follows) {
             case Follows::user: return read_user(value, phrase.words);
             case Follows::user_colon: return read_user_before_colon(value);
+            case Follows::user_before: return read_user_before(at);
+            case Follows::numbered_user: return read_user(behind_number(value), phrase.words);
+            case Follows::numbered_secret: return read_secret(behind_number(value), phrase.least);
+            case Follows::login: return read_login(value);
             case Follows::host: read_host(value, false); return;
             case Follows::domain: read_host(value, true); return;
             case Follows::domains: return read_domains(value);
             case Follows::secret: return read_secret(value, phrase.least);
             case Follows::serial: return read_serial(value, phrase.least);
-            case Follows::token: return read_token(at, phrase.least);
+            case Follows::token: return read_token(at, size, phrase.least);
             case Follows::key_block: return read_key_block(value);
             case Follows::public_key: return read_public_key(value);
         }
@@ -151,12 +184,10 @@ private:
         return lowered(text_.substr(begin, at - begin)).find(words) != std::string::npos;
     }
     // The capital letters of options: "-U" of ipmitool; keys begin with "AKIA".
-    bool is_exact(std::size_t at, std::size_t size, const Phrase& phrase) const {
+    bool is_capital(std::size_t at, std::size_t size, const Phrase& phrase) const {
         const auto found = text_.substr(at, size);
-        if (phrase.follows == Follows::token)
-            return std::all_of(found.begin(), found.end(), is_upper);
-        const bool is_small_one = phrase.words == " -k " || phrase.words == " -y ";
-        return is_small_one || is_upper(found[2]) || phrase.after == "ipmiutil";
+        return phrase.follows == Follows::token ? std::all_of(found.begin(), found.end(), is_upper)
+                                                : is_upper(found[2]);
     }
 
     std::string_view run(std::size_t at, bool (*is_part)(char)) const {
@@ -172,7 +203,7 @@ private:
     }
 
     void read_user(std::size_t at, std::string_view words) const {
-        if (words == "uid=") {  // "uid=1000(alice)"
+        if (words == "uid=" && is_digit(at_or_end(text_, at))) {  // "uid=1000(alice)"
             at += run(at, is_digit).size();
             if (at_or_end(text_, at) != '(') return;
             ++at;
@@ -185,6 +216,28 @@ private:
         if (name.empty() || std::all_of(name.begin(), name.end(), is_digit)) return;
         if (std::find(kNoNames.begin(), kNoNames.end(), lowered(name)) != kNoNames.end()) return;
         give(name, Class::users, Form::text);
+    }
+    // "User alice logged in"
+    void read_user_before(std::size_t at) const {
+        auto begin = at;
+        while (begin > 0 && is_name_part(text_[begin - 1])) --begin;
+        constexpr std::string_view kWord = "user ";
+        if (begin >= kWord.size() &&
+            lowered(text_.substr(begin - kWord.size(), kWord.size())) == kWord)
+            read_user(begin, "");
+    }
+    std::size_t behind_number(std::size_t at) const {
+        if (!is_digit(at_or_end(text_, at))) return text_.size();
+        at += run(at, is_digit).size();
+        return at + run(at, [](char c) { return c == ' '; }).size();
+    }
+    // "alice:password", "alice%password"
+    void read_login(std::size_t at) const {
+        read_user(at, "");
+        if (std::string_view("\"'").find(at_or_end(text_, at)) != std::string_view::npos) ++at;
+        const auto divider = at + run(at, is_name_part).size();
+        if (std::string_view(":%").find(at_or_end(text_, divider)) != std::string_view::npos)
+            read_secret(divider + 1, 1);
     }
     // "sudo:   alice : TTY=pts/0"
     void read_user_before_colon(std::size_t at) const {
@@ -246,21 +299,24 @@ private:
             take_(given);
         });
     }
-    void read_token(std::size_t at, std::size_t least) const {
-        const auto token = run(at, is_token_part);
+    void read_token(std::size_t at, std::size_t size, std::size_t least) const {
+        auto token = text_.substr(at, size + run(at + size, is_token_part).size());
         if (token.size() < least || (at > 0 && is_alnum(text_[at - 1]))) return;
+        if (token[0] == '{') token.remove_prefix(size);  // "{SSHA}" is nobody's
         give(token, Class::secrets, Form::text);
     }
     void read_key_block(std::size_t at) const {
         const auto end = std::min(text_.find("-----END", at), text_.size());
         while (at < end) {
-            const auto stop = std::min(text_.find('\n', at), end);
+            // In a text of JSON a line ends with "\n".
+            const auto escaped = text_.find("\\n", at);
+            const auto stop = std::min({text_.find('\n', at), escaped, end});
             const auto line = trimmed(text_.substr(at, stop - at));
             // "Proc-Type: 4,ENCRYPTED"
             if (!line.empty() && line.find(": ") == std::string_view::npos &&
                 std::all_of(line.begin(), line.end(), is_token_part))
                 take_({place(line), line.size(), Class::secrets, Form::text, true});
-            at = stop + 1;
+            at = stop + (stop == escaped ? 2 : 1);
         }
     }
     void read_public_key(std::size_t at) const {
@@ -324,11 +380,20 @@ void find_account(std::string_view text, std::size_t at, std::size_t end, const 
     const char mark = line[name + 1];
     const bool is_passwd = std::string_view("x*!").find(mark) != std::string_view::npos &&
                            line[name + 2] == ':' && is_digit(at_or_end(line, name + 3));
-    const bool is_shadow = mark == '$' && std::count(line.begin(), line.end(), ':') >= 7;
-    if (!is_passwd && !is_shadow) return;
+    constexpr std::size_t kHash = 20, kOldHash = 13;
+    const auto password = line.substr(name + 1, line.find(':', name + 1) - name - 1);
+    const bool is_hash =
+        mark == '$' && password.size() >= kHash && line.find(' ') == std::string_view::npos;
+    // As crypt(3) made them once.
+    const bool is_old_hash = password.size() == kOldHash &&
+                             is_digit(at_or_end(line, name + kOldHash + 2)) &&
+                             std::count(line.begin(), line.end(), ':') == 8 &&
+                             std::all_of(password.begin(), password.end(), is_token_part);
+    if (!is_passwd && !is_hash && !is_old_hash) return;
     if (!std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(name), is_name_part))
         return;
     take({at, name, Class::users, Form::text, false});
+    if (is_old_hash) take({at + name + 1, kOldHash, Class::secrets, Form::text, true});
     if (!is_passwd) return;
     auto from = line.find(':', name + 3);
     if (from != std::string_view::npos) from = line.find(':', from + 1);

@@ -173,14 +173,20 @@ std::vector<Secret> secrets(Random& random) {
     const auto domain = some(random, 9, kLetters) + ".example." + one_of({"com", "org"});
     add(one_of({"Host Name - bmc.", "search ", "https://x."}), domain, spell_text, domain);
     const auto user = some(random, 8, kLetters);
-    add(one_of({"user=", "sshd[2]: Accepted password for ", "User Name: ", "cwd /home/"}), user,
-        spell_text, user);
+    add(one_of({"user=", "sshd[2]: Accepted password for ", "User Name: ", "cwd /home/", "ssh -l ",
+                "cron[7]: (", "racadm -u ", "ldapsearch -D cn=", "ipmitool user set name 3 ",
+                "<username>"}),
+        user, spell_text, user);
     const auto password = some(random, 5, kLetters) + one_of({"!", "#", "%", "+"}) +
                           some(random, 5, kCapitals + kDigits);
-    add(one_of({"password=", "ipmitool -I lanplus -P ", "Password: ", "secret: "}), password,
-        spell_text, password);
+    add(one_of({"password=", "ipmitool -I lanplus -P ", "Password: ", "secret: ", "PGPASSWORD=",
+                "sshpass -p", "rootpw ", "ipmitool user set password 2 ", "snmpget -v3 -X ",
+                "ldapsearch -w ", "curl -u ops:", "<password>", "smbclient -U ops%"}),
+        password, spell_text, password);
     const auto token = some(random, 16, kLetters + kDigits);
-    add(one_of({"token=", "api_key: ", "Authorization: Bearer "}), token, spell_text, token);
+    add(one_of({"token=", "api_key: ", "Authorization: Bearer ", "AccountKey=", "snmpwalk -v2c -c ",
+                "{SSHA}"}),
+        token, spell_text, token);
     return made;
 }
 
