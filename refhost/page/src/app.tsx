@@ -9,7 +9,7 @@ import {oneLine, visible} from "./base/text";
 import {applyTheme, nextTheme, savedTheme} from "./base/theme";
 import type {ViewProps} from "./base/view_props";
 import {Help} from "./parts/help";
-import {isIncomplete} from "./parts/lacking";
+import {isIncomplete} from "./parts/incomplete_notice";
 import {Navigation} from "./parts/navigation";
 import {SubjectView} from "./parts/subject_view";
 import {EventsPicture} from "./events/view";

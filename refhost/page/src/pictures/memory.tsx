@@ -6,7 +6,7 @@ import {Standing} from "../parts/evidence";
 import {EventsOf} from "../events/events_of";
 import {isOfMemory, named} from "../events/memory";
 import {useEventsWith, type FoundEvents} from "../events/use_events";
-import {Nothing} from "./nothing";
+import {EmptyPicture} from "./empty_picture";
 
 function Module({module, events}: {module: MemoryModule; events: FoundEvents["found"]}) {
   const {slot, capacity_bytes: size, type, speed_mts: speed, manufacturer, part, serial} = module;
@@ -47,7 +47,7 @@ export function MemoryPicture({overview}: ViewProps) {
   return (
     <>
       {modules.length === 0 ? (
-        <Nothing overview={overview} of="memory modules" />
+        <EmptyPicture overview={overview} of="memory modules" />
       ) : (
         <>
           <p class="lead">

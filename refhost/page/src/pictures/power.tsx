@@ -4,8 +4,8 @@ import {visible} from "../base/text";
 import {supplyFindings, worst} from "../base/verdict";
 import type {ViewProps} from "../base/view_props";
 import {Standing} from "../parts/evidence";
+import {EmptyPicture} from "./empty_picture";
 import {levelOf} from "./level";
-import {Nothing} from "./nothing";
 import {State} from "./state";
 
 const about = ({model, part, serial, firmware}: PowerSupply) =>
@@ -15,7 +15,7 @@ const about = ({model, part, serial, firmware}: PowerSupply) =>
 
 export function PowerPicture({overview}: ViewProps) {
   const supplies = overview.inventory?.power_supplies ?? [];
-  if (supplies.length === 0) return <Nothing overview={overview} of="power supplies" />;
+  if (supplies.length === 0) return <EmptyPicture overview={overview} of="power supplies" />;
   const found = supplyFindings(overview);
   return (
     <ul class="slots supplies">

@@ -6,8 +6,8 @@ import {sensorFindings, worst} from "../base/verdict";
 import type {ViewProps} from "../base/view_props";
 import {Standing} from "../parts/evidence";
 import {SeverityMark} from "../parts/severity_mark";
+import {EmptyPicture} from "./empty_picture";
 import {levelOf, type Level} from "./level";
-import {Nothing} from "./nothing";
 import {isUnread, stateWords} from "./sensor_words";
 
 const WIDTH = 360;
@@ -155,7 +155,7 @@ function tally(sensors: Sensor[], severityOf: Judge): string {
 
 export function SensorsPicture({overview}: ViewProps) {
   const sensors = overview.inventory?.sensors ?? [];
-  if (sensors.length === 0) return <Nothing overview={overview} of="sensors" />;
+  if (sensors.length === 0) return <EmptyPicture overview={overview} of="sensors" />;
   const found = sensorFindings(overview);
   const severityOf: Judge = sensor => worst(found(sensor));
   const kinds = new Set([...Object.keys(TITLES), ...sensors.map(({kind}) => kind ?? "")]);

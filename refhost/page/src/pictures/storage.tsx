@@ -9,8 +9,8 @@ import type {ViewProps} from "../base/view_props";
 import {Standing} from "../parts/evidence";
 import {arraysOf, type DriveArray, type Member} from "./arrays";
 import {DriveDetails} from "./drive";
+import {EmptyPicture} from "./empty_picture";
 import {levelOf} from "./level";
-import {Nothing} from "./nothing";
 import {slotsOf} from "./slots";
 import {State} from "./state";
 import {driveStates, volumeStates} from "./states";
@@ -364,7 +364,7 @@ export function hasStorage({inventory}: Overview): boolean {
 }
 
 export function StoragePicture({overview, route}: ViewProps) {
-  if (!hasStorage(overview)) return <Nothing overview={overview} of="drives or volumes" />;
+  if (!hasStorage(overview)) return <EmptyPicture overview={overview} of="drives or volumes" />;
   const open = route.state["drive"] ?? "";
   const drive = overview.inventory!.drives.find(one => driveKey(one) === open);
   return (

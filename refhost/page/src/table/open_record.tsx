@@ -6,7 +6,7 @@ import {rowLines} from "../base/row_lines";
 import type {Rows} from "../base/rows";
 import {visible} from "../base/text";
 import {Panel} from "../parts/panel";
-import {Text} from "./sheet";
+import {Text} from "./header_column";
 
 // The row's line in the capture; 0: not certain, or not found yet.
 function useLine(rows: Rows, row: number, capture: Capture | undefined): number {

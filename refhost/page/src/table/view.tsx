@@ -11,9 +11,9 @@ import {useAddress} from "../base/use_address";
 import {shownRows, type Wanted} from "../base/view_rows";
 import {GridHost} from "../grid/grid_host";
 import {hashOfAddress, readAddress} from "./address";
+import {HeaderColumn} from "./header_column";
 import {OpenRecord} from "./open_record";
 import {plainTable} from "./plain_table";
-import {Sheet} from "./sheet";
 import {Toolbar, useCopy} from "./toolbar";
 
 const MOST_BESIDE = 24; // more records than that are easier to read as rows
@@ -127,7 +127,7 @@ function Records({table, route, captures, nonce, rows, loaded}: RecordsProps & {
       />
       {rows &&
         (asSheet ? (
-          <Sheet rows={rows} columns={columns} order={[...order]} captures={captures} active={chosen} />
+          <HeaderColumn rows={rows} columns={columns} order={[...order]} captures={captures} active={chosen} />
         ) : (
           <GridHost
             rows={rows}

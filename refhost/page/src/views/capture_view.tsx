@@ -7,8 +7,8 @@ import {captureHash, type Route} from "../base/route";
 import {bytes, count, cutAtLine, seconds, visible} from "../base/text";
 import {useAddress} from "../base/use_address";
 import {findingsAt, saysBesideSubject} from "../base/verdict";
+import {LineLinks} from "../parts/line_links";
 import {SeverityMark} from "../parts/severity_mark";
-import {StandingHere} from "../parts/standing_here";
 
 const MOST_FOUND = 5000; // places that are highlighted
 
@@ -180,7 +180,7 @@ function CaptureText({
         <span class="count">
           {marked !== null && (
             <>
-              Line {line} is marked. <StandingHere overview={overview} capture={capture.name} line={line} />
+              Line {line} is marked. <LineLinks overview={overview} capture={capture.name} line={line} />
             </>
           )}
         </span>

@@ -4,7 +4,7 @@ import {hostName, productName, serialNumber} from "../base/server_name";
 import {count, seconds, visible, written} from "../base/text";
 import {FindingsView} from "../parts/findings";
 import {HealthView} from "../parts/health";
-import {Lacking} from "../parts/lacking";
+import {IncompleteNotice} from "../parts/incomplete_notice";
 import {MachineFacts} from "../parts/machine";
 
 // The health of the subsystems and the findings, or that the report holds none.
@@ -68,7 +68,7 @@ export function OverviewView({overview}: {overview: Overview}) {
       <p class="lead">
         <Collected overview={overview} />.
       </p>
-      <Lacking overview={overview} />
+      <IncompleteNotice overview={overview} />
       <Verdict overview={overview} />
       <section aria-labelledby="machine">
         <h2 id="machine">The machine</h2>

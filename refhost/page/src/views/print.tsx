@@ -4,7 +4,7 @@ import type {Overview, Sensor} from "../base/report";
 import {count, oneLine, visible} from "../base/text";
 import {isAcknowledged, sensorFindings, worst} from "../base/verdict";
 import {FindingsView} from "../parts/findings";
-import {Lacking} from "../parts/lacking";
+import {IncompleteNotice} from "../parts/incomplete_notice";
 import {MachineFacts} from "../parts/machine";
 import {SeverityMark} from "../parts/severity_mark";
 import {useEventsWith} from "../events/use_events";
@@ -142,7 +142,7 @@ export function PrintView({overview}: {overview: Overview}) {
           Print
         </button>
       </p>
-      <Lacking overview={overview} whole />
+      <IncompleteNotice overview={overview} whole />
       {overview.health === undefined ? (
         <p class="empty">This report holds no verdict: nothing in it says how the server is.</p>
       ) : (

@@ -1,7 +1,7 @@
 // What a picture says that has nothing to draw.
 import type {Overview} from "../base/report";
 
-export function Nothing({overview, of}: {overview: Overview; of: string}) {
+export function EmptyPicture({overview, of}: {overview: Overview; of: string}) {
   return (
     <p class="empty">
       {overview.inventory === undefined

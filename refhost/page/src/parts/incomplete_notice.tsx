@@ -11,7 +11,7 @@ export function isIncomplete(overview: Overview): boolean {
   return status !== "" && status !== "complete";
 }
 
-export function Lacking({overview, whole = false}: {overview: Overview; whole?: boolean}) {
+export function IncompleteNotice({overview, whole = false}: {overview: Overview; whole?: boolean}) {
   const incomplete = isIncomplete(overview);
   const partial = overview.modules
     .flatMap(module => module.tables)

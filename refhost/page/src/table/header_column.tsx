@@ -11,7 +11,7 @@ export function Text({value, captures}: {value: Value; captures: Map<string, Cap
   return <bdi class="value">{trimmed(value)}</bdi>;
 }
 
-export function Sheet({
+export function HeaderColumn({
   rows,
   columns,
   order,

@@ -61,7 +61,7 @@ function useRowsAt(tables: Table[], overview: Overview, capture: string, line: n
   return ways;
 }
 
-export function StandingHere({overview, capture, line}: {overview: Overview; capture: string; line: number}) {
+export function LineLinks({overview, capture, line}: {overview: Overview; capture: string; line: number}) {
   const tables = overview.modules
     .flatMap(module => module.tables)
     .filter(table => table.capture === capture && table.records > 0);
