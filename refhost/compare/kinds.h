@@ -43,11 +43,11 @@ struct KindRow {
     // Their `missing` says whether one that is gone could have been read.
     std::vector<findings::Subsystem> subsystems = {};
     bool is_always_there = false;  // no machine is without: if all are gone they were not read
-    // Rows may say again what an entity of another kind with the same serial number says; those of one
-    // value of this field are then left out. "": they do not.
+    // Rows with one value of this field are left out if each of them has the serial number of an entity of another
+    // kind: they say again what that entity says. "": no row is left out.
     const char* again = "";
-    const char* parts_of =
-        "";  // a report with rows of this kind and none of these did not read them
+    // A report with rows of this kind and none of these did not read them.
+    const char* parts_of = "";
 };
 
 std::span<const KindRow> kinds();

@@ -36,7 +36,8 @@ struct EarlierRun {
     Verdict verdict;
 };
 
-// Of media errors, and of how far a rebuild has come: the ones that the earlier run read as well, and since when.
+// Media errors and the progress of rebuilds that the earlier run read as well: which of them have not changed, and since
+// when.
 std::vector<Unchanged> unchanged_since(const EarlierRun& earlier,
                                        const inventory::Inventory& inventory);
 

@@ -41,20 +41,21 @@ struct TableEndEntry {  // its callbacks are done
 };
 // The error of a table that has as many records as are kept: its module goes on.
 inline constexpr const char* kRecordsCut = "its records had reached the size limit";
-struct QuestionEntry {  // a question of the host's own that is about to be asked, or that cannot be
-    std::string tool;   // which is asked; empty: none
+// A question of the host's own. Either it is about to be asked, and has a tool; or it cannot be, and has a lack.
+struct QuestionEntry {
+    std::string tool;       // which is asked; empty: none
     std::string subsystem;  // whose verdict lacks what cannot be asked
     std::string lack;       // what that is, in words; empty: it is asked
     bool operator==(const QuestionEntry&) const = default;
 };
 struct EndEntry {  // the collection ran to its end
-    std::string
-        error;  // why it could not run at all (the plug-in did not load, ...); empty: it did
+    // Why it could not run at all (the plug-in did not load, ...); empty: it did.
+    std::string error;
     bool operator==(const EndEntry&) const = default;
 };
 struct ModulesEndEntry {  // all modules of this process were asked; no record follows
-    bool
-        device_is_left;  // whether the BMC has left its questions without an answer (runner/device.h)
+    // Whether the BMC has left its questions without an answer (runner/device.h).
+    bool device_is_left;
     bool operator==(const ModulesEndEntry&) const = default;
 };
 

@@ -63,7 +63,7 @@ private:
 };
 
 // The log directory without links on its way, and why nothing may be written there: it, or its report, is not
-// the user's alone (trust.h). Whoever goes on uses the path that is returned.
+// the user's alone (trust.h). Callers write to the path in the result, not to `path`.
 JudgedPlace judge_log_dir(const std::filesystem::path& path);
 
 // The directory as an absolute path without links, "." and ".."; nothing is made. Throws std::runtime_error

@@ -335,8 +335,8 @@ void ask_own_questions(const CollectOptions& options, const LogDir& dir,
     ask::ask(settings);
 }
 
-// The plug-in stops the driver when it has asked its questions, and the BMC is asked again after it. It is stopped when
-// no other lane may need it.
+// The layer keeps the IPMI driver until the host's own questions are asked: the plug-in would stop it after its own. The
+// last lane stops it.
 class KeptDriver {
 public:
     explicit KeptDriver(bool is_only_lane) : is_only_lane_(is_only_lane) {

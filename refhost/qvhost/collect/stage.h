@@ -11,7 +11,8 @@
 
 namespace qvhost {
 
-// The plug-in takes the directory of the running program for its own, and looks for its tools there.
+// The program that is run for a collection, and what is known before it runs. The plug-in looks for its tools beside the
+// running program, in qv_tools.
 struct Stage {
     std::filesystem::path program;  // an executable qvhost with qv_tools/ and ../lib beside it
     bool kill_leftovers = false;    // whether tools still running at the end are killed
