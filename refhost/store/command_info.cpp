@@ -31,7 +31,6 @@ constexpr std::string_view kNotStarted = "it could not be started";
 constexpr std::string_view kNotEnded = "it was running when the collection ended";
 constexpr std::string_view kExitCode = "exit code ";
 constexpr std::string_view kSignal = "killed by signal ";
-constexpr int kNotFound = 127;
 
 // A shell exits with 128 and the signal's number if a signal ended the tool.
 std::optional<int> signal_told_by(int exit) {

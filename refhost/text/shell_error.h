@@ -1,9 +1,12 @@
-// What a shell and the loader of programs say of a tool that they cannot start.
+// What a shell and the loader of programs say of a tool that they cannot start, and with which exit code.
 #pragma once
 
 #include <string_view>
 
 namespace qvhost {
+
+inline constexpr int kCannotRun = 126;
+inline constexpr int kNotFound = 127;
 
 // "Permission denied" of "sh: 1: /opt/qv_tools/storcli_x64: Permission denied", if the tool is storcli_x64. Empty: the
 // line says something else, or it is about something that the tool itself has started.

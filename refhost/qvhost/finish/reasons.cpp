@@ -29,8 +29,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kCannotRun = 126;  // exit codes of a shell
-constexpr int kNotFound = 127;
 constexpr std::size_t kReadBytes = 65536;     // read of a capture
 constexpr std::size_t kMostCharacters = 200;  // of what a tool said
 

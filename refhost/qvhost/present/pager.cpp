@@ -14,14 +14,11 @@
 
 #include "files/descriptor.h"
 #include "processes/processes.h"
+#include "text/shell_error.h"
 
 namespace qvhost {
 
 namespace {
-
-// The shell's exit codes for a command that it cannot run, or cannot find.
-constexpr int kCannotRun = 126;
-constexpr int kNotFound = 127;
 
 std::string pager_command() {
     const char* const variable = std::getenv("PAGER");
