@@ -166,6 +166,7 @@ protected:
                         {"/bin/sh", "-c", "for i in 1 2 3 4 5 6 7 8 9; do sleep 1 & done; wait"}))
                 .exit == 0)
             GTEST_SKIP() << "the system does not bound a user's processes";
+        wait_until("the shell's processes have ended", [&] { return family().empty(); });
         fs::permissions(dir(), fs::perms{0755});
         fs::create_directory(log_dir());
         fs::permissions(log_dir(), fs::perms::owner_all);
