@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <string>
 
 #include "inventory/forms.h"
 
@@ -34,6 +36,16 @@ constexpr auto kNoneThere = std::to_array<std::string_view>({
 }  // namespace
 
 bool says_there_is_none(std::string_view error) { return is_like_any(error, kNoneThere); }
+
+Gap cannot_be_read(int error, std::int64_t lines) {
+    return {lines, std::string("cannot be read: ") + std::strerror(error)};
+}
+
+void read_lines(const CaptureReader& reader, CaptureLines& lines, Reading& reading) {
+    reader.read(lines, reading);
+    if (lines.error() != 0)
+        reading.how.gaps.push_front(cannot_be_read(lines.error(), lines.count()));
+}
 
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture) {
     for (const auto& reader : readers) {

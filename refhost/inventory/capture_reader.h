@@ -1,6 +1,7 @@
 // Which reader reads which capture: a row of the tables that the readers' folders give.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -27,6 +28,13 @@ inline constexpr const char* kOwnLog = "";
 
 // The first row whose pattern fits the capture's name; null: there is none.
 const CaptureReader* reader_for(std::span<const CaptureReader> readers, std::string_view capture);
+
+// A file that gives no more than so many lines; `error` is the system's number.
+Gap cannot_be_read(int error, std::int64_t lines = 0);
+
+// Calls the row's reader, and puts a gap before all others where the file cannot be read to its end: what a
+// reader makes of the part before it may look whole.
+void read_lines(const CaptureReader& reader, CaptureLines& lines, Reading& reading);
 
 // "Cachevault is absent!", "Un-supported command": the tool's words for what is not there.
 bool says_there_is_none(std::string_view error);

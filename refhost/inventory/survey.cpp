@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <map>
 #include <optional>
 #include <set>
@@ -97,7 +96,7 @@ void read_bounded(const CaptureReader& reader, int fd, Reading& reading, std::si
                              : std::min(kMostEntities,
                                         kMostAllEntities - std::min(before, kMostAllEntities)));
     lines.stop_when([&] { return lines.bytes() > bytes || entities_in(reading.found) > entities; });
-    reader.read(lines, reading);
+    read_lines(reader, lines, reading);
     if (!reader.log) room -= std::min(room, lines.bytes());
     if (lines.was_stopped())
         reading.how.gaps.push_front({lines.count(), "it is too long: its first " +
@@ -177,10 +176,16 @@ private:
             return a_whole == b_whole ? !a_whole && a.events < b.events : b_whole;
         };
         const auto best = std::max_element(captures.begin(), captures.end(), is_worse);
-        if (const int fd = open_capture(log_dir_ / best->name); fd >= 0) {
-            Inventory known;
-            Reading reading{best->name, known, events_};
+        Inventory known;
+        Reading reading{best->name, known, events_};
+        if (const int fd = open_capture(log_dir_ / best->name); fd >= 0)
             read_bounded(*best->reader, fd, reading, room_);
+        else
+            reading.how.gaps.push_back(cannot_be_read(errno));
+        // It could be read when events were counted; now it may break off.
+        for (auto& capture : survey_.captures) {
+            if (capture.name == best->name && capture.how.gaps.empty() && !reading.how.gaps.empty())
+                capture.how.gaps.push_back(reading.how.gaps.front());
         }
     }
 
@@ -212,7 +217,7 @@ private:
             if (const auto text = without_refusal(fd, capture)) {
                 ::close(fd);
                 CaptureLines lines(*text);
-                reader.read(lines, reading);
+                read_lines(reader, lines, reading);
             } else {
                 read_bounded(reader, fd, reading, room_);
             }
@@ -220,7 +225,7 @@ private:
             if (reader.may_be_none) forgive_absence(capture);
         } else if (errno != ENOENT) {
             capture.is_there = true;
-            capture.how.gaps.push_back({0, std::string("cannot be read: ") + std::strerror(errno)});
+            capture.how.gaps.push_back(cannot_be_read(errno));
         }
         survey_.captures.push_back(std::move(capture));
     }
