@@ -131,6 +131,23 @@ TEST(Fru, WithoutAHeadingAndCutOff) {
     EXPECT_EQ(read("\n", read_fru).all(), "gap 1: no FRU\n");
 }
 
+// The shell, or the tool on standard error, writes over the beginning of the answer.
+TEST(Fru, WhoseHeadingIsOverwrittenIsNone) {
+    const std::string answer(kFrus);
+    const std::string_view rest =
+        "frus 14: device=PS1 (ID 1) product=PWR SPLY,495W,RDNT\n"
+        "frus 21: device=Riser1 FRU (ID 4)\n"
+        "frus 24: device=CPU 1 DIMM 1 (ID 110) serial=e08f54c1\n"
+        "gap 2: messages may stand over the beginning of the line\n";
+    const std::string killed = "Killed\n";
+    EXPECT_EQ(read(killed + answer.substr(killed.size()), read_fru).all(),
+              std::string(rest) + "error 1: Killed\n");
+    // Messages that go before the answer leave it whole.
+    EXPECT_EQ(read(killed + answer, read_fru).found.frus.size(), 4U);
+    EXPECT_EQ(read("Error: Unable to open\nError: no more\n" + answer, read_fru).how.gaps.size(),
+              0U);
+}
+
 TEST(PowerSupplies, FormsOfThreeMakers) {
     EXPECT_EQ(
         read("Power supply 1: present, AC ok, output on\n"

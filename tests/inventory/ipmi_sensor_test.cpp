@@ -145,6 +145,33 @@ TEST(Sdr, OlderFormsAreReadToo) {
         "2: name=HDD10 number=4Fh status=ns\n");
 }
 
+// The shell, or the tool on standard error, writes over the beginning of the answer.
+TEST(Sdr, WhatIsLeftOfAnOverwrittenRowIsNoSensor) {
+    const std::string answer =
+        "CPU1 Temp        | 04h | ok  |  3.1 | 30 degrees C\n"
+        "CPU2 Temp        | 05h | ok  |  3.2 | 31 degrees C\n"
+        "FAN1             | 07h | ok  | 29.1 | 9960 RPM\n";
+    const std::string fan = "name=FAN1 number=07h kind=fan reading=9960 unit=RPM status=ok\n";
+    const struct {
+        std::string message;
+        std::size_t sensors;
+    } cases[] = {
+        {"Killed\n", 2},
+        {"Segmentation fault\n", 2},
+        {"IANA PEN registry open failed: No such file or directory\n", 1},
+    };
+    for (const auto& [message, sensors] : cases) {
+        const auto left = message + answer.substr(message.size());
+        EXPECT_EQ(read(left, read_sdr).found.sdr_sensors.size(), sensors) << left;
+        EXPECT_NE(sdr_rows(left).find(fan), std::string::npos) << left;
+        EXPECT_NE(sdr_rows(left).find("gap 2: "), std::string::npos) << left;
+        // A message that goes before the answer leaves it whole.
+        const auto whole = read(message + answer, read_sdr);
+        EXPECT_EQ(whole.found.sdr_sensors.size(), 3U) << whole.all();
+        EXPECT_TRUE(whole.how.gaps.empty()) << whole.all();
+    }
+}
+
 TEST(Sdr, WhatIsNoRowIsSaid) {
     struct Case {
         std::string_view text, all, why;

@@ -119,6 +119,14 @@ void read_aside(const CaptureLine& line, Reading& reading) {
         add_gap(reading, line.number, "the capture ends in the middle of a line");
 }
 
+bool FirstLine::is_overwritten(const CaptureLine& line, std::string_view text, Reading& reading) {
+    const bool is_to_check = has_message_ && !has_passed_;
+    has_passed_ = true;
+    if (!is_to_check || text.find(separator_) >= column_) return false;
+    add_gap(reading, line.number, "messages may stand over the beginning of the line");
+    return true;
+}
+
 void add_gap(Reading& reading, std::int64_t line, std::string words) {
     reading.how.gaps.push_back({line, std::move(words)});
 }

@@ -95,6 +95,9 @@ constexpr auto kOtherKeys = std::to_array<std::string_view>({
     "Supply *",
 });
 
+// The keys are printed so wide.
+constexpr std::size_t kKeyWidth = 23;
+
 // Instead of a unit's fields
 constexpr auto kEmpty = std::to_array<std::string_view>({
     "Device not present (*)",
@@ -135,6 +138,8 @@ struct Block {
 void read_fru(CaptureLines& lines, Reading& reading) {
     std::optional<Block> block;
     bool any = false;
+    FirstLine first(':', kKeyWidth);
+    bool is_of_unknown_unit = false;  // its heading is overwritten
     const auto finish = [&] {
         if (block && !block->is_absent) reading.found.frus.push_back(std::move(block->fru));
         any = any || block;
@@ -149,12 +154,16 @@ void read_fru(CaptureLines& lines, Reading& reading) {
             block->fru.place = reading.at(line.number);
         };
         if (pair && pair->key == "FRU Device Description") {
+            is_of_unknown_unit = false;
             begin();
             block->fru.device = told(pair->value);
             if (!line.ended && !pair->value.ends_with(')'))
                 add_gap(reading, line.number, "the capture ends in the middle of a line");
             return;
         }
+        if (pair && !is_tool_error(text) && first.is_overwritten(line, text, reading))
+            is_of_unknown_unit = true;
+        if (is_of_unknown_unit) return;
         if (is_like_any(trimmed(text), kEmpty)) {
             if (block) block->is_absent = true;
             return;
@@ -176,6 +185,7 @@ void read_fru(CaptureLines& lines, Reading& reading) {
             return;
         }
         read_aside(line, reading);
+        first.message_before();
     });
     finish();
     if (!any && reading.how.lines > 0) add_gap(reading, reading.how.lines, "no FRU");

@@ -84,6 +84,9 @@ void take_reading(std::string_view text, Sensor& sensor) {
     }
 }
 
+// The name is printed at least so wide, and a blank follows.
+constexpr std::size_t kNameWidth = 16;
+
 // A line without its end is whole if its last word can be.
 bool can_be_whole(std::string_view line, const Sensor& sensor, std::string_view reading) {
     if (reading.empty()) return !line.ends_with('|');
@@ -120,16 +123,20 @@ Row row_of(std::string_view line) {
 
 void read_sdr(CaptureLines& lines, Reading& reading) {
     const auto before = reading.found.sdr_sensors.size();
+    FirstLine first('|', kNameWidth + 1);
     each_line(lines, reading, [&](const CaptureLine& line) {
         const auto text = without_chatter(line.text);
         const auto row = row_of(text);
         if (!row.fits) {
-            if (text.find('|') != std::string_view::npos)
+            if (text.find('|') != std::string_view::npos) {
                 add_gap(reading, line.number, "not a row of an SDR list");
-            else
+            } else {
                 read_aside(line, reading);
+                first.message_before();
+            }
             return;
         }
+        if (first.is_overwritten(line, text, reading)) return;
         Sensor sensor;
         sensor.place = reading.at(line.number);
         if (!row.name.empty()) sensor.name = std::string(row.name);
