@@ -606,6 +606,9 @@ void expect_kernel(Found& found) {
         {KernelKind::machine_check, "event_processor", "processor", Level::warning,
          Level::critical},
         {KernelKind::disk_error, "event_disk", "storage", Level::warning, Level::critical},
+        {KernelKind::drive_lost, "event_drive_lost", "storage", Level::warning, Level::critical},
+        {KernelKind::controller_lost, "event_controller_lost", "storage", Level::warning,
+         Level::critical},
     };
     // Messages of one text are one finding, which names some of their lines.
     std::map<std::string, std::vector<Spot>> lines_of;

@@ -485,6 +485,25 @@ bool disk_error(Server& server, Random& random) {
         "print_req_error: I/O error, dev sdb, sector 2719104"};
     return kernel_line(server, random, {KernelKind::disk_error, random.pick(kTexts), "I/O error"});
 }
+bool drive_lost(Server& server, Random& random) {
+    static constexpr std::pair<const char*, const char*> kTexts[] = {
+        {"sd 2:0:0:0: rejecting I/O to offline device", "rejecting I/O to offline device"},
+        {"sd 4:0:1:0: Device offlined - not ready after error recovery", "Device offlined"},
+        {"nvme nvme3: Removing after probe failure status: -19", "Removing after probe failure"},
+        {"ata7.00: reset failed, giving up", "giving up"}};
+    const auto& [text, words] = random.pick(kTexts);
+    return kernel_line(server, random, {KernelKind::drive_lost, text, words});
+}
+bool controller_lost(Server& server, Random& random) {
+    static constexpr std::pair<const char*, const char*> kTexts[] = {
+        {"megaraid_sas 0000:03:00.0: FW in FAULT state!!", "FW in FAULT state"},
+        {"aacraid 0000:82:00.0: Host adapter dead -1", "Host adapter dead"},
+        {"hpsa 0000:03:00.0: Controller lockup detected: 0x00130000 after 30", "lockup detected"},
+        {"smartpqi 0000:5c:00.0: controller is offline: status code 0x6100c", "is offline"},
+        {"mpt3sas_cm0: fault_state(0x5862)!", "fault_state(0x5862)"}};
+    const auto& [text, words] = random.pick(kTexts);
+    return kernel_line(server, random, {KernelKind::controller_lost, text, words});
+}
 
 // ---- Software arrays --------------------------------------------------------------------------------
 
@@ -654,6 +673,8 @@ constexpr Fault kFaults[] = {
     {"edac_uncorrected", edac_uncorrected},
     {"machine_check", machine_check},
     {"disk_error", disk_error},
+    {"drive_lost", drive_lost},
+    {"controller_lost", controller_lost},
     {"md_failed", md_failed},
     {"md_two_failed", md_two_failed},
     {"md_lost", md_lost},

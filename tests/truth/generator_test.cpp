@@ -249,6 +249,8 @@ TEST(Generator, PointsAtTheLineThatHoldsTheWord) {
         {"sel_pci_old", "selinfo.txt", "PCI SERR"},
         {"machine_check", "dmesg.log", "Machine Check Exception"},
         {"disk_error", "dmesg.log", "I/O error"},
+        {"drive_lost", "dmesg.log", "offline|giv|Remov"},
+        {"controller_lost", "dmesg.log", "megaraid_sas|aacraid|hpsa|smartpqi|mpt3sas_cm0"},
         {"smart_alert", "", "S.M.A.R.T"},
         {"media_errors", "", "Media Error Count = |Medium Error Count"},
     };

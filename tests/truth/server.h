@@ -216,7 +216,15 @@ struct MemoryModule {
     std::string type, manufacturer, serial, part;
 };
 
-enum class KernelKind { quiet, edac_corrected, edac_uncorrected, machine_check, disk_error };
+enum class KernelKind {
+    quiet,
+    edac_corrected,
+    edac_uncorrected,
+    machine_check,
+    disk_error,
+    drive_lost,
+    controller_lost,
+};
 
 struct KernelLine {
     KernelKind kind = KernelKind::quiet;
