@@ -448,13 +448,13 @@ void expect_pool(Found& found, const Pool& pool) {
         else
             add("volume_degraded", Level::warning);
     }
+    if (pool.operation == "resilver") add("volume_rebuild", Level::warning);
+    if (pool.operation == "scrub") add("volume_maintenance", Level::notice);
     if (pool.data_errors > 0) {
         // What the last line tells, a cut takes away; data is lost, whatever it is called.
         add("volume_state", Level::warning);
         one.most = Level::critical;
     }
-    if (pool.operation == "resilver") add("volume_rebuild", Level::warning);
-    if (pool.operation == "scrub") add("volume_maintenance", Level::notice);
     if (!one.rules.empty()) {
         if (!found.is_whole("host_zpool.txt")) one.least = Level::notice;
         found.add(one);

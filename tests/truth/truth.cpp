@@ -267,6 +267,19 @@ void ask_of_known_arrays(Made& made) {
     }
 }
 
+// storcli is asked of as many controllers as it has counted; without a count, of the first alone.
+void ask_of_counted_controllers(Made& made) {
+    const auto& count = made.fates.of("ctrlcount.txt");
+    const auto line = "Controller Count = " + std::to_string(made.server.controllers.size()) + "\n";
+    if (count.ended_badly.empty() && count.bytes.find(line) != std::string::npos) return;
+    Random none(0);
+    for (const auto& page : made.pages) {
+        if (page.tool == "storcli" && page.arguments.starts_with("/c") &&
+            !page.arguments.starts_with("/c0"))
+            made.fates.by_page[page.name] = suffer(page, Damage::not_captured, none);
+    }
+}
+
 void answer_once(Made& made) {
     std::map<std::string, const Fate*> answers;
     for (const auto& page : made.pages) {
@@ -319,6 +332,7 @@ std::unique_ptr<Made> make(const Options& options) {
     if (options.is_recorded) {
         answer_once(*made);
         ask_of_known_arrays(*made);
+        ask_of_counted_controllers(*made);
     }
     made->findings = expected_findings(server, made->book, made->fates);
     made->truth = truth_of(*made);
