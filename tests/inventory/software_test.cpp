@@ -217,6 +217,13 @@ TEST(Zpool, is_read) {
              "drives 7: state=ONLINE device=/dev/sda other_errors=0\n"
              "volume_members 7: volume_name=a is_spare=no state=ONLINE device=/dev/sda\n",
              "9 lines\n"},
+            // Only the line's end is missing.
+            {"  pool: a\n state: ONLINE\nconfig:\n\n  NAME STATE READ WRITE CKSUM\n"
+             "  a ONLINE 0 0 0\n    sda ONLINE 0 0 0\n\nerrors: 2 data errors, use '-v' for a list",
+             "volumes 2: state=ONLINE, 2 data errors, use '-v' for a list name=a\n"
+             "drives 7: state=ONLINE device=/dev/sda other_errors=0\n"
+             "volume_members 7: volume_name=a is_spare=no state=ONLINE device=/dev/sda\n",
+             "9 lines\n"},
             {"  pool: b\n state: DEGRADED\nconfig:\n  NAME STATE READ WRITE CKSUM\n"
              "  b DEGRADED 0 0 0\n    raidz1-1 DEGRADED 0 0 0\n      spare-0 DEGRADED 0 0 0\n"
              "        sda UNAVAIL 0 0 0\n        sdc ONLINE 0 0 0\n      sdb ONLINE 0 0 0\n"

@@ -155,6 +155,26 @@ TEST(Dmidecode, TablesOfVersion2) {
               "systems 10: manufacturer=HP product=Example G1 firmware=A08 is_virtual=no\n");
 }
 
+// Version 2 indents all of a structure: what stands at the line's beginning is said by somebody else.
+TEST(Dmidecode, WordsBetweenAreNoTitle) {
+    const std::string words =
+        "bash: warning: setlocale: LC_ALL: cannot change locale (en_US.UTF-8)\n";
+    const std::string parts[] = {"Handle 0x0011\n", "\tDMI type 17, 40 bytes.\n",
+                                 "\tMemory Device\n", "\t\tSize: 8192 MB\n\t\tLocator: DIMM 1\n"};
+    const std::string end = "Handle 0x0030\n\tDMI type 127, 4 bytes.\n\tEnd Of Table\n";
+    for (std::size_t before = 1; before <= std::size(parts); ++before) {
+        std::string text;
+        for (std::size_t i = 0; i < std::size(parts); ++i) {
+            if (i == before) text += words;
+            text += parts[i];
+        }
+        const auto made = read(text + end, read_dmidecode);
+        ASSERT_EQ(made.found.memory_modules.size(), 1U) << text;
+        EXPECT_EQ(made.found.memory_modules.front().slot, "DIMM 1") << text;
+        EXPECT_TRUE(made.how.whole()) << text;
+    }
+}
+
 // Whatever stands before the cut is read, nothing else is, and the cut is noticed.
 TEST(Dmidecode, ACutIsNoticed) {
     const auto end = kTables.find("DMI type 127");

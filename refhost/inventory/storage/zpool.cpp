@@ -143,7 +143,8 @@ private:
         has_errors_ = true;
         in_config_ = false;
         if (errors == "No known data errors") return;
-        if (!ended_ || errors.empty()) return gap("a line that is cut off");
+        const bool is_whole = ended_ || errors.ends_with("data errors, use '-v' for a list");
+        if (!is_whole || errors.empty()) return gap("a line that is cut off");
         if (pool_->state) *pool_->state += ", " + std::string(errors);
     }
 

@@ -238,8 +238,9 @@ public:
             depth_ = 0;
             has_title_ = false;
             const auto comma = text.find(',');
-            if (comma != std::string_view::npos) take_type(text.substr(comma + 1));
-        } else if (!current_ || (indentation(text) == 0 && is_tool_error(text))) {
+            is_indented_ = comma == std::string_view::npos;
+            if (!is_indented_) take_type(text.substr(comma + 1));
+        } else if (!current_ || (indentation(text) == 0 && (is_indented_ || is_tool_error(text)))) {
             const bool is_heading = is_like_any(trimmed(text), kHeadings);
             if (!is_heading) read_aside(line, reading_);
         } else if (current_->type < 0 && take_type(text)) {
@@ -299,7 +300,8 @@ private:
     Reading& reading_;
     System system_;
     std::optional<Structure> current_;
-    std::size_t depth_ = 0;  // of the structure's fields
+    std::size_t depth_ = 0;     // of the structure's fields
+    bool is_indented_ = false;  // the structure's type and title, as dmidecode 2.2 prints them
     bool has_title_ = false;
     bool has_end_ = false;
 };
