@@ -121,6 +121,18 @@ TEST(Events, WhatIsOverIsNoFault) {
     EXPECT_EQ(judged({lost, regained}),
               Lines{"notice event_redundancy:PS_Red | PS Red | Power Unit: Fully Redundant, "
                     "Asserted"});
+    // The evidence is what ended it, and what it was.
+    EventJudge judge;
+    auto first = lost, last_one = regained;
+    first.place = {"selinfo.txt", 4};
+    last_one.place = {"selinfo.txt", 9};
+    judge.take(first);
+    judge.take(last_one);
+    Collector findings;
+    judge.finish({}, kNow, findings);
+    const auto found = findings.take();
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].evidence, (std::vector<inventory::Place>{last_one.place, first.place}));
     for (const auto& last : {lost, at("Fan Red", "Fully Redundant, Asserted"),
                              at("PS Red", "Power Unit: Fully Redundant, Deasserted")})
         EXPECT_TRUE(judged({lost, last})[0].starts_with("warning event_redundancy:PS_Red"));

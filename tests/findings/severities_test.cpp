@@ -256,6 +256,21 @@ Case former_spare(const char* fault, const char* state, const char* other, Lines
             std::move(findings)};
 }
 
+// Two drives of software arrays, the first of them a hot spare before; an array names the drive of this number.
+Case former_spare_of_array(const char* fault, std::size_t member_drive, Lines findings) {
+    return {fault,
+            [=](Server& s) {
+                for (int i = 0; i < 2; ++i) add_drive(s, "Onln").drive_group.reset();
+                inventory::VolumeMember member;
+                member.place = {"host_mdadm_md0.txt", 20};
+                member.is_spare = false;
+                member.drive = member_drive;
+                s.has().volume_members.push_back(member);
+                s.past.former_spares = {0};
+            },
+            std::move(findings)};
+}
+
 Case pool_spares(const char* fault, const char* one, const char* two, Lines findings) {
     return {fault,
             [=](Server& s) {
@@ -465,6 +480,8 @@ const std::vector<Case>& cases() {
         former_spare("hot spare in use, none left", "Onln", "Onln", {"warning spare_in_use"}),
         former_spare("hot spare in use, one left", "Onln", "GHS",   {}),
         former_spare("hot spare that was taken out", "UGood", "Onln", {}),
+        former_spare_of_array("hot spare of an array in use", 0,    {"warning spare_in_use"}),
+        former_spare_of_array("another drive in use", 1,            {}),
         pool_spares("spare of a pool in use, none left", "INUSE", "INUSE", {"warning spare_in_use"}),
         pool_spares("spare of a pool in use, one left", "INUSE", "AVAIL", {}),
         growing("other errors grow",               "other_errors", 4, {"warning drive_other_errors_grow"}),
